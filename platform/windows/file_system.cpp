@@ -1,0 +1,20 @@
+#include "platform/file_system.h"
+
+#include "platform/windows/system_path.h"
+#include "platform/windows/windows_api.h"
+
+namespace stalwick {
+
+// A link whose target is gone still has attributes of its own, so its name counts as taken.
+PathKind QueryPath(const std::wstring& path) {
+    const DWORD attributes = ::GetFileAttributesW(SystemPath(path).c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) return PathKind::kMissing;
+    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? PathKind::kDirectory : PathKind::kFile;
+}
+
+SystemErrorCode CreateDirectoryLevel(const std::wstring& path) {
+    if (::CreateDirectoryW(SystemPath(path).c_str(), nullptr) != FALSE) return 0;
+    return static_cast<SystemErrorCode>(::GetLastError());
+}
+
+}  // namespace stalwick

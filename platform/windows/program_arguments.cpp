@@ -1,0 +1,33 @@
+#include "platform/program_arguments.h"
+
+#include <memory>
+
+#include "platform/text_encoding.h"
+#include "platform/windows/windows_api.h"
+
+// Not among the parts of windows.h that windows_api.h leaves in.
+#include <shellapi.h>
+
+namespace stalwick {
+
+namespace {
+
+struct FreeLocal {
+    void operator()(wchar_t** memory) const { ::LocalFree(memory); }
+};
+
+}  // namespace
+
+// The narrow argv holds only what the machine's code page can say; the command line is UTF-16.
+std::vector<std::string> ProgramArguments(int, char**) {
+    int count = 0;
+    const std::unique_ptr<wchar_t*, FreeLocal> wide(
+        ::CommandLineToArgvW(::GetCommandLineW(), &count));
+    std::vector<std::string> arguments;
+    for (int i = 1; wide != nullptr && i < count; ++i) {
+        arguments.push_back(NarrowPath(wide.get()[i]));
+    }
+    return arguments;
+}
+
+}  // namespace stalwick

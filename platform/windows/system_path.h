@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace stalwick {
+
+// The path in the form in which the system's calls take it whatever its length.
+std::wstring SystemPath(const std::wstring& path);
+
+}  // namespace stalwick

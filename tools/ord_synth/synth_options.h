@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace stalwick {
+
+inline constexpr std::uint32_t kSynthSamplesPerPacket = 10;
+
+// Packets that the recorder lost: they are missing in the stream and the clock runs on.
+struct SynthGap {
+    std::uint64_t firstLostPacket = 0;
+    std::uint64_t lostPackets = 0;
+};
+
+// What a made-up recording holds. The same options give the same bytes on every platform.
+struct SynthOptions {
+    std::uint32_t channelCount = 64;  // 32, 64, 128 or 256
+    std::uint32_t samplingFrequency = 30000;
+    std::uint64_t packetCount = 3000;  // of ten samples a channel each, lost packets included
+    bool hardwareTimestamps = true;    // version 2.0; without them 1.0
+    bool perSampleStates = false;
+    bool ttl = true;
+    bool baseImu = false;
+    bool afeImu = false;
+    bool ultrasonic = false;
+    std::vector<std::uint32_t>
+        enabledChannels;  // ascending; empty: all, and no mask in the packets
+    std::vector<SynthGap> gaps;
+    std::uint32_t noiseSteps = 10;  // RMS of the noise in steps of the 14-bit converter, 0 to 1000
+    std::uint64_t seed = 1;
+    std::int64_t utcOffsetMicroseconds = 1'700'000'000'000'000;
+};
+
+// Number of the state bytes in a packet. The 256-channel code stands for five, though its
+// packets carry ten samples a channel like all others.
+std::uint32_t StateBytesPerPacket(const SynthOptions& options);
+
+// Whole packets nearest to a time, at least one.
+std::uint64_t PacketsInMicroseconds(std::uint64_t microseconds, std::uint32_t samplingFrequency);
+
+// "2.5" to 2500000. False when the text is not a plain decimal number of at most ten digits
+// before the point and six behind it.
+bool ParseSecondsToMicroseconds(const std::string& text, std::uint64_t& microseconds);
+
+// "0-15,20" to the ascending list of channels. False when the text is no such list, or a channel
+// is not below channelCount.
+bool ParseChannelList(const std::string& text, std::uint32_t channelCount,
+                      std::vector<std::uint32_t>& channels);
+
+}  // namespace stalwick

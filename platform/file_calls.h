@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace stalwick {
+
+// What the operating system said of one call: 0, or its error number (errno, GetLastError).
+// SystemErrorText() turns it into words.
+using SystemErrorCode = int;
+
+// An open file as the operating system names it.
+using FileHandle = std::intptr_t;
+inline constexpr FileHandle kNoFile = -1;
+
+// Every byte that enters or leaves the program through a file passes one of these calls. They are
+// the one place where a test can make a disk full, a read fail or a write short.
+// Each call does its work once: partial transfers and interruptions are the caller's to continue.
+class FileCalls {
+  public:
+    virtual ~FileCalls() = default;
+
+    // Opens a file, never a directory, for reading from its first byte.
+    virtual SystemErrorCode OpenForReading(const std::wstring& path, FileHandle& handle) = 0;
+    // Reads up to `size` bytes at the file's position; `transferred` 0 is the end of the file.
+    virtual SystemErrorCode Read(FileHandle handle, void* data, std::size_t size,
+                                 std::size_t& transferred) = 0;
+    // Size in bytes; 0 where the file has none (a pipe).
+    virtual SystemErrorCode QuerySize(FileHandle handle, std::uint64_t& size) = 0;
+
+    // Creates a file that did not exist; fails on anything of that name, also on a link.
+    virtual SystemErrorCode CreateExclusive(const std::wstring& path, FileHandle& handle) = 0;
+    virtual SystemErrorCode WriteAt(FileHandle handle, std::uint64_t offset, const void* data,
+                                    std::size_t size, std::size_t& transferred) = 0;
+    // Asks for the range to be brought to the disk soon, without waiting for it.
+    virtual SystemErrorCode StartWriteBack(FileHandle handle, std::uint64_t offset,
+                                           std::uint64_t size) = 0;
+    // Returns when everything written to the file is on the disk.
+    virtual SystemErrorCode SyncData(FileHandle handle) = 0;
+    virtual SystemErrorCode Close(FileHandle handle) = 0;
+};
+
+// The operating system's own calls.
+FileCalls& SystemFileCalls();
+
+// The calls in use: the system's, unless a test has put others in their place.
+FileCalls& CurrentFileCalls();
+
+// For tests: puts `calls` (null: the system's) in place and returns what was there.
+// Call it only while no file is open and no other thread works on one.
+FileCalls* SetFileCalls(FileCalls* calls);
+
+}  // namespace stalwick

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "platform/file_calls.h"
+
+namespace stalwick {
+
+enum class PathKind { kMissing, kFile, kDirectory };
+
+// What stands at the path. A link counts as what it leads to, a broken link as a file: its name
+// is taken.
+PathKind QueryPath(const std::wstring& path);
+
+// Creates one level; its parent must exist.
+SystemErrorCode CreateDirectoryLevel(const std::wstring& path);
+
+}  // namespace stalwick

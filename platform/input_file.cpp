@@ -1,0 +1,43 @@
+#include "platform/input_file.h"
+
+#include "platform/system_error.h"
+
+namespace stalwick {
+
+InputFile::~InputFile() {
+    Close();
+}
+
+SystemErrorCode InputFile::Open(const std::wstring& path) {
+    if (IsOpen()) return SystemErrorFor(SystemErrorKind::kAlreadyExists);
+    return CurrentFileCalls().OpenForReading(path, handle_);
+}
+
+SystemErrorCode InputFile::Close() {
+    if (!IsOpen()) return 0;
+    const FileHandle handle = handle_;
+    handle_ = kNoFile;
+    return CurrentFileCalls().Close(handle);
+}
+
+SystemErrorCode InputFile::Read(void* data, std::size_t size, std::size_t& transferred) {
+    auto* bytes = static_cast<std::byte*>(data);
+    transferred = 0;
+    while (transferred < size) {
+        std::size_t count = 0;
+        const SystemErrorCode code =
+            CurrentFileCalls().Read(handle_, bytes + transferred, size - transferred, count);
+        if (ClassifySystemError(code) == SystemErrorKind::kInterrupted) continue;
+        if (code != 0) return code;
+        if (count == 0) break;
+        transferred += count;
+    }
+    return 0;
+}
+
+std::uint64_t InputFile::Size() const {
+    std::uint64_t size = 0;
+    return CurrentFileCalls().QuerySize(handle_, size) == 0 ? size : 0;
+}
+
+}  // namespace stalwick

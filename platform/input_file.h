@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "platform/file_calls.h"
+
+namespace stalwick {
+
+// A file that is read from its first byte to its last. Used by one thread; closes itself.
+class InputFile {
+  public:
+    InputFile() = default;
+    ~InputFile();
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    // Fails on a missing file, a directory, or when a file is open already.
+    SystemErrorCode Open(const std::wstring& path);
+    bool IsOpen() const { return handle_ != kNoFile; }
+    SystemErrorCode Close();
+
+    // Reads exactly `size` bytes unless the file ends or a read fails before; `transferred` says
+    // how many came. Fewer without an error means the end of the file.
+    SystemErrorCode Read(void* data, std::size_t size, std::size_t& transferred);
+
+    // Bytes in the file at this moment; 0 where that is not known.
+    std::uint64_t Size() const;
+
+  private:
+    FileHandle handle_ = kNoFile;
+};
+
+}  // namespace stalwick

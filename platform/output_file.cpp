@@ -1,0 +1,81 @@
+#include "platform/output_file.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/system_error.h"
+
+namespace stalwick {
+
+namespace {
+
+// One call moves at most this much: enough to make the call's own cost vanish, little enough to
+// stay in the cache while the kernel copies it.
+constexpr std::size_t kLargestWrite = std::size_t{1} << 20U;
+
+bool IsInterrupted(SystemErrorCode code) {
+    return ClassifySystemError(code) == SystemErrorKind::kInterrupted;
+}
+
+}  // namespace
+
+OutputFile::~OutputFile() {
+    Close();
+}
+
+OutputFile::OutputFile(OutputFile&& other) noexcept
+    : handle_(std::exchange(other.handle_, kNoFile)) {}
+
+OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
+    if (this != &other) {
+        Close();
+        handle_ = std::exchange(other.handle_, kNoFile);
+    }
+    return *this;
+}
+
+SystemErrorCode OutputFile::CreateExclusive(const std::wstring& path) {
+    SystemErrorCode code = 0;
+    do {
+        code = CurrentFileCalls().CreateExclusive(path, handle_);
+    } while (IsInterrupted(code));
+    return code;
+}
+
+SystemErrorCode OutputFile::WriteAt(std::uint64_t offset, const void* data, std::size_t size) {
+    const auto* bytes = static_cast<const std::byte*>(data);
+    std::size_t written = 0;
+    while (written < size) {
+        std::size_t count = 0;
+        const SystemErrorCode code =
+            CurrentFileCalls().WriteAt(handle_, offset + written, bytes + written,
+                                       std::min(size - written, kLargestWrite), count);
+        if (IsInterrupted(code)) continue;
+        if (code != 0) return code;
+        // A write that takes nothing and names no reason would be retried for ever.
+        if (count == 0) return SystemErrorFor(SystemErrorKind::kOther);
+        written += count;
+    }
+    return 0;
+}
+
+void OutputFile::StartWriteBack(std::uint64_t offset, std::uint64_t size) {
+    CurrentFileCalls().StartWriteBack(handle_, offset, size);
+}
+
+SystemErrorCode OutputFile::SyncData() {
+    SystemErrorCode code = 0;
+    do {
+        code = CurrentFileCalls().SyncData(handle_);
+    } while (IsInterrupted(code));
+    return code;
+}
+
+SystemErrorCode OutputFile::Close() {
+    if (!IsOpen()) return 0;
+    const SystemErrorCode code = CurrentFileCalls().Close(std::exchange(handle_, kNoFile));
+    // An interrupted close has released the file; closing again could hit another one.
+    return IsInterrupted(code) ? 0 : code;
+}
+
+}  // namespace stalwick

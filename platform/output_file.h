@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "platform/file_calls.h"
+
+namespace stalwick {
+
+// A file that this program creates and nobody had before. Used by one thread at a time; closes
+// itself. Short writes and interruptions are continued until all is written or a call fails.
+class OutputFile {
+  public:
+    OutputFile() = default;
+    ~OutputFile();
+    OutputFile(OutputFile&& other) noexcept;
+    OutputFile& operator=(OutputFile&& other) noexcept;
+
+    // Creates the file; fails on anything that has the name already.
+    SystemErrorCode CreateExclusive(const std::wstring& path);
+    bool IsOpen() const { return handle_ != kNoFile; }
+
+    // Writes all of `data` at `offset` bytes from the file's start.
+    SystemErrorCode WriteAt(std::uint64_t offset, const void* data, std::size_t size);
+
+    // Asks for a written range to be brought to the disk soon. Advice: it has no result.
+    void StartWriteBack(std::uint64_t offset, std::uint64_t size);
+
+    // Returns when everything written is on the disk.
+    SystemErrorCode SyncData();
+
+    SystemErrorCode Close();
+
+  private:
+    FileHandle handle_ = kNoFile;
+};
+
+}  // namespace stalwick

@@ -1,0 +1,57 @@
+#include "platform/console.h"
+
+#include <csignal>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace stalwick {
+
+namespace {
+
+std::atomic<std::atomic<Interruption>*> interruptionTarget{nullptr};
+
+extern "C" void StoreInterruption(int signal) {
+    std::atomic<Interruption>* target = interruptionTarget.load(std::memory_order_relaxed);
+    if (target == nullptr) return;
+    target->store(signal == SIGINT ? Interruption::kInterrupt : Interruption::kTerminate,
+                  std::memory_order_relaxed);
+    // Whatever comes next, of either kind, ends the process.
+    std::signal(SIGINT, SIG_DFL);
+    std::signal(SIGTERM, SIG_DFL);
+}
+
+void Watch(int signal) {
+    struct sigaction action {};
+    action.sa_handler = StoreInterruption;
+    action.sa_flags = SA_RESTART;
+    ::sigemptyset(&action.sa_mask);
+    ::sigaction(signal, &action, nullptr);
+}
+
+}  // namespace
+
+void WatchInterruptions(std::atomic<Interruption>& target) {
+    static_assert(std::atomic<Interruption>::is_always_lock_free);
+    interruptionTarget.store(&target);
+    Watch(SIGINT);
+    Watch(SIGTERM);
+}
+
+void PrepareConsole() {
+    // A reader that went away (a closed pipe) is an error of that write, not the end of the run.
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+bool StandardErrorIsTerminal() {
+    return ::isatty(STDERR_FILENO) == 1;
+}
+
+int TerminalWidth() {
+    constexpr int kUsualWidth = 80;
+    struct winsize size {};
+    if (::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsualWidth;
+    return size.ws_col;
+}
+
+}  // namespace stalwick

@@ -1,0 +1,25 @@
+#include "platform/file_system.h"
+
+#include <cerrno>
+
+#include <sys/stat.h>
+
+#include "platform/text_encoding.h"
+
+namespace stalwick {
+
+PathKind QueryPath(const std::wstring& path) {
+    const std::string narrow = NarrowPath(path);
+    struct stat status {};
+    if (::stat(narrow.c_str(), &status) != 0 && ::lstat(narrow.c_str(), &status) != 0) {
+        return PathKind::kMissing;
+    }
+    return S_ISDIR(status.st_mode) ? PathKind::kDirectory : PathKind::kFile;
+}
+
+SystemErrorCode CreateDirectoryLevel(const std::wstring& path) {
+    constexpr mode_t kAllForAll = 0777;  // less the process's umask
+    return ::mkdir(NarrowPath(path).c_str(), kAllForAll) == 0 ? 0 : errno;
+}
+
+}  // namespace stalwick

@@ -1,0 +1,21 @@
+#include "platform/random_seed.h"
+
+#include <atomic>
+#include <random>
+
+namespace stalwick {
+
+namespace {
+std::atomic<RandomSeedSource> replacement{nullptr};
+}  // namespace
+
+std::uint32_t RandomSeed() {
+    const RandomSeedSource source = replacement.load(std::memory_order_acquire);
+    return source != nullptr ? source() : std::random_device{}();
+}
+
+RandomSeedSource SetRandomSeedSource(RandomSeedSource source) {
+    return replacement.exchange(source, std::memory_order_acq_rel);
+}
+
+}  // namespace stalwick

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+#include "platform/file_calls.h"
+
+namespace stalwick {
+
+// The kinds of failure for which the program has advice or a rule of its own.
+enum class SystemErrorKind {
+    kNone,
+    kInterrupted,
+    kAlreadyExists,
+    kNoSpace,
+    kTooManyOpenFiles,
+    kAccessDenied,
+    kNotFound,
+    kOther
+};
+
+SystemErrorKind ClassifySystemError(SystemErrorCode code);
+
+// An error number of that kind, for refusals of the program's own.
+SystemErrorCode SystemErrorFor(SystemErrorKind kind);
+
+// The operating system's reason, for example "No space left on device".
+std::wstring SystemErrorText(SystemErrorCode code);
+
+}  // namespace stalwick

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "logging/log_file.h"
+
+namespace VtxLogging {
+
+// Writes each message behind its level's banner to the standard wide output, unfiltered and
+// unlocked: messages logged at the same time may interleave.
+class ConsoleLogger : public ILogFile {
+  public:
+    std::int32_t Log(std::uint32_t level, const std::wstring& message) override;
+};
+
+}  // namespace VtxLogging

@@ -1,0 +1,152 @@
+#include "ord/packet_decoder.h"
+
+#include <utility>
+
+#include "ord/ad_block_decoder.h"
+
+namespace stalwick {
+
+namespace {
+
+// The bytes of a span that are still to be read.
+class ByteReader {
+  public:
+    ByteReader(const std::uint8_t* data, std::size_t length) : at_(data), end_(data + length) {}
+
+    const std::uint8_t* at() const { return at_; }
+    std::size_t remaining() const { return static_cast<std::size_t>(end_ - at_); }
+    bool Has(std::size_t count) const { return remaining() >= count; }
+
+    void Skip(std::size_t count) { at_ += count; }
+
+    template <typename T>
+    T ReadBigEndian() {
+        T value = 0;
+        for (std::size_t i = 0; i < sizeof(T); ++i) value = static_cast<T>((value << 8U) | *at_++);
+        return value;
+    }
+
+  private:
+    const std::uint8_t* at_;
+    const std::uint8_t* end_;
+};
+
+void ReadHead(ByteReader& bytes, ORDDataPacket& packet) {
+    const std::uint8_t* head = bytes.at();
+    packet.packetType = head[0];
+    packet.channelCountCode = static_cast<std::uint8_t>(head[1] >> kChannelCountCodeShift);
+    packet.headerByte2 = head[2];
+    packet.headerByte3 = head[3];
+    bytes.Skip(6);  // bytes 4 and 5 are not used
+    packet.headerWord = bytes.ReadBigEndian<std::uint32_t>();
+}
+
+bool ReadTimestamp(ByteReader& bytes, ORDDataPacket& packet) {
+    if (!bytes.Has(kHardwareTimestampSize)) return false;
+    packet.hardwareTimestamp = bytes.ReadBigEndian<std::uint64_t>();
+    return true;
+}
+
+bool ReadChannelMask(ByteReader& bytes, std::size_t size, ORDDataPacket& packet) {
+    if (!bytes.Has(size)) return false;
+    packet.channelMask.emplace().assign(bytes.at(), bytes.at() + size);
+    bytes.Skip(size);
+    return true;
+}
+
+bool ReadStates(ByteReader& bytes, std::size_t count, ORDDataPacket& packet) {
+    if (!bytes.Has(count)) return false;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto state = bytes.ReadBigEndian<std::uint8_t>();
+        packet.stateHigh.push_back(static_cast<std::uint8_t>(state >> 4U));
+        packet.stateLow.push_back(state & 0x0FU);
+    }
+    return true;
+}
+
+template <typename Values>
+bool ReadValues(ByteReader& bytes, std::optional<Values>& target) {
+    if (!bytes.Has(sizeof(Values))) return false;
+    for (std::uint16_t& value : target.emplace()) value = bytes.ReadBigEndian<std::uint16_t>();
+    return true;
+}
+
+bool ReadADSamples(ByteReader& bytes, std::uint32_t numChannels, std::uint32_t samplesPerChannel,
+                   ORDDataPacket& packet) {
+    if (!packet.channelMask) packet.channelMask.emplace();
+    std::vector<std::uint16_t>& samples = packet.adSamples.engage();
+    const std::uint8_t* end = DecodeADBlock(bytes.at(), bytes.remaining(), numChannels,
+                                            samplesPerChannel, *packet.channelMask, samples);
+    if (samples.empty()) return false;
+    bytes.Skip(static_cast<std::size_t>(end - bytes.at()));
+    return true;
+}
+
+// Reads everything behind the head; false when a block is cut short.
+bool ReadBlocks(ByteReader& bytes, std::uint8_t flags, ORDDataPacket& packet,
+                const DecodeOptions& options, bool samplesOverridden) {
+    const std::uint32_t numChannels = 32U << packet.channelCountCode;
+    // A 256-channel packet has 5 state bytes, yet 10 samples a channel where the caller overrides.
+    const std::uint32_t stateCount =
+        numChannels == kMostADChannels ? kStatesPerWidestPacket : kSamplesPerPacket;
+    const std::uint32_t sampleCount = samplesOverridden ? kSamplesPerPacket : stateCount;
+
+    if (PacketsCarryTimestamps(options) && !ReadTimestamp(bytes, packet)) return false;
+    if ((flags & kFlagChannelMask) != 0 && !ReadChannelMask(bytes, numChannels / 8, packet)) {
+        return false;
+    }
+    const bool statePerSample = (flags & kFlagStatePerSample) != 0;
+    if (!ReadStates(bytes, statePerSample ? stateCount : 1, packet)) return false;
+    if ((flags & kFlagBaseIMU) != 0 && !ReadValues(bytes, packet.baseIMU)) return false;
+    if ((flags & kFlagAfeIMU) != 0 && !ReadValues(bytes, packet.afeIMU)) return false;
+    if ((flags & kFlagUltrasonic) != 0 && !ReadValues(bytes, packet.ultrasonic)) return false;
+    return (flags & kFlagADSamples) == 0 || ReadADSamples(bytes, numChannels, sampleCount, packet);
+}
+
+}  // namespace
+
+bool PacketsCarryTimestamps(const DecodeOptions& options) {
+    return options.has_value() &&
+           (options->first >= kFirstTimestampSystem || options->second >= kFirstTimestampVersion);
+}
+
+const std::uint8_t* ParseDataPacket(const std::uint8_t* data, std::size_t length,
+                                    ORDDataPacket& packet, const DecodeOptions& options,
+                                    std::optional<std::uint32_t> samplesOverride) {
+    packet.Reset();
+    if (length < kShortestPacketSize || data[0] != kDataPacketType) return data;
+
+    ByteReader bytes(data, length);
+    const std::uint8_t flags = data[1];
+    ReadHead(bytes, packet);
+    if (!ReadBlocks(bytes, flags, packet, options, samplesOverride.has_value())) {
+        packet.Reset();
+        return data;
+    }
+    return bytes.at();
+}
+
+const std::uint8_t* ProcessDataBuffer(const std::uint8_t* data, std::size_t length,
+                                      std::vector<ORDDataPacket>& packets,
+                                      const DecodeOptions& options,
+                                      std::optional<std::uint32_t> samplesOverride) {
+    const std::uint8_t* const end = data + length;
+    std::size_t count = 0;
+    ORDDataPacket scratch;
+    for (;;) {
+        const std::uint8_t* next = ParseDataPacket(data, static_cast<std::size_t>(end - data),
+                                                   scratch, options, samplesOverride);
+        if (next == data) break;
+        if (count < packets.size()) {
+            packets[count] = std::move(scratch);
+        } else {
+            packets.push_back(std::move(scratch));
+        }
+        ++count;
+        data = next;
+    }
+    packets.resize(count);
+    return data;
+}
+
+}  // namespace stalwick

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "ord/decode_options.h"
+#include "ord/ord_data_packet.h"
+
+namespace stalwick {
+
+// Decodes whole packets from `data` until one is incomplete or does not begin with the packet
+// type byte; a packet must begin where the one before it ended. `packets` is reused: it ends with
+// exactly the packets of this call. Returns the first byte that was not consumed.
+//
+// `samplesOverride`: when present, whatever its value, every A/D block holds 10 samples a channel.
+// The stream is described in docs/ord-format.md.
+const std::uint8_t* ProcessDataBuffer(const std::uint8_t* data, std::size_t length,
+                                      std::vector<ORDDataPacket>& packets,
+                                      const DecodeOptions& options,
+                                      std::optional<std::uint32_t> samplesOverride);
+
+// Decodes one packet and returns the position after it; `data`, with `packet` blank, when there
+// is no whole packet.
+const std::uint8_t* ParseDataPacket(const std::uint8_t* data, std::size_t length,
+                                    ORDDataPacket& packet, const DecodeOptions& options,
+                                    std::optional<std::uint32_t> samplesOverride);
+
+}  // namespace stalwick

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "writers/file_writer_container.h"
+#include "writers/output_naming.h"
+
+namespace stalwick {
+
+// Which channel files are wanted: A/D channels, base inertial unit, front-end inertial unit,
+// ultrasonic. Opening compares with 1, writing takes any value but 0 for yes.
+using ChannelOptions = std::array<std::uint8_t, 4>;
+
+// A block's group of files; the value is its position in ChannelOptions.
+enum class ChannelGroup : std::int32_t { kAD = 0, kBaseIMU = 1, kAfeIMU = 2, kUltrasonic = 3 };
+
+// Three axes each of linear acceleration, angular velocity and magnetic field.
+inline constexpr std::array<const wchar_t*, 9> kImuChannelNames = {
+    L"LAX", L"LAY", L"LAZ", L"AVX", L"AVY", L"AVZ", L"MX", L"MY", L"MZ"};
+
+// Writes the continuously sampled channel files (.vcs), laid out as in docs/output-files.md:
+// one for each A/D channel, nine for each inertial unit, one for the ultrasonic channel.
+//
+// Order of calls: fill the fields, InitializeCscFiles, WriteSamples for every block,
+// FinishCscFiles. Operations return 0, or -1 with the reasons in fileIO.Failures().
+class CSCFileWriterContainer : public FileWriterContainer {
+  public:
+    using FileWriterContainer::FileWriterContainer;
+
+    // Opens the files of every wanted group and gives them their provisional header.
+    std::int32_t InitializeCscFiles(const std::wstring& outputDirectory,
+                                    const ChannelOptions& options);
+
+    // Gives every file its header, in order, until one fails.
+    std::int32_t SetHeaders(bool fileClosed);
+
+    // Takes samples[file * samplesPerChannel + i] for the files of a group and scales them in
+    // place. `baseTimestamp` is the hardware time of the first sample in nanoseconds. Files
+    // beyond the end of `samples` get nothing.
+    std::int32_t WriteSamples(std::span<std::int16_t> samples, std::uint32_t samplesPerChannel,
+                              ChannelGroup group, std::optional<std::uint64_t> baseTimestamp);
+
+    // Writes what is buffered, gives every file its final header, and closes them all.
+    std::int32_t FinishCscFiles();
+
+    std::uint32_t numAdChannels = 0;
+    std::uint32_t adMaxValue = 0;  // printed in the headers
+    ChannelOptions channelOptions{};
+    std::uint32_t baseImuFirst = 0;  // position in `records` of the group's first file
+    std::uint32_t afeImuFirst = 0;
+    std::uint32_t ultrasonicFirst = 0;
+
+    // A timestamp left the 64-bit range and was held at its end.
+    bool timestampsSaturated = false;
+
+  private:
+    std::int32_t OpenChannelFile(const std::wstring& directory, const std::wstring& namePart1,
+                                 const std::wstring& namePart2, std::uint32_t channelIndex,
+                                 double frequency);
+    std::int32_t OpenInertialFiles(const std::wstring& directory, const std::wstring& prefix);
+    std::span<OutputFileRecord> FilesOf(ChannelGroup group);
+    std::int32_t AppendSamples(OutputFileRecord& record, std::span<const std::int16_t> samples,
+                               std::optional<std::uint64_t> baseTimestamp);
+    void StartRecord(OutputFileRecord& record);
+    std::int32_t CompleteRecord(OutputFileRecord& record, bool hasBaseTimestamp);
+    std::int32_t WriteRecords(OutputFileRecord& record, std::uint32_t count);
+};
+
+// The lines of a channel file's header behind the common ones.
+std::wstring ChannelHeaderLines(const CSCFileWriterContainer& container, double samplingFrequency,
+                                std::uint32_t channelIndex);
+
+}  // namespace stalwick

@@ -1,0 +1,82 @@
+#include "writers/data_file.h"
+
+#include <cstring>
+#include <vector>
+
+#include "platform/system_error.h"
+#include "platform/text_encoding.h"
+
+namespace stalwick {
+
+namespace {
+
+const wchar_t* AdviceFor(SystemErrorKind kind) {
+    switch (kind) {
+        case SystemErrorKind::kNoSpace:
+            return L"free some space or choose another directory";
+        case SystemErrorKind::kTooManyOpenFiles:
+            return L"raise the limit of open files (ulimit -n)";
+        case SystemErrorKind::kAccessDenied:
+            return L"choose a directory that you may write to";
+        case SystemErrorKind::kAlreadyExists:
+            return L"move away what has that name";
+        case SystemErrorKind::kNotFound:
+            return L"check that the output directory is still there";
+        default:
+            return L"check the disk and convert again";
+    }
+}
+
+}  // namespace
+
+std::wstring DescribeFailure(std::wstring_view action, const std::wstring& path,
+                             SystemErrorCode code) {
+    return L"cannot " + std::wstring(action) + L" " + OneLine(path) + L": " +
+           SystemErrorText(code) + L"; " + AdviceFor(ClassifySystemError(code));
+}
+
+bool DataFile::Check(SystemErrorCode code, std::wstring_view action) {
+    if (code == 0) return true;
+    if (!Failed()) failureText_ = DescribeFailure(action, path_, code);
+    return false;
+}
+
+SystemErrorCode DataFile::Create(const std::wstring& path) {
+    path_ = path;
+    const SystemErrorCode code = file_.CreateExclusive(path);
+    Check(code, L"create");
+    return code;
+}
+
+bool DataFile::SetHeader(std::string_view text, std::size_t mostBytes) {
+    if (Failed()) return false;
+    if (text.size() > mostBytes) {
+        failureText_ = L"cannot write the header of " + OneLine(path_) + L": its text has " +
+                       std::to_wstring(text.size()) + L" bytes, " + std::to_wstring(mostBytes) +
+                       L" fit; shorten the path or the recording's header fields";
+        return false;
+    }
+    if (hasUnsyncedData_ && settings_.syncBeforeFinalHeader) {
+        if (!Check(file_.SyncData(), L"write")) return false;
+        hasUnsyncedData_ = false;
+    }
+    std::vector<char> block(kOutputHeaderSize);
+    std::memcpy(block.data(), text.data(), text.size());
+    return Check(file_.WriteAt(0, block.data(), block.size()), L"write");
+}
+
+bool DataFile::Append(const void* data, std::size_t size) {
+    if (Failed()) return false;
+    if (size == 0) return true;
+    if (!Check(file_.WriteAt(kOutputHeaderSize + dataSize_, data, size), L"write")) return false;
+    dataSize_ += size;
+    hasUnsyncedData_ = true;
+    return true;
+}
+
+bool DataFile::Close() {
+    const bool closed = Check(file_.Close(), L"close");
+    return closed && !Failed();
+}
+
+}  // namespace stalwick

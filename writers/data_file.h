@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/output_file.h"
+#include "writers/output_settings.h"
+
+namespace stalwick {
+
+inline constexpr std::size_t kOutputHeaderSize = 16384;  // bytes of header text, zero padded
+
+// One output file: a header block that can be rewritten, and data that only grow behind it. Every
+// kind of output has this shape (docs/output-files.md).
+//
+// The file is created and never opened or overwritten. After a failure it takes nothing more, so
+// that what it holds stays a beginning of what it should hold, with the header it had then.
+// Used by one thread. Operations return whether they succeeded; FailureText() says why not.
+class DataFile {
+  public:
+    explicit DataFile(const OutputSettings& settings) : settings_(settings) {}
+
+    // Fails with the system's "already exists" when anything has the name.
+    SystemErrorCode Create(const std::wstring& path);
+    bool IsOpen() const { return file_.IsOpen(); }
+
+    // Puts the text, UTF-8, at the file's start. Data appended before are on the disk first,
+    // unless the settings say otherwise.
+    bool SetHeader(std::string_view text, std::size_t mostBytes = kOutputHeaderSize);
+    bool Append(const void* data, std::size_t size);
+    bool Close();
+
+    // The first failure, in one line: what could not be done to which file, why, what to do.
+    // Empty while there is none.
+    const std::wstring& FailureText() const { return failureText_; }
+
+  private:
+    bool Failed() const { return !failureText_.empty(); }
+    bool Check(SystemErrorCode code, std::wstring_view action);
+
+    OutputSettings settings_;
+    OutputFile file_;
+    std::wstring path_;
+    std::uint64_t dataSize_ = 0;
+    bool hasUnsyncedData_ = false;
+    std::wstring failureText_;
+};
+
+// "cannot <action> <path>: <reason>; <advice>" for a failed call.
+std::wstring DescribeFailure(std::wstring_view action, const std::wstring& path,
+                             SystemErrorCode code);
+
+}  // namespace stalwick

@@ -1,0 +1,70 @@
+#include "writers/event_file_writer_container.h"
+
+#include "writers/file_header.h"
+#include "writers/output_naming.h"
+#include "writers/timestamps.h"
+
+namespace stalwick {
+
+namespace {
+
+using VtxDataTypes::EventRec;
+
+constexpr wchar_t kName[] = L"Events";
+constexpr wchar_t kExtension[] = L".vev";
+constexpr wchar_t kFileVersion[] = L"3.2";
+
+}  // namespace
+
+std::int32_t EventFileWriterContainer::Open(const std::wstring& outputDirectory) {
+    OpenedFile opened{0, L"", kName, 0, static_cast<double>(samplingFrequency)};
+    const std::int32_t result = CreateUnderFreeName(
+        [&] { return BuildOutputFilePath(outputDirectory, kName, L"", kExtension); },
+        [&](const std::wstring& path) -> std::int32_t {
+            return fileIO.OpenVtxOutputFile(path.c_str(), VtxDataTypes::kEvent, opened.handle, 0);
+        },
+        opened.filePath);
+    if (result != 0) return -1;
+
+    OutputFileRecord record;
+    record.eventBuffer = RecordBuffer<EventRec>(settings.recordsPerBlock);
+    record.recordSize = sizeof(EventRec);
+    InitOutputFileRecord(*this, record, opened);
+    records.push_back(std::move(record));
+    if (SetHeader() != 0) return -1;
+    lastTtl = 0;
+    samplePeriod = kMicrosecondsPerSecond / samplingFrequency;
+    return 0;
+}
+
+std::int32_t EventFileWriterContainer::SetHeader() {
+    for (const OutputFileRecord& record : records) {
+        const std::wstring text =
+            BuildFileHeader(*this, false, record, VtxDataTypes::kEvent, kFileVersion);
+        if (fileIO.SetHeader(record.handle, text.c_str()) != 0) return -1;
+    }
+    return 0;
+}
+
+EventRec& EventFileWriterContainer::NextEvent() {
+    OutputFileRecord& record = records.front();
+    return record.eventBuffer[record.bufferedCount];
+}
+
+std::int32_t EventFileWriterContainer::CommitEvent() {
+    OutputFileRecord& record = records.front();
+    ++record.bufferedCount;
+    if (record.bufferedCount < record.eventBuffer.size()) return 0;
+    const std::int32_t result = WriteBufferedEvents();
+    record.bufferedCount = 0;
+    return result;
+}
+
+std::int32_t EventFileWriterContainer::WriteBufferedEvents() {
+    OutputFileRecord& record = records.front();
+    const auto length = static_cast<int>(record.bufferedCount * sizeof(EventRec));
+    const auto result = fileIO.WriteDataToFile(record.handle, record.eventBuffer.data(), length);
+    return result == 0 ? 0 : -1;
+}
+
+}  // namespace stalwick

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "writers/file_writer_container.h"
+
+namespace stalwick {
+
+// Owns the conversion's one event file, Events.vev (docs/output-files.md). The conversion fills
+// EventRecs into the record's eventBuffer and hands full blocks to WriteBufferedEvents.
+// Operations return 0, or -1 with the reasons in fileIO.Failures().
+class EventFileWriterContainer : public FileWriterContainer {
+  public:
+    using FileWriterContainer::FileWriterContainer;
+
+    std::int32_t Open(const std::wstring& outputDirectory);
+
+    // The event file gets its header once, at opening, and so always says that it was not closed.
+    // Kept (pinned by EventFileWriterContainer.FinishedFileSaysThatItWasNotClosed).
+    std::int32_t SetHeader();
+
+    // The next free slot. It keeps what an earlier block left in it.
+    VtxDataTypes::EventRec& NextEvent();
+    // Counts the slot as filled and writes the block when it is full.
+    std::int32_t CommitEvent();
+    // Writes the filled slots, also when there are none.
+    std::int32_t WriteBufferedEvents();
+
+    std::uint8_t lastTtl = 0;
+    bool ttlUnset = true;       // no TTL value seen yet
+    double samplePeriod = 0.0;  // microseconds
+    bool timestampsSaturated = false;
+};
+
+}  // namespace stalwick

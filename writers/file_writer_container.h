@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "writers/output_file_record.h"
+#include "writers/output_settings.h"
+#include "writers/vtx_file_io.h"
+
+namespace stalwick {
+
+// Samples per base timestamp: a packet's.
+inline constexpr std::uint32_t kPacketPhaseModulus = 10;
+
+// What every kind of output has: a library object and a record a file. The conversion fills the
+// plain fields from the recording's header before it opens the outputs; a container serves one
+// recording and one thread.
+class FileWriterContainer {
+  public:
+    explicit FileWriterContainer(const OutputSettings& outputSettings)
+        : settings(outputSettings), fileIO(outputSettings) {}
+    virtual ~FileWriterContainer() = default;
+    FileWriterContainer(const FileWriterContainer&) = delete;
+    FileWriterContainer& operator=(const FileWriterContainer&) = delete;
+
+    const OutputSettings settings;
+    Veltrosyn::VtxFileIO fileIO;
+    std::vector<OutputFileRecord> records;  // in the order of opening
+    std::uint32_t samplingFrequency = 0;    // of the A/D channels, samples per second
+    std::uint32_t phaseModulus = kPacketPhaseModulus;
+    std::uint64_t timestampOffset = 0;  // microseconds, added to record timestamps modulo 2^64
+    std::wstring sessionUuid;
+    std::wstring acquisitionSystem;
+};
+
+}  // namespace stalwick

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+#include "writers/record_buffer.h"
+#include "writers/vtx_data_types.h"
+
+namespace stalwick {
+
+using Uuid = std::array<std::uint8_t, 16>;
+
+// One output file of a writer container: what its header says and what is buffered for it.
+// Movable, not copyable: the buffers of a wide recording are larger than a gigabyte.
+struct OutputFileRecord {
+    std::int32_t handle = 0;  // of the data file library
+    Uuid fileUuid{};
+    std::wstring filePath;
+    std::wstring timeCreated;
+    std::wstring acqEntName;         // acquisition entity, for example CSC3 or Base_LAX
+    std::uint32_t channelIndex = 0;  // from 0 within the file's group
+    double samplingFrequency = 0.0;  // samples per second
+    RecordBuffer<VtxDataTypes::CRRec> cscBuffer;       // of a channel file
+    RecordBuffer<VtxDataTypes::EventRec> eventBuffer;  // of the event file
+    RecordBuffer<std::uint32_t> rawBuffer;             // of the raw data file
+    std::uint32_t bufferedCount = 0;      // complete records; of the raw data file: words
+    std::uint64_t runningTimestamp = 0;   // microseconds, without base timestamps
+    std::uint32_t recordSize = 0;         // bytes, as the header prints it
+    double accumulatedTimestamp = 0.0;    // microseconds, not rounded
+    std::uint64_t timestampOffset = 0;    // microseconds, added modulo 2^64
+    std::uint64_t lastBaseTimestamp = 0;  // nanoseconds; 0: none yet
+    std::uint32_t phaseModulus = 0;       // samples per base timestamp
+    std::uint32_t phase = 0;              // of the next sample after the last base timestamp
+    double interpolationFrequency = 0.0;  // samples per second
+};
+
+}  // namespace stalwick

@@ -1,0 +1,100 @@
+#include "writers/output_naming.h"
+
+#include <iomanip>
+#include <random>
+#include <sstream>
+
+#include "platform/file_system.h"
+#include "platform/local_time.h"
+#include "platform/paths.h"
+#include "platform/random_seed.h"
+#include "platform/text_encoding.h"
+
+namespace stalwick {
+
+namespace {
+
+bool IsTaken(const std::wstring& path) {
+    return QueryPath(path) == PathKind::kFile;
+}
+
+std::wstring NumberSuffix(std::int32_t number) {
+    std::wostringstream text;
+    text.imbue(std::locale::classic());
+    text << L'_' << std::setfill(L'0') << std::setw(2) << number;
+    return text.str();
+}
+
+// A random UUID (version 4, variant 1) from one seed.
+Uuid MakeUuid() {
+    std::mt19937_64 generator(RandomSeed());
+    Uuid uuid{};
+    for (std::size_t half = 0; half < 2; ++half) {
+        const std::uint64_t bits = generator();
+        for (std::size_t i = 0; i < 8; ++i) {
+            uuid[half * 8 + i] = static_cast<std::uint8_t>(bits >> (8 * i));
+        }
+    }
+    uuid[6] = (uuid[6] & 0x0FU) | 0x40U;
+    uuid[8] = (uuid[8] & 0x3FU) | 0x80U;
+    return uuid;
+}
+
+}  // namespace
+
+std::wstring BuildOutputFilePath(const std::wstring& directory, const std::wstring& namePart1,
+                                 const std::wstring& namePart2, const std::wstring& extension) {
+    std::wstring path = directory + kPathSeparator + namePart1 + namePart2 + extension;
+    if (!IsTaken(path)) return path;
+    return WidePath(MakeUniqueFileName(NarrowPath(path)));
+}
+
+std::string MakeUniqueFileName(const std::string& path, const SuffixMaker& suffixMaker) {
+    if (path.empty()) return {};
+    const std::wstring whole = WidePath(path);
+    const auto point = whole.rfind(L'.');
+    const std::wstring stem = whole.substr(0, point);
+    const std::wstring extension = point == std::wstring::npos ? L"" : whole.substr(point);
+
+    std::wstring candidate = whole;
+    for (std::int32_t number = 1; IsTaken(candidate); ++number) {
+        candidate = stem + (suffixMaker ? suffixMaker(number) : NumberSuffix(number)) + extension;
+    }
+    return NarrowPath(candidate);
+}
+
+std::int32_t CreateUnderFreeName(const std::function<std::wstring()>& choosePath,
+                                 const std::function<std::int32_t(const std::wstring&)>& create,
+                                 std::wstring& path) {
+    for (;;) {
+        path = choosePath();
+        const std::int32_t result = create(path);
+        if (result == 0 || !IsTaken(path)) return result;
+    }
+}
+
+void InitOutputFileRecord(const FileWriterContainer& container, OutputFileRecord& record,
+                          const OpenedFile& opened) {
+    record.handle = opened.handle;
+    record.fileUuid = MakeUuid();
+    record.filePath = opened.filePath;
+    record.timeCreated = FormatLocalTime();
+    record.acqEntName = opened.acqEntName;
+    record.samplingFrequency = opened.samplingFrequency;
+    record.interpolationFrequency = opened.samplingFrequency;
+    record.channelIndex = opened.channelIndex;
+    record.timestampOffset = container.timestampOffset;
+    record.phaseModulus = container.phaseModulus;
+}
+
+std::wstring FormatLocalTime() {
+    const LocalTime now = CurrentLocalTime();
+    std::wostringstream text;
+    text.imbue(std::locale::classic());
+    text << std::setfill(L'0') << std::setw(4) << now.year << L'/' << std::setw(2) << now.month
+         << L'/' << std::setw(2) << now.day << L' ' << std::setw(2) << now.hour << L':'
+         << std::setw(2) << now.minute << L':' << std::setw(2) << now.second;
+    return text.str();
+}
+
+}  // namespace stalwick

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "writers/file_writer_container.h"
+#include "writers/output_file_record.h"
+
+namespace stalwick {
+
+// The path of a new output file: directory, separator, both name parts and the extension; when a
+// file has that name already, the first free variant of it. A directory of that name does not
+// count as taken.
+std::wstring BuildOutputFilePath(const std::wstring& directory, const std::wstring& namePart1,
+                                 const std::wstring& namePart2, const std::wstring& extension);
+
+using SuffixMaker = std::function<std::wstring(std::int32_t)>;
+
+// `path` (UTF-8) itself or, while a file has that name, with _01, _02 ... _99, _100 ... before
+// the last "." of the whole path. `suffixMaker` gives another text in place of "_" and number.
+std::string MakeUniqueFileName(const std::string& path, const SuffixMaker& suffixMaker = nullptr);
+
+// Chooses a free path and has `create` make the file there; chooses again while another program
+// takes the name first. `create` returns 0 on success; its last result is returned.
+std::int32_t CreateUnderFreeName(const std::function<std::wstring()>& choosePath,
+                                 const std::function<std::int32_t(const std::wstring&)>& create,
+                                 std::wstring& path);
+
+// What a writer knows of a file that it has just opened.
+struct OpenedFile {
+    std::int32_t handle = 0;
+    std::wstring filePath;
+    std::wstring acqEntName;
+    std::uint32_t channelIndex = 0;
+    double samplingFrequency = 0.0;  // samples per second
+};
+
+// Fills the identity of a file's record: a fresh random UUID, the time, and what the container
+// prescribes.
+void InitOutputFileRecord(const FileWriterContainer& container, OutputFileRecord& record,
+                          const OpenedFile& opened);
+
+// The local time as "YYYY/MM/DD HH:MM:SS".
+std::wstring FormatLocalTime();
+
+}  // namespace stalwick

@@ -1,0 +1,140 @@
+#include "writers/rdf_file_writer_container.h"
+
+#include <algorithm>
+
+#include "platform/text_encoding.h"
+#include "writers/file_header.h"
+#include "writers/output_naming.h"
+#include "writers/sample_scaling.h"
+#include "writers/timestamps.h"
+
+namespace stalwick {
+
+namespace {
+
+constexpr wchar_t kName[] = L"RawData";
+constexpr wchar_t kExtension[] = L".vrd";
+constexpr wchar_t kFileVersion[] = L"3.4";
+constexpr wchar_t kADMaxValue[] = L"8388608";
+constexpr double kADBitVolts = 1.5625e-8;
+
+constexpr std::uint32_t kSamplesPerChannel = 10;
+constexpr std::uint32_t kMostPacketChannels = 256;  // whatever the recording's header says
+constexpr std::uint32_t kStartMarker = 2048;
+constexpr std::uint32_t kRecordId = 1;
+constexpr std::uint32_t kWordsBeforeSamples = 17;
+constexpr std::uint32_t kWordsBesideSamples = kWordsBeforeSamples + 1;  // and the checksum
+constexpr std::uint32_t kSizeWordsBesideSamples = 10;  // as the size word counts them
+constexpr std::size_t kZeroWords = 10;
+constexpr std::size_t kWidestRecordWords = kMostPacketChannels + kWordsBesideSamples;
+
+}  // namespace
+
+std::int32_t RDFFileWriterContainer::Open(const std::wstring& outputDirectory) {
+    OpenedFile opened{0, L"", kName, 0, static_cast<double>(samplingFrequency)};
+    const std::int32_t result = CreateUnderFreeName(
+        [&] { return BuildOutputFilePath(outputDirectory, kName, L"", kExtension); },
+        [&](const std::wstring& path) -> std::int32_t {
+            file_ = DataFile(settings);
+            return file_.Create(path) == 0 ? 0 : -1;
+        },
+        opened.filePath);
+    if (result != 0) return -1;
+
+    OutputFileRecord record;
+    const std::size_t recordWords = std::size_t{adChannelCount} + kWordsBesideSamples;
+    record.rawBuffer = RecordBuffer<std::uint32_t>(
+        std::max(recordWords * settings.recordsPerBlock, kWidestRecordWords));
+    InitOutputFileRecord(*this, record, opened);
+    records.push_back(std::move(record));
+    return WriteHeader(false);
+}
+
+std::int32_t RDFFileWriterContainer::WriteHeader(bool closing) {
+    for (const OutputFileRecord& record : records) {
+        const std::wstring text =
+            BuildFileHeader(*this, closing, record, VtxDataTypes::kRaw, kFileVersion) +
+            HeaderLine(L"-SamplingFrequency",
+                       FormatDouble(record.samplingFrequency, std::chars_format::general, 6)) +
+            HeaderLine(L"-ADMaxValue", kADMaxValue) +
+            HeaderLine(L"-ADBitVolts",
+                       FormatDouble(kADBitVolts, std::chars_format::scientific, 6)) +
+            HeaderLine(L"-NumADChannels", std::to_wstring(adChannelCount));
+        // The terminating zero counts: the block always ends in one.
+        if (!file_.SetHeader(NarrowPath(text), kOutputHeaderSize - 1)) return -1;
+    }
+    return 0;
+}
+
+std::int32_t RDFFileWriterContainer::WriteRawRecords(std::span<const std::uint16_t> samples,
+                                                     std::int32_t /*flag*/,
+                                                     const std::vector<std::uint8_t>& ttlValues,
+                                                     std::optional<std::uint64_t> packetTimestamp) {
+    OutputFileRecord& record = records.front();
+    if (packetTimestamp) {
+        if (*packetTimestamp != record.lastBaseTimestamp) {
+            record.lastBaseTimestamp = *packetTimestamp;
+            record.phase = 0;
+        }
+        record.runningTimestamp =
+            TruncateToCount(static_cast<double>(*packetTimestamp) / kNanosecondsPerMicrosecond,
+                            timestampsSaturated) +
+            record.timestampOffset;
+    }
+    std::uint8_t ttlValue = 0;
+    for (std::uint32_t i = 0; i < kSamplesPerChannel; ++i) {
+        if (i < ttlValues.size()) ttlValue = ttlValues[i];
+        AppendRecord(record, samples, i, ttlValue);
+        // Truncated at every step, so the fraction of a microsecond is lost each time. Kept
+        // (pinned by RDFFileWriterContainer.TimestampStepIsTruncatedAtEverySample).
+        record.runningTimestamp =
+            TruncateToCount(static_cast<double>(record.runningTimestamp) +
+                                kMicrosecondsPerSecond / record.samplingFrequency,
+                            timestampsSaturated);
+    }
+    return 0;
+}
+
+void RDFFileWriterContainer::AppendRecord(OutputFileRecord& record,
+                                          std::span<const std::uint16_t> samples,
+                                          std::uint32_t sampleIndex, std::uint8_t ttlValue) {
+    const std::size_t channels = samples.size() / kSamplesPerChannel;
+    const std::size_t words = channels + kWordsBesideSamples;
+    // Packets with another channel count than the header's give records of another length.
+    if (record.bufferedCount + words > record.rawBuffer.size()) FlushBuffer(record);
+
+    std::uint32_t* const start = record.rawBuffer.data() + record.bufferedCount;
+    std::uint32_t* word = start;
+    *word++ = kStartMarker;
+    *word++ = kRecordId;
+    *word++ = adChannelCount + kSizeWordsBesideSamples;
+    *word++ = static_cast<std::uint32_t>(record.runningTimestamp >> 32U);
+    *word++ = static_cast<std::uint32_t>(record.runningTimestamp);
+    *word++ = 0;  // status
+    *word++ = ttlValue;
+    for (std::size_t i = 0; i < kZeroWords; ++i) *word++ = 0;
+    for (std::size_t channel = 0; channel < channels; ++channel) {
+        const auto sample =
+            static_cast<std::int16_t>(samples[channel * kSamplesPerChannel + sampleIndex]);
+        *word++ = static_cast<std::uint32_t>(ScaleRawSample(sample));
+    }
+    std::uint32_t checksum = 0;
+    for (const std::uint32_t* at = start; at != word; ++at) checksum ^= *at;
+    *word = checksum;
+    record.bufferedCount += static_cast<std::uint32_t>(words);
+    if (record.bufferedCount == record.rawBuffer.size()) FlushBuffer(record);
+}
+
+void RDFFileWriterContainer::FlushBuffer(OutputFileRecord& record) {
+    file_.Append(record.rawBuffer.data(), record.bufferedCount * sizeof(std::uint32_t));
+    record.bufferedCount = 0;
+}
+
+void RDFFileWriterContainer::Finish() {
+    for (OutputFileRecord& record : records) FlushBuffer(record);
+    if (WriteHeader(true) != 0) return;
+    records.clear();
+    file_.Close();
+}
+
+}  // namespace stalwick

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "writers/data_file.h"
+#include "writers/file_writer_container.h"
+
+namespace stalwick {
+
+// Writes the raw data file, RawData.vrd: ten checksummed records a packet, each with all A/D
+// channels of one sample instant (docs/output-files.md). It writes the file itself; the data file
+// library has no part in it.
+//
+// Order of calls: fill the fields, Open, WriteRawRecords for every packet with samples, Finish.
+class RDFFileWriterContainer : public FileWriterContainer {
+  public:
+    explicit RDFFileWriterContainer(const OutputSettings& outputSettings)
+        : FileWriterContainer(outputSettings), file_(outputSettings) {}
+
+    // Returns 0, or -1 with the reason in Failure().
+    std::int32_t Open(const std::wstring& outputDirectory);
+
+    // Puts the header at the file's start; at most 16,383 bytes as UTF-8. Returns 0 or -1.
+    std::int32_t WriteHeader(bool closing);
+
+    // Takes samples[channel * 10 + i], the TTL value of each sample (the last one repeats where
+    // the list is short, 0 where it is empty) and the packet's hardware time in nanoseconds.
+    // `flag` has no effect. Always returns 0: failing writes show in Failure().
+    std::int32_t WriteRawRecords(std::span<const std::uint16_t> samples, std::int32_t flag,
+                                 const std::vector<std::uint8_t>& ttlValues,
+                                 std::optional<std::uint64_t> packetTimestamp);
+
+    // Writes what is buffered, then the final header; closes the file when that succeeded.
+    // Failures show in Failure() only.
+    void Finish();
+
+    // Why the file is incomplete, in one line; empty while it is not.
+    const std::wstring& Failure() const { return file_.FailureText(); }
+
+    std::uint32_t adChannelCount = 0;
+    bool timestampsSaturated = false;
+
+  private:
+    void FlushBuffer(OutputFileRecord& record);
+    void AppendRecord(OutputFileRecord& record, std::span<const std::uint16_t> samples,
+                      std::uint32_t sampleIndex, std::uint8_t ttlValue);
+
+    DataFile file_;
+};
+
+}  // namespace stalwick

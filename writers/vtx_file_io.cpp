@@ -1,0 +1,83 @@
+#include "writers/vtx_file_io.h"
+
+#include "platform/file_system.h"
+#include "platform/system_error.h"
+#include "platform/text_encoding.h"
+
+using VtxDataTypes::kFailure;
+using VtxDataTypes::kSuccess;
+using VtxDataTypes::VtxRetVal;
+
+namespace Veltrosyn {
+
+namespace {
+
+VtxRetVal ToResult(bool succeeded) {
+    return succeeded ? kSuccess : kFailure;
+}
+
+}  // namespace
+
+VtxFileIO::VtxFileIO(const stalwick::OutputSettings& settings) : settings_(settings) {}
+
+VtxFileIO::~VtxFileIO() = default;
+
+stalwick::DataFile* VtxFileIO::Find(int handle) {
+    const auto position = static_cast<std::size_t>(handle);
+    return handle >= 0 && position < files_.size() ? files_[position].get() : nullptr;
+}
+
+VtxRetVal VtxFileIO::OpenVtxOutputFile(const wchar_t* fileName,
+                                       VtxDataTypes::VtxDataType /*dataType*/, int& handle,
+                                       int /*flag*/) {
+    auto file = std::make_unique<stalwick::DataFile>(settings_);
+    if (file->Create(fileName) != 0) {
+        // A name that another program took just now is no failure yet: the caller chooses again.
+        const bool taken = stalwick::QueryPath(fileName) == stalwick::PathKind::kFile;
+        if (!taken) closedFailures_.push_back(file->FailureText());
+        return kFailure;
+    }
+    handle = static_cast<int>(files_.size());
+    files_.push_back(std::move(file));
+    return kSuccess;
+}
+
+VtxRetVal VtxFileIO::SetHeader(int handle, const wchar_t* headerText) {
+    stalwick::DataFile* file = Find(handle);
+    return ToResult(file != nullptr && file->SetHeader(stalwick::NarrowPath(headerText)));
+}
+
+VtxRetVal VtxFileIO::Append(int handle, const void* records, int length) {
+    stalwick::DataFile* file = Find(handle);
+    return ToResult(file != nullptr && length >= 0 &&
+                    file->Append(records, static_cast<std::size_t>(length)));
+}
+
+VtxRetVal VtxFileIO::WriteDataToFile(int handle, VtxDataTypes::CRRec* records, int length) {
+    return Append(handle, records, length);
+}
+
+VtxRetVal VtxFileIO::WriteDataToFile(int handle, VtxDataTypes::EventRec* records, int length) {
+    return Append(handle, records, length);
+}
+
+VtxRetVal VtxFileIO::CloseAllOutputFiles() {
+    bool succeeded = true;
+    for (const auto& file : files_) {
+        if (file->Close()) continue;
+        succeeded = false;
+        closedFailures_.push_back(file->FailureText());
+    }
+    files_.clear();
+    return ToResult(succeeded);
+}
+
+std::vector<std::wstring> VtxFileIO::Failures() const {
+    std::vector<std::wstring> failures = closedFailures_;
+    for (const auto& file : files_) {
+        if (!file->FailureText().empty()) failures.push_back(file->FailureText());
+    }
+    return failures;
+}
+
+}  // namespace Veltrosyn

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "writers/data_file.h"
+#include "writers/vtx_data_types.h"
+
+namespace Veltrosyn {
+
+// The data file library: writes the channel files (.vcs) and the event file (.vev). The first
+// five operations are the maker's interface; on a machine that has the maker's own library that
+// one can take this one's place. A file is a block of header text and the records as handed over
+// (docs/output-files.md).
+//
+// An object may hold many open files, each named by its handle. Used by one thread. Every result
+// but 0 is a failure; Failures() has the reasons.
+class VtxFileIO {
+  public:
+    explicit VtxFileIO(const stalwick::OutputSettings& settings = {});
+    virtual ~VtxFileIO();
+    VtxFileIO(const VtxFileIO&) = delete;
+    VtxFileIO& operator=(const VtxFileIO&) = delete;
+
+    // Creates the file; it must not exist. `flag` has no effect.
+    VtxDataTypes::VtxRetVal OpenVtxOutputFile(const wchar_t* fileName,
+                                              VtxDataTypes::VtxDataType dataType, int& handle,
+                                              int flag);
+
+    // Sets the file's header; the last one stays. At most 16,384 bytes as UTF-8.
+    VtxDataTypes::VtxRetVal SetHeader(int handle, const wchar_t* headerText);
+
+    // Appends records; `length` is their size in bytes.
+    VtxDataTypes::VtxRetVal WriteDataToFile(int handle, VtxDataTypes::CRRec* records, int length);
+    VtxDataTypes::VtxRetVal WriteDataToFile(int handle, VtxDataTypes::EventRec* records,
+                                            int length);
+
+    // Completes and closes every file of this object; their handles are dead then. Fails when any
+    // of the files failed to close, or failed before.
+    VtxDataTypes::VtxRetVal CloseAllOutputFiles();
+
+    // Why files of this object failed, a line each.
+    std::vector<std::wstring> Failures() const;
+
+  private:
+    stalwick::DataFile* Find(int handle);
+    VtxDataTypes::VtxRetVal Append(int handle, const void* records, int length);
+
+    stalwick::OutputSettings settings_;
+    std::vector<std::unique_ptr<stalwick::DataFile>> files_;  // a handle is a position here
+    std::vector<std::wstring> closedFailures_;
+};
+
+}  // namespace Veltrosyn

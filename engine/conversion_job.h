@@ -1,0 +1,35 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "engine/data_processor.h"
+
+namespace stalwick {
+
+// What one press of "Create New Files" asks for.
+struct ConversionJob {
+    std::vector<std::wstring> inputFiles;  // converted in this order
+    DataProcessor* processor = nullptr;    // not owned; must outlive the job
+    std::wstring outputDirectory;
+    ChannelOptions channelOptions{};
+    bool writeEvents = true;
+    bool writeRawData = false;
+    // Takes the final status text, on the thread that runs the job.
+    std::function<void(const std::wstring&)> onFinished;
+};
+
+// Converts every file of the job. With `onFinished` set it stops at the first failure and reports
+// "Processing complete", "Data processing canceled." or "Processing failed", the last with " - "
+// and the processor's error text where there is one; without it, failures stop nothing and
+// nothing is reported. Standard exceptions pass through.
+void RunConversionJob(ConversionJob job);
+
+// Makes sure that the output directory exists, creating one level. 0, or the system's error.
+SystemErrorCode EnsureOutputDirectory(const std::wstring& directory);
+
+// "Error creating output directory(...) ..." for a directory that cannot be had.
+std::wstring OutputDirectoryErrorText(const std::wstring& directory);
+
+}  // namespace stalwick

@@ -1,0 +1,248 @@
+#include "engine/file_conversion.h"
+
+#include <algorithm>
+#include <span>
+
+#include "engine/conversion_job.h"
+#include "engine/ttl_events.h"
+#include "platform/paths.h"
+#include "platform/system_error.h"
+#include "platform/text_encoding.h"
+#include "writers/data_file.h"
+#include "writers/timestamps.h"
+
+namespace stalwick {
+
+namespace {
+
+constexpr std::uint32_t kImuSamplesPerPacket = 1;
+
+// The packet's samples as the signed values that they are; scaled in place by the writer.
+std::span<std::int16_t> AsSigned(std::vector<std::uint16_t>& samples) {
+    return {reinterpret_cast<std::int16_t*>(samples.data()), samples.size()};
+}
+
+template <typename Values, typename Target>
+void CopyAsSigned(const Values& values, Target& target) {
+    std::transform(values.begin(), values.end(), target.begin(),
+                   [](std::uint16_t value) { return static_cast<std::int16_t>(value); });
+}
+
+}  // namespace
+
+FileConversion::FileConversion(DataProcessor& processor, const FileConversionRequest& request,
+                               const OutputSettings& settings)
+    : processor_(processor),
+      request_(request),
+      channelFiles_(settings),
+      eventFile_(settings),
+      rawDataFile_(settings) {}
+
+std::int32_t FileConversion::Run() {
+    if (PrepareOutputDirectory() != 0 || OpenInput() != 0 || OpenOutputs() != 0) return -1;
+    recordPeriod_ = kMicrosecondsPerSecond / reader_.SamplingFrequency() * 10.0;
+    if (ConvertBlocks() != 0) return -1;
+    return Finish();
+}
+
+std::int32_t FileConversion::Fail(const std::wstring& errorText) {
+    processor_.SetErrorMessage(errorText);
+    return -1;
+}
+
+void FileConversion::AddDetail(ConversionDetail::Kind kind, const std::wstring& text) {
+    details_.push_back({kind, text});
+}
+
+void FileConversion::AddInputDetail(ConversionDetail::Kind kind, const std::wstring& text) {
+    AddDetail(kind, OneLine(request_.inputPath) + L": " + text);
+}
+
+std::int32_t FileConversion::PrepareOutputDirectory() {
+    directory_ = request_.outputDirectory + kPathSeparator + SplitPath(request_.inputPath).name;
+    const SystemErrorCode code = EnsureOutputDirectory(directory_);
+    if (code == 0) return 0;
+    // The processor's error text stays as it was; only the detail tells.
+    AddDetail(ConversionDetail::Kind::kIncomplete,
+              DescribeFailure(L"create directory", directory_, code));
+    return -1;
+}
+
+std::int32_t FileConversion::OpenInput() {
+    if (reader_.Open(request_.inputPath) != 0) {
+        const SystemErrorCode code = reader_.SystemError();
+        AddInputDetail(ConversionDetail::Kind::kIncomplete,
+                       L"not converted: " +
+                           (code != 0 ? SystemErrorText(code) : reader_.GetErrorMessage()) +
+                           L"; choose a recording that can be read");
+        return Fail(reader_.GetErrorMessage());
+    }
+    processor_.bytesTotal.store(reader_.FileSize(), std::memory_order_relaxed);
+    const bool tooManyChannels = reader_.NumADChannels() > kMostADChannels;
+    if (!tooManyChannels && reader_.SamplingFrequency() != 0) return 0;
+    // Nothing sane produces these; refused before an output file is made.
+    const std::wstring text = std::wstring(L"Invalid header field ") +
+                              (tooManyChannels ? L"-NumADChannels" : L"-SamplingFrequency");
+    AddInputDetail(ConversionDetail::Kind::kIncomplete,
+                   L"not converted: " + text + (tooManyChannels ? L" is above 256" : L" is 0") +
+                       L"; check the recording's header");
+    return Fail(text);
+}
+
+std::int32_t FileConversion::OpenOutputs() {
+    if (OpenChannelFiles() != 0) return -1;
+    if (request_.writeEvents && OpenEventFile() != 0) return -1;
+    if (request_.writeRawData && OpenRawDataFile() != 0) return -1;
+    return 0;
+}
+
+std::int32_t FileConversion::OpenChannelFiles() {
+    const std::array<bool, 4> present = {reader_.NumADChannels() > 0, reader_.BaseIMUAvailable(),
+                                         reader_.AfeIMUAvailable(), reader_.UltrasonicAvailable()};
+    for (std::size_t i = 0; i < present.size(); ++i) {
+        switches_[i] = request_.channelOptions[i] != 0 && present[i] ? 1 : 0;
+    }
+    // Without A/D channels these keep their defaults, also for the sensors' files. Kept (pinned by
+    // FileConversion.SensorFilesWithoutADChannelsHaveNoTimestampOffset).
+    if (IsOn(ChannelGroup::kAD)) {
+        channelFiles_.numAdChannels = reader_.NumADChannels();
+        channelFiles_.samplingFrequency = reader_.SamplingFrequency();
+        channelFiles_.timestampOffset = static_cast<std::uint64_t>(reader_.UTCOffsetMicroseconds());
+        channelFiles_.phaseModulus = kPacketPhaseModulus;
+    }
+    if (std::all_of(switches_.begin(), switches_.end(), [](auto on) { return on == 0; })) return 0;
+    channelFiles_.adMaxValue = reader_.ADMaxValue();
+    channelFiles_.acquisitionSystem = reader_.AcquisitionSystem();
+    channelFiles_.sessionUuid = reader_.SessionUUID();
+    return channelFiles_.InitializeCscFiles(directory_, switches_);
+}
+
+std::int32_t FileConversion::OpenEventFile() {
+    eventFile_.phaseModulus = kPacketPhaseModulus;
+    eventFile_.timestampOffset = static_cast<std::uint64_t>(reader_.UTCOffsetMicroseconds());
+    eventFile_.samplingFrequency = reader_.SamplingFrequency();
+    eventFile_.sessionUuid = reader_.SessionUUID();
+    eventFile_.acquisitionSystem = reader_.AcquisitionSystem();
+    return eventFile_.Open(directory_);
+}
+
+std::int32_t FileConversion::OpenRawDataFile() {
+    rawDataFile_.phaseModulus = kPacketPhaseModulus;
+    rawDataFile_.timestampOffset = static_cast<std::uint64_t>(reader_.UTCOffsetMicroseconds());
+    rawDataFile_.adChannelCount = reader_.NumADChannels();
+    rawDataFile_.samplingFrequency = reader_.SamplingFrequency();
+    rawDataFile_.sessionUuid = reader_.SessionUUID();
+    rawDataFile_.acquisitionSystem = reader_.AcquisitionSystem();
+    return rawDataFile_.Open(directory_);
+}
+
+std::int32_t FileConversion::ConvertBlocks() {
+    std::vector<ORDDataPacket> packets;
+    for (bool endOfFile = false; !endOfFile;) {
+        if (processor_.cancelRequested.load(std::memory_order_relaxed) != 0) return 0;
+        if (reader_.GetData(packets, endOfFile) != 0) {
+            const std::wstring reason = reader_.GetErrorMessage();
+            AddInputDetail(
+                ConversionDetail::Kind::kIncomplete,
+                L"conversion stopped at byte " + std::to_wstring(reader_.NextPacketPosition()) +
+                    L": " +
+                    (reader_.SystemError() != 0 ? SystemErrorText(reader_.SystemError()) : reason) +
+                    L"; what was converted before it has been kept");
+            return Fail(reason.empty() ? L"Failed to process input file" : reason);
+        }
+        for (ORDDataPacket& packet : packets) {
+            if (ConvertPacket(packet) != 0) return -1;
+        }
+        processor_.bytesProcessed.store(reader_.BytesRead(), std::memory_order_relaxed);
+    }
+    if (reader_.UnconsumedBytes() != 0) {
+        AddInputDetail(ConversionDetail::Kind::kNote,
+                       std::to_wstring(reader_.UnconsumedBytes()) + L" trailing bytes from byte " +
+                           std::to_wstring(reader_.NextPacketPosition()) +
+                           L" on were not a whole packet and were left out; the recording was cut "
+                           L"short or is damaged there");
+    }
+    return 0;
+}
+
+std::int32_t FileConversion::ConvertPacket(ORDDataPacket& packet) {
+    if (request_.writeEvents || request_.writeRawData) JoinTtlValues(packet, ttlValues_);
+    if (packet.adSamples) {
+        // The raw data first: the channel files' scaling changes the samples.
+        if (request_.writeRawData) {
+            rawDataFile_.WriteRawRecords(*packet.adSamples, 0, ttlValues_,
+                                         packet.hardwareTimestamp);
+        }
+        if (IsOn(ChannelGroup::kAD)) {
+            // A failure shows when the files are finished.
+            channelFiles_.WriteSamples(AsSigned(*packet.adSamples), kSamplesPerPacket,
+                                       ChannelGroup::kAD, packet.hardwareTimestamp);
+        }
+    }
+    WriteSensorValues(packet);
+    if (request_.writeEvents &&
+        WriteTtlEvents(eventFile_, ttlValues_, {packet.hardwareTimestamp, packetTime_}) != 0) {
+        return -1;
+    }
+    // Ten samples' time whatever the packet holds. Kept (pinned by
+    // FileConversion.RunningTimeCountsPacketsWithoutSamples).
+    packetTime_ += recordPeriod_;
+    processor_.recordsProcessed.fetch_add(1, std::memory_order_relaxed);
+    return 0;
+}
+
+void FileConversion::WriteSensorValues(const ORDDataPacket& packet) {
+    if (IsOn(ChannelGroup::kBaseIMU) && packet.baseIMU) {
+        CopyAsSigned(*packet.baseIMU, baseImuValues_);
+        channelFiles_.WriteSamples(baseImuValues_, kImuSamplesPerPacket, ChannelGroup::kBaseIMU,
+                                   packet.hardwareTimestamp);
+    }
+    if (IsOn(ChannelGroup::kAfeIMU) && packet.afeIMU) {
+        CopyAsSigned(*packet.afeIMU, afeImuValues_);
+        channelFiles_.WriteSamples(afeImuValues_, kImuSamplesPerPacket, ChannelGroup::kAfeIMU,
+                                   packet.hardwareTimestamp);
+    }
+    if (IsOn(ChannelGroup::kUltrasonic) && packet.ultrasonic) {
+        CopyAsSigned(*packet.ultrasonic, ultrasonicValues_);
+        channelFiles_.WriteSamples(ultrasonicValues_, kUltrasonicValues, ChannelGroup::kUltrasonic,
+                                   packet.hardwareTimestamp);
+    }
+}
+
+std::int32_t FileConversion::Finish() {
+    if (channelFiles_.FinishCscFiles() != 0) return -1;
+    // What fails from here on changes no status text; TakeDetails tells of it.
+    if (request_.writeEvents) FinishEventFile();
+    if (request_.writeRawData) rawDataFile_.Finish();
+    reader_.Close();
+    return 0;
+}
+
+void FileConversion::FinishEventFile() {
+    if (eventFile_.WriteBufferedEvents() != 0) return;
+    eventFile_.records.front().bufferedCount = 0;
+    eventFile_.fileIO.CloseAllOutputFiles();
+}
+
+std::vector<ConversionDetail> FileConversion::TakeDetails() {
+    channelFiles_.fileIO.CloseAllOutputFiles();
+    eventFile_.fileIO.CloseAllOutputFiles();
+    for (const auto* fileIO : {&channelFiles_.fileIO, &eventFile_.fileIO}) {
+        for (const std::wstring& failure : fileIO->Failures()) {
+            AddDetail(ConversionDetail::Kind::kIncomplete, failure);
+        }
+    }
+    if (!rawDataFile_.Failure().empty()) {
+        AddDetail(ConversionDetail::Kind::kIncomplete,
+                  L"RawData.vrd is incomplete: " + rawDataFile_.Failure());
+    }
+    if (channelFiles_.timestampsSaturated || eventFile_.timestampsSaturated ||
+        rawDataFile_.timestampsSaturated) {
+        AddInputDetail(ConversionDetail::Kind::kNote,
+                       L"timestamps beyond the 64-bit range were held at its end; check "
+                       L"-UTCOffsetMicroseconds and -SamplingFrequency in its header");
+    }
+    return std::move(details_);
+}
+
+}  // namespace stalwick

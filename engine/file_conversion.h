@@ -1,0 +1,76 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "engine/data_processor.h"
+#include "ord/ord_file_reader.h"
+#include "writers/csc_file_writer_container.h"
+#include "writers/event_file_writer_container.h"
+#include "writers/rdf_file_writer_container.h"
+
+namespace stalwick {
+
+// What to make of one recording.
+struct FileConversionRequest {
+    std::wstring inputPath;
+    std::wstring outputDirectory;
+    ChannelOptions channelOptions{};
+    bool writeEvents = false;
+    bool writeRawData = false;
+};
+
+// The conversion of one recording: its reader, its writers, and the road of its packets. Lives as
+// long as that file is converted and is used by one thread.
+class FileConversion {
+  public:
+    FileConversion(DataProcessor& processor, const FileConversionRequest& request,
+                   const OutputSettings& settings);
+
+    // 0 when the file was converted or the job was canceled, else -1. The processor's error text
+    // is set only for the failures that have one.
+    std::int32_t Run();
+
+    // Closes whatever is still open and says what the status text does not. Call it once, last.
+    std::vector<ConversionDetail> TakeDetails();
+
+  private:
+    std::int32_t Fail(const std::wstring& errorText);
+    void AddDetail(ConversionDetail::Kind kind, const std::wstring& text);
+    void AddInputDetail(ConversionDetail::Kind kind, const std::wstring& text);
+
+    std::int32_t PrepareOutputDirectory();
+    std::int32_t OpenInput();
+    std::int32_t OpenOutputs();
+    std::int32_t OpenChannelFiles();
+    std::int32_t OpenEventFile();
+    std::int32_t OpenRawDataFile();
+    bool IsOn(ChannelGroup group) const { return switches_[static_cast<std::size_t>(group)] != 0; }
+
+    std::int32_t ConvertBlocks();
+    std::int32_t ConvertPacket(ORDDataPacket& packet);
+    void WriteSensorValues(const ORDDataPacket& packet);
+    std::int32_t Finish();
+    void FinishEventFile();
+
+    DataProcessor& processor_;
+    FileConversionRequest request_;
+    std::wstring directory_;  // of this file's outputs
+    ChannelOptions switches_{};
+    CSCFileWriterContainer channelFiles_;
+    EventFileWriterContainer eventFile_;
+    RDFFileWriterContainer rawDataFile_;
+    ORDFileReader reader_;
+
+    std::array<std::int16_t, kImuValues> baseImuValues_{};
+    std::array<std::int16_t, kImuValues> afeImuValues_{};
+    std::array<std::int16_t, kUltrasonicValues> ultrasonicValues_{};
+    std::vector<std::uint8_t> ttlValues_;
+    double packetTime_ = 0.0;    // microseconds, of the packet without a hardware timestamp
+    double recordPeriod_ = 0.0;  // microseconds that ten samples span
+    std::vector<ConversionDetail> details_;
+};
+
+}  // namespace stalwick

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "ord/ord_data_packet.h"
+#include "writers/event_file_writer_container.h"
+
+namespace stalwick {
+
+// The TTL input of each sample, 8 bits, from a packet's nibble lists: the high nibbles are bits 0
+// to 3. Where the lists differ in length the high nibbles stand alone.
+void JoinTtlValues(const ORDDataPacket& packet, std::vector<std::uint8_t>& ttlValues);
+
+// When a packet began.
+struct PacketTime {
+    std::optional<std::uint64_t> hardwareTimestamp;  // nanoseconds
+    double runningMicroseconds = 0.0;                // used without a hardware timestamp
+};
+
+// Adds an event for each value that differs from the one before it; the file's first value makes
+// none. Returns 0, or -1 when a full block of events could not be written.
+std::int32_t WriteTtlEvents(EventFileWriterContainer& eventFile,
+                            const std::vector<std::uint8_t>& ttlValues, const PacketTime& time);
+
+}  // namespace stalwick

@@ -1,0 +1,120 @@
+#include "cli/command_line.h"
+
+#include <algorithm>
+
+#include <CLI/CLI.hpp>
+
+#include "cli/exit_status.h"
+#include "platform/paths.h"
+#include "platform/text_encoding.h"
+
+namespace stalwick {
+
+namespace {
+
+constexpr char kProgram[] = "stalwick-convert";
+constexpr char kVersion[] = "stalwick-convert 1.2.0.1941\n";
+
+// The values as CLI11 fills them.
+struct RawOptions {
+    std::vector<std::string> files;
+    std::string outputDirectory;
+    bool noCsc = false;
+    bool baseImu = false;
+    bool afeImu = false;
+    bool ultrasonic = false;
+    bool raw = false;
+    bool all = false;
+    bool keepGoing = false;
+    bool quiet = false;
+    bool noSync = false;
+};
+
+void Declare(CLI::App& app, RawOptions& options) {
+    app.description(
+        "Converts wireless recordings (.ord) into channel files (.vcs), an event file\n"
+        "(.vev) and a raw data file (.vrd), in a directory of its own for each.");
+    app.add_option("FILE", options.files, "recordings to convert, in this order")->required();
+    app.add_option("-o,--output-dir", options.outputDirectory,
+                   "where the directories of the outputs go; default: the directory of the last "
+                   "FILE; one level is created")
+        ->type_name("DIR");
+    app.add_flag("--no-csc", options.noCsc, "no channel files for the A/D channels");
+    app.add_flag("--base-imu", options.baseImu, "channel files of the base inertial unit");
+    app.add_flag("--afe-imu", options.afeImu, "channel files of the front-end inertial unit");
+    app.add_flag("--ultrasonic", options.ultrasonic, "the channel file of the ultrasonic block");
+    app.add_flag("--raw", options.raw, "the raw data file");
+    app.add_flag("--all", options.all, "every one of these further outputs");
+    app.add_flag("-k,--keep-going", options.keepGoing,
+                 "a file that fails does not stop the others; a recap names what failed");
+    app.add_flag("-q,--quiet", options.quiet, "no progress, no details");
+    app.add_flag("--no-sync", options.noSync,
+                 "do not wait for the disk before a file is marked as closed");
+    app.set_version_flag("--version", kVersion);
+    app.footer(
+        "Exit status: 0 everything written; 1 a conversion failed or an output is "
+        "incomplete;\n2 wrong usage or output directory; 130 or 143 canceled.");
+}
+
+// The directory part of a path as the window shows it: without the last separator.
+std::wstring DirectoryOf(const std::wstring& path) {
+    const PathParts parts = SplitPath(path);
+    std::wstring directory = parts.directory;
+    if (directory.size() > 1) directory.pop_back();
+    if (parts.drive.empty() && directory.empty()) return L".";
+    return parts.drive + directory;
+}
+
+CommandLine ToCommandLine(const RawOptions& options) {
+    CommandLine line;
+    std::transform(options.files.begin(), options.files.end(), std::back_inserter(line.inputFiles),
+                   WidePath);
+    line.outputDirectory = options.outputDirectory.empty() ? DirectoryOf(line.inputFiles.back())
+                                                           : WidePath(options.outputDirectory);
+    const auto on = [](bool value) { return static_cast<std::uint8_t>(value ? 1 : 0); };
+    line.channelOptions = {on(!options.noCsc), on(options.baseImu || options.all),
+                           on(options.afeImu || options.all),
+                           on(options.ultrasonic || options.all)};
+    line.writeRawData = options.raw || options.all;
+    line.keepGoing = options.keepGoing;
+    line.quiet = options.quiet;
+    line.outputSettings.syncBeforeFinalHeader = !options.noSync;
+    return line;
+}
+
+ParsedArguments UsageError(const std::string& what) {
+    ParsedArguments parsed;
+    parsed.error = std::string(kProgram) + ": " + NarrowPath(OneLine(WidePath(what))) + "; see " +
+                   kProgram + " --help";
+    parsed.exitStatus = kExitUsage;
+    return parsed;
+}
+
+}  // namespace
+
+ParsedArguments ParseArguments(std::vector<std::string> arguments) {
+    CLI::App app("", kProgram);
+    RawOptions options;
+    Declare(app, options);
+    ParsedArguments parsed;
+    try {
+        std::reverse(arguments.begin(), arguments.end());  // the order that CLI11 expects
+        app.parse(arguments);
+    } catch (const CLI::CallForHelp&) {
+        parsed.output = app.help();
+        return parsed;
+    } catch (const CLI::CallForVersion&) {
+        parsed.output = kVersion;
+        return parsed;
+    } catch (const CLI::ParseError& error) {
+        return UsageError(error.what());
+    }
+    if (app.count("--output-dir") != 0 && options.outputDirectory.empty()) {
+        return UsageError("--output-dir: an empty directory name");
+    }
+    parsed.proceed = true;
+    parsed.commandLine = ToCommandLine(options);
+    return parsed;
+}
+
+}  // namespace stalwick

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "engine/data_processor.h"
+
+namespace stalwick {
+
+// What the command was asked for.
+struct CommandLine {
+    std::vector<std::wstring> inputFiles;
+    std::wstring outputDirectory;
+    ChannelOptions channelOptions{};
+    bool writeRawData = false;
+    bool keepGoing = false;
+    bool quiet = false;
+    OutputSettings outputSettings;
+};
+
+// What became of reading the arguments: either a command line to carry out, or a text to print
+// and an exit status to end with.
+struct ParsedArguments {
+    bool proceed = false;
+    CommandLine commandLine;
+    std::string output;  // for standard output: help or version
+    std::string error;   // for standard error, one line
+    int exitStatus = 0;
+};
+
+// Reads the arguments behind the program's name (UTF-8).
+ParsedArguments ParseArguments(std::vector<std::string> arguments);
+
+}  // namespace stalwick

@@ -22,10 +22,6 @@ bool IsLineBreak(wchar_t c) {
     return c == L'\n' || c == L'\r' || c == wchar_t{0x2028} || c == wchar_t{0x2029};
 }
 
-bool EndsValue(wchar_t c) {
-    return c == L'\r' || c == L'\n' || c == L'#';
-}
-
 wchar_t LowerCase(wchar_t c) {
     return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c - L'A' + L'a') : c;
 }

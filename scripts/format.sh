@@ -1,0 +1,8 @@
+#!/usr/bin/env bash
+# Formats every C++ file that git knows; with --check only says which are not formatted.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+arguments=(-i)
+[ "${1:-}" != --check ] || arguments=(--dry-run --Werror)
+git ls-files -z '*.cpp' '*.h' | xargs -0 clang-format "${arguments[@]}"

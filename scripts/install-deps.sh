@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# Installs the Debian 12 packages that the project needs and that are missing, as root or with sudo.
+#   scripts/install-deps.sh [GROUP...]     GROUP: build test check fuzz bench screenshots all
+# Without a group: build and test. Does nothing, and asks for no rights, when nothing is missing.
+set -euo pipefail
+
+packages_of() {
+    case "$1" in
+        build) echo g++ cmake ninja-build make git \
+                    libboost-dev libcli11-dev libhwy-dev qt6-base-dev libgl-dev ;;
+        test) echo libgtest-dev libgmock-dev librapidcheck-dev python3 xvfb xauth xdotool openbox \
+                   x11-utils desktop-file-utils appstream shared-mime-info ;;
+        check) echo clang clang-format libclang-rt-14-dev ;;
+        fuzz) echo clang libclang-rt-14-dev ;;
+        bench) echo libbenchmark-dev zstd flac python3 ;;
+        coverage) echo gcovr ;;
+        screenshots) echo xvfb openbox xdotool imagemagick librsvg2-bin fonts-dejavu-core ;;
+        all) for group in build test check fuzz bench coverage screenshots; do
+                 packages_of "$group"
+             done ;;
+        *) echo "install-deps.sh: no such group: $1" >&2; exit 2 ;;
+    esac
+}
+
+is_installed() {
+    [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+[ $# -gt 0 ] || set -- build test
+missing=()
+for group in "$@"; do
+    names=$(packages_of "$group")
+    for package in $names; do
+        is_installed "$package" || missing+=("$package")
+    done
+done
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo > /dev/null || {
+        echo "install-deps.sh: run it as root or install sudo; missing: ${missing[*]}" >&2
+        exit 1
+    }
+    as_root=(sudo)
+fi
+echo "Installing: ${missing[*]}"
+"${as_root[@]}" apt-get update -qq
+"${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+    apt-get install -y -qq --no-install-recommends "${missing[@]}" > /dev/null

@@ -20,7 +20,8 @@ class SaturatingBitReader {
 
     unsigned ReadBit() {
         if (position_ >= bitCount_) return 0;
-        const unsigned bit = (ByteAt(bytes_, position_ / 8) >> (7 - position_ % 8)) & 1U;
+        const unsigned byte = ByteAt(bytes_, position_ / 8);
+        const unsigned bit = (byte >> (7 - position_ % 8)) & 1U;
         position_ = std::min(bitCount_ - 1, position_ + 1);
         return bit;
     }
@@ -44,8 +45,8 @@ std::vector<bool> EnabledChannels(unsigned channelCount, const std::vector<std::
     std::vector<bool> enabled(channelCount, true);
     if (mask.empty()) return enabled;
     for (unsigned channel = 0; channel < channelCount; ++channel) {
-        const std::size_t maskByte = mask.size() - 1 - channel / 8;
-        enabled[channel] = ((mask.at(maskByte) >> (channel % 8)) & 1U) != 0;
+        const unsigned maskByte = mask.at(mask.size() - 1 - channel / 8);
+        enabled[channel] = ((maskByte >> (channel % 8)) & 1U) != 0;
     }
     return enabled;
 }

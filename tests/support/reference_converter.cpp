@@ -29,8 +29,10 @@ std::string FreeName(const std::set<std::string>& takenNames, const std::string&
     const std::size_t point = name.find_last_of('.');
     std::string candidate = name;
     for (int i = 1; takenNames.contains(candidate); ++i) {
-        const std::string number = (i < 10 ? "0" : "") + std::to_string(i);
-        candidate = name.substr(0, point) + "_" + number + name.substr(point);
+        candidate = name.substr(0, point);
+        candidate += i < 10 ? "_0" : "_";
+        candidate += std::to_string(i);
+        candidate += name.substr(point);
     }
     return candidate;
 }

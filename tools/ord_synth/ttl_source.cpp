@@ -40,7 +40,7 @@ void TtlSource::AdvanceTo(std::uint64_t sample) {
     for (Line& line : lines_) {
         while (line.nextEdge <= sample) {
             value_ = static_cast<std::uint8_t>(value_ ^ (1u << line.bit));
-            const bool isHigh = ((value_ >> line.bit) & 1u) != 0;
+            const bool isHigh = (unsigned{value_} >> line.bit & 1u) != 0;
             const auto& range = isHigh ? line.highMs : line.lowMs;
             line.nextEdge += SamplesOf(random_.Between(range[0], range[1]));
         }

@@ -1,0 +1,88 @@
+#include "tests/support/faulty_file_calls.h"
+
+#include <algorithm>
+
+#include "platform/system_error.h"
+
+namespace stalwick::test {
+
+namespace {
+constexpr std::uint64_t kHeaderBytes = 16384;
+}  // namespace
+
+FaultyFileCalls::FaultyFileCalls() : before_(SetFileCalls(this)) {}
+
+FaultyFileCalls::~FaultyFileCalls() {
+    SetFileCalls(before_);
+}
+
+bool FaultyFileCalls::Interrupts() {
+    if (interruptions_ >= interruptionsPerCall) {
+        interruptions_ = 0;
+        return false;
+    }
+    ++interruptions_;
+    return true;
+}
+
+SystemErrorCode FaultyFileCalls::OpenForReading(const std::wstring& path, FileHandle& handle) {
+    const SystemErrorCode code = SystemFileCalls().OpenForReading(path, handle);
+    if (code == 0) ++openCount;
+    return code;
+}
+
+SystemErrorCode FaultyFileCalls::Read(FileHandle handle, void* data, std::size_t size,
+                                      std::size_t& transferred) {
+    if (Interrupts()) return SystemErrorFor(SystemErrorKind::kInterrupted);
+    if (readError != 0) {
+        if (readsUntilError == 0) return readError;
+        --readsUntilError;
+    }
+    return SystemFileCalls().Read(handle, data, std::min(size, mostBytesPerCall), transferred);
+}
+
+SystemErrorCode FaultyFileCalls::QuerySize(FileHandle handle, std::uint64_t& size) {
+    return SystemFileCalls().QuerySize(handle, size);
+}
+
+SystemErrorCode FaultyFileCalls::CreateExclusive(const std::wstring& path, FileHandle& handle) {
+    if (Interrupts()) return SystemErrorFor(SystemErrorKind::kInterrupted);
+    if (beforeCreate) beforeCreate(path);
+    if (createError != 0 && (!createFails || createFails(path))) return createError;
+    const SystemErrorCode code = SystemFileCalls().CreateExclusive(path, handle);
+    if (code == 0) ++openCount;
+    return code;
+}
+
+SystemErrorCode FaultyFileCalls::WriteAt(FileHandle handle, std::uint64_t offset, const void* data,
+                                         std::size_t size, std::size_t& transferred) {
+    if (Interrupts()) return SystemErrorFor(SystemErrorKind::kInterrupted);
+    ++writeCount;
+    if (writeError != 0 && (!writeFails || writeFails(offset))) return writeError;
+    std::size_t taken = std::min(size, mostBytesPerCall);
+    if (bytesUntilFull && offset >= kHeaderBytes) {
+        if (*bytesUntilFull == 0) return SystemErrorFor(SystemErrorKind::kNoSpace);
+        taken = static_cast<std::size_t>(std::min<std::uint64_t>(taken, *bytesUntilFull));
+        *bytesUntilFull -= taken;
+    }
+    return SystemFileCalls().WriteAt(handle, offset, data, taken, transferred);
+}
+
+SystemErrorCode FaultyFileCalls::StartWriteBack(FileHandle handle, std::uint64_t offset,
+                                                std::uint64_t size) {
+    return SystemFileCalls().StartWriteBack(handle, offset, size);
+}
+
+SystemErrorCode FaultyFileCalls::SyncData(FileHandle handle) {
+    if (Interrupts()) return SystemErrorFor(SystemErrorKind::kInterrupted);
+    ++syncCount;
+    return syncError != 0 ? syncError : SystemFileCalls().SyncData(handle);
+}
+
+SystemErrorCode FaultyFileCalls::Close(FileHandle handle) {
+    --openCount;
+    const SystemErrorCode code = SystemFileCalls().Close(handle);
+    return closeError != 0 ? closeError : code;
+}
+
+}  // namespace stalwick::test

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "platform/file_calls.h"
+
+namespace stalwick::test {
+
+/**
+ * The system's file calls with faults: a disk that is full after so many bytes, writes that take
+ * little, calls that fail. In place from construction to destruction. Used by one thread.
+ */
+class FaultyFileCalls final : public FileCalls {
+  public:
+    FaultyFileCalls();
+    ~FaultyFileCalls() override;
+
+    // A write below this file offset is not counted: headers always fit. Past `bytesUntilFull`
+    // bytes of data the disk is full; the write that crosses the line is cut short first.
+    std::optional<std::uint64_t> bytesUntilFull;
+    std::size_t mostBytesPerCall = SIZE_MAX;  // of a read or a write
+    unsigned interruptionsPerCall = 0;        // EINTR so often before a call does its work
+    SystemErrorCode readError = 0;
+    std::uint64_t readsUntilError = 0;
+    SystemErrorCode createError = 0;
+    std::function<bool(const std::wstring& path)> createFails;  // absent: every one
+    SystemErrorCode writeError = 0;
+    std::function<bool(std::uint64_t offset)> writeFails;  // absent: every one
+    SystemErrorCode syncError = 0;
+    SystemErrorCode closeError = 0;
+    // Called before a file is created: another program may be quicker.
+    std::function<void(const std::wstring& path)> beforeCreate;
+
+    unsigned openCount = 0;  // files open at this moment
+    unsigned writeCount = 0;
+    unsigned syncCount = 0;
+
+    SystemErrorCode OpenForReading(const std::wstring& path, FileHandle& handle) override;
+    SystemErrorCode Read(FileHandle handle, void* data, std::size_t size,
+                         std::size_t& transferred) override;
+    SystemErrorCode QuerySize(FileHandle handle, std::uint64_t& size) override;
+    SystemErrorCode CreateExclusive(const std::wstring& path, FileHandle& handle) override;
+    SystemErrorCode WriteAt(FileHandle handle, std::uint64_t offset, const void* data,
+                            std::size_t size, std::size_t& transferred) override;
+    SystemErrorCode StartWriteBack(FileHandle handle, std::uint64_t offset,
+                                   std::uint64_t size) override;
+    SystemErrorCode SyncData(FileHandle handle) override;
+    SystemErrorCode Close(FileHandle handle) override;
+
+  private:
+    bool Interrupts();
+
+    FileCalls* before_;
+    unsigned interruptions_ = 0;
+};
+
+}  // namespace stalwick::test

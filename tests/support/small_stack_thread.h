@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+
+namespace stalwick::test {
+
+/** The stack that a worker thread may have to do with. */
+inline constexpr std::size_t kSmallStackBytes = std::size_t{512} * 1024;
+
+/** Runs `work` on a thread with a stack of that size and waits for it. POSIX systems only. */
+void RunOnSmallStack(std::function<void()> work);
+
+}  // namespace stalwick::test

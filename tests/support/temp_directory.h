@@ -1,0 +1,36 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+
+namespace stalwick::test {
+
+/** A directory of its own, removed with all it holds at the end. Paths are wide, as the program
+ * takes them. */
+class TempDirectory {
+  public:
+    TempDirectory();
+    ~TempDirectory();
+    TempDirectory(const TempDirectory&) = delete;
+    TempDirectory& operator=(const TempDirectory&) = delete;
+
+    const std::wstring& Path() const { return path_; }
+    /** The path of something inside. */
+    std::wstring Path(const std::wstring& name) const;
+
+  private:
+    std::wstring path_;
+};
+
+void WriteFile(const std::wstring& path, const std::string& bytes);
+std::string ReadFile(const std::wstring& path);
+void MakeDirectory(const std::wstring& path);
+void RemoveFile(const std::wstring& path);
+bool Exists(const std::wstring& path);
+/** UTF-8 names of what stands in the directory; empty for a directory that is not there. */
+std::set<std::string> NamesIn(const std::wstring& directory);
+/** Every file of the directory with its bytes. */
+std::map<std::string, std::string> FilesIn(const std::wstring& directory);
+
+}  // namespace stalwick::test

@@ -1,6 +1,7 @@
 # For people; the build itself is CMake's (CMakePresets.json).
 #   make demo      what the program does, on a recording made for the purpose
 #   make test      every test
+#   make test-windows, make windows-app, make package-windows      docs/building-windows.md
 # Each installs the Debian packages that it needs and that are missing.
 
 PRESET ?= release
@@ -8,7 +9,7 @@ PREFIX ?= /usr/local
 BUILD := build/$(PRESET)
 
 .DEFAULT_GOAL := build
-.PHONY: build demo test test-dev test-clang test-asan test-tsan install format check-format clean
+.PHONY: build demo test test-dev test-clang test-asan test-tsan test-windows windows-app package-windows install format check-format clean
 
 build:
 	scripts/install-deps.sh
@@ -37,6 +38,27 @@ test-asan:
 # Thread sanitizer.
 test-tsan:
 	$(MAKE) test PRESET=tsan
+
+# The engine, the command and their tests for Windows, run under wine, and the outputs of both
+# systems compared. PRESET is the Linux build to compare with.
+test-windows: build
+	scripts/install-deps.sh windows
+	cmake --preset windows
+	cmake --build --preset windows
+	ctest --preset windows
+	tests/windows/compare_test_names.py --linux $(BUILD) --windows build/windows
+	tests/windows/compare_with_linux.py --linux $(BUILD) --windows build/windows
+
+# The window for Windows; builds its Qt the first time (docs/building-windows.md).
+windows-app:
+	scripts/install-deps.sh build windows windows-app
+	STALWICK_QT_PREFIX="$$(packaging/windows/build-qt.sh)" cmake --preset windows-app
+	cmake --build --preset windows-app
+
+# The zip and the installer, and a test that installs and removes it under wine.
+package-windows: windows-app
+	packaging/windows/package.sh build/windows-app build/windows-packages
+	packaging/windows/test-installer.sh build/windows-packages
 
 install: build
 	cmake --install $(BUILD) --prefix $(PREFIX)

@@ -31,6 +31,8 @@ struct RawOptions {
 };
 
 void Declare(CLI::App& app, RawOptions& options) {
+    // A path may begin with a slash on Windows too.
+    app.allow_windows_style_options(false);
     app.description(
         "Converts wireless recordings (.ord) into channel files (.vcs), an event file\n"
         "(.vev) and a raw data file (.vrd), in a directory of its own for each.");

@@ -9,6 +9,13 @@ set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 
 # Libraries and packages come from the cross tree only: a library found in /usr would be a Linux one.
 set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)
+# The prefix that packaging/windows/build-qt.sh printed, where the window is built as well.
+if(STALWICK_QT_PREFIX)
+    list(APPEND CMAKE_FIND_ROOT_PATH ${STALWICK_QT_PREFIX})
+    set(QT_HOST_PATH /usr)
+    set(QT_HOST_PATH_CMAKE_DIR /usr/lib/${CMAKE_HOST_SYSTEM_PROCESSOR}-linux-gnu/cmake)
+endif()
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES STALWICK_QT_PREFIX)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

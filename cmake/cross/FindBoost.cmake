@@ -1,0 +1,10 @@
+# Debian's Boost headers for a cross build. `-idirafter` puts the C library's headers that stand
+# beside them behind those of the cross compiler; a plain -I would take them first.
+if(NOT TARGET Boost::headers)
+    add_library(Boost::headers INTERFACE IMPORTED)
+    target_compile_options(Boost::headers INTERFACE "SHELL:-idirafter /usr/include")
+endif()
+find_file(Boost_VERSION_HEADER boost/version.hpp PATHS /usr/include
+    NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
+include(FindPackageHandleStandardArgs)
+find_package_handle_standard_args(Boost REQUIRED_VARS Boost_VERSION_HEADER)

@@ -1,0 +1,78 @@
+#!/bin/sh
+# Makes the zip and the installer from a build of the preset windows-app.
+#
+#   packaging/windows/package.sh BUILD OUTPUT
+#
+# BUILD    the build directory, with app/stalwick.exe and cli/stalwick-convert.exe
+# OUTPUT   directory for stalwick-<version>-windows-x64.zip and stalwick-<version>-setup.exe
+# Needs: nsis, cmark (scripts/install-deps.sh windows-app).
+set -eu
+
+if [ $# -ne 2 ]; then
+    echo "usage: $0 BUILD OUTPUT" >&2
+    exit 2
+fi
+mkdir -p "$2"
+build=$(cd "$1" && pwd)
+output=$(cd "$2" && pwd)
+here=$(cd "$(dirname "$0")" && pwd)
+root=$(cd "$here/../.." && pwd)
+
+version=$(sed -n 's/^CMAKE_PROJECT_VERSION:[A-Z]*=//p' "$build/CMakeCache.txt")
+name=stalwick-$version-windows-x64
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+stage=$work/$name
+mkdir -p "$stage/licenses"
+
+# The licence of everything that is linked into the programs, under the name of its part.
+copy_licenses() {
+    for part in \
+        qt=qt6-base-dev \
+        cli11=libcli11-dev \
+        boost=libboost1.74-dev \
+        highway=libhwy-dev \
+        gcc-runtime=gcc-mingw-w64-x86-64-posix-runtime \
+        mingw-w64-runtime=mingw-w64-x86-64-dev; do
+        cp "/usr/share/doc/${part#*=}/copyright" "$stage/licenses/${part%%=*}.txt"
+    done
+    for text in LGPL-3 GPL-3; do
+        cp "/usr/share/common-licenses/$text" "$stage/licenses/$text.txt"
+    done
+    if [ -e "$root/LICENSE" ]; then cp "$root/LICENSE" "$stage/licenses/stalwick.txt"; fi
+}
+
+# The guide as one page with its pictures inside, readable without a network.
+make_user_guide() {
+    {
+        printf '<!DOCTYPE html>\n<html lang="en">\n<head>\n<meta charset="utf-8">\n'
+        printf '<title>Veltrosyn Stalwick</title>\n<style>\n%s\n</style>\n</head>\n<body>\n' \
+            'body { max-width: 48em; margin: 2em auto; padding: 0 1em; font: 16px/1.5 sans-serif }
+             img { max-width: 100% } code, pre { font: 14px monospace }
+             table { border-collapse: collapse } td, th { border: 1px solid #999; padding: .2em .5em }'
+        cmark --unsafe --validate-utf8 "$root/docs/user-guide.md"
+        printf '</body>\n</html>\n'
+    } | python3 "$here/inline_images.py" "$root/docs" >"$stage/user-guide.html"
+}
+
+cp "$build/app/stalwick.exe" "$build/cli/stalwick-convert.exe" "$stage"
+x86_64-w64-mingw32-strip "$stage/stalwick.exe" "$stage/stalwick-convert.exe"
+copy_licenses
+make_user_guide
+
+(cd "$work" && cmake -E tar cf "$output/$name.zip" --format=zip "$name")
+
+# The uninstaller names each file, so that it removes nothing else.
+for file in "$stage"/licenses/*; do
+    printf 'Delete "$INSTDIR\\licenses\\%s"\n' "$(basename "$file")"
+done >"$work/uninstall-licenses.nsh"
+
+makensis -V2 -NOCD -INPUTCHARSET UTF8 \
+    -DSTAGE="$stage" \
+    -DUNINSTALL_LICENSES="$work/uninstall-licenses.nsh" \
+    -DOUTPUT="$output/stalwick-$version-setup.exe" \
+    -DICON="$build/app/stalwick.ico" \
+    -DVERSION="$version" \
+    "$here/installer.nsi" >&2
+
+ls -l "$output/$name.zip" "$output/stalwick-$version-setup.exe"

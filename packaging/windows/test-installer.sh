@@ -1,0 +1,106 @@
+#!/bin/sh
+# Installs and removes the program silently under wine and looks at what is there each time.
+#
+#   packaging/windows/test-installer.sh PACKAGES       (the directory that package.sh filled)
+set -eu
+
+if [ $# -ne 1 ]; then
+    echo "usage: $0 PACKAGES" >&2
+    exit 2
+fi
+packages=$(cd "$1" && pwd)
+here=$(cd "$(dirname "$0")" && pwd)
+wine=$here/../../scripts/run-under-wine.sh
+
+STALWICK_WINE_PREFIX=$(mktemp -d)
+export STALWICK_WINE_PREFIX
+work=$(mktemp -d)
+end() {
+    WINEPREFIX=$STALWICK_WINE_PREFIX wineserver -k 2>/dev/null || true
+    rm -rf "$STALWICK_WINE_PREFIX" "$work"
+}
+trap end EXIT
+
+failures=0
+check() {
+    what=$1
+    shift
+    if "$@"; then
+        echo "ok      $what"
+    else
+        echo "FAILED  $what"
+        failures=$((failures + 1))
+    fi
+}
+
+fails() { ! "$@"; }
+
+# The value of a key under HKEY_CURRENT_USER ("" names the unnamed value), or nothing.
+registry() {
+    if [ -n "$2" ]; then set -- "$1" /v "$2"; else set -- "$1" /ve; fi
+    "$wine" reg query "HKCU\\$@" 2>/dev/null | tr -d '\r' |
+        sed -n 's/^ .*REG_[A-Z]*[[:space:]]*//p'
+}
+
+key_exists() { "$wine" reg query "HKCU\\$1" >/dev/null 2>&1; }
+
+uninstall_key='Software\Microsoft\Windows\CurrentVersion\Uninstall\Veltrosyn Stalwick'
+ord_key='Software\Classes\.ord'
+type_key='Software\Classes\Veltrosyn.Stalwick.ord'
+setup=$(ls "$packages"/stalwick-*-setup.exe)
+
+"$wine" --prefix >/dev/null
+user=$STALWICK_WINE_PREFIX/drive_c/users/$(id -un)
+programs="$user/AppData/Local/Programs/Veltrosyn Stalwick"
+menu="$user/AppData/Roaming/Microsoft/Windows/Start Menu/Programs/Veltrosyn Stalwick.lnk"
+
+echo "Installing over another program's hold on .ord:"
+"$wine" reg add "HKCU\\$ord_key" /ve /d Other.Program /f >/dev/null
+check "setup succeeds" "$wine" "$setup" /S
+check "the window is there" test -s "$programs/stalwick.exe"
+check "the user guide is there" test -s "$programs/user-guide.html"
+check "the licences are there" test -s "$programs/licenses/qt.txt"
+check "a start menu entry is there" test -s "$menu"
+check "the command runs" "$wine" "$programs/stalwick-convert.exe" --version
+check "Windows can list it" test -n "$(registry "$uninstall_key" DisplayVersion)"
+check ".ord belongs to it" test "$(registry "$ord_key" '')" = Veltrosyn.Stalwick.ord
+check ".ord opens with it" key_exists "$type_key\\shell\\open\\command"
+
+echo "Installing over itself:"
+check "setup succeeds" "$wine" "$setup" /S
+check "the other program is still remembered" \
+    test "$(registry "$uninstall_key" PreviousFileType)" = Other.Program
+
+echo "Removing:"
+echo "mine" >"$programs/notes.txt"
+# _?= keeps the uninstaller in the foreground; it then cannot delete itself.
+check "uninstaller succeeds" "$wine" "$programs/uninstall.exe" /S \
+    "_?=C:\\users\\$(id -un)\\AppData\\Local\\Programs\\Veltrosyn Stalwick"
+rm -f "$programs/uninstall.exe"
+check "a user's own file stays" test -s "$programs/notes.txt"
+check "nothing else stays" test "$(ls "$programs")" = notes.txt
+check "the start menu entry is gone" test ! -e "$menu"
+check "Windows no longer lists it" fails key_exists "$uninstall_key"
+check "its file type is gone" fails key_exists "$type_key"
+check ".ord is the other program's again" test "$(registry "$ord_key" '')" = Other.Program
+
+echo "Installing into a directory of one's own, and removing without a trace:"
+"$wine" reg delete "HKCU\\$ord_key" /f >/dev/null
+check "setup succeeds" "$wine" "$setup" /S '/D=C:\own place\Ж'
+own="$STALWICK_WINE_PREFIX/drive_c/own place/Ж"
+check "the command runs there" "$wine" "$own/stalwick-convert.exe" --version
+check "uninstaller succeeds" "$wine" "$own/uninstall.exe" /S
+for _ in 1 2 3 4 5 6 7 8 9 10; do
+    [ -e "$own" ] && sleep 1
+done
+check "the directory is gone" test ! -e "$own"
+check ".ord is nobody's" fails key_exists "$ord_key"
+
+echo "Unpacking the zip:"
+(cd "$work" && cmake -E tar xf "$packages"/stalwick-*-windows-x64.zip)
+check "the command runs" "$wine" "$work"/stalwick-*/stalwick-convert.exe --version
+
+[ "$failures" -eq 0 ] || {
+    echo "$failures checks failed" >&2
+    exit 1
+}

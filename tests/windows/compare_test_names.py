@@ -1,0 +1,68 @@
+#!/usr/bin/env python3
+"""Holds the names of the test cases that were built for Windows against those for Linux.
+
+Every case of the engine and the command that Linux runs must be there on Windows too, but for
+those listed here with the reason why they cannot.
+"""
+import argparse
+import subprocess
+import sys
+from pathlib import Path
+
+# "Suite.Case" or "Suite.*": why Windows has no such test.
+ONLY_ON_LINUX = {}
+
+
+def case_names(command):
+    listing = subprocess.run([*command, "--gtest_list_tests"], capture_output=True, text=True,
+                             check=True).stdout
+    suite = ""
+    for line in listing.splitlines():
+        name = line.split("#")[0].rstrip()
+        if name.startswith("  "):
+            yield suite + name.strip()
+        elif name.endswith("."):
+            suite = name
+
+
+def programs(build, suffix):
+    found = {}
+    for path in sorted((build / "tests").rglob("*_test*" + suffix)):
+        if path.is_file() and path.suffix == suffix and path.stat().st_mode & 0o111:
+            found[path.name.removesuffix(suffix)] = path
+    return found
+
+
+def reason(case):
+    return ONLY_ON_LINUX.get(case) or ONLY_ON_LINUX.get(case.split(".")[0] + ".*")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--linux", type=Path, required=True, help="build directory for Linux")
+    parser.add_argument("--windows", type=Path, required=True, help="build directory for Windows")
+    options = parser.parse_args()
+    wine = str(Path(__file__).resolve().parents[2] / "scripts/run-under-wine.sh")
+
+    linux, windows = set(), set()
+    windows_programs = programs(options.windows, ".exe")
+    for name, path in programs(options.linux, "").items():
+        cases = set(case_names([str(path)]))
+        linux |= {f"{name}: {case}" for case in cases}
+        if name in windows_programs:
+            there = set(case_names([wine, str(windows_programs[name])]))
+            windows |= {f"{name}: {case}" for case in there}
+
+    excused = {case for case in linux - windows if reason(case.split(": ")[1])}
+    for case in sorted(excused):
+        print(f"only on Linux   {case}   ({reason(case.split(': ')[1])})")
+    missing = linux - windows - excused
+    for case in sorted(missing):
+        print(f"MISSING on Windows   {case}")
+    print(f"{len(linux & windows)} test cases on both systems, {len(excused)} only on Linux, "
+          f"{len(windows - linux)} only on Windows")
+    return 1 if missing or not linux else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,5 +1,9 @@
 #include "ord/ad_block_decoder.h"
 
+#include "ord/ad_block_kernel.h"
+#include "ord/ad_block_plan.h"
+
+#include <algorithm>
 #include <bit>
 #include <numeric>
 
@@ -26,14 +30,13 @@ std::uint32_t CountEnabled(const std::vector<std::uint8_t>& channelMask,
 // Whether the bits behind the widths hold the whole block, padded to a byte. A width of 0 counts
 // as no bits here although decoding takes one bit a delta for it: such a block is taken for
 // complete too early. Kept (pinned by ADBlockDecoder.WidthZeroTakesABitThatTheSizeDoesNotCount).
-bool IsComplete(const BitReader& reader, const ChannelBitWidths& widths,
-                std::uint32_t samplesPerChannel, std::uint32_t enabledCount) {
-    const std::uint32_t widthSum = std::accumulate(widths.begin(), widths.end(), 0U);
+bool IsComplete(std::int32_t bitCount, std::int32_t position, std::uint32_t widthSum,
+                std::uint32_t enabledCount, std::uint32_t samplesPerChannel) {
     const auto need = static_cast<std::int32_t>((samplesPerChannel - 1) * widthSum +
                                                 kFirstValueBits * enabledCount);
-    const std::int32_t beyondByte = (reader.position() + need) % kBitsPerByte;
+    const std::int32_t beyondByte = (position + need) % kBitsPerByte;
     const std::int32_t pad = beyondByte != 0 ? kBitsPerByte - beyondByte : 0;
-    return reader.bitCount() - reader.position() >= need + pad;
+    return bitCount - position >= need + pad;
 }
 
 // A two's-complement number of `width` bits, sign-extended to 16. Width 0 reads one bit all the
@@ -64,37 +67,98 @@ ChannelBitWidths ReadChannelBitWidths(BitReader& reader, std::uint32_t numChanne
     return widths;
 }
 
+namespace {
+
+// A block to decode, and the `length` bytes that are left of the span from its first byte on.
+struct Block {
+    const std::uint8_t* data;
+    std::size_t length;
+    std::uint32_t numChannels;
+    std::uint32_t samplesPerChannel;
+    const std::vector<std::uint8_t>& channelMask;
+
+    std::int32_t BitCount() const { return static_cast<std::int32_t>(length * kBitsPerByte); }
+    std::size_t SampleCount() const { return std::size_t{numChannels} * samplesPerChannel; }
+    // The position behind a block of which so many bits were read, up to the next whole byte.
+    const std::uint8_t* EndAt(std::int32_t position) const {
+        return data + length - (BitCount() - position) / kBitsPerByte;
+    }
+};
+
+// Decodes by the bit reader's rule for the end of the span: for blocks that need more bits than
+// they count, and for shapes that no recording has.
+const std::uint8_t* DecodeBitByBit(const Block& block, std::vector<std::uint16_t>& samples) {
+    const ChannelEnableSet enabled = BuildChannelEnableSet(block.channelMask);
+    BitReader reader(block.data, block.BitCount());
+    const ChannelBitWidths widths = ReadChannelBitWidths(reader, block.numChannels, enabled);
+    const std::uint32_t widthSum = std::accumulate(widths.begin(), widths.end(), 0U);
+    if (!IsComplete(reader.bitCount(), reader.position(), widthSum,
+                    CountEnabled(block.channelMask, block.numChannels), block.samplesPerChannel)) {
+        return block.data;
+    }
+    samples.assign(block.SampleCount(), 0);
+    std::array<std::uint16_t, kMostADChannels> last{};
+    for (std::uint32_t channel = 0; channel < block.numChannels; ++channel) {
+        if (!IsEnabled(enabled, channel)) continue;
+        const std::uint32_t value = reader.ReadBits(kFirstValueBits) << kSampleShift;
+        last[channel] = static_cast<std::uint16_t>(value);
+        samples[std::size_t{channel} * block.samplesPerChannel] = last[channel];
+    }
+    for (std::uint32_t i = 1; i < block.samplesPerChannel; ++i) {
+        for (std::uint32_t channel = 0; channel < block.numChannels; ++channel) {
+            if (!IsEnabled(enabled, channel)) continue;
+            const std::uint32_t delta = ReadDelta(reader, widths[channel]);
+            last[channel] = static_cast<std::uint16_t>(last[channel] + (delta << kSampleShift));
+            samples[std::size_t{channel} * block.samplesPerChannel + i] = last[channel];
+        }
+    }
+    return block.EndAt(reader.position());
+}
+
+bool HasUsualShape(const Block& block) {
+    return block.numChannels % kChannelsPerGroup == 0 && block.numChannels <= kMostADChannels &&
+           block.samplesPerChannel >= 1 && block.samplesPerChannel <= kSamplesPerPacket &&
+           (block.channelMask.empty() ||
+            block.channelMask.size() == block.numChannels / kChannelsPerGroup);
+}
+
+// Decodes a block whose every bit is inside the span.
+void DecodePlanned(const Block& block, const ADBlockPlan& plan, std::uint16_t* samples) {
+    constexpr std::size_t kLargestBlock =
+        kMostADChannels * (kWidthBits + kFirstValueBits + 9 * kWidestDelta) / kBitsPerByte;
+    const std::size_t bytes = plan.BlockBits(block.samplesPerChannel) / kBitsPerByte + 1;
+    const auto decode = CurrentADBlockKernel().decode;
+    if (bytes + kKernelOverrun <= block.length) {
+        decode(block.data, plan, block.samplesPerChannel, samples);
+        return;
+    }
+    // The kernels read in wide steps: the span's last block is decoded where that does no harm.
+    std::array<std::uint8_t, kLargestBlock + 1 + kKernelOverrun> copy;
+    std::copy_n(block.data, std::min(bytes, block.length), copy.begin());
+    decode(copy.data(), plan, block.samplesPerChannel, samples);
+}
+
+}  // namespace
+
 const std::uint8_t* DecodeADBlock(const std::uint8_t* data, std::size_t length,
                                   std::uint32_t numChannels, std::uint32_t samplesPerChannel,
                                   const std::vector<std::uint8_t>& channelMask,
                                   std::vector<std::uint16_t>& samples) {
-    samples.clear();
-    const auto bitCount = static_cast<std::int32_t>(length * kBitsPerByte);
-    if (bitCount < kShortestBlockBits) return data;
-
-    const ChannelEnableSet enabled = BuildChannelEnableSet(channelMask);
-    BitReader reader(data, bitCount);
-    const ChannelBitWidths widths = ReadChannelBitWidths(reader, numChannels, enabled);
-    const std::uint32_t enabledCount = CountEnabled(channelMask, numChannels);
-    if (!IsComplete(reader, widths, samplesPerChannel, enabledCount)) return data;
-
-    samples.assign(std::size_t{numChannels} * samplesPerChannel, 0);
-    std::array<std::uint16_t, kMostADChannels> last{};
-    for (std::uint32_t channel = 0; channel < numChannels; ++channel) {
-        if (!IsEnabled(enabled, channel)) continue;
-        const std::uint32_t value = reader.ReadBits(kFirstValueBits) << kSampleShift;
-        last[channel] = static_cast<std::uint16_t>(value);
-        samples[std::size_t{channel} * samplesPerChannel] = last[channel];
-    }
-    for (std::uint32_t i = 1; i < samplesPerChannel; ++i) {
-        for (std::uint32_t channel = 0; channel < numChannels; ++channel) {
-            if (!IsEnabled(enabled, channel)) continue;
-            const std::uint32_t delta = ReadDelta(reader, widths[channel]);
-            last[channel] = static_cast<std::uint16_t>(last[channel] + (delta << kSampleShift));
-            samples[std::size_t{channel} * samplesPerChannel + i] = last[channel];
+    const Block block{data, length, numChannels, samplesPerChannel, channelMask};
+    const std::int32_t bitCount = block.BitCount();
+    ADBlockPlan plan;
+    if (bitCount >= kShortestBlockBits && HasUsualShape(block) &&
+        BuildADBlockPlan(data, length, numChannels, channelMask, plan)) {
+        const auto blockBits = static_cast<std::int32_t>(plan.BlockBits(samplesPerChannel));
+        if (blockBits <= bitCount) {
+            samples.resize(block.SampleCount());
+            DecodePlanned(block, plan, samples.data());
+            return block.EndAt(blockBits);
         }
     }
-    return data + length - (reader.bitCount() - reader.position()) / kBitsPerByte;
+    samples.clear();
+    if (bitCount < kShortestBlockBits) return data;
+    return DecodeBitByBit(block, samples);
 }
 
 }  // namespace stalwick

@@ -33,6 +33,7 @@ inline constexpr std::size_t kUltrasonicValues = 70;
 
 // The A/D block: a 4-bit width for each enabled channel, a 14-bit first value each, then deltas.
 inline constexpr unsigned kWidthBits = 4;
+inline constexpr unsigned kWidestDelta = 15;  // bits
 inline constexpr unsigned kFirstValueBits = 14;
 inline constexpr unsigned kSampleShift = 2;  // a 14-bit converter value fills the upper bits
 

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "ord/ord_format.h"
+
+namespace stalwick {
+
+// Eight values of 8 bits, value i in bits 8i to 8i + 7: what each of eight channels has.
+using EightBytes = std::uint64_t;
+
+inline constexpr std::uint32_t kChannelsPerGroup = 8;
+
+// Where the bits of one channel group's row stand, seen from the group's first bit in that row.
+// Channels without bits have kNoByte in `firstBytes`.
+struct GroupLayout {
+    EightBytes firstBytes;  // the byte that holds the channel's first bit
+    EightBytes bitsToSkip;  // of that byte, 0 to 7
+    EightBytes widths;      // bits of the channel's value, 1 to 15
+};
+inline constexpr std::uint8_t kNoByte = 0x80;
+
+struct ChannelGroup8 {
+    GroupLayout firstValues;
+    GroupLayout deltas;
+    std::uint32_t firstValuesBit;  // from the block's first bit
+    std::uint32_t deltasBit;       // from the first bit of a row of deltas
+};
+
+// Where every bit of an A/D block stands, worked out once for all its rows. A width of 0 decodes
+// exactly as a width of 1, so a block of N samples a channel is
+//
+//   4E bits of widths | 14E bits of first values | N - 1 rows of rowBits bits of deltas
+//
+// with E enabled channels. Only BuildADBlockPlan fills it: clearing it first would cost as much
+// as planning. docs/ord-format.md describes the block.
+struct ADBlockPlan {
+    std::array<ChannelGroup8, kMostADChannels / kChannelsPerGroup> groups;
+    std::uint32_t groupCount = 0;
+    std::uint32_t enabledCount = 0;
+    std::uint32_t widthSum = 0;   // of the widths as they stand in the block
+    std::uint32_t rowBits = 0;    // of the widths with 1 for 0
+    std::uint32_t deltasBit = 0;  // of the first row of deltas, from the block's first bit
+
+    // Bits that decoding the block takes.
+    std::uint32_t BlockBits(std::uint32_t samplesPerChannel) const {
+        return deltasBit + (samplesPerChannel - 1) * rowBits;
+    }
+};
+
+// Plans the block that begins at `data`. `numChannels` is a multiple of 8, at most 256;
+// `channelMask` has numChannels / 8 bytes, or none when every channel is enabled. False, with the
+// plan unfinished, when `length` bytes do not hold the widths.
+bool BuildADBlockPlan(const std::uint8_t* data, std::size_t length, std::uint32_t numChannels,
+                      std::span<const std::uint8_t> channelMask, ADBlockPlan& plan);
+
+}  // namespace stalwick

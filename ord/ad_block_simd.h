@@ -1,0 +1,13 @@
+#pragma once
+
+#include <vector>
+
+#include "ord/ad_block_kernel.h"
+
+namespace stalwick {
+
+// The kernels of every vector instruction set that this machine has, the best first; none in a
+// build without Highway.
+std::vector<ADBlockKernel> ListSimdADBlockKernels();
+
+}  // namespace stalwick

@@ -1,0 +1,9 @@
+#include "ord/ad_block_simd.h"
+
+namespace stalwick {
+
+std::vector<ADBlockKernel> ListSimdADBlockKernels() {
+    return {};
+}
+
+}  // namespace stalwick

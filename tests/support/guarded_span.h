@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace stalwick::test {
+
+/** Memory whose last byte stands before a page that nobody may touch: reading beyond it ends the
+ * program. Made by POSIX means. */
+class GuardedSpan {
+  public:
+    GuardedSpan();
+    ~GuardedSpan();
+    GuardedSpan(const GuardedSpan&) = delete;
+    GuardedSpan& operator=(const GuardedSpan&) = delete;
+
+    /** Copies `bytes` (at most 64 KiB) to the very end; valid until the next call. */
+    const std::uint8_t* Hold(std::string_view bytes);
+
+  private:
+    std::uint8_t* start_ = nullptr;
+};
+
+}  // namespace stalwick::test

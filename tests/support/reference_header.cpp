@@ -95,10 +95,11 @@ std::vector<std::vector<std::wstring>> ReferenceHeaderFieldValues(const std::wst
                                                                   const std::wstring& key) {
     std::vector<std::vector<std::wstring>> lines;
     if (key.empty() || key[0] != L'-') return lines;
-    const std::wregex linePattern =
-        CompilePattern(L"\\s+" + key + L"([^\r\n#]+)", std::regex::ECMAScript | std::regex::icase);
-    const std::wregex tokenPattern =
-        CompilePattern(L"\\s+\"([^\"]+)\"|(\\S+)", std::regex::ECMAScript);
+    // Written out, since what \s and \d mean for wide text depends on the C library.
+    const std::wregex linePattern = CompilePattern(L"[ \\t\\n\\v\\f\\r]+" + key + L"([^\r\n#]+)",
+                                                   std::regex::ECMAScript | std::regex::icase);
+    const std::wregex tokenPattern = CompilePattern(
+        L"[ \\t\\n\\v\\f\\r]+\"([^\"]+)\"|([^ \\t\\n\\v\\f\\r]+)", std::regex::ECMAScript);
     using Matches = std::wsregex_iterator;
     for (Matches line(headerText.begin(), headerText.end(), linePattern); line != Matches();
          ++line) {
@@ -113,7 +114,7 @@ std::vector<std::vector<std::wstring>> ReferenceHeaderFieldValues(const std::wst
 }
 
 std::int32_t ReferenceVersionNumber(const std::wstring& text) {
-    if (!std::regex_match(text, CompilePattern(L"((\\d+)(.?))+", std::regex::ECMAScript)))
+    if (!std::regex_match(text, CompilePattern(L"(([0-9]+)(.?))+", std::regex::ECMAScript)))
         return -1;
     std::wstring digits;
     for (const wchar_t character : text) {

@@ -8,7 +8,7 @@ namespace stalwick::test {
 /** The stack that a worker thread may have to do with. */
 inline constexpr std::size_t kSmallStackBytes = std::size_t{512} * 1024;
 
-/** Runs `work` on a thread with a stack of that size and waits for it. POSIX systems only. */
+/** Runs `work` on a thread with a stack of that size and waits for it. */
 void RunOnSmallStack(std::function<void()> work);
 
 }  // namespace stalwick::test

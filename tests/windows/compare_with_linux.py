@@ -181,7 +181,10 @@ def bad_input(scratch, sample, work):
 
 
 def check_synth(commands, scratch):
-    """The Windows build of the generator gives the same recording."""
+    """The Windows build of the generator gives the same recording and the same exit statuses."""
+    for arguments, status in ((["--help"], 0), ([], 2), (["--channels", "33"], 2)):
+        for command in (commands.synth, commands.windows_synth):
+            assert run([*command, *arguments]).returncode == status, f"ord_synth {arguments}"
     one, two = scratch / "synth linux.ord", scratch / "synth windows.ord"
     arguments = ["-q", "-c", "64", "-s", "0.1", "--all", "-o"]
     made = run([*commands.synth, *arguments, str(one)])

@@ -34,6 +34,8 @@ SystemErrorCode FaultyFileCalls::OpenForReading(const std::wstring& path, FileHa
 SystemErrorCode FaultyFileCalls::Read(FileHandle handle, void* data, std::size_t size,
                                       std::size_t& transferred) {
     if (Interrupts()) return SystemErrorFor(SystemErrorKind::kInterrupted);
+    if (beforeRead) beforeRead(readCount);
+    ++readCount;
     if (readError != 0) {
         if (readsUntilError == 0) return readError;
         --readsUntilError;

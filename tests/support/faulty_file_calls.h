@@ -25,6 +25,8 @@ class FaultyFileCalls final : public FileCalls {
     unsigned interruptionsPerCall = 0;        // EINTR so often before a call does its work
     SystemErrorCode readError = 0;
     std::uint64_t readsUntilError = 0;
+    // Called before each read with the number of those before it.
+    std::function<void(unsigned readCount)> beforeRead;
     SystemErrorCode createError = 0;
     std::function<bool(const std::wstring& path)> createFails;  // absent: every one
     SystemErrorCode writeError = 0;
@@ -35,6 +37,7 @@ class FaultyFileCalls final : public FileCalls {
     std::function<void(const std::wstring& path)> beforeCreate;
 
     unsigned openCount = 0;  // files open at this moment
+    unsigned readCount = 0;
     unsigned writeCount = 0;
     unsigned syncCount = 0;
 

@@ -1,0 +1,119 @@
+// Whole conversions of streams that end anywhere.
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/engine_run.h"
+#include "tests/support/ord_builder.h"
+
+namespace stalwick::test {
+namespace {
+
+// Few files, so that many conversions stay quick: events, the raw data and the ultrasonic channel.
+constexpr ReferenceConvertOptions kFewOutputs{false, false, false, true, true, true};
+
+std::string Stream(bool timestamps, std::uint8_t code, std::size_t packetCount,
+                   std::optional<std::uint8_t> width = {}) {
+    RandomRecordingShape shape;
+    shape.packet = {code, {}, true, true, true, true, true, true, 40, width, true};
+    shape.packetCount = packetCount;
+    shape.timestamps = timestamps;
+    return EncodePackets(MakeRandomPackets(21, shape));
+}
+
+OrdHeaderText Header(bool timestamps) {
+    return timestamps ? Version2Header(32) : Version1Header(32);
+}
+
+TEST(StreamLength, StreamCutAtEveryByteOfAPacketConvertsLikeTheReference) {
+    for (const bool timestamps : {true, false}) {
+        const std::string stream = Stream(timestamps, 0, 2);
+        for (std::size_t size = stream.size() / 2 - 20; size <= stream.size(); ++size) {
+            ASSERT_TRUE(ConvertsLikeTheReference(
+                Header(timestamps).Block() + stream.substr(0, size), kFewOutputs))
+                << size;
+        }
+    }
+}
+
+TEST(StreamLength, StreamCutAnywhereConvertsLikeTheReferenceWithEveryOutput) {
+    for (std::uint8_t code = 0; code < 4; ++code) {
+        const std::string stream = Stream(true, code, 4);
+        for (std::size_t size = stream.size(); size > 60; size -= size / 4) {
+            ASSERT_TRUE(ConvertsLikeTheReference(Header(true).Block() + stream.substr(0, size),
+                                                 AllOutputs()))
+                << int{code} << " " << size;
+        }
+    }
+}
+
+TEST(StreamLength, WidthZeroPacketsCutAtEveryByteConvertLikeTheReference) {
+    const std::string stream = Stream(true, 0, 2, std::uint8_t{0});
+    for (std::size_t size = stream.size() / 2; size <= stream.size(); ++size) {
+        ASSERT_TRUE(
+            ConvertsLikeTheReference(Header(true).Block() + stream.substr(0, size), kFewOutputs))
+            << size;
+    }
+}
+
+TEST(StreamLength, LengthsAroundSpansAndHalvesConvertLikeTheReference) {
+    const std::string stream = Stream(true, 1, 400);
+    ASSERT_GT(stream.size(), 150100U);
+    for (const std::size_t middle : {25000U, 50000U, 75000U, 100000U, 125000U, 150000U}) {
+        for (std::size_t size = middle - 3; size <= middle + 3; ++size) {
+            ASSERT_TRUE(ConvertsLikeTheReference(Header(true).Block() + stream.substr(0, size),
+                                                 kFewOutputs))
+                << size;
+        }
+    }
+}
+
+// Packets of 11 bytes whose TTL value changes now and then.
+std::string PlainPackets(std::size_t count) {
+    PacketPlan plan;
+    plan.stateBytes = {0x10};
+    std::vector<PacketPlan> plans(count, plan);
+    for (std::size_t i = 0; i < count; i += 3) plans[i].stateBytes = {0x20};
+    return EncodePackets(plans);
+}
+
+TEST(StreamLength, HalfABufferOfWholePacketsFailsAsNotConsumed) {
+    // A base inertial block makes a packet 29 bytes; a few of them make the length come out.
+    PacketPlan withImu;
+    withImu.baseImu.emplace().fill(1);
+    const std::string imuPacket = EncodePacket(withImu);
+    ASSERT_EQ(imuPacket.size(), 29U);
+    std::string stream;
+    while ((25000 - stream.size()) % 11 != 0) stream += imuPacket;
+    stream += PlainPackets((25000 - stream.size()) / 11);
+    ASSERT_EQ(stream.size(), 25000U);
+    const TempDirectory directory;
+    const EngineRun run =
+        RunEngine(directory, Version1Header(32).Block() + stream, ReferenceConvertOptions());
+    EXPECT_EQ(run.statusText, L"Processing failed - Failed to process buffer. 0 bytes consumed.");
+    EXPECT_TRUE(ConvertsLikeTheReference(Version1Header(32).Block() + stream, AllOutputs()));
+}
+
+TEST(StreamLength, JunkBehindPacketsConvertsLikeTheReference) {
+    const std::string good = PlainPackets(1000);
+    for (const std::size_t junk : {1U, 11U, 28000U, 38999U, 39000U, 39001U, 50000U, 90000U}) {
+        ASSERT_TRUE(ConvertsLikeTheReference(
+            Version1Header(32).Block() + good + std::string(junk, 'x'), kFewOutputs))
+            << junk;
+    }
+}
+
+TEST(StreamLength, TrailingBytesAreNamedInTheDetails) {
+    const TempDirectory directory;
+    const EngineRun run =
+        RunEngine(directory, Version1Header(32).Block() + PlainPackets(3) + std::string(41, 'x'),
+                  ReferenceConvertOptions());
+    EXPECT_EQ(run.statusText, L"Processing complete");
+    ASSERT_EQ(run.details.size(), 1U);
+    EXPECT_EQ(run.details[0].kind, ConversionDetail::Kind::kNote);
+    EXPECT_NE(run.details[0].text.find(L"41 trailing bytes from byte 16417"), std::wstring::npos);
+}
+
+}  // namespace
+}  // namespace stalwick::test

@@ -16,6 +16,9 @@ namespace stalwick {
 namespace {
 
 constexpr std::uint32_t kImuSamplesPerPacket = 1;
+// Packed samples are about half as long as those of the channel files: with this much a channel,
+// a file's buffer fills more than a huge page.
+constexpr std::uint64_t kLongRecordingBytesPerChannel = 1U << 20U;
 
 // The packet's samples as the signed values that they are; scaled in place by the writer.
 std::span<std::int16_t> AsSigned(std::vector<std::uint16_t>& samples) {
@@ -111,6 +114,8 @@ std::int32_t FileConversion::OpenChannelFiles() {
         channelFiles_.phaseModulus = kPacketPhaseModulus;
     }
     if (std::all_of(switches_.begin(), switches_.end(), [](auto on) { return on == 0; })) return 0;
+    channelFiles_.isLongRecording =
+        reader_.FileSize() >= kLongRecordingBytesPerChannel * reader_.NumADChannels();
     channelFiles_.adMaxValue = reader_.ADMaxValue();
     channelFiles_.acquisitionSystem = reader_.AcquisitionSystem();
     channelFiles_.sessionUuid = reader_.SessionUUID();

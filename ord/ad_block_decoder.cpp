@@ -155,6 +155,12 @@ const std::uint8_t* DecodeADBlock(const std::uint8_t* data, std::size_t length,
             DecodePlanned(block, plan, samples.data());
             return block.EndAt(blockBits);
         }
+        // Every span but the last ends in such a block: its widths are not read a second time.
+        const auto widthBits = static_cast<std::int32_t>(plan.enabledCount * kWidthBits);
+        if (!IsComplete(bitCount, widthBits, plan.widthSum, plan.enabledCount, samplesPerChannel)) {
+            samples.clear();
+            return data;
+        }
     }
     samples.clear();
     if (bitCount < kShortestBlockBits) return data;

@@ -132,8 +132,9 @@ std::int32_t ORDFileReader::GetData(std::vector<ORDDataPacket>& records, bool& e
 
 std::int32_t ORDFileReader::DecodeBuffer(std::uint32_t validBytes,
                                          std::vector<ORDDataPacket>& records) {
-    const std::uint8_t* const next = ProcessDataBuffer(buffer_.data(), validBytes, records,
-                                                       BuildDecodeOptions(), kSamplesPerPacket);
+    const std::uint8_t* const next =
+        ProcessDataBuffer(buffer_.data(), validBytes, records, BuildDecodeOptions(),
+                          kSamplesPerPacket, sparePackets_);
     const auto consumed = static_cast<std::uint32_t>(next - buffer_.data());
     // The rest is counted to the end of the buffer, not of the valid bytes. The two differ only in
     // the last, short block: one of which nothing is consumed is no error, and one whose valid and

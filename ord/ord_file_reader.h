@@ -94,6 +94,7 @@ class ORDFileReader {
     std::uint32_t bytesHeld_ = 0;
     std::wstring fileVersion_ = L"1.0";
     std::int64_t utcOffsetMicroseconds_ = 0;
+    std::vector<ORDDataPacket> sparePackets_;  // memory for blocks of more packets
     std::uint64_t bytesRead_ = 0;
     std::uint64_t unconsumedBytes_ = 0;
     SystemErrorCode systemError_ = 0;

@@ -126,27 +126,45 @@ const std::uint8_t* ParseDataPacket(const std::uint8_t* data, std::size_t length
     return bytes.at();
 }
 
+namespace {
+
+// The packet to decode into: the list's own one at `count`, or one from `spares`.
+ORDDataPacket& PacketAt(std::vector<ORDDataPacket>& packets, std::size_t count,
+                        std::vector<ORDDataPacket>& spares) {
+    if (count < packets.size()) return packets[count];
+    if (spares.empty()) return packets.emplace_back();
+    packets.push_back(std::move(spares.back()));
+    spares.pop_back();
+    return packets.back();
+}
+
+}  // namespace
+
+const std::uint8_t* ProcessDataBuffer(const std::uint8_t* data, std::size_t length,
+                                      std::vector<ORDDataPacket>& packets,
+                                      const DecodeOptions& options,
+                                      std::optional<std::uint32_t> samplesOverride,
+                                      std::vector<ORDDataPacket>& spares) {
+    const std::uint8_t* const end = data + length;
+    std::size_t count = 0;
+    for (;;) {
+        const std::uint8_t* next =
+            ParseDataPacket(data, static_cast<std::size_t>(end - data),
+                            PacketAt(packets, count, spares), options, samplesOverride);
+        if (next == data) break;
+        ++count;
+        data = next;
+    }
+    for (; packets.size() > count; packets.pop_back()) spares.push_back(std::move(packets.back()));
+    return data;
+}
+
 const std::uint8_t* ProcessDataBuffer(const std::uint8_t* data, std::size_t length,
                                       std::vector<ORDDataPacket>& packets,
                                       const DecodeOptions& options,
                                       std::optional<std::uint32_t> samplesOverride) {
-    const std::uint8_t* const end = data + length;
-    std::size_t count = 0;
-    ORDDataPacket scratch;
-    for (;;) {
-        const std::uint8_t* next = ParseDataPacket(data, static_cast<std::size_t>(end - data),
-                                                   scratch, options, samplesOverride);
-        if (next == data) break;
-        if (count < packets.size()) {
-            packets[count] = std::move(scratch);
-        } else {
-            packets.push_back(std::move(scratch));
-        }
-        ++count;
-        data = next;
-    }
-    packets.resize(count);
-    return data;
+    std::vector<ORDDataPacket> spares;
+    return ProcessDataBuffer(data, length, packets, options, samplesOverride, spares);
 }
 
 }  // namespace stalwick

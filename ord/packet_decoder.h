@@ -21,6 +21,14 @@ const std::uint8_t* ProcessDataBuffer(const std::uint8_t* data, std::size_t leng
                                       const DecodeOptions& options,
                                       std::optional<std::uint32_t> samplesOverride);
 
+// The same without an allocation a packet: packets that this call does not need are kept with their
+// memory in `spares`, and taken from there when a later call needs more.
+const std::uint8_t* ProcessDataBuffer(const std::uint8_t* data, std::size_t length,
+                                      std::vector<ORDDataPacket>& packets,
+                                      const DecodeOptions& options,
+                                      std::optional<std::uint32_t> samplesOverride,
+                                      std::vector<ORDDataPacket>& spares);
+
 // Decodes one packet and returns the position after it; `data`, with `packet` blank, when there
 // is no whole packet.
 const std::uint8_t* ParseDataPacket(const std::uint8_t* data, std::size_t length,

@@ -20,7 +20,9 @@ constexpr double kImuFrequency = 3000.0;           // samples per second
 constexpr double kUltrasonicFrequency = 210000.0;  // samples per second
 constexpr double kADBitVolts = 4e-06;              // printed for every file
 constexpr int kADBitVoltsDigits = 24;
-constexpr double kInputRange = 131072.0;  // printed for every file
+constexpr double kInputRange = 131072.0;                // printed for every file
+constexpr std::size_t kPacketSamples = 10;              // of a channel
+constexpr std::uint32_t kMostRecordsAlwaysFilled = 64;  // of a block, by a second of recording
 
 bool IsOn(const ChannelOptions& options, ChannelGroup group) {
     return options[static_cast<std::size_t>(group)] == 1;
@@ -28,6 +30,20 @@ bool IsOn(const ChannelOptions& options, ChannelGroup group) {
 
 std::wstring FormatGeneral(double value) {
     return FormatDouble(value, std::chars_format::general, 6);
+}
+
+// A whole packet's samples leave the phase as it was, without a division.
+inline void AdvancePhase(OutputFileRecord& record, std::uint32_t count) {
+    if (count != record.phaseModulus) record.phase = (record.phase + count) % record.phaseModulus;
+}
+
+// A packet's samples are copied by a few fixed moves.
+inline void CopySamples(std::span<const std::int16_t> samples, std::int16_t* target) {
+    if (samples.size() == kPacketSamples) {
+        std::memcpy(target, samples.data(), kPacketSamples * sizeof *target);
+    } else {
+        std::copy(samples.begin(), samples.end(), target);
+    }
 }
 
 }  // namespace
@@ -60,7 +76,8 @@ std::int32_t CSCFileWriterContainer::OpenChannelFile(const std::wstring& directo
 
     OutputFileRecord record;
     record.recordSize = sizeof(CRRec);
-    record.cscBuffer = RecordBuffer<CRRec>(settings.recordsPerBlock);
+    record.cscBuffer = pool_.Take();
+    record.cscBuffer.front().numValidSamples = 0;
     InitOutputFileRecord(*this, record, opened);
     records.push_back(std::move(record));
     return 0;
@@ -76,8 +93,21 @@ std::int32_t CSCFileWriterContainer::OpenInertialFiles(const std::wstring& direc
     return 0;
 }
 
+void CSCFileWriterContainer::ReserveBuffers(const ChannelOptions& options) {
+    std::size_t files = IsOn(options, ChannelGroup::kAD) ? numAdChannels : 0;
+    if (IsOn(options, ChannelGroup::kBaseIMU)) files += kImuChannelNames.size();
+    if (IsOn(options, ChannelGroup::kAfeIMU)) files += kImuChannelNames.size();
+    if (IsOn(options, ChannelGroup::kUltrasonic)) ++files;
+    // Huge pages are filled several times faster, yet a short recording would touch only the
+    // beginning of each.
+    const bool huge = isLongRecording || settings.recordsPerBlock <= kMostRecordsAlwaysFilled;
+    pool_.Reserve(files, settings.recordsPerBlock,
+                  huge ? MemoryMapping::Pages::kHuge : MemoryMapping::Pages::kNormal);
+}
+
 std::int32_t CSCFileWriterContainer::InitializeCscFiles(const std::wstring& outputDirectory,
                                                         const ChannelOptions& options) {
+    ReserveBuffers(options);
     const auto position = [this] { return static_cast<std::uint32_t>(records.size()); };
     if (IsOn(options, ChannelGroup::kAD)) {
         for (std::uint32_t n = 1; n <= numAdChannels; ++n) {
@@ -140,47 +170,53 @@ std::int32_t CSCFileWriterContainer::WriteSamples(std::span<std::int16_t> sample
     } else if (group != ChannelGroup::kUltrasonic) {
         ScaleImuValues(samples);
     }
-    std::size_t position = 0;
     for (OutputFileRecord& record : FilesOf(group)) {
-        if (samples.size() - position < samplesPerChannel) break;
-        if (AppendSamples(record, samples.subspan(position, samplesPerChannel), baseTimestamp) !=
-            0) {
-            return -1;
-        }
-        position += samplesPerChannel;
+        if (samples.size() < samplesPerChannel) break;
+        if (AppendSamples(record, samples.first(samplesPerChannel), baseTimestamp) != 0) return -1;
+        samples = samples.subspan(samplesPerChannel);
     }
     return 0;
 }
 
-std::int32_t CSCFileWriterContainer::AppendSamples(OutputFileRecord& record,
-                                                   std::span<const std::int16_t> samples,
-                                                   std::optional<std::uint64_t> baseTimestamp) {
+inline std::int32_t CSCFileWriterContainer::AppendSamples(
+    OutputFileRecord& record, std::span<const std::int16_t> samples,
+    std::optional<std::uint64_t> baseTimestamp) {
     // A full buffer that could not be written stays full: this file gets nothing more.
     if (record.bufferedCount == record.cscBuffer.size()) return -1;
     if (baseTimestamp && *baseTimestamp != record.lastBaseTimestamp) {
         record.phase = 0;
         record.lastBaseTimestamp = *baseTimestamp;
     }
-    CRRec* current = &record.cscBuffer[record.bufferedCount];
-    if (current->numValidSamples == 0) StartRecord(record);
-
-    const auto room = static_cast<std::uint32_t>(kSamplesPerRecord) - current->numValidSamples;
-    const auto count = std::min(static_cast<std::uint32_t>(samples.size()), room);
-    record.phase = (record.phase + count) % record.phaseModulus;
-    std::copy_n(samples.data(), count, current->samples.data() + current->numValidSamples);
-    current->numValidSamples += count;
-    if (current->numValidSamples == kSamplesPerRecord &&
-        CompleteRecord(record, baseTimestamp.has_value()) != 0) {
-        return -1;
+    CRRec& current = record.cscBuffer[record.bufferedCount];
+    const std::uint32_t filled = current.numValidSamples;
+    if (filled == 0) StartRecord(record);
+    if (filled + samples.size() >= kSamplesPerRecord) {
+        return AppendAcrossRecords(record, samples, baseTimestamp.has_value());
     }
+    AdvancePhase(record, static_cast<std::uint32_t>(samples.size()));
+    CopySamples(samples, current.samples.data() + filled);
+    current.numValidSamples = filled + static_cast<std::uint32_t>(samples.size());
+    return 0;
+}
+
+// The samples that complete the current record, and those that start the next one.
+std::int32_t CSCFileWriterContainer::AppendAcrossRecords(OutputFileRecord& record,
+                                                         std::span<const std::int16_t> samples,
+                                                         bool hasBaseTimestamp) {
+    CRRec* current = &record.cscBuffer[record.bufferedCount];
+    const std::size_t count = kSamplesPerRecord - current->numValidSamples;
+    AdvancePhase(record, static_cast<std::uint32_t>(count));
+    CopySamples(samples.first(count), current->samples.data() + current->numValidSamples);
+    current->numValidSamples = kSamplesPerRecord;
+    if (CompleteRecord(record, hasBaseTimestamp) != 0) return -1;
     if (count == samples.size()) return 0;
 
     StartRecord(record);
     current = &record.cscBuffer[record.bufferedCount];
     // The phase is not advanced for these samples. Kept (pinned by
     // CSCFileWriterContainer.PhaseLagsBehindTheSamplesThatStartARecord).
-    std::copy(samples.begin() + count, samples.end(), current->samples.data());
-    current->numValidSamples = static_cast<std::uint32_t>(samples.size()) - count;
+    CopySamples(samples.subspan(count), current->samples.data());
+    current->numValidSamples = static_cast<std::uint32_t>(samples.size() - count);
     return 0;
 }
 
@@ -207,8 +243,9 @@ std::int32_t CSCFileWriterContainer::CompleteRecord(OutputFileRecord& record,
     if (record.bufferedCount == record.cscBuffer.size()) {
         if (WriteRecords(record, record.bufferedCount) != 0) return -1;
         record.bufferedCount = 0;
-        std::memset(record.cscBuffer.data(), 0, record.cscBuffer.size() * sizeof(CRRec));
     }
+    // What an earlier block left in the next record goes as it is filled.
+    record.cscBuffer[record.bufferedCount].numValidSamples = 0;
     if (!hasBaseTimestamp) {
         record.accumulatedTimestamp +=
             (kMicrosecondsPerSecond / record.samplingFrequency) * kSamplesPerRecord;
@@ -222,13 +259,20 @@ std::int32_t CSCFileWriterContainer::WriteRecords(OutputFileRecord& record, std:
     return fileIO.WriteDataToFile(record.handle, record.cscBuffer.data(), length) == 0 ? 0 : -1;
 }
 
+// Writes the complete records and the one in progress, whose unused samples are 0.
+std::int32_t CSCFileWriterContainer::WriteRest(OutputFileRecord& record) {
+    std::uint32_t count = record.bufferedCount;
+    if (count < record.cscBuffer.size() && record.cscBuffer[count].numValidSamples > 0) {
+        CRRec& last = record.cscBuffer[count];
+        std::fill(last.samples.begin() + last.numValidSamples, last.samples.end(), std::int16_t{0});
+        ++count;
+    }
+    return WriteRecords(record, count);
+}
+
 std::int32_t CSCFileWriterContainer::FinishCscFiles() {
     for (OutputFileRecord& record : records) {
-        std::uint32_t count = record.bufferedCount;
-        if (count < record.cscBuffer.size() && record.cscBuffer[count].numValidSamples > 0) {
-            ++count;
-        }
-        if (WriteRecords(record, count) != 0) return -1;
+        if (WriteRest(record) != 0) return -1;
     }
     if (SetHeaders(true) != 0) return -1;
     records.clear();

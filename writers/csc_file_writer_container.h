@@ -8,6 +8,7 @@
 
 #include "writers/file_writer_container.h"
 #include "writers/output_naming.h"
+#include "writers/record_pool.h"
 
 namespace stalwick {
 
@@ -47,6 +48,9 @@ class CSCFileWriterContainer : public FileWriterContainer {
     // Writes what is buffered, gives every file its final header, and closes them all.
     std::int32_t FinishCscFiles();
 
+    // The recording fills most of a block for every file: buffers may take memory in huge pages.
+    bool isLongRecording = false;
+
     std::uint32_t numAdChannels = 0;
     std::uint32_t adMaxValue = 0;  // printed in the headers
     ChannelOptions channelOptions{};
@@ -62,12 +66,18 @@ class CSCFileWriterContainer : public FileWriterContainer {
                                  const std::wstring& namePart2, std::uint32_t channelIndex,
                                  double frequency);
     std::int32_t OpenInertialFiles(const std::wstring& directory, const std::wstring& prefix);
+    void ReserveBuffers(const ChannelOptions& options);
     std::span<OutputFileRecord> FilesOf(ChannelGroup group);
     std::int32_t AppendSamples(OutputFileRecord& record, std::span<const std::int16_t> samples,
                                std::optional<std::uint64_t> baseTimestamp);
+    std::int32_t AppendAcrossRecords(OutputFileRecord& record,
+                                     std::span<const std::int16_t> samples, bool hasBaseTimestamp);
     void StartRecord(OutputFileRecord& record);
     std::int32_t CompleteRecord(OutputFileRecord& record, bool hasBaseTimestamp);
     std::int32_t WriteRecords(OutputFileRecord& record, std::uint32_t count);
+    std::int32_t WriteRest(OutputFileRecord& record);
+
+    RecordPool pool_;
 };
 
 // The lines of a channel file's header behind the common ones.

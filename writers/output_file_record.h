@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <string>
 
 #include "writers/record_buffer.h"
@@ -18,10 +19,10 @@ struct OutputFileRecord {
     Uuid fileUuid{};
     std::wstring filePath;
     std::wstring timeCreated;
-    std::wstring acqEntName;         // acquisition entity, for example CSC3 or Base_LAX
-    std::uint32_t channelIndex = 0;  // from 0 within the file's group
-    double samplingFrequency = 0.0;  // samples per second
-    RecordBuffer<VtxDataTypes::CRRec> cscBuffer;       // of a channel file
+    std::wstring acqEntName;                   // acquisition entity, for example CSC3 or Base_LAX
+    std::uint32_t channelIndex = 0;            // from 0 within the file's group
+    double samplingFrequency = 0.0;            // samples per second
+    std::span<VtxDataTypes::CRRec> cscBuffer;  // of a channel file, in its container's pool
     RecordBuffer<VtxDataTypes::EventRec> eventBuffer;  // of the event file
     RecordBuffer<std::uint32_t> rawBuffer;             // of the raw data file
     std::uint32_t bufferedCount = 0;      // complete records; of the raw data file: words

@@ -1,6 +1,8 @@
 #include "ord/packet_decoder.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -203,6 +205,28 @@ TEST(PacketDecoder, PacketVectorIsReusedAndEndsWithThisCallsPackets) {
     ASSERT_EQ(packets.size(), 2U);
     EXPECT_EQ(packets[0].headerWord, 42U);
     EXPECT_EQ(packets[1].headerWord, 42U);
+}
+
+TEST(PacketDecoder, SpansOfDifferentPacketCountsShareOneSetOfPackets) {
+    const std::string packet = EncodePacket(RandomPlan({}));
+    std::string longSpan;
+    for (int i = 0; i < 5; ++i) longSpan += packet;
+    const std::vector<std::uint8_t> span(longSpan.begin(), longSpan.end());
+    std::vector<ORDDataPacket> packets;
+    std::vector<ORDDataPacket> spares;
+    std::set<const std::uint16_t*> memory;
+    for (std::size_t round = 0; round < 30; ++round) {
+        const std::size_t length = packet.size() * (1 + round % 5) + round % packet.size();
+        const std::size_t usable = std::min(length, span.size());
+        ProcessDataBuffer(span.data(), usable, packets, kVersion1, 10, spares);
+        ASSERT_EQ(packets.size(), usable / packet.size());
+        for (const ORDDataPacket& decoded : packets) {
+            ASSERT_EQ(*decoded.adSamples, *packets.front().adSamples);
+            memory.insert(decoded.adSamples->data());
+        }
+    }
+    // Five packets at the most, and the one that a span's last bytes are tried on.
+    EXPECT_LE(memory.size(), 6U);
 }
 
 TEST(PacketDecoder, ReusedPacketKeepsNothingOfTheOneBefore) {

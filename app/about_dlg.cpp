@@ -1,0 +1,86 @@
+#include "app/about_dlg.h"
+
+#include <QBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+
+#include "app/app_identity.h"
+#include "app/control_ids.h"
+
+namespace stalwick {
+
+namespace {
+
+constexpr int kPictureSize = 96;
+constexpr int kTextWidth = 300;
+
+QLabel* MakeLabel(const QString& text, ControlId id, const QString& accessibleName) {
+    auto* label = Identify(new QLabel(text), id, accessibleName);
+    label->setTextFormat(Qt::PlainText);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return label;
+}
+
+QLabel* MakePicture(qreal devicePixelRatio) {
+    auto* picture = Identify(new QLabel, ControlId::kAboutPicture, QStringLiteral("Program icon"));
+    picture->setPixmap(
+        ApplicationIcon().pixmap(QSize(kPictureSize, kPictureSize), devicePixelRatio));
+    return picture;
+}
+
+QLabel* MakeName() {
+    auto* name = MakeLabel(ApplicationName(), ControlId::kAboutName, QStringLiteral("Program"));
+    QFont font = name->font();
+    font.setBold(true);
+    font.setPointSizeF(font.pointSizeF() * 1.5);
+    name->setFont(font);
+    return name;
+}
+
+QLabel* MakeLegalNotice() {
+    auto* notice =
+        MakeLabel(LegalNotice(), ControlId::kAboutLegalNotice, QStringLiteral("Legal notice"));
+    notice->setWordWrap(true);
+    notice->setFixedWidth(kTextWidth);
+    return notice;
+}
+
+QVBoxLayout* MakeTexts() {
+    auto* texts = new QVBoxLayout;
+    texts->addWidget(MakeName());
+    texts->addWidget(MakeLabel(QStringLiteral("Version: %1.%2.%3 64-bit")
+                                   .arg(kVersionMajor)
+                                   .arg(kVersionMinor)
+                                   .arg(kVersionPatch),
+                               ControlId::kAboutVersion, QStringLiteral("Version")));
+    texts->addWidget(MakeLabel(QStringLiteral("Build number: %1").arg(kBuildNumber),
+                               ControlId::kAboutBuild, QStringLiteral("Build number")));
+    texts->addSpacing(texts->spacing());
+    texts->addWidget(MakeLegalNotice());
+    texts->addStretch();
+    return texts;
+}
+
+}  // namespace
+
+CAboutDlg::CAboutDlg(QWidget* parent) : QDialog(parent) {
+    setWindowTitle(QStringLiteral("About Stalwick"));
+
+    auto* ok =
+        Identify(new QPushButton(QStringLiteral("&OK")), ControlId::kOk, QStringLiteral("OK"));
+    ok->setDefault(true);
+    connect(ok, &QPushButton::clicked, this, &QDialog::accept);
+
+    auto* upper = new QHBoxLayout;
+    upper->addWidget(MakePicture(devicePixelRatioF()), 0, Qt::AlignTop);
+    upper->addSpacing(2 * upper->spacing());
+    upper->addLayout(MakeTexts());
+
+    auto* all = new QVBoxLayout(this);
+    all->addLayout(upper);
+    all->addWidget(ok, 0, Qt::AlignRight);
+    all->setSizeConstraint(QLayout::SetFixedSize);
+    ok->setFocus();
+}
+
+}  // namespace stalwick

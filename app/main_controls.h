@@ -1,0 +1,36 @@
+#pragma once
+
+class QAction;
+class QCheckBox;
+class QDialog;
+class QLabel;
+class QLineEdit;
+class QPlainTextEdit;
+class QPushButton;
+class QTreeWidget;
+
+namespace stalwick {
+
+// The controls of the main dialog; the dialog owns them.
+struct MainControls {
+    QAction* about = nullptr;
+    QLineEdit* inputDirectory = nullptr;
+    QPushButton* selectInputFiles = nullptr;
+    QLineEdit* outputDirectory = nullptr;
+    QPushButton* selectOutputDirectory = nullptr;
+    QTreeWidget* fileList = nullptr;
+    QPushButton* clearList = nullptr;
+    QPlainTextEdit* fileHeader = nullptr;
+    QCheckBox* cscOutput = nullptr;
+    QCheckBox* baseImu = nullptr;
+    QCheckBox* afeImu = nullptr;
+    QCheckBox* ultrasonic = nullptr;
+    QCheckBox* rawDataFileOutput = nullptr;
+    QPushButton* createNewFiles = nullptr;
+    QLabel* legalNotice = nullptr;
+};
+
+// Makes the controls and lays them out in `dialog`. Tab order is reading order.
+MainControls MakeMainControls(QDialog& dialog);
+
+}  // namespace stalwick

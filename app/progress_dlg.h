@@ -1,0 +1,45 @@
+#pragma once
+
+#include <functional>
+
+#include <QDialog>
+
+#include "engine/data_processor.h"
+
+class QLabel;
+
+namespace stalwick {
+
+// Shown while a conversion runs: polls the processor's packet count and offers "Cancel". Nothing
+// that the user does closes it; its owner hides it.
+class ProgressDlg : public QDialog {
+    Q_OBJECT
+  public:
+    explicit ProgressDlg(QWidget* parent);
+
+    // Called on "Cancel", after the timer was stopped. Without one, "Cancel" does nothing.
+    void SetCancelAction(std::function<void()> cancelAction);
+
+    // The processor to watch, not owned; null ends the watching.
+    void SetProcessor(DataProcessor* processor);
+
+    // 0 when no timer runs.
+    int TimerId() const { return timerId_; }
+
+    void reject() override {}
+
+  protected:
+    void timerEvent(QTimerEvent* event) override;
+
+  private:
+    void OnCancel();
+    void StopTimer();
+    void CenterOnParent();
+
+    std::function<void()> cancelAction_;
+    int timerId_ = 0;
+    DataProcessor* processor_ = nullptr;
+    QLabel* recordLabel_ = nullptr;
+};
+
+}  // namespace stalwick

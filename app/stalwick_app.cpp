@@ -1,0 +1,23 @@
+#include "app/stalwick_app.h"
+
+#include "app/app_identity.h"
+#include "app/stalwick_dlg.h"
+
+namespace stalwick {
+
+StalwickApp::StalwickApp(int& argumentCount, char** arguments)
+    : QApplication(argumentCount, arguments) {
+    setApplicationName(QStringLiteral("stalwick"));
+    setApplicationVersion(
+        QStringLiteral("%1.%2.%3").arg(kVersionMajor).arg(kVersionMinor).arg(kVersionPatch));
+    setDesktopFileName(QStringLiteral("com.veltrosyn.Stalwick"));
+    setWindowIcon(ApplicationIcon());
+}
+
+int StalwickApp::InitInstance() {
+    StalwickDlg dialog;
+    dialog.exec();
+    return 0;
+}
+
+}  // namespace stalwick

@@ -1,0 +1,177 @@
+#include "app/stalwick_dlg.h"
+
+#include <QCheckBox>
+#include <QDropEvent>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QSessionManager>
+#include <QTreeWidget>
+
+#include "app/about_dlg.h"
+#include "app/app_identity.h"
+#include "app/dropped_files.h"
+#include "app/file_dialogs.h"
+#include "app/progress_dlg.h"
+#include "app/qt_text.h"
+#include "ord/ord_file_reader.h"
+#include "platform/paths.h"
+#include "platform/system_menu.h"
+
+namespace stalwick {
+
+namespace {
+
+constexpr std::uint32_t kAboutCommand = 16;
+// The system uses the lowest four bits of a command for itself.
+constexpr std::uint32_t kCommandMask = 0xFFF0;
+
+}  // namespace
+
+StalwickDlg::StalwickDlg(QWidget* parent) : QDialog(parent, Qt::Window) {
+    OnInitDialog();
+}
+
+StalwickDlg::~StalwickDlg() {
+    Q_ASSERT(!converting_);
+}
+
+void StalwickDlg::OnInitDialog() {
+    controls_ = MakeMainControls(*this);
+    AppendSystemMenuItem(winId(), kAboutCommand, ToWide(controls_.about->text()));
+    setWindowIcon(ApplicationIcon());
+    setWindowTitle(ApplicationName());
+    controls_.legalNotice->setText(LegalNotice());
+    controls_.cscOutput->setChecked(true);
+    setAcceptDrops(true);
+    progressDlg_ = new ProgressDlg(this);
+    ConnectControls();
+}
+
+void StalwickDlg::ConnectControls() {
+    connect(controls_.about, &QAction::triggered, this, &StalwickDlg::ShowAbout);
+    connect(controls_.selectInputFiles, &QPushButton::clicked, this,
+            &StalwickDlg::OnSelectInputFiles);
+    connect(controls_.selectOutputDirectory, &QPushButton::clicked, this,
+            &StalwickDlg::OnSelectOutputDirectory);
+    connect(controls_.clearList, &QPushButton::clicked, this, &StalwickDlg::OnClearList);
+    connect(controls_.createNewFiles, &QPushButton::clicked, this, &StalwickDlg::StartConversion);
+    connect(controls_.outputDirectory, &QLineEdit::textChanged, this, &StalwickDlg::UpdateButtons);
+
+    QTreeWidget* list = controls_.fileList;
+    const auto showHeader = [this, list](QTreeWidgetItem* item) {
+        OnFileListClick(list->indexOfTopLevelItem(item));
+    };
+    connect(list, &QTreeWidget::itemClicked, this, showHeader);
+    connect(list, &QTreeWidget::itemActivated, this, showHeader);  // Enter: the keyboard's click
+    connect(list, &QTreeWidget::itemChanged, this, &StalwickDlg::UpdateButtons);
+    connect(list, &QTreeWidget::itemSelectionChanged, this, &StalwickDlg::UpdateButtons);
+
+    connect(qGuiApp, &QGuiApplication::commitDataRequest, this, &StalwickDlg::OnCommitData,
+            Qt::DirectConnection);
+}
+
+void StalwickDlg::OnSelectInputFiles() {
+    const auto paths = AskForInputFiles(this, controls_.inputDirectory->text());
+    if (!paths.empty()) SelectFiles(paths);
+}
+
+void StalwickDlg::SelectFiles(const std::vector<std::wstring>& paths) {
+    inputPaths_.clear();
+    controls_.fileList->clear();
+    QString directory;
+    for (const std::wstring& path : paths) {
+        inputPaths_.push_back(path);
+        const auto separator = LastSeparator(path);
+        auto* item = new QTreeWidgetItem({ToQString(path.substr(separator + 1))});
+        item->setToolTip(0, ToQString(path));
+        controls_.fileList->addTopLevelItem(item);
+        directory = ToQString(path.substr(0, separator));
+    }
+    controls_.outputDirectory->setText(directory);
+    controls_.inputDirectory->setText(directory);
+    UpdateButtons();
+}
+
+void StalwickDlg::OnSelectOutputDirectory() {
+    const auto directory = AskForOutputDirectory(this, controls_.outputDirectory->text());
+    if (!directory.empty()) controls_.outputDirectory->setText(ToQString(directory));
+}
+
+void StalwickDlg::OnClearList() {
+    inputPaths_.clear();
+    controls_.fileList->clear();
+    UpdateButtons();
+}
+
+void StalwickDlg::UpdateButtons() {
+    const bool ready = !controls_.outputDirectory->text().isEmpty() && !inputPaths_.empty();
+    controls_.createNewFiles->setEnabled(ready);
+    controls_.clearList->setEnabled(ready);
+}
+
+void StalwickDlg::OnFileListClick(int item) {
+    if (item < 0 || static_cast<std::size_t>(item) >= inputPaths_.size()) return;
+    ORDFileReader reader;
+    if (reader.Open(inputPaths_[static_cast<std::size_t>(item)]) != 0) return;
+    controls_.fileHeader->setPlainText(HeaderViewText(reader.GetHeaderText()));
+    reader.Close();
+}
+
+bool StalwickDlg::OnSysCommand(std::uint32_t command) {
+    if ((command & kCommandMask) != kAboutCommand) return false;
+    ShowAbout();
+    return true;
+}
+
+void StalwickDlg::ShowAbout() {
+    CAboutDlg(this).exec();
+}
+
+// Called for every close of the window; not closed, it stays open.
+void StalwickDlg::reject() {
+    if (!converting_) QDialog::reject();
+}
+
+// Escape would close the dialog.
+void StalwickDlg::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Cancel)) {
+        event->ignore();
+        return;
+    }
+    QDialog::keyPressEvent(event);
+}
+
+void StalwickDlg::dragEnterEvent(QDragEnterEvent* event) {
+    if (!converting_ && !DroppedRecordings(event->mimeData()).empty())
+        event->acceptProposedAction();
+}
+
+void StalwickDlg::dropEvent(QDropEvent* event) {
+    const auto paths = DroppedRecordings(event->mimeData());
+    if (converting_ || paths.empty()) return;
+    SelectFiles(paths);
+    event->acceptProposedAction();
+}
+
+bool StalwickDlg::nativeEvent(const QByteArray& eventType, void* message, qintptr* result) {
+    const auto command = SystemMenuCommand(eventType.constData(), message);
+    if (command && OnSysCommand(*command)) {
+        *result = 0;
+        return true;
+    }
+    return QDialog::nativeEvent(eventType, message, result);
+}
+
+// The session is about to end; it may not take a running conversion with it.
+void StalwickDlg::OnCommitData(QSessionManager& manager) {
+    if (!converting_) return;
+    if (manager.allowsErrorInteraction()) manager.release();
+    manager.cancel();
+}
+
+}  // namespace stalwick

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <QDialog>
+#include <QPointer>
+
+#include "app/main_controls.h"
+#include "engine/conversion_job.h"
+#include "engine/data_processor.h"
+
+class QSessionManager;
+
+namespace stalwick {
+
+class ProgressDlg;
+
+// The program's window: the input files and their headers, the output directory, the kinds of
+// output, and the start of a conversion. Used by the window's thread.
+//
+// While a conversion runs the dialog is disabled and refuses to be closed. It must outlive the
+// conversion, which uses its processor.
+class StalwickDlg : public QDialog {
+    Q_OBJECT
+  public:
+    explicit StalwickDlg(QWidget* parent = nullptr);
+    ~StalwickDlg() override;
+
+    bool IsConverting() const { return converting_; }
+
+    void OnSelectInputFiles();
+    void OnSelectOutputDirectory();
+    void OnClearList();
+
+    // Shows the header of a file of the list. Does nothing for an index that is none, and for a
+    // file that cannot be opened.
+    void OnFileListClick(int item);
+
+    // "Create New Files" and "Clear List" need a file and an output directory.
+    void UpdateButtons();
+
+    // Converts the files of the list. On an output directory that cannot be made it says so and
+    // starts nothing.
+    void StartConversion();
+
+    // True when the system menu's command is one of this dialog's.
+    bool OnSysCommand(std::uint32_t command);
+
+    void ShowAbout();
+
+    void reject() override;
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    bool nativeEvent(const QByteArray& eventType, void* message, qintptr* result) override;
+
+  private:
+    // How a conversion ended: the status text, and what it does not say.
+    struct Outcome {
+        QString status;
+        QString details;
+        bool incomplete = false;  // an output is missing or incomplete
+    };
+
+    void OnInitDialog();
+    void ConnectControls();
+    void SelectFiles(const std::vector<std::wstring>& paths);
+    ConversionJob MakeJob(const std::wstring& outputDirectory);
+    void ShowProgress();
+    void CancelConversion();
+    Outcome MakeOutcome(const std::wstring& status) const;
+    void OnConversionFinished(const Outcome& outcome);
+    void OnCommitData(QSessionManager& manager);
+
+    std::vector<std::wstring> inputPaths_;  // in the list's order
+    DataProcessor processor_;
+    MainControls controls_;
+    ProgressDlg* progressDlg_ = nullptr;
+    bool converting_ = false;
+    QPointer<QWidget> focusBeforeConversion_;
+};
+
+}  // namespace stalwick

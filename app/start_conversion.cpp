@@ -1,0 +1,97 @@
+// The part of the main dialog that starts a conversion and ends it.
+
+#include <thread>
+
+#include <QCheckBox>
+#include <QLineEdit>
+
+#include "app/app_identity.h"
+#include "app/message_box.h"
+#include "app/progress_dlg.h"
+#include "app/qt_text.h"
+#include "app/stalwick_dlg.h"
+#include "platform/text_encoding.h"
+
+namespace stalwick {
+
+void StalwickDlg::StartConversion() {
+    const std::wstring outputDirectory = ToWide(controls_.outputDirectory->text());
+    ConversionJob job = MakeJob(outputDirectory);
+    if (EnsureOutputDirectory(outputDirectory) != 0) {
+        ShowMessage(this, QMessageBox::Critical,
+                    {.caption = QStringLiteral("Data Directory Error"),
+                     .text = ToQString(OutputDirectoryErrorText(outputDirectory))});
+        return;
+    }
+    converting_ = true;
+    focusBeforeConversion_ = focusWidget();
+    setEnabled(false);
+    ShowProgress();
+    processor_.recordsProcessed = 0;
+    processor_.cancelRequested = 0;
+    std::thread(RunConversionJob, std::move(job)).detach();
+}
+
+ConversionJob StalwickDlg::MakeJob(const std::wstring& outputDirectory) {
+    const auto isChecked = [](const QCheckBox* box) {
+        return static_cast<std::uint8_t>(box->isChecked() ? 1 : 0);
+    };
+    ConversionJob job;
+    job.inputFiles = inputPaths_;
+    job.processor = &processor_;
+    job.outputDirectory = outputDirectory;
+    job.channelOptions = {isChecked(controls_.cscOutput), isChecked(controls_.baseImu),
+                          isChecked(controls_.afeImu), isChecked(controls_.ultrasonic)};
+    job.writeEvents = true;
+    job.writeRawData = controls_.rawDataFileOutput->isChecked();
+    // Runs on the worker's thread, which does not wait for the message box.
+    job.onFinished = [this](const std::wstring& status) {
+        const Outcome outcome = MakeOutcome(status);
+        QMetaObject::invokeMethod(
+            this, [this, outcome] { OnConversionFinished(outcome); }, Qt::QueuedConnection);
+    };
+    return job;
+}
+
+void StalwickDlg::ShowProgress() {
+    if (progressDlg_ == nullptr) progressDlg_ = new ProgressDlg(this);
+    progressDlg_->setEnabled(true);  // a disabled window disables the windows it owns
+    progressDlg_->show();
+    progressDlg_->SetCancelAction([this] { CancelConversion(); });
+    progressDlg_->SetProcessor(&processor_);
+}
+
+void StalwickDlg::CancelConversion() {
+    processor_.cancelRequested = 1;
+    progressDlg_->SetProcessor(nullptr);
+}
+
+StalwickDlg::Outcome StalwickDlg::MakeOutcome(const std::wstring& status) const {
+    Outcome outcome;
+    outcome.status = ToQString(status);
+    QStringList lines;
+    for (const ConversionDetail& detail : processor_.Details()) {
+        lines += ToQString(OneLine(detail.text));
+        outcome.incomplete |= detail.kind == ConversionDetail::Kind::kIncomplete;
+    }
+    outcome.details = lines.join(QLatin1Char('\n'));
+    return outcome;
+}
+
+void StalwickDlg::OnConversionFinished(const Outcome& outcome) {
+    converting_ = false;
+    setEnabled(true);
+    if (focusBeforeConversion_) focusBeforeConversion_->setFocus();
+    if (progressDlg_->isVisible()) {
+        progressDlg_->SetProcessor(nullptr);
+        progressDlg_->hide();
+    }
+    // An incomplete output changes no status text; its details must not stay behind a button.
+    ShowMessage(this, QMessageBox::NoIcon,
+                {.caption = ApplicationName(),
+                 .text = outcome.status,
+                 .details = outcome.details,
+                 .showDetails = outcome.incomplete});
+}
+
+}  // namespace stalwick

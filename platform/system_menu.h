@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace stalwick {
+
+// A window as the window system names it.
+using NativeWindow = std::uintptr_t;
+
+// Appends a separator and an item with this command to the window's system menu, the one behind
+// the icon in its title bar. Only Windows has one; elsewhere nothing happens.
+void AppendSystemMenuItem(NativeWindow window, std::uint32_t command, const std::wstring& text);
+
+// The command of a native event that is a choice from the system menu; nothing for any other.
+// `eventType` and `message` are what the toolkit hands to its native event handlers.
+std::optional<std::uint32_t> SystemMenuCommand(std::string_view eventType, const void* message);
+
+}  // namespace stalwick

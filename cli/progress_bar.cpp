@@ -13,7 +13,6 @@ namespace {
 constexpr double kBytesPerMegabyte = 1e6;
 constexpr int kWidestBar = 40;
 constexpr int kNarrowestBar = 8;
-constexpr char kEraseToLineEnd[] = "\x1b[K";
 
 std::string FormatSeconds(double seconds) {
     constexpr int kSecondsPerMinute = 60;
@@ -69,7 +68,9 @@ void ProgressBar::Show(const BatchProgress& progress) {
         FormatProgress(progress, std::chrono::steady_clock::now() - start_, TerminalWidth());
     // An unchanged line is not drawn again: no flicker.
     if (line == shown_) return;
-    std::fprintf(stderr, "\r%s%s", line.c_str(), kEraseToLineEnd);
+    // Blanks erase what is left of a longer line; not every console knows escape sequences.
+    const std::size_t longest = std::max(line.size(), shown_.size());
+    std::fprintf(stderr, "\r%-*s", static_cast<int>(longest), line.c_str());
     std::fflush(stderr);
     shown_ = std::move(line);
 }

@@ -7,13 +7,16 @@ must be well formed; so must the final status text and the exit status.
 import argparse
 import itertools
 import re
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 HEADER_SIZE = 16384
+RECORD_SIZE = 1044
 UUID = re.compile(rb"[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}")
 TIME = re.compile(rb"\d{4}/\d\d/\d\d \d\d:\d\d:\d\d")
 NOT_CLOSED = b"File was not closed properly"
@@ -194,6 +197,28 @@ def check_synth(commands, scratch):
     assert one.read_bytes() == two.read_bytes(), "ord_synth.exe made another recording"
 
 
+def check_interruption(commands, scratch):
+    """Ctrl-C under wine ends the current file in order: headers closed, whole records, status 130."""
+    recording, out = scratch / "long.ord", scratch / "canceled"
+    made = run([*commands.synth, "-q", "-c", "256", "-s", "15", "-o", str(recording)])
+    assert made.returncode == 0, made.stderr
+    command = subprocess.Popen([*commands.windows, "-o", windows_path(out),
+                                windows_path(recording)], stdout=subprocess.PIPE)
+    first = out / "long/CSC1.vcs"
+    while command.poll() is None and not first.exists():
+        time.sleep(0.01)
+    command.send_signal(signal.SIGINT)
+    said = command.communicate(timeout=300)[0]
+    assert (command.returncode, said) == (130, b"Data processing canceled.\n"), \
+        f"exit {command.returncode}: {said}"
+    files = list(first.parent.glob("CSC*.vcs"))
+    assert len(files) == 256, f"{len(files)} channel files after a cancel"
+    for path in files:
+        data = path.read_bytes()
+        assert NOT_CLOSED not in data[:HEADER_SIZE], f"{path.name} was not closed"
+        assert (len(data) - HEADER_SIZE) % RECORD_SIZE == 0, f"{path.name} ends inside a record"
+
+
 def map_drive(scratch):
     """Lets the drive letter R: of the wine prefix mean `scratch`."""
     prefix = run([str(Path(__file__).resolve().parents[2] / "scripts/run-under-wine.sh"),
@@ -215,6 +240,7 @@ def main():
         scratch = Path(name)
         letter = map_drive(scratch)
         check_synth(commands, scratch)
+        check_interruption(commands, scratch)
         cases = list(comparisons(commands, scratch))
         with ThreadPoolExecutor(2) as pool:
             for case, result in zip(cases, [pool.submit(c.check, commands) for c in cases]):

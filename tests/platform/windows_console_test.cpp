@@ -1,0 +1,71 @@
+#include <atomic>
+#include <cstdlib>
+
+#include <gtest/gtest.h>
+
+#include "platform/console.h"
+#include "platform/windows/windows_api.h"
+
+namespace stalwick {
+namespace {
+
+std::atomic<Interruption> target{Interruption::kNone};
+
+// Starts what the system itself starts, on a thread of its own, when the console tells a process
+// of an event. (wine sends only Ctrl-C, and that only from a terminal.)
+HANDLE SendControlEvent(DWORD event) {
+    const auto routine = reinterpret_cast<LPTHREAD_START_ROUTINE>(reinterpret_cast<void*>(
+        ::GetProcAddress(::GetModuleHandleW(L"kernelbase.dll"), "CtrlRoutine")));
+    if (routine == nullptr) return nullptr;
+    return ::CreateThread(nullptr, 0, routine, reinterpret_cast<void*>(DWORD_PTR{event}), 0,
+                          nullptr);
+}
+
+bool EventIsHandled(DWORD event) {
+    constexpr DWORD kPatienceMilliseconds = 10000;
+    const HANDLE thread = SendControlEvent(event);
+    const bool ended = ::WaitForSingleObject(thread, kPatienceMilliseconds) == WAIT_OBJECT_0;
+    ::CloseHandle(thread);
+    return ended;
+}
+
+void Watch() {
+    target.store(Interruption::kNone);
+    WatchInterruptions(target);
+}
+
+TEST(WindowsConsoleTest, CtrlCAsksForCancelAndTheProcessGoesOn) {
+    Watch();
+    EXPECT_TRUE(EventIsHandled(CTRL_C_EVENT));
+    EXPECT_EQ(target.load(), Interruption::kInterrupt);
+}
+
+TEST(WindowsConsoleTest, CtrlBreakAsksForCancelAndTheProcessGoesOn) {
+    Watch();
+    EXPECT_TRUE(EventIsHandled(CTRL_BREAK_EVENT));
+    EXPECT_EQ(target.load(), Interruption::kInterrupt);
+}
+
+TEST(WindowsConsoleTest, ClosingTheConsoleAsksForTheEndAndHoldsTheSystemBack) {
+    Watch();
+    const HANDLE thread = SendControlEvent(CTRL_CLOSE_EVENT);
+    while (target.load() == Interruption::kNone) ::Sleep(1);
+    EXPECT_EQ(target.load(), Interruption::kTerminate);
+    EXPECT_EQ(::WaitForSingleObject(thread, 100), DWORD{WAIT_TIMEOUT});
+    ::CloseHandle(thread);
+}
+
+TEST(WindowsConsoleDeathTest, SecondRequestEndsTheProcessAtOnce) {
+    constexpr int kSurvived = 77;
+    const auto requestTwice = [] {
+        Watch();
+        EventIsHandled(CTRL_BREAK_EVENT);
+        EventIsHandled(CTRL_BREAK_EVENT);
+        std::_Exit(kSurvived);
+    };
+    EXPECT_EXIT(
+        requestTwice(), [](int status) { return status != kSurvived; }, "");
+}
+
+}  // namespace
+}  // namespace stalwick

@@ -1,0 +1,127 @@
+#include "writers/file_header.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/fixed_identity.h"
+#include "writers/csc_file_writer_container.h"
+#include "writers/vtx_data_types.h"
+
+namespace stalwick::test {
+namespace {
+
+OutputFileRecord ChannelThree() {
+    OutputFileRecord record;
+    for (std::size_t i = 0; i < 16; ++i) record.fileUuid[i] = static_cast<std::uint8_t>(17 * i);
+    record.filePath = L"out/rec/CSC3.vcs";
+    record.timeCreated = L"2020/01/02 03:04:05";
+    record.recordSize = 1044;
+    record.acqEntName = L"CSC3";
+    record.channelIndex = 2;
+    return record;
+}
+
+std::wstring HeaderOf(bool fileClosed, std::uint8_t fileType = VtxDataTypes::kCSC) {
+    const FixedIdentity identity;
+    FileWriterContainer container{OutputSettings()};
+    container.sessionUuid = L"session";
+    container.acquisitionSystem = L"Unit 3";
+    return BuildFileHeader(container, fileClosed, ChannelThree(), fileType, L"3.4");
+}
+
+TEST(FileHeader, LinesStandInTheirOrder) {
+    EXPECT_EQ(HeaderOf(true),
+              L"######## Veltrosyn Data File Header\r\n"
+              L"-FileType CSC\r\n"
+              L"-FileVersion 3.4\r\n"
+              L"-FileUUID 00112233-4455-6677-8899-aabbccddeeff\r\n"
+              L"-SessionUUID session\r\n"
+              L"-OriginalFileName \"out/rec/CSC3.vcs\"\r\n"
+              L"-TimeCreated 2020/01/02 03:04:05\r\n"
+              L"-TimeClosed 2021/03/04 09:05:07\r\n"
+              L"\r\n"
+              L"-RecordSize 1044\r\n"
+              L"-ApplicationName \"Veltrosyn Stalwick\" \"1.2.0.1941\"\r\n"
+              L"-AcquisitionSystem Unknown Unit 3\r\n"
+              L"-AcqEntName CSC3\r\n");
+}
+
+TEST(FileHeader, FileThatIsNotClosedSaysSoBeforeAnEmptyLine) {
+    EXPECT_NE(HeaderOf(false).find(L"-TimeClosed File was not closed properly\r\n\r\n"),
+              std::wstring::npos);
+}
+
+TEST(FileHeader, MissingValuesPrintAsNothingBehindTheirKeyAndBlank) {
+    const FileWriterContainer container{OutputSettings()};
+    const std::wstring text = BuildFileHeader(container, false, OutputFileRecord(), 5, L"3.4");
+    EXPECT_NE(text.find(L"-SessionUUID \r\n"), std::wstring::npos);
+    EXPECT_NE(text.find(L"-AcquisitionSystem Unknown \r\n"), std::wstring::npos);
+    EXPECT_NE(text.find(L"-AcqEntName \r\n"), std::wstring::npos);
+    EXPECT_NE(text.find(L"-OriginalFileName \"\"\r\n"), std::wstring::npos);
+}
+
+TEST(FileHeader, TypesHaveTheirNames) {
+    const wchar_t* const names[] = {L"Invalid",
+                                    L"SingleElectrode",
+                                    L"Stereotrode",
+                                    L"Timestamp",
+                                    L"Tetrode",
+                                    L"CSC",
+                                    L"Event",
+                                    L"Video",
+                                    L"Raw",
+                                    L"MClustTS",
+                                    L"VCC",
+                                    L"SessionIndex",
+                                    L"Subject",
+                                    L"DataProcessingErrors",
+                                    L"PersystLayout",
+                                    L"PersystData",
+                                    L"StimulationData"};
+    for (std::uint8_t type = 0; type < 17; ++type) EXPECT_EQ(DataTypeName(type), names[type]);
+}
+
+TEST(FileHeader, TypeBeyondTheListIsInvalid) {
+    EXPECT_EQ(DataTypeName(17), L"Invalid");
+    EXPECT_EQ(DataTypeName(255), L"Invalid");
+    EXPECT_NE(HeaderOf(false, 0).find(L"-FileType Invalid\r\n"), std::wstring::npos);
+    EXPECT_NE(HeaderOf(false, 17).find(L"-FileType Invalid\r\n"), std::wstring::npos);
+}
+
+TEST(FileHeader, QuotesThatAreThereAreNotRepeated) {
+    EXPECT_EQ(QuoteFileName(L"a b"), L"\"a b\"");
+    EXPECT_EQ(QuoteFileName(L"\"a b\""), L"\"a b\"");
+    EXPECT_EQ(QuoteFileName(L"\"a b"), L"\"a b\"");
+    EXPECT_EQ(QuoteFileName(L"a b\""), L"\"a b\"");
+}
+
+TEST(FileHeader, NumbersPrintAsStreamsPrintThem) {
+    const auto general = [](double value) {
+        return FormatDouble(value, std::chars_format::general, 6);
+    };
+    EXPECT_EQ(general(30000.0), L"30000");
+    EXPECT_EQ(general(210000.0), L"210000");
+    EXPECT_EQ(general(1234567.0), L"1.23457e+06");
+    EXPECT_EQ(general(4294967295.0), L"4.29497e+09");
+    EXPECT_EQ(general(131072.0), L"131072");
+    EXPECT_EQ(FormatDouble(1.5625e-8, std::chars_format::scientific, 6), L"1.562500e-08");
+    EXPECT_EQ(FormatDouble(4e-06, std::chars_format::fixed, 24), L"0.000003999999999999999819");
+}
+
+TEST(FileHeader, ChannelLinesStandInTheirOrder) {
+    CSCFileWriterContainer container{OutputSettings()};
+    container.adMaxValue = 32767;
+    EXPECT_EQ(ChannelHeaderLines(container, 30000.0, 2),
+              L"-ProbeName Unknown\r\n"
+              L"-ReferenceChannel \"External Hardware Reference\"\r\n"
+              L"-SamplingFrequency 30000\r\n"
+              L"-ADMaxValue 32767\r\n"
+              L"-ADBitVolts 0.000003999999999999999819\r\n"
+              L"-NumADChannels 1\r\n"
+              L"-ADChannel 2\r\n"
+              L"-InputRange 131072\r\n");
+}
+
+}  // namespace
+}  // namespace stalwick::test

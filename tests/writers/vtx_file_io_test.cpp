@@ -1,0 +1,203 @@
+#include "writers/vtx_file_io.h"
+
+#include <cstring>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "platform/system_error.h"
+#include "tests/support/faulty_file_calls.h"
+#include "tests/support/temp_directory.h"
+
+namespace stalwick::test {
+namespace {
+
+using Veltrosyn::VtxFileIO;
+using VtxDataTypes::CRRec;
+using VtxDataTypes::EventRec;
+
+constexpr OutputSettings kQuick{kRecordsPerBlock, false};
+
+// One library object with one open channel file.
+struct OpenLibrary {
+    explicit OpenLibrary(const OutputSettings& settings = kQuick) : library(settings) {
+        EXPECT_EQ(library.OpenVtxOutputFile(path.c_str(), VtxDataTypes::kCSC, handle, 0), 0);
+    }
+
+    TempDirectory directory;
+    std::wstring path = directory.Path(L"a.vcs");
+    VtxFileIO library;
+    int handle = -1;
+};
+
+TEST(VtxFileIO, RecordsHaveTheirFixedSizes) {
+    EXPECT_EQ(sizeof(CRRec), 1044U);
+    EXPECT_EQ(sizeof(EventRec), 184U);
+}
+
+TEST(VtxFileIO, FileIsItsHeaderBlockAndTheRecordsAsHandedOver) {
+    OpenLibrary file;
+    EXPECT_EQ(file.library.SetHeader(file.handle, L"\u00B5 head"), 0);
+    std::vector<CRRec> records(17);
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        std::memset(&records[i], static_cast<int>(i + 1), sizeof(CRRec));
+    }
+    EXPECT_EQ(file.library.WriteDataToFile(file.handle, records.data(), 17748), 0);
+    EXPECT_EQ(file.library.CloseAllOutputFiles(), 0);
+    std::string expected = "\xC2\xB5 head";
+    expected.resize(16384, '\0');
+    for (char i = 1; i <= 17; ++i) expected.append(1044, i);
+    EXPECT_EQ(ReadFile(file.path), expected);
+}
+
+TEST(VtxFileIO, BlockOfFiveThousandRecordsIsWrittenWhole) {
+    OpenLibrary file;
+    const std::vector<CRRec> records(5000, CRRec{1, 2, 3, 4, {}});
+    std::vector<CRRec> handed = records;
+    EXPECT_EQ(file.library.WriteDataToFile(file.handle, handed.data(), 5'220'000), 0);
+    EXPECT_EQ(file.library.CloseAllOutputFiles(), 0);
+    EXPECT_EQ(ReadFile(file.path).size(), 16384U + 5'220'000U);
+}
+
+TEST(VtxFileIO, LaterHeaderReplacesTheWholeEarlierOne) {
+    OpenLibrary file;
+    CRRec record{};
+    EXPECT_EQ(file.library.SetHeader(file.handle, L"a long first header"), 0);
+    EXPECT_EQ(file.library.WriteDataToFile(file.handle, &record, sizeof record), 0);
+    EXPECT_EQ(file.library.SetHeader(file.handle, L"short"), 0);
+    EXPECT_EQ(file.library.CloseAllOutputFiles(), 0);
+    const std::string bytes = ReadFile(file.path);
+    EXPECT_EQ(bytes.size(), 16384U + 1044);
+    EXPECT_EQ(bytes.substr(0, 20), std::string("short") + std::string(15, '\0'));
+}
+
+TEST(VtxFileIO, HeaderTextMayFillTheBlockAndNoMore) {
+    OpenLibrary file;
+    EXPECT_EQ(file.library.SetHeader(file.handle, std::wstring(16384, L'x').c_str()), 0);
+    EXPECT_NE(file.library.SetHeader(file.handle, std::wstring(16385, L'x').c_str()), 0);
+    EXPECT_EQ(file.library.Failures().size(), 1U);
+    EXPECT_NE(file.library.CloseAllOutputFiles(), 0);
+    EXPECT_EQ(ReadFile(file.path), std::string(16384, 'x'));
+}
+
+TEST(VtxFileIO, HeaderSizeCountsInUtf8) {
+    OpenLibrary file;
+    EXPECT_EQ(file.library.SetHeader(file.handle, std::wstring(8192, L'\u00B5').c_str()), 0);
+    EXPECT_NE(file.library.SetHeader(file.handle, std::wstring(8193, L'\u00B5').c_str()), 0);
+}
+
+TEST(VtxFileIO, ExistingFileIsNeitherOpenedNorTruncated) {
+    const TempDirectory directory;
+    const std::wstring path = directory.Path(L"a.vcs");
+    WriteFile(path, "precious");
+    VtxFileIO library(kQuick);
+    int handle = -1;
+    EXPECT_NE(library.OpenVtxOutputFile(path.c_str(), VtxDataTypes::kCSC, handle, 0), 0);
+    EXPECT_EQ(library.CloseAllOutputFiles(), 0);
+    EXPECT_EQ(ReadFile(path), "precious");
+}
+
+TEST(VtxFileIO, FileThatCannotBeCreatedIsNamedWithItsReason) {
+    const TempDirectory directory;
+    const std::wstring path = directory.Path(L"none") + L"/a.vcs";
+    VtxFileIO library(kQuick);
+    int handle = -1;
+    EXPECT_NE(library.OpenVtxOutputFile(path.c_str(), VtxDataTypes::kCSC, handle, 0), 0);
+    ASSERT_EQ(library.Failures().size(), 1U);
+    EXPECT_NE(library.Failures()[0].find(path), std::wstring::npos);
+}
+
+TEST(VtxFileIO, HandlesAreIndependent) {
+    OpenLibrary file;
+    int second = -1;
+    const std::wstring path = file.directory.Path(L"b.vev");
+    EXPECT_EQ(file.library.OpenVtxOutputFile(path.c_str(), VtxDataTypes::kEvent, second, 0), 0);
+    EXPECT_NE(second, file.handle);
+    EventRec event{};
+    EXPECT_EQ(file.library.WriteDataToFile(second, &event, sizeof event), 0);
+    EXPECT_EQ(file.library.SetHeader(file.handle, L"first"), 0);
+    EXPECT_EQ(file.library.SetHeader(second, L"second"), 0);
+    EXPECT_EQ(file.library.CloseAllOutputFiles(), 0);
+    EXPECT_EQ(ReadFile(file.path).size(), 16384U);
+    EXPECT_EQ(ReadFile(path).size(), 16384U + 184);
+}
+
+TEST(VtxFileIO, UnknownHandlesAndLengthsAreRefused) {
+    OpenLibrary file;
+    CRRec record{};
+    EXPECT_NE(file.library.SetHeader(file.handle + 1, L"x"), 0);
+    EXPECT_NE(file.library.SetHeader(-1, L"x"), 0);
+    EXPECT_NE(file.library.WriteDataToFile(99, &record, sizeof record), 0);
+    EXPECT_NE(file.library.WriteDataToFile(file.handle, &record, -1), 0);
+    EXPECT_EQ(file.library.CloseAllOutputFiles(), 0);
+    EXPECT_NE(file.library.SetHeader(file.handle, L"x"), 0);
+}
+
+TEST(VtxFileIO, LengthOfZeroWritesNothingAndSucceeds) {
+    OpenLibrary file;
+    CRRec record{};
+    EXPECT_EQ(file.library.SetHeader(file.handle, L"x"), 0);
+    EXPECT_EQ(file.library.WriteDataToFile(file.handle, &record, 0), 0);
+    EXPECT_EQ(file.library.CloseAllOutputFiles(), 0);
+    EXPECT_EQ(ReadFile(file.path).size(), 16384U);
+}
+
+TEST(VtxFileIO, FullDiskFailsTheWriteAndEverythingBehindIt) {
+    OpenLibrary file;
+    EXPECT_EQ(file.library.SetHeader(file.handle, L"provisional"), 0);
+    FaultyFileCalls calls;
+    calls.bytesUntilFull = 1500;
+    std::vector<CRRec> records(3, CRRec{1, 1, 1, 1, {}});
+    EXPECT_NE(file.library.WriteDataToFile(file.handle, records.data(), 3 * 1044), 0);
+    calls.bytesUntilFull.reset();
+    EXPECT_NE(file.library.WriteDataToFile(file.handle, records.data(), 3 * 1044), 0);
+    EXPECT_NE(file.library.SetHeader(file.handle, L"final"), 0);
+    EXPECT_NE(file.library.CloseAllOutputFiles(), 0);
+    ASSERT_EQ(file.library.Failures().size(), 1U);
+    const std::wstring reason = SystemErrorText(SystemErrorFor(SystemErrorKind::kNoSpace));
+    EXPECT_NE(file.library.Failures()[0].find(file.path + L": " + reason), std::wstring::npos);
+    const std::string bytes = ReadFile(file.path);
+    EXPECT_EQ(bytes.substr(0, 11), "provisional");
+    EXPECT_EQ(bytes.size(), 16384U + 1500);
+}
+
+TEST(VtxFileIO, FailingCloseIsReportedWithItsReason) {
+    OpenLibrary file;
+    FaultyFileCalls calls;
+    calls.closeError = SystemErrorFor(SystemErrorKind::kNoSpace);
+    EXPECT_NE(file.library.CloseAllOutputFiles(), 0);
+    ASSERT_EQ(file.library.Failures().size(), 1U);
+    EXPECT_NE(file.library.Failures()[0].find(file.path), std::wstring::npos);
+}
+
+TEST(VtxFileIO, InterruptedCloseIsNoFailure) {
+    OpenLibrary file;
+    FaultyFileCalls calls;
+    calls.closeError = SystemErrorFor(SystemErrorKind::kInterrupted);
+    EXPECT_EQ(file.library.CloseAllOutputFiles(), 0);
+}
+
+TEST(VtxFileIO, DestructionClosesWhatIsStillOpen) {
+    FaultyFileCalls calls;
+    {
+        const OpenLibrary file;
+        EXPECT_EQ(calls.openCount, 1U);
+    }
+    EXPECT_EQ(calls.openCount, 0U);
+}
+
+TEST(VtxFileIO, DataAreOnTheDiskBeforeTheFinalHeader) {
+    OutputSettings settings;
+    OpenLibrary file(settings);
+    FaultyFileCalls calls;
+    CRRec record{};
+    EXPECT_EQ(file.library.SetHeader(file.handle, L"provisional"), 0);
+    EXPECT_EQ(calls.syncCount, 0U);
+    EXPECT_EQ(file.library.WriteDataToFile(file.handle, &record, sizeof record), 0);
+    EXPECT_EQ(file.library.SetHeader(file.handle, L"final"), 0);
+    EXPECT_EQ(calls.syncCount, 1U);
+    EXPECT_EQ(file.library.CloseAllOutputFiles(), 0);
+}
+
+}  // namespace
+}  // namespace stalwick::test

@@ -6,10 +6,11 @@
 
 PRESET ?= release
 PREFIX ?= /usr/local
+FUZZ_SECONDS ?= 60
 BUILD := build/$(PRESET)
 
 .DEFAULT_GOAL := build
-.PHONY: build demo test test-dev test-clang test-asan test-tsan test-windows windows-app package-windows install format check-format clean
+.PHONY: build demo test test-dev test-clang test-asan test-tsan fuzz test-windows windows-app package-windows install format check-format clean
 
 build:
 	scripts/install-deps.sh
@@ -38,6 +39,13 @@ test-asan:
 # Thread sanitizer.
 test-tsan:
 	$(MAKE) test PRESET=tsan
+
+# Each fuzz target for FUZZ_SECONDS (docs/testing.md).
+fuzz:
+	scripts/install-deps.sh build test fuzz
+	cmake --preset fuzz
+	cmake --build --preset fuzz
+	scripts/fuzz.sh build/fuzz $(FUZZ_SECONDS)
 
 # The engine, the command and their tests for Windows, run under wine, and the outputs of both
 # systems compared. PRESET is the Linux build to compare with.

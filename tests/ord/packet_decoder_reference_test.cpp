@@ -8,37 +8,10 @@
 
 #include "ord/packet_decoder.h"
 #include "tests/support/ord_builder.h"
-#include "tests/support/reference_decoder.h"
+#include "tests/support/plain_packet.h"
 
 namespace stalwick::test {
 namespace {
-
-using BytePacket = std::vector<std::uint8_t>;
-
-std::optional<BytePacket> Plain(const OptionalVector<std::uint8_t>& bytes) {
-    if (!bytes) return std::nullopt;
-    return *bytes;
-}
-
-ReferencePacket Plain(const ORDDataPacket& packet) {
-    ReferencePacket plain;
-    plain.packetType = packet.packetType;
-    plain.channelCountCode = packet.channelCountCode;
-    plain.headerByte3 = packet.headerByte3;
-    plain.headerByte2 = packet.headerByte2;
-    plain.headerWord = packet.headerWord;
-    plain.hardwareTimestamp = packet.hardwareTimestamp;
-    plain.channelMask = Plain(packet.channelMask);
-    plain.stateHigh.assign(packet.stateHigh.begin(), packet.stateHigh.end());
-    plain.stateLow.assign(packet.stateLow.begin(), packet.stateLow.end());
-    plain.baseIMU = packet.baseIMU;
-    plain.afeIMU = packet.afeIMU;
-    plain.ultrasonic = packet.ultrasonic;
-    if (packet.adSamples) {
-        plain.adSamples.emplace(packet.adSamples->begin(), packet.adSamples->end());
-    }
-    return plain;
-}
 
 testing::AssertionResult DecodesLikeTheReference(const std::string& bytes, std::int32_t version,
                                                  std::vector<ORDDataPacket>& packets,
@@ -59,7 +32,7 @@ testing::AssertionResult DecodesLikeTheReference(const std::string& bytes, std::
                << packets.size() << " packets for " << expected.packets.size();
     }
     for (std::size_t i = 0; i < packets.size(); ++i) {
-        if (Plain(packets[i]) != expected.packets[i]) {
+        if (ToReference(packets[i]) != expected.packets[i]) {
             return testing::AssertionFailure() << "packet " << i << " differs";
         }
     }

@@ -1,0 +1,89 @@
+// The reader on a whole file, read in pieces of any size, held against the span reader.
+
+#include "fuzz/recording_input.h"
+#include "ord/header_fields.h"
+#include "ord/ord_file_reader.h"
+#include "tests/support/memory_file_calls.h"
+#include "tests/support/plain_packet.h"
+#include "tests/support/reference_header.h"
+
+namespace stalwick::fuzz {
+
+namespace {
+
+constexpr wchar_t kPath[] = L"in.ord";
+
+// Few pieces of a kilobyte and more, or many small ones.
+std::size_t PieceSize(std::uint8_t options) {
+    return options % 8 == 0 ? SIZE_MAX : std::size_t{1000} * (options % 8);
+}
+
+void CompareHeader(const ORDFileReader& reader, bool opened) {
+    const test::ReferenceHeaderFields expected =
+        test::ReferenceReadHeaderFields(reader.GetHeaderText());
+    Require(opened == expected.errorText.empty(), "the header was taken otherwise");
+    if (!opened) {
+        Require(reader.GetErrorMessage() == expected.errorText, "another error text");
+        return;
+    }
+    Require(reader.NumADChannels() == expected.numADChannels, "another channel count");
+    Require(reader.SamplingFrequency() == expected.samplingFrequency, "another frequency");
+    Require(reader.ADMaxValue() == expected.adMaxValue, "another largest value");
+    Require(reader.UTCOffsetMicroseconds() == expected.utcOffsetMicroseconds, "another offset");
+    Require(reader.SessionUUID() == expected.sessionUuid, "another session");
+    Require(reader.AcquisitionSystem() == expected.acquisitionSystem, "another system");
+    Require(reader.BaseIMUAvailable() == expected.baseIMUAvailable, "another base flag");
+    Require(reader.AfeIMUAvailable() == expected.afeIMUAvailable, "another front-end flag");
+    Require(reader.UltrasonicAvailable() == expected.ultrasonicAvailable, "another flag");
+}
+
+void CompareStream(ORDFileReader& reader, const std::string& recording) {
+    const std::size_t headerSize = std::min(recording.size(), kHeaderBlockSize);
+    test::ReferenceSpanReader expected(recording.substr(headerSize),
+                                       VersionStringToNumber(reader.FileVersion()));
+    std::vector<ORDDataPacket> packets;
+    for (bool endOfFile = false; !endOfFile;) {
+        const bool failed = reader.GetData(packets, endOfFile) != 0;
+        const test::ReferenceSpanReader::Result span = expected.GetData();
+        Require(failed == span.failed, "the span was taken otherwise");
+        if (failed) return;
+        Require(endOfFile == span.endOfFile, "another end of the file");
+        Require(packets.size() == span.packets.size(), "another number of packets");
+        for (std::size_t i = 0; i < packets.size(); ++i) {
+            Require(test::ToReference(packets[i]) == span.packets[i], "another packet");
+        }
+    }
+    Require(reader.BytesRead() == recording.size(), "the file was not read to its end");
+}
+
+}  // namespace
+
+std::vector<std::string> MakeSeeds() {
+    std::vector<std::string> seeds;
+    for (const int options : {0, 3}) {
+        const auto more = MakeRecordingSeeds(static_cast<std::uint8_t>(options));
+        seeds.insert(seeds.end(), more.begin(), more.end());
+    }
+    return seeds;
+}
+
+}  // namespace stalwick::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace stalwick;
+    const fuzz::RecordingInput input = fuzz::ReadRecordingInput(data, size);
+    test::MemoryFileCalls disk;
+    disk.mostBytesPerRead = fuzz::PieceSize(input.options);
+    disk.files[fuzz::kPath] = input.recording;
+    {
+        ORDFileReader reader;
+        const bool opened = reader.Open(fuzz::kPath) == 0;
+        if (fuzz::SuitsTheReference(input.recording)) fuzz::CompareHeader(reader, opened);
+        if (opened) {
+            fuzz::CompareStream(reader, input.recording);
+            fuzz::Require(reader.Close() == 0, "the file could not be closed");
+        }
+    }
+    fuzz::Require(disk.openCount == 0, "a file was left open");
+    return 0;
+}

@@ -1,0 +1,24 @@
+#!/usr/bin/env bash
+# Runs every fuzz target for a time. The corpus grows in BUILD/corpus from run to run.
+#   scripts/fuzz.sh BUILD SECONDS
+# Ends with 1 when a target found something; the input then stands in BUILD/finds. Make a test of
+# it, and copy it to fuzz/finds/TARGET.
+set -euo pipefail
+build=$(cd "$1" && pwd)
+seconds=$2
+source_root=$(cd "$(dirname "$0")/.." && pwd)
+
+status=0
+for target in header_fields packet_decoder ord_reader conversion; do
+    corpus=$build/corpus/$target
+    mkdir -p "$corpus" "$build/finds"
+    "$build/fuzz/make_seeds_$target" "$build/corpus/$target-seeds"
+    dictionary=$source_root/fuzz/header.dict
+    [ "$target" = packet_decoder ] && dictionary=$source_root/fuzz/packets.dict
+    echo "== $target for $seconds s"
+    "$build/fuzz/fuzz_$target" -max_total_time="$seconds" -timeout=60 -rss_limit_mb=4096 \
+        -dict="$dictionary" -artifact_prefix="$build/finds/$target-" -print_final_stats=1 \
+        "$corpus" "$build/corpus/$target-seeds" > "$build/finds/$target.log" 2>&1 || status=1
+    grep -E '^(Done|SUMMARY|stat::number|#[0-9]+.*DONE)' "$build/finds/$target.log" || true
+done
+exit $status

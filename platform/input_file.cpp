@@ -10,7 +10,11 @@ InputFile::~InputFile() {
 
 SystemErrorCode InputFile::Open(const std::wstring& path) {
     if (IsOpen()) return SystemErrorFor(SystemErrorKind::kAlreadyExists);
-    return CurrentFileCalls().OpenForReading(path, handle_);
+    SystemErrorCode code = 0;
+    do {
+        code = CurrentFileCalls().OpenForReading(path, handle_);
+    } while (ClassifySystemError(code) == SystemErrorKind::kInterrupted);
+    return code;
 }
 
 SystemErrorCode InputFile::Close() {

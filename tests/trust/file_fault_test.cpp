@@ -1,0 +1,238 @@
+// One conversion for every file call that it makes, in which that call fails; once for every kind
+// of fault. Each time: the status text that belongs to the call, a detail with file and reason,
+// valid files, and nothing touched that was there before.
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "platform/paths.h"
+#include "platform/system_error.h"
+#include "platform/text_encoding.h"
+#include "tests/support/engine_run.h"
+#include "tests/support/fixed_identity.h"
+#include "tests/support/nth_fault_file_calls.h"
+#include "tests/support/ord_builder.h"
+#include "tests/trust/expected_outputs.h"
+
+namespace stalwick::test {
+namespace {
+
+constexpr std::uint64_t kHeaderBytes = 16384;
+constexpr char kOldText[] = "made by somebody before";
+
+struct Scene {
+    const char* name;
+    ReferenceConvertOptions options;
+    unsigned channelCount;
+    std::uint32_t recordsPerBlock;
+};
+
+struct FaultKind {
+    const char* name;
+    FileFault fault;
+};
+
+class FileFaultTest : public testing::TestWithParam<std::tuple<Scene, FaultKind>> {
+  protected:
+    FileFaultTest() {
+        RandomRecordingShape shape;
+        shape.packet = {0, {}, false, false, true, true, true, true, 40, {}, true};
+        shape.packetCount = 64;  // more than one block of data, more than one record of samples
+        recording_ = BuildOrdFile(Version2Header(scene().channelCount)
+                                      .Set("-BaseIMUAvailable", "1")
+                                      .Set("-AfeIMUAvailable", "1")
+                                      .Set("-UltrasonicAvailable", "1"),
+                                  MakeRandomPackets(7, shape));
+        for (const char* name : {"CSC1.vcs", "Events.vev", "RawData.vrd", "notes.txt"}) {
+            oldFiles_[name] = kOldText;
+        }
+        ReferenceConvertInput input;
+        input.recording = recording_;
+        input.options = scene().options;
+        input.outputDirectory = NarrowPath(directory_.Path(L"out"));
+        input.fileName = "rec.ord";
+        input.clockText = kFixedTimeText;
+        input.uuidText = kFixedUuidText;
+        for (const auto& entry : oldFiles_) input.takenNames.insert(entry.first);
+        complete_ = ReferenceConvert(input);
+        expected_ = ExpectFiles(complete_);
+    }
+
+    static const Scene& scene() { return std::get<0>(GetParam()); }
+
+    // Puts the old files in place of whatever a run before left.
+    void Prepare() {
+        const std::wstring out = directory_.Path(L"out");
+        std::filesystem::remove_all(NarrowPath(out));
+        MakeDirectory(out);
+        const std::wstring rec = out + kPathSeparator + L"rec";
+        MakeDirectory(rec);
+        for (const auto& [name, text] : oldFiles_) {
+            WriteFile(rec + kPathSeparator + WidePath(name), text);
+        }
+    }
+
+    EngineRun Convert() {
+        OutputSettings settings;
+        settings.recordsPerBlock = scene().recordsPerBlock;
+        return RunEngine(directory_, recording_, scene().options, settings);
+    }
+
+    bool IsFatal(const FileCallRecord& call) const;
+    std::wstring StatusText(const std::vector<FileCallRecord>& failedCalls) const;
+    void Check(const EngineRun& run, const NthFaultFileCalls& disk, SystemErrorCode code) const;
+    void CheckDetails(const EngineRun& run, const FileCallRecord& failed,
+                      SystemErrorCode code) const;
+
+    TempDirectory directory_;
+    std::string recording_;
+    std::map<std::string, std::string> oldFiles_;
+    ReferenceConvertResult complete_;
+    ExpectedFiles expected_;
+};
+
+std::string FileName(const std::wstring& path) {
+    return NarrowPath(path.substr(path.rfind(kPathSeparator) + 1));
+}
+
+bool IsHarmless(const FileCallRecord& call) {
+    const bool input = FileName(call.path) == "rec.ord";
+    return call.operation == FileOperation::kQuerySize ||
+           (input && call.operation == FileOperation::kClose);
+}
+
+// Whether the status text tells of it. The end of the event file and everything of the raw data
+// file behind its opening show in the details only.
+bool FileFaultTest::IsFatal(const FileCallRecord& call) const {
+    if (IsHarmless(call)) return false;
+    if (call.operation == FileOperation::kCreate || call.toFreshHeader) return true;
+    const std::string name = FileName(call.path);
+    if (name.ends_with(".vrd")) return false;
+    if (!name.ends_with(".vev")) return true;
+    // A block that the conversion fills is written at once, only the rest at the end.
+    const std::size_t dataSize = expected_.at(name).data.size();
+    const bool hasRest = dataSize % (scene().recordsPerBlock * std::size_t{184}) != 0;
+    return call.operation == FileOperation::kWrite &&
+           !(hasRest && call.offset + call.size == kHeaderBytes + dataSize);
+}
+
+std::wstring FileFaultTest::StatusText(const std::vector<FileCallRecord>& failedCalls) const {
+    const auto fatal = std::find_if(failedCalls.begin(), failedCalls.end(),
+                                    [this](const auto& call) { return IsFatal(call); });
+    if (fatal == failedCalls.end()) return L"Processing complete";
+    switch (fatal->operation) {
+        case FileOperation::kOpenForReading:
+            return L"Processing failed - Error opening file, the file path(" + fatal->path +
+                   L") may be invalid.";
+        case FileOperation::kRead:
+            return fatal->offset < kHeaderBytes
+                       ? L"Processing failed - Error reading header from file."
+                       : L"Processing failed - Failed to process input file";
+        default:
+            return L"Processing failed";
+    }
+}
+
+void FileFaultTest::CheckDetails(const EngineRun& run, const FileCallRecord& failed,
+                                 SystemErrorCode code) const {
+    const auto tells = [&](const ConversionDetail& detail) {
+        return detail.kind == ConversionDetail::Kind::kIncomplete &&
+               detail.text.find(failed.path) != std::wstring::npos &&
+               detail.text.find(SystemErrorText(code)) != std::wstring::npos;
+    };
+    EXPECT_TRUE(std::any_of(run.details.begin(), run.details.end(), tells))
+        << FileName(failed.path);
+}
+
+void FileFaultTest::Check(const EngineRun& run, const NthFaultFileCalls& disk,
+                          SystemErrorCode code) const {
+    std::map<std::string, std::string> newFiles = run.files;
+    for (const auto& [name, text] : oldFiles_) {
+        EXPECT_EQ(run.files.at(name), text) << name;
+        newFiles.erase(name);
+    }
+    EXPECT_EQ(disk.openCount(), 0U);
+    const std::vector<FileCallRecord>& failed = disk.failedCalls();
+    EXPECT_EQ(run.statusText, StatusText(failed));
+    EXPECT_TRUE(AreValidRemainders(newFiles, expected_));
+    if (std::all_of(failed.begin(), failed.end(), IsHarmless)) {
+        EXPECT_TRUE(SameFiles(newFiles, complete_.files));
+        EXPECT_EQ(run.details.size(), 0U);
+    } else {
+        CheckDetails(run, *std::find_if_not(failed.begin(), failed.end(), IsHarmless), code);
+    }
+}
+
+TEST_P(FileFaultTest, EveryCallThatFailsIsToldAndLosesNothing) {
+    FileFault fault = std::get<1>(GetParam()).fault;
+    std::uint64_t runs = 0;
+    for (bool met = true; met; ++runs) {
+        fault.nth = runs;
+        Prepare();
+        NthFaultFileCalls disk(fault);
+        const EngineRun run = Convert();
+        met = disk.met();
+        SCOPED_TRACE("call " + std::to_string(fault.nth));
+        Check(run, disk, fault.code);
+        if (HasFatalFailure() || HasNonfatalFailure()) return;
+    }
+    EXPECT_GT(runs, expected_.size() * 4);  // at least create, header, header, close for each
+    RecordProperty("faults", std::to_string(runs - 1));
+}
+
+// An interrupted call is simply made again, and a short one continued.
+constexpr FaultKind kContinuedKinds[] = {{"Interrupted", {0, EINTR}}, {"Short", {}}};
+constexpr FaultKind kFailingKinds[] = {
+    {"DiskFull", {0, ENOSPC}},
+    {"DiskFullFromThenOn", {0, ENOSPC, true}},
+    {"DiskFullAfterHalf", {0, ENOSPC, true, true}},
+    {"InputOutputError", {0, EIO}},
+    {"InputOutputErrorFromThenOn", {0, EIO, true}},
+    {"QuotaExceeded", {0, EDQUOT, true}},
+};
+
+class ContinuedFileFaultTest : public FileFaultTest {};
+
+TEST_P(ContinuedFileFaultTest, CallIsContinuedAndNobodyNotices) {
+    FileFault fault = std::get<1>(GetParam()).fault;
+    fault.nth = 0;
+    for (bool met = true; met; ++fault.nth) {
+        Prepare();
+        NthFaultFileCalls disk(fault);
+        const EngineRun run = Convert();
+        met = disk.met();
+        std::map<std::string, std::string> newFiles = run.files;
+        for (const auto& entry : oldFiles_) newFiles.erase(entry.first);
+        ASSERT_EQ(run.statusText, L"Processing complete") << "call " << fault.nth;
+        ASSERT_TRUE(SameFiles(newFiles, complete_.files)) << "call " << fault.nth;
+        ASSERT_EQ(run.details.size(), 0U) << "call " << fault.nth;
+        ASSERT_EQ(disk.openCount(), 0U);
+    }
+    RecordProperty("faults", std::to_string(fault.nth - 1));
+}
+
+const Scene kScenes[] = {
+    {"EveryOutput", AllOutputs(), 3, 20},
+    {"SmallBlocks", {true, false, false, true, true, false}, 4, 1},
+    {"RawAndEvents", {false, false, false, false, true, true}, 32, 50},
+};
+
+std::string TestName(const testing::TestParamInfo<std::tuple<Scene, FaultKind>>& info) {
+    return std::string(std::get<0>(info.param).name) + std::get<1>(info.param).name;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, FileFaultTest,
+                         testing::Combine(testing::ValuesIn(kScenes),
+                                          testing::ValuesIn(kFailingKinds)),
+                         TestName);
+INSTANTIATE_TEST_SUITE_P(All, ContinuedFileFaultTest,
+                         testing::Combine(testing::ValuesIn(kScenes),
+                                          testing::ValuesIn(kContinuedKinds)),
+                         TestName);
+
+}  // namespace
+}  // namespace stalwick::test

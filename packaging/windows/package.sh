@@ -44,13 +44,14 @@ copy_licenses() {
 
 # The guide as one page with its pictures inside, readable without a network.
 make_user_guide() {
+    cmark --unsafe --validate-utf8 "$root/docs/user-guide.md" >"$work/guide.html"
     {
         printf '<!DOCTYPE html>\n<html lang="en">\n<head>\n<meta charset="utf-8">\n'
         printf '<title>Veltrosyn Stalwick</title>\n<style>\n%s\n</style>\n</head>\n<body>\n' \
             'body { max-width: 48em; margin: 2em auto; padding: 0 1em; font: 16px/1.5 sans-serif }
              img { max-width: 100% } code, pre { font: 14px monospace }
              table { border-collapse: collapse } td, th { border: 1px solid #999; padding: .2em .5em }'
-        cmark --unsafe --validate-utf8 "$root/docs/user-guide.md"
+        cat "$work/guide.html"
         printf '</body>\n</html>\n'
     } | python3 "$here/inline_images.py" "$root/docs" >"$stage/user-guide.html"
 }
@@ -64,6 +65,7 @@ make_user_guide
 
 # The uninstaller names each file, so that it removes nothing else.
 for file in "$stage"/licenses/*; do
+    # shellcheck disable=SC2016  # a variable of the installer's
     printf 'Delete "$INSTDIR\\licenses\\%s"\n' "$(basename "$file")"
 done >"$work/uninstall-licenses.nsh"
 

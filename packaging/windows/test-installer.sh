@@ -35,10 +35,18 @@ check() {
 
 fails() { ! "$@"; }
 
+# The uninstaller goes on in a copy of itself after the program that was started has ended.
+wait_until_gone() {
+    for _ in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15; do
+        [ ! -e "$1" ] || sleep 1
+    done
+}
+
 # The value of a key under HKEY_CURRENT_USER ("" names the unnamed value), or nothing.
 registry() {
-    if [ -n "$2" ]; then set -- "$1" /v "$2"; else set -- "$1" /ve; fi
-    "$wine" reg query "HKCU\\$@" 2>/dev/null | tr -d '\r' |
+    key="HKCU\\$1"
+    if [ -n "$2" ]; then set -- /v "$2"; else set -- /ve; fi
+    "$wine" reg query "$key" "$@" 2>/dev/null | tr -d '\r' |
         sed -n 's/^ .*REG_[A-Z]*[[:space:]]*//p'
 }
 
@@ -73,10 +81,8 @@ check "the other program is still remembered" \
 
 echo "Removing:"
 echo "mine" >"$programs/notes.txt"
-# _?= keeps the uninstaller in the foreground; it then cannot delete itself.
-check "uninstaller succeeds" "$wine" "$programs/uninstall.exe" /S \
-    "_?=C:\\users\\$(id -un)\\AppData\\Local\\Programs\\Veltrosyn Stalwick"
-rm -f "$programs/uninstall.exe"
+check "uninstaller succeeds" "$wine" "$programs/uninstall.exe" /S
+wait_until_gone "$programs/uninstall.exe"
 check "a user's own file stays" test -s "$programs/notes.txt"
 check "nothing else stays" test "$(ls "$programs")" = notes.txt
 check "the start menu entry is gone" test ! -e "$menu"
@@ -86,13 +92,11 @@ check ".ord is the other program's again" test "$(registry "$ord_key" '')" = Oth
 
 echo "Installing into a directory of one's own, and removing without a trace:"
 "$wine" reg delete "HKCU\\$ord_key" /f >/dev/null
-check "setup succeeds" "$wine" "$setup" /S '/D=C:\own place\Ж'
-own="$STALWICK_WINE_PREFIX/drive_c/own place/Ж"
+check "setup succeeds" "$wine" "$setup" /S '/D=C:\own\Ж'
+own="$STALWICK_WINE_PREFIX/drive_c/own/Ж"
 check "the command runs there" "$wine" "$own/stalwick-convert.exe" --version
 check "uninstaller succeeds" "$wine" "$own/uninstall.exe" /S
-for _ in 1 2 3 4 5 6 7 8 9 10; do
-    [ -e "$own" ] && sleep 1
-done
+wait_until_gone "$own"
 check "the directory is gone" test ! -e "$own"
 check ".ord is nobody's" fails key_exists "$ord_key"
 

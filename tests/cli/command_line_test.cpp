@@ -1,0 +1,96 @@
+#include "cli/command_line.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "cli/exit_status.h"
+
+namespace stalwick {
+namespace {
+
+CommandLine Parsed(std::vector<std::string> arguments) {
+    const ParsedArguments parsed = ParseArguments(std::move(arguments));
+    EXPECT_TRUE(parsed.proceed) << parsed.error;
+    return parsed.commandLine;
+}
+
+TEST(CommandLine, WithoutOptionsOnlyTheADChannelsAreWanted) {
+    const CommandLine line = Parsed({"a.ord"});
+    EXPECT_EQ(line.inputFiles, std::vector<std::wstring>{L"a.ord"});
+    EXPECT_EQ(line.channelOptions, (ChannelOptions{1, 0, 0, 0}));
+    EXPECT_FALSE(line.writeRawData);
+    EXPECT_FALSE(line.keepGoing);
+    EXPECT_FALSE(line.quiet);
+    EXPECT_TRUE(line.outputSettings.syncBeforeFinalHeader);
+    EXPECT_EQ(line.outputSettings.recordsPerBlock, 5000U);
+}
+
+TEST(CommandLine, EverySwitchHasItsOutput) {
+    EXPECT_EQ(Parsed({"--no-csc", "a"}).channelOptions, (ChannelOptions{0, 0, 0, 0}));
+    EXPECT_EQ(Parsed({"--base-imu", "a"}).channelOptions, (ChannelOptions{1, 1, 0, 0}));
+    EXPECT_EQ(Parsed({"--afe-imu", "a"}).channelOptions, (ChannelOptions{1, 0, 1, 0}));
+    EXPECT_EQ(Parsed({"--ultrasonic", "a"}).channelOptions, (ChannelOptions{1, 0, 0, 1}));
+    EXPECT_TRUE(Parsed({"--raw", "a"}).writeRawData);
+}
+
+TEST(CommandLine, AllMeansEveryFurtherOutput) {
+    const CommandLine all = Parsed({"--all", "a"});
+    EXPECT_EQ(all.channelOptions, (ChannelOptions{1, 1, 1, 1}));
+    EXPECT_TRUE(all.writeRawData);
+    EXPECT_EQ(Parsed({"--all", "--no-csc", "a"}).channelOptions, (ChannelOptions{0, 1, 1, 1}));
+}
+
+TEST(CommandLine, FilesKeepTheirOrder) {
+    EXPECT_EQ(Parsed({"b", "--raw", "a", "c"}).inputFiles,
+              (std::vector<std::wstring>{L"b", L"a", L"c"}));
+}
+
+TEST(CommandLine, OutputDirectoryIsUsedAsItWasGiven) {
+    EXPECT_EQ(Parsed({"-o", "x//y/", "a"}).outputDirectory, L"x//y/");
+    EXPECT_EQ(Parsed({"--output-dir=x", "a"}).outputDirectory, L"x");
+}
+
+TEST(CommandLine, OutputDirectoryDefaultsToThatOfTheLastFile) {
+    EXPECT_EQ(Parsed({"x/a", "y/z/b"}).outputDirectory, L"y/z");
+    EXPECT_EQ(Parsed({"x/a", "b"}).outputDirectory, L".");
+    EXPECT_EQ(Parsed({"/b"}).outputDirectory, L"/");
+}
+
+TEST(CommandLine, ShortAndLongNamesMeanTheSame) {
+    EXPECT_TRUE(Parsed({"-k", "a"}).keepGoing);
+    EXPECT_TRUE(Parsed({"--keep-going", "a"}).keepGoing);
+    EXPECT_TRUE(Parsed({"-q", "a"}).quiet);
+    EXPECT_TRUE(Parsed({"-kq", "a"}).keepGoing);
+}
+
+TEST(CommandLine, NamesAreUtf8) {
+    EXPECT_EQ(Parsed({"-o", "\xC2\xB5", "\xE6\x97\xA5.ord"}).outputDirectory, L"\u00B5");
+    EXPECT_EQ(Parsed({"\xE6\x97\xA5.ord"}).inputFiles[0], L"\u65E5.ord");
+}
+
+TEST(CommandLine, WrongUsageIsAnErrorOfOneLine) {
+    const std::vector<std::vector<std::string>> wrong = {
+        {}, {"--none", "a"}, {"a", "-o"}, {"a", "--all=perhaps"}, {"a", "-o", ""}};
+    for (const auto& arguments : wrong) {
+        const ParsedArguments parsed = ParseArguments(arguments);
+        EXPECT_FALSE(parsed.proceed);
+        EXPECT_EQ(parsed.exitStatus, kExitUsage);
+        EXPECT_EQ(parsed.output, "");
+        EXPECT_NE(parsed.error.find("--help"), std::string::npos);
+        EXPECT_EQ(parsed.error.find('\n'), std::string::npos);
+    }
+}
+
+TEST(CommandLine, VersionAndHelpAreOutputAndSuccess) {
+    for (const char* option : {"--version", "--help"}) {
+        const ParsedArguments parsed = ParseArguments({option});
+        EXPECT_FALSE(parsed.proceed);
+        EXPECT_EQ(parsed.exitStatus, kExitComplete);
+        EXPECT_NE(parsed.output, "");
+        EXPECT_EQ(parsed.error, "");
+    }
+}
+
+}  // namespace
+}  // namespace stalwick

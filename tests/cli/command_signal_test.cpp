@@ -1,0 +1,143 @@
+// Signals to the command, on a recording that never ends: a named pipe that the test feeds.
+
+#include <csignal>
+#include <string>
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/text_encoding.h"
+#include "tests/cli/command_process.h"
+#include "tests/support/ord_builder.h"
+
+namespace stalwick::test {
+namespace {
+
+// A named pipe that holds a recording.
+class EndlessRecording {
+  public:
+    explicit EndlessRecording(const std::wstring& path) : path_(NarrowPath(path)) {
+        ::mkfifo(path_.c_str(), 0600);
+        // Both ends: the pipe stays open while the command opens it again and again.
+        pipe_ = ::open(path_.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+        const std::string header = Version1Header(2).Block();
+        EXPECT_EQ(::write(pipe_, header.data(), header.size()),
+                  static_cast<ssize_t>(header.size()));
+        for (int i = 0; i < 100; ++i) packets_ += EncodePacket(PacketPlan());
+    }
+    ~EndlessRecording() { ::close(pipe_); }
+    EndlessRecording(const EndlessRecording&) = delete;
+    EndlessRecording& operator=(const EndlessRecording&) = delete;
+
+    const std::string& Path() const { return path_; }
+
+    // Writes on where it stopped, as much as the pipe takes.
+    void Feed() {
+        for (;;) {
+            const ssize_t count =
+                ::write(pipe_, packets_.data() + position_, packets_.size() - position_);
+            if (count <= 0) return;
+            position_ = (position_ + static_cast<std::size_t>(count)) % packets_.size();
+        }
+    }
+
+  private:
+    std::string path_;
+    std::string packets_;
+    std::size_t position_ = 0;
+    int pipe_ = -1;
+};
+
+void Pause() {
+    ::usleep(2000);
+}
+
+// A command at work on an endless recording.
+struct RunningCommand {
+    RunningCommand()
+        : recording(directory.Path(L"rec.ord")),
+          command({"--raw", "-o", NarrowPath(directory.Path(L"out")), recording.Path()}) {
+        // The files are there only after the command listens for signals.
+        while (!Exists(directory.Path(L"out/rec/RawData.vrd")) && !command.Ended()) {
+            recording.Feed();
+            Pause();
+        }
+    }
+
+    CommandResult FeedUntilItEnds() {
+        while (!command.Ended()) {
+            recording.Feed();
+            Pause();
+        }
+        return command.Wait();
+    }
+
+    TempDirectory directory;
+    EndlessRecording recording;
+    CommandProcess command;
+};
+
+void ExpectFinishedInOrder(const RunningCommand& running) {
+    const auto files = FilesIn(running.directory.Path(L"out/rec"));
+    EXPECT_EQ(files.size(), 4U);
+    for (const char* name : {"CSC1.vcs", "CSC2.vcs", "RawData.vrd"}) {
+        EXPECT_EQ(files.at(name).find("File was not closed properly"), std::string::npos) << name;
+    }
+}
+
+TEST(CommandSignal, InterruptCancelsAsTheCancelButtonDoes) {
+    RunningCommand running;
+    running.command.Signal(SIGINT);
+    const CommandResult result = running.FeedUntilItEnds();
+    EXPECT_EQ(result.exitStatus, 130);
+    EXPECT_EQ(result.output, "Data processing canceled.\n");
+    ExpectFinishedInOrder(running);
+}
+
+TEST(CommandSignal, RequestToTerminateCancelsToo) {
+    RunningCommand running;
+    running.command.Signal(SIGTERM);
+    const CommandResult result = running.FeedUntilItEnds();
+    EXPECT_EQ(result.exitStatus, 143);
+    EXPECT_EQ(result.output, "Data processing canceled.\n");
+    ExpectFinishedInOrder(running);
+}
+
+TEST(CommandSignal, SecondSignalEndsTheCommandAtOnce) {
+    RunningCommand running;
+    // Nothing more comes: the command waits for its input and cannot finish.
+    while (!running.command.Ended()) {
+        running.command.Signal(SIGINT);
+        Pause();
+    }
+    const CommandResult result = running.command.Wait();
+    EXPECT_EQ(result.signal, SIGINT);
+    EXPECT_EQ(result.output, "");
+}
+
+TEST(CommandSignal, FilesBehindTheCanceledOneGetHeadersAndNoData) {
+    const TempDirectory directory;
+    EndlessRecording recording(directory.Path(L"first.ord"));
+    WriteFile(directory.Path(L"second.ord"),
+              BuildOrdFile(Version1Header(1), std::vector<PacketPlan>(500)));
+    CommandProcess command({"-o", NarrowPath(directory.Path(L"out")), recording.Path(),
+                            NarrowPath(directory.Path(L"second.ord"))});
+    bool signaled = false;
+    while (!command.Ended()) {
+        recording.Feed();
+        if (!signaled && Exists(directory.Path(L"out/first/Events.vev"))) {
+            command.Signal(SIGINT);
+            signaled = true;
+        }
+        Pause();
+    }
+    EXPECT_EQ(command.Wait().exitStatus, 130);
+    const auto files = FilesIn(directory.Path(L"out/second"));
+    EXPECT_EQ(files.size(), 2U);
+    for (const auto& [name, bytes] : files) EXPECT_EQ(bytes.size(), 16384U) << name;
+}
+
+}  // namespace
+}  // namespace stalwick::test

@@ -1,0 +1,200 @@
+// Files and directories, with calls that do little at a time or fail.
+
+#include <cstring>
+#include <string>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "platform/file_system.h"
+#include "platform/input_file.h"
+#include "platform/memory_mapping.h"
+#include "platform/output_file.h"
+#include "platform/system_error.h"
+#include "tests/support/faulty_file_calls.h"
+#include "tests/support/temp_directory.h"
+
+namespace stalwick::test {
+namespace {
+
+std::string Text(std::size_t size) {
+    std::string text;
+    while (text.size() < size) text += "0123456789abcdef-";
+    return text.substr(0, size);
+}
+
+TEST(OutputFile, ShortAndInterruptedWritesAreContinued) {
+    const TempDirectory directory;
+    FaultyFileCalls calls;
+    calls.mostBytesPerCall = 3;
+    calls.interruptionsPerCall = 2;
+    OutputFile file;
+    ASSERT_EQ(file.CreateExclusive(directory.Path(L"a")), 0);
+    EXPECT_EQ(file.WriteAt(0, Text(100).data(), 100), 0);
+    EXPECT_EQ(file.WriteAt(10, "XY", 2), 0);
+    EXPECT_EQ(file.SyncData(), 0);
+    EXPECT_EQ(file.Close(), 0);
+    std::string expected = Text(100);
+    expected.replace(10, 2, "XY");
+    EXPECT_EQ(ReadFile(directory.Path(L"a")), expected);
+}
+
+TEST(OutputFile, LargeWritesArriveWhole) {
+    const TempDirectory directory;
+    const std::string text = Text(5'000'001);
+    OutputFile file;
+    ASSERT_EQ(file.CreateExclusive(directory.Path(L"a")), 0);
+    EXPECT_EQ(file.WriteAt(0, text.data(), text.size()), 0);
+    EXPECT_EQ(file.Close(), 0);
+    EXPECT_EQ(ReadFile(directory.Path(L"a")), text);
+}
+
+TEST(OutputFile, WriteThatTakesNothingIsAnErrorAndNoLoop) {
+    const TempDirectory directory;
+    FaultyFileCalls calls;
+    OutputFile file;
+    ASSERT_EQ(file.CreateExclusive(directory.Path(L"a")), 0);
+    calls.mostBytesPerCall = 0;
+    EXPECT_NE(file.WriteAt(0, "abc", 3), 0);
+}
+
+TEST(OutputFile, DiskThatFillsUpKeepsWhatWentIn) {
+    const TempDirectory directory;
+    FaultyFileCalls calls;
+    calls.bytesUntilFull = 5;
+    OutputFile file;
+    ASSERT_EQ(file.CreateExclusive(directory.Path(L"a")), 0);
+    EXPECT_EQ(file.WriteAt(16384, "0123456789", 10), SystemErrorFor(SystemErrorKind::kNoSpace));
+    EXPECT_EQ(file.Close(), 0);
+    EXPECT_EQ(ReadFile(directory.Path(L"a")).substr(16384), "01234");
+}
+
+TEST(OutputFile, ExistingNamesAreRefusedAndStay) {
+    const TempDirectory directory;
+    WriteFile(directory.Path(L"file"), "precious");
+    MakeDirectory(directory.Path(L"dir"));
+    for (const wchar_t* name : {L"file", L"dir"}) {
+        OutputFile file;
+        EXPECT_NE(file.CreateExclusive(directory.Path(name)), 0);
+        EXPECT_FALSE(file.IsOpen());
+    }
+    EXPECT_EQ(ReadFile(directory.Path(L"file")), "precious");
+}
+
+TEST(OutputFile, MovedFileIsClosedOnce) {
+    const TempDirectory directory;
+    FaultyFileCalls calls;
+    {
+        OutputFile file;
+        ASSERT_EQ(file.CreateExclusive(directory.Path(L"a")), 0);
+        OutputFile other(std::move(file));
+        OutputFile third;
+        third = std::move(other);
+        EXPECT_TRUE(third.IsOpen());
+        EXPECT_EQ(calls.openCount, 1U);
+    }
+    EXPECT_EQ(calls.openCount, 0U);
+}
+
+TEST(InputFile, ReadsAreContinuedUntilAllIsThere) {
+    const TempDirectory directory;
+    WriteFile(directory.Path(L"a"), Text(1000));
+    FaultyFileCalls calls;
+    calls.mostBytesPerCall = 7;
+    calls.interruptionsPerCall = 1;
+    InputFile file;
+    ASSERT_EQ(file.Open(directory.Path(L"a")), 0);
+    EXPECT_EQ(file.Size(), 1000U);
+    std::string bytes(2000, '\0');
+    std::size_t count = 0;
+    EXPECT_EQ(file.Read(bytes.data(), 600, count), 0);
+    EXPECT_EQ(count, 600U);
+    EXPECT_EQ(file.Read(bytes.data() + 600, 1000, count), 0);
+    EXPECT_EQ(count, 400U);
+    EXPECT_EQ(bytes.substr(0, 1000), Text(1000));
+    EXPECT_EQ(file.Read(bytes.data(), 10, count), 0);
+    EXPECT_EQ(count, 0U);
+}
+
+TEST(InputFile, FailedReadIsItsError) {
+    const TempDirectory directory;
+    WriteFile(directory.Path(L"a"), Text(1000));
+    FaultyFileCalls calls;
+    calls.readError = 5;
+    InputFile file;
+    ASSERT_EQ(file.Open(directory.Path(L"a")), 0);
+    char byte = 0;
+    std::size_t count = 0;
+    EXPECT_EQ(file.Read(&byte, 1, count), 5);
+}
+
+TEST(InputFile, DirectoriesAndMissingFilesCannotBeOpened) {
+    const TempDirectory directory;
+    InputFile file;
+    EXPECT_NE(file.Open(directory.Path()), 0);
+    EXPECT_NE(file.Open(directory.Path(L"none")), 0);
+    EXPECT_FALSE(file.IsOpen());
+}
+
+TEST(InputFile, OpenFileRefusesASecondOne) {
+    const TempDirectory directory;
+    WriteFile(directory.Path(L"a"), "a");
+    WriteFile(directory.Path(L"b"), "b");
+    InputFile file;
+    ASSERT_EQ(file.Open(directory.Path(L"a")), 0);
+    EXPECT_NE(file.Open(directory.Path(L"b")), 0);
+    char byte = 0;
+    std::size_t count = 0;
+    EXPECT_EQ(file.Read(&byte, 1, count), 0);
+    EXPECT_EQ(byte, 'a');
+}
+
+TEST(FileSystem, PathsAreMissingFilesOrDirectories) {
+    const TempDirectory directory;
+    WriteFile(directory.Path(L"f"), "");
+    EXPECT_EQ(QueryPath(directory.Path()), PathKind::kDirectory);
+    EXPECT_EQ(QueryPath(directory.Path(L"f")), PathKind::kFile);
+    EXPECT_EQ(QueryPath(directory.Path(L"none")), PathKind::kMissing);
+    EXPECT_EQ(QueryPath(L""), PathKind::kMissing);
+}
+
+TEST(FileSystem, DirectoryIsMadeOneLevelDeep) {
+    const TempDirectory directory;
+    EXPECT_EQ(CreateDirectoryLevel(directory.Path(L"d")), 0);
+    EXPECT_EQ(QueryPath(directory.Path(L"d")), PathKind::kDirectory);
+    EXPECT_EQ(ClassifySystemError(CreateDirectoryLevel(directory.Path(L"d"))),
+              SystemErrorKind::kAlreadyExists);
+    EXPECT_EQ(ClassifySystemError(CreateDirectoryLevel(directory.Path(L"no") + L"/e")),
+              SystemErrorKind::kNotFound);
+}
+
+TEST(SystemError, EveryKindHasANumberOfItsOwn) {
+    for (const auto kind :
+         {SystemErrorKind::kNone, SystemErrorKind::kInterrupted, SystemErrorKind::kAlreadyExists,
+          SystemErrorKind::kNoSpace, SystemErrorKind::kTooManyOpenFiles,
+          SystemErrorKind::kAccessDenied, SystemErrorKind::kNotFound, SystemErrorKind::kOther}) {
+        EXPECT_EQ(ClassifySystemError(SystemErrorFor(kind)), kind);
+    }
+    EXPECT_NE(SystemErrorText(SystemErrorFor(SystemErrorKind::kNoSpace)), L"");
+}
+
+TEST(MemoryMapping, MemoryIsZeroAndStaysWithItsLastOwner) {
+    MemoryMapping first(100'000);
+    ASSERT_NE(first.data(), nullptr);
+    EXPECT_EQ(first.size(), 100'000U);
+    for (std::size_t i = 0; i < first.size(); ++i) ASSERT_EQ(first.data()[i], std::byte{0});
+    first.data()[99'999] = std::byte{7};
+    MemoryMapping second(std::move(first));
+    MemoryMapping third(1);
+    third = std::move(second);
+    EXPECT_EQ(third.data()[99'999], std::byte{7});
+    EXPECT_EQ(first.data(), nullptr);
+    EXPECT_EQ(second.data(), nullptr);
+}
+
+TEST(MemoryMapping, RangeThatCannotBeHadThrows) {
+    EXPECT_THROW(MemoryMapping(SIZE_MAX / 2), std::bad_alloc);
+}
+
+}  // namespace
+}  // namespace stalwick::test

@@ -17,7 +17,11 @@ build:
 	cmake --preset $(PRESET)
 	cmake --build --preset $(PRESET)
 
-demo: build
+# Only what it runs, so that the first look does not wait for the window and the tests.
+demo:
+	scripts/install-deps.sh
+	cmake --preset $(PRESET)
+	cmake --build --preset $(PRESET) --target stalwick-convert ord_synth
 	scripts/demo.sh $(BUILD)
 
 test: build

@@ -55,7 +55,7 @@ fuzz:
 # systems compared. PRESET is the Linux build to compare with.
 test-windows: build
 	scripts/install-deps.sh windows
-	cmake --preset windows
+	STALWICK_HWY_SOURCE="$$(packaging/windows/fetch-highway.sh)" cmake --preset windows
 	cmake --build --preset windows
 	ctest --preset windows
 	tests/windows/compare_test_names.py --linux $(BUILD) --windows build/windows
@@ -64,7 +64,8 @@ test-windows: build
 # The window for Windows; builds its Qt the first time (docs/building-windows.md).
 windows-app:
 	scripts/install-deps.sh build windows windows-app
-	STALWICK_QT_PREFIX="$$(packaging/windows/build-qt.sh)" cmake --preset windows-app
+	STALWICK_HWY_SOURCE="$$(packaging/windows/fetch-highway.sh)" \
+	    STALWICK_QT_PREFIX="$$(packaging/windows/build-qt.sh)" cmake --preset windows-app
 	cmake --build --preset windows-app
 
 # The zip and the installer, and a test that installs and removes it under wine.

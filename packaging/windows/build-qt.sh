@@ -34,44 +34,6 @@ if [ -d "$prefix" ]; then
     exit 0
 fi
 
-# Makes a private copy of the system's package lists that names the sources too, so that nothing
-# under /etc changes and no other user's apt is affected.
-write_source_lists() {
-    mkdir -p "$work/apt/parts" "$work/apt/lists/partial" "$work/apt/cache/archives/partial"
-    for list in /etc/apt/sources.list.d/*.sources; do
-        [ -e "$list" ] || continue
-        sed 's/^Types:.*/Types: deb-src/' "$list" >"$work/apt/parts/$(basename "$list")"
-    done
-    for list in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
-        [ -e "$list" ] || continue
-        sed -n 's/^[[:space:]]*deb[[:space:]]/deb-src /p' "$list" \
-            >"$work/apt/parts/$(basename "$list" .list).list"
-    done
-}
-
-private_apt() {
-    apt-get -q \
-        -o Dir::Etc::SourceList=/dev/null \
-        -o Dir::Etc::SourceParts="$work/apt/parts" \
-        -o Dir::State::Lists="$work/apt/lists" \
-        -o Dir::Cache="$work/apt/cache" \
-        -o APT::Sandbox::User=root \
-        "$@" >&2
-}
-
-# An extracted tree is moved into place after it was patched, so a cut-off step is done again.
-fetch_source() {
-    [ -d "$work/source" ] && return
-    write_source_lists
-    private_apt update
-    rm -rf "$work/fetch"
-    mkdir -p "$work/fetch"
-    (cd "$work/fetch" && private_apt source --only-source "qt6-base=$version")
-    tree=$(find "$work/fetch" -mindepth 1 -maxdepth 1 -type d)
-    patch_source "$tree"
-    mv "$tree" "$work/source"
-}
-
 # Two conditions ask for dynamic OpenGL without asking whether there is OpenGL at all.
 patch_source() {
     file=$1/src/plugins/platforms/windows/qwindowswindow.cpp
@@ -81,6 +43,15 @@ patch_source() {
         echo "$file: expected two conditions on dynamicgl, changed $changed; look at it anew" >&2
         exit 1
     fi
+}
+
+# A tree is moved into place after it was patched, so a cut-off step is done again.
+fetch_source() {
+    if [ -d "$work/source" ]; then return; fi
+    rm -rf "$work/fetched"
+    "$here/fetch-source.sh" qt6-base-dev "$work/fetched"
+    patch_source "$work/fetched"
+    mv "$work/fetched" "$work/source"
 }
 
 configure() {
@@ -103,7 +74,7 @@ configure() {
         "$@" >&2
 }
 
-mkdir -p "$cache"
+mkdir -p "$work"
 fetch_source
 [ -e "$work/build/build.ninja" ] || configure
 cmake --build "$work/build" --parallel "$jobs" >&2

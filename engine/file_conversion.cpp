@@ -37,9 +37,10 @@ FileConversion::FileConversion(DataProcessor& processor, const FileConversionReq
                                const OutputSettings& settings)
     : processor_(processor),
       request_(request),
-      channelFiles_(settings),
-      eventFile_(settings),
-      rawDataFile_(settings) {}
+      queue_(UsesWriterThread(settings) ? std::make_unique<WriteQueue>() : nullptr),
+      channelFiles_(settings, queue_.get()),
+      eventFile_(settings),  // few and small blocks, whose failures end the conversion at once
+      rawDataFile_(settings, queue_.get()) {}
 
 std::int32_t FileConversion::Run() {
     if (PrepareOutputDirectory() != 0 || OpenInput() != 0 || OpenOutputs() != 0) return -1;

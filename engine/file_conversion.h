@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -59,6 +60,7 @@ class FileConversion {
     FileConversionRequest request_;
     std::wstring directory_;  // of this file's outputs
     ChannelOptions switches_{};
+    std::unique_ptr<WriteQueue> queue_;  // null: this thread writes
     CSCFileWriterContainer channelFiles_;
     EventFileWriterContainer eventFile_;
     RDFFileWriterContainer rawDataFile_;

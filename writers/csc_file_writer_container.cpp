@@ -20,8 +20,11 @@ constexpr double kImuFrequency = 3000.0;           // samples per second
 constexpr double kUltrasonicFrequency = 210000.0;  // samples per second
 constexpr double kADBitVolts = 4e-06;              // printed for every file
 constexpr int kADBitVoltsDigits = 24;
-constexpr double kInputRange = 131072.0;                // printed for every file
-constexpr std::size_t kPacketSamples = 10;              // of a channel
+constexpr double kInputRange = 131072.0;    // printed for every file
+constexpr std::size_t kPrefetchDistance = 64;  // samples
+constexpr std::size_t kPacketSamples = 10;  // of a channel
+constexpr std::size_t kFewestSpareBlocks = 2;
+constexpr std::size_t kSpareBytes = std::size_t{32} << 20U;
 constexpr std::uint32_t kMostRecordsAlwaysFilled = 64;  // of a block, by a second of recording
 
 bool IsOn(const ChannelOptions& options, ChannelGroup group) {
@@ -35,6 +38,11 @@ std::wstring FormatGeneral(double value) {
 // A whole packet's samples leave the phase as it was, without a division.
 inline void AdvancePhase(OutputFileRecord& record, std::uint32_t count) {
     if (count != record.phaseModulus) record.phase = (record.phase + count) % record.phaseModulus;
+}
+
+// Hundreds of files are filled at the same time, too many for the processor to foresee.
+inline void PrefetchForWriting(const std::int16_t* address) {
+    __builtin_prefetch(address, 1);
 }
 
 // A packet's samples are copied by a few fixed moves.
@@ -93,6 +101,13 @@ std::int32_t CSCFileWriterContainer::OpenInertialFiles(const std::wstring& direc
     return 0;
 }
 
+// Blocks to go on with while full ones are written behind.
+std::size_t CSCFileWriterContainer::SpareBlocks(std::size_t files) const {
+    if (!fileIO.WritesBehind()) return 0;
+    const std::size_t blockBytes = settings.recordsPerBlock * sizeof(CRRec);
+    return std::min(files, std::max(kFewestSpareBlocks, kSpareBytes / blockBytes));
+}
+
 void CSCFileWriterContainer::ReserveBuffers(const ChannelOptions& options) {
     std::size_t files = IsOn(options, ChannelGroup::kAD) ? numAdChannels : 0;
     if (IsOn(options, ChannelGroup::kBaseIMU)) files += kImuChannelNames.size();
@@ -101,7 +116,8 @@ void CSCFileWriterContainer::ReserveBuffers(const ChannelOptions& options) {
     // Huge pages are filled several times faster, yet a short recording would touch only the
     // beginning of each.
     const bool huge = isLongRecording || settings.recordsPerBlock <= kMostRecordsAlwaysFilled;
-    pool_.Reserve(files, settings.recordsPerBlock,
+    const std::size_t blocks = files > 0 ? files + SpareBlocks(files) : 0;
+    pool_.Reserve(blocks, settings.recordsPerBlock,
                   huge ? MemoryMapping::Pages::kHuge : MemoryMapping::Pages::kNormal);
 }
 
@@ -194,7 +210,9 @@ inline std::int32_t CSCFileWriterContainer::AppendSamples(
         return AppendAcrossRecords(record, samples, baseTimestamp.has_value());
     }
     AdvancePhase(record, static_cast<std::uint32_t>(samples.size()));
-    CopySamples(samples, current.samples.data() + filled);
+    std::int16_t* const target = current.samples.data() + filled;
+    CopySamples(samples, target);
+    PrefetchForWriting(target + kPrefetchDistance);
     current.numValidSamples = filled + static_cast<std::uint32_t>(samples.size());
     return 0;
 }
@@ -242,6 +260,7 @@ std::int32_t CSCFileWriterContainer::CompleteRecord(OutputFileRecord& record,
     ++record.bufferedCount;
     if (record.bufferedCount == record.cscBuffer.size()) {
         if (WriteRecords(record, record.bufferedCount) != 0) return -1;
+        record.cscBuffer = ExchangeBlock(record.cscBuffer);
         record.bufferedCount = 0;
     }
     // What an earlier block left in the next record goes as it is filled.
@@ -259,6 +278,19 @@ std::int32_t CSCFileWriterContainer::WriteRecords(OutputFileRecord& record, std:
     return fileIO.WriteDataToFile(record.handle, record.cscBuffer.data(), length) == 0 ? 0 : -1;
 }
 
+// An empty block for the full one that was just handed over: that one itself where it was written
+// at once, else the one handed over first if it is free by now, else a spare one.
+RecordPool::Block CSCFileWriterContainer::ExchangeBlock(RecordPool::Block full) {
+    handedOver_.push_back(full);
+    const RecordPool::Block oldest = handedOver_.front();
+    if (!fileIO.HasTaken(oldest.data())) {
+        if (!pool_.IsEmpty()) return pool_.Take();
+        fileIO.WaitUntilTaken(oldest.data());
+    }
+    handedOver_.pop_front();
+    return oldest;
+}
+
 // Writes the complete records and the one in progress, whose unused samples are 0.
 std::int32_t CSCFileWriterContainer::WriteRest(OutputFileRecord& record) {
     std::uint32_t count = record.bufferedCount;
@@ -274,6 +306,8 @@ std::int32_t CSCFileWriterContainer::FinishCscFiles() {
     for (OutputFileRecord& record : records) {
         if (WriteRest(record) != 0) return -1;
     }
+    // No header says that a file was closed before all of them are whole.
+    if (fileIO.CompleteWrites() != 0) return -1;
     if (SetHeaders(true) != 0) return -1;
     records.clear();
     return fileIO.CloseAllOutputFiles() == 0 ? 0 : -1;

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <span>
 #include <string>
@@ -31,6 +32,7 @@ inline constexpr std::array<const wchar_t*, 9> kImuChannelNames = {
 class CSCFileWriterContainer : public FileWriterContainer {
   public:
     using FileWriterContainer::FileWriterContainer;
+    ~CSCFileWriterContainer() override { fileIO.CompleteWrites(); }  // out of this one's buffers
 
     // Opens the files of every wanted group and gives them their provisional header.
     std::int32_t InitializeCscFiles(const std::wstring& outputDirectory,
@@ -66,6 +68,7 @@ class CSCFileWriterContainer : public FileWriterContainer {
                                  const std::wstring& namePart2, std::uint32_t channelIndex,
                                  double frequency);
     std::int32_t OpenInertialFiles(const std::wstring& directory, const std::wstring& prefix);
+    std::size_t SpareBlocks(std::size_t files) const;
     void ReserveBuffers(const ChannelOptions& options);
     std::span<OutputFileRecord> FilesOf(ChannelGroup group);
     std::int32_t AppendSamples(OutputFileRecord& record, std::span<const std::int16_t> samples,
@@ -76,8 +79,10 @@ class CSCFileWriterContainer : public FileWriterContainer {
     std::int32_t CompleteRecord(OutputFileRecord& record, bool hasBaseTimestamp);
     std::int32_t WriteRecords(OutputFileRecord& record, std::uint32_t count);
     std::int32_t WriteRest(OutputFileRecord& record);
+    RecordPool::Block ExchangeBlock(RecordPool::Block full);
 
     RecordPool pool_;
+    std::deque<RecordPool::Block> handedOver_;  // to be written behind; the oldest first
 };
 
 // The lines of a channel file's header behind the common ones.

@@ -35,9 +35,29 @@ std::wstring DescribeFailure(std::wstring_view action, const std::wstring& path,
            SystemErrorText(code) + L"; " + AdviceFor(ClassifySystemError(code));
 }
 
+DataFile::~DataFile() {
+    CompleteAppends();
+}
+
+bool DataFile::CompleteAppends() const {
+    if (queue_ != nullptr) queue_->WaitForTarget(*this);
+    return !Failed();
+}
+
+const std::wstring& DataFile::FailureText() const {
+    CompleteAppends();
+    return failureText_;
+}
+
+void DataFile::Fail(const std::wstring& text) {
+    if (Failed()) return;
+    failureText_ = text;
+    failed_.store(true, std::memory_order_release);
+}
+
 bool DataFile::Check(SystemErrorCode code, std::wstring_view action) {
     if (code == 0) return true;
-    if (!Failed()) failureText_ = DescribeFailure(action, path_, code);
+    Fail(DescribeFailure(action, path_, code));
     return false;
 }
 
@@ -49,11 +69,11 @@ SystemErrorCode DataFile::Create(const std::wstring& path) {
 }
 
 bool DataFile::SetHeader(std::string_view text, std::size_t mostBytes) {
-    if (Failed()) return false;
+    if (!CompleteAppends()) return false;
     if (text.size() > mostBytes) {
-        failureText_ = L"cannot write the header of " + OneLine(path_) + L": its text has " +
-                       std::to_wstring(text.size()) + L" bytes, " + std::to_wstring(mostBytes) +
-                       L" fit; shorten the path or the recording's header fields";
+        Fail(L"cannot write the header of " + OneLine(path_) + L": its text has " +
+             std::to_wstring(text.size()) + L" bytes, " + std::to_wstring(mostBytes) +
+             L" fit; shorten the path or the recording's header fields");
         return false;
     }
     if (hasUnsyncedData_ && settings_.syncBeforeFinalHeader) {
@@ -68,13 +88,26 @@ bool DataFile::SetHeader(std::string_view text, std::size_t mostBytes) {
 bool DataFile::Append(const void* data, std::size_t size) {
     if (Failed()) return false;
     if (size == 0) return true;
-    if (!Check(file_.WriteAt(kOutputHeaderSize + dataSize_, data, size), L"write")) return false;
+    if (queue_ != nullptr) {
+        queue_->Post(*this, data, size);
+        return true;
+    }
+    PerformAppend(data, size);
+    return !Failed();
+}
+
+void DataFile::PerformAppend(const void* data, std::size_t size) {
+    if (Failed()) return;
+    const std::uint64_t offset = kOutputHeaderSize + dataSize_;
+    if (!Check(file_.WriteAt(offset, data, size), L"write")) return;
     dataSize_ += size;
     hasUnsyncedData_ = true;
-    return true;
+    // The disk begins with it now, so that the wait before the final header is short.
+    if (settings_.syncBeforeFinalHeader) file_.StartWriteBack(offset, size);
 }
 
 bool DataFile::Close() {
+    CompleteAppends();
     const bool closed = Check(file_.Close(), L"close");
     return closed && !Failed();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -7,6 +8,7 @@
 
 #include "platform/output_file.h"
 #include "writers/output_settings.h"
+#include "writers/write_queue.h"
 
 namespace stalwick {
 
@@ -18,9 +20,17 @@ inline constexpr std::size_t kOutputHeaderSize = 16384;  // bytes of header text
 // The file is created and never opened or overwritten. After a failure it takes nothing more, so
 // that what it holds stays a beginning of what it should hold, with the header it had then.
 // Used by one thread. Operations return whether they succeeded; FailureText() says why not.
-class DataFile {
+//
+// With a queue, Append only hands the data over: they must stay where they are until the queue has
+// taken them, and a failure shows at a later call. All other operations wait for what was handed
+// over before.
+class DataFile final : private WriteTarget {
   public:
-    explicit DataFile(const OutputSettings& settings) : settings_(settings) {}
+    explicit DataFile(const OutputSettings& settings, WriteQueue* queue = nullptr)
+        : settings_(settings), queue_(queue) {}
+    ~DataFile() override;
+    DataFile(const DataFile&) = delete;
+    DataFile& operator=(const DataFile&) = delete;
 
     // Fails with the system's "already exists" when anything has the name.
     SystemErrorCode Create(const std::wstring& path);
@@ -34,17 +44,24 @@ class DataFile {
 
     // The first failure, in one line: what could not be done to which file, why, what to do.
     // Empty while there is none.
-    const std::wstring& FailureText() const { return failureText_; }
+    const std::wstring& FailureText() const;
+
+    // Waits for what was handed over; false when the file failed by then.
+    bool CompleteAppends() const;
 
   private:
-    bool Failed() const { return !failureText_.empty(); }
+    void PerformAppend(const void* data, std::size_t size) override;
+    bool Failed() const { return failed_.load(std::memory_order_acquire); }
+    void Fail(const std::wstring& text);
     bool Check(SystemErrorCode code, std::wstring_view action);
 
     OutputSettings settings_;
+    WriteQueue* queue_;  // null: Append writes at once
     OutputFile file_;
     std::wstring path_;
     std::uint64_t dataSize_ = 0;
     bool hasUnsyncedData_ = false;
+    std::atomic<bool> failed_{false};  // set behind the text, by the thread that failed
     std::wstring failureText_;
 };
 

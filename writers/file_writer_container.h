@@ -18,8 +18,9 @@ inline constexpr std::uint32_t kPacketPhaseModulus = 10;
 // recording and one thread.
 class FileWriterContainer {
   public:
-    explicit FileWriterContainer(const OutputSettings& outputSettings)
-        : settings(outputSettings), fileIO(outputSettings) {}
+    // `queue`, which must outlive the container, writes behind it; null: the container does.
+    explicit FileWriterContainer(const OutputSettings& outputSettings, WriteQueue* queue = nullptr)
+        : settings(outputSettings), fileIO(outputSettings, queue) {}
     virtual ~FileWriterContainer() = default;
     FileWriterContainer(const FileWriterContainer&) = delete;
     FileWriterContainer& operator=(const FileWriterContainer&) = delete;

@@ -25,6 +25,7 @@ constexpr std::uint32_t kRecordId = 1;
 constexpr std::uint32_t kWordsBeforeSamples = 17;
 constexpr std::uint32_t kWordsBesideSamples = kWordsBeforeSamples + 1;  // and the checksum
 constexpr std::uint32_t kSizeWordsBesideSamples = 10;  // as the size word counts them
+constexpr std::size_t kSpareBuffers = 2;               // filled while another one is written
 constexpr std::size_t kZeroWords = 10;
 constexpr std::size_t kWidestRecordWords = kMostPacketChannels + kWordsBesideSamples;
 
@@ -35,16 +36,18 @@ std::int32_t RDFFileWriterContainer::Open(const std::wstring& outputDirectory) {
     const std::int32_t result = CreateUnderFreeName(
         [&] { return BuildOutputFilePath(outputDirectory, kName, L"", kExtension); },
         [&](const std::wstring& path) -> std::int32_t {
-            file_ = DataFile(settings);
-            return file_.Create(path) == 0 ? 0 : -1;
+            file_ = std::make_unique<DataFile>(settings, queue_);
+            return file_->Create(path) == 0 ? 0 : -1;
         },
         opened.filePath);
     if (result != 0) return -1;
 
     OutputFileRecord record;
     const std::size_t recordWords = std::size_t{adChannelCount} + kWordsBesideSamples;
-    record.rawBuffer = RecordBuffer<std::uint32_t>(
-        std::max(recordWords * settings.recordsPerBlock, kWidestRecordWords));
+    const std::size_t words = std::max(recordWords * settings.recordsPerBlock, kWidestRecordWords);
+    record.rawBuffer = RecordBuffer<std::uint32_t>(words);
+    if (queue_ != nullptr) spares_.resize(kSpareBuffers);
+    for (auto& spare : spares_) spare = RecordBuffer<std::uint32_t>(words);
     InitOutputFileRecord(*this, record, opened);
     records.push_back(std::move(record));
     return WriteHeader(false);
@@ -61,7 +64,7 @@ std::int32_t RDFFileWriterContainer::WriteHeader(bool closing) {
                        FormatDouble(kADBitVolts, std::chars_format::scientific, 6)) +
             HeaderLine(L"-NumADChannels", std::to_wstring(adChannelCount));
         // The terminating zero counts: the block always ends in one.
-        if (!file_.SetHeader(NarrowPath(text), kOutputHeaderSize - 1)) return -1;
+        if (!file_->SetHeader(NarrowPath(text), kOutputHeaderSize - 1)) return -1;
     }
     return 0;
 }
@@ -126,15 +129,20 @@ void RDFFileWriterContainer::AppendRecord(OutputFileRecord& record,
 }
 
 void RDFFileWriterContainer::FlushBuffer(OutputFileRecord& record) {
-    file_.Append(record.rawBuffer.data(), record.bufferedCount * sizeof(std::uint32_t));
+    file_->Append(record.rawBuffer.data(), record.bufferedCount * sizeof(std::uint32_t));
     record.bufferedCount = 0;
+    if (queue_ == nullptr) return;
+    // The buffer now belongs to the queue: the one that it has had longest is filled next.
+    std::swap(record.rawBuffer, spares_.front());
+    std::rotate(spares_.begin(), spares_.begin() + 1, spares_.end());
+    queue_->WaitForData(record.rawBuffer.data());
 }
 
 void RDFFileWriterContainer::Finish() {
     for (OutputFileRecord& record : records) FlushBuffer(record);
     if (WriteHeader(true) != 0) return;
     records.clear();
-    file_.Close();
+    file_->Close();
 }
 
 }  // namespace stalwick

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -18,8 +19,11 @@ namespace stalwick {
 // Order of calls: fill the fields, Open, WriteRawRecords for every packet with samples, Finish.
 class RDFFileWriterContainer : public FileWriterContainer {
   public:
-    explicit RDFFileWriterContainer(const OutputSettings& outputSettings)
-        : FileWriterContainer(outputSettings), file_(outputSettings) {}
+    explicit RDFFileWriterContainer(const OutputSettings& outputSettings,
+                                    WriteQueue* queue = nullptr)
+        : FileWriterContainer(outputSettings),
+          queue_(queue),
+          file_(std::make_unique<DataFile>(outputSettings, queue)) {}
 
     // Returns 0, or -1 with the reason in Failure().
     std::int32_t Open(const std::wstring& outputDirectory);
@@ -39,7 +43,7 @@ class RDFFileWriterContainer : public FileWriterContainer {
     void Finish();
 
     // Why the file is incomplete, in one line; empty while it is not.
-    const std::wstring& Failure() const { return file_.FailureText(); }
+    const std::wstring& Failure() const { return file_->FailureText(); }
 
     std::uint32_t adChannelCount = 0;
     bool timestampsSaturated = false;
@@ -49,7 +53,9 @@ class RDFFileWriterContainer : public FileWriterContainer {
     void AppendRecord(OutputFileRecord& record, std::span<const std::uint16_t> samples,
                       std::uint32_t sampleIndex, std::uint8_t ttlValue);
 
-    DataFile file_;
+    WriteQueue* queue_;
+    std::vector<RecordBuffer<std::uint32_t>> spares_;  // the one handed over first is the first
+    std::unique_ptr<DataFile> file_;  // behind the buffers: it waits until they are written
 };
 
 }  // namespace stalwick

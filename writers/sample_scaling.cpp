@@ -3,14 +3,13 @@
 namespace stalwick {
 
 void ScaleADSamples(std::span<std::int16_t> samples) {
-    // Product and rounding in the form that compilers turn into vector instructions: the shift
-    // rounds down, so one is added to a negative result that is not whole.
+    // The upper half of the product is the quotient rounded down: one is added to a negative one
+    // that is not whole, and of those only the product of -32768 is. Compilers make vector
+    // instructions of this form.
     for (std::int16_t& sample : samples) {
-        const std::int32_t product = sample * 3190;
-        const auto high = static_cast<std::int16_t>(product >> 16);
-        const auto low = static_cast<std::int16_t>(product);
-        const auto roundUp = static_cast<std::int16_t>(sample < 0 && low != 0 ? 1 : 0);
-        sample = static_cast<std::int16_t>(high + roundUp);
+        const auto high = static_cast<std::int16_t>((sample * 3190) >> 16);
+        const bool roundsUp = sample < 0 && sample != INT16_MIN;
+        sample = static_cast<std::int16_t>(high + (roundsUp ? 1 : 0));
     }
 }
 

@@ -18,7 +18,8 @@ VtxRetVal ToResult(bool succeeded) {
 
 }  // namespace
 
-VtxFileIO::VtxFileIO(const stalwick::OutputSettings& settings) : settings_(settings) {}
+VtxFileIO::VtxFileIO(const stalwick::OutputSettings& settings, stalwick::WriteQueue* queue)
+    : settings_(settings), queue_(queue) {}
 
 VtxFileIO::~VtxFileIO() = default;
 
@@ -30,7 +31,7 @@ stalwick::DataFile* VtxFileIO::Find(int handle) {
 VtxRetVal VtxFileIO::OpenVtxOutputFile(const wchar_t* fileName,
                                        VtxDataTypes::VtxDataType /*dataType*/, int& handle,
                                        int /*flag*/) {
-    auto file = std::make_unique<stalwick::DataFile>(settings_);
+    auto file = std::make_unique<stalwick::DataFile>(settings_, queue_);
     if (file->Create(fileName) != 0) {
         // A name that another program took just now is no failure yet: the caller chooses again.
         const bool taken = stalwick::QueryPath(fileName) == stalwick::PathKind::kFile;
@@ -59,6 +60,20 @@ VtxRetVal VtxFileIO::WriteDataToFile(int handle, VtxDataTypes::CRRec* records, i
 
 VtxRetVal VtxFileIO::WriteDataToFile(int handle, VtxDataTypes::EventRec* records, int length) {
     return Append(handle, records, length);
+}
+
+bool VtxFileIO::HasTaken(const void* records) const {
+    return queue_ == nullptr || queue_->HasTaken(records);
+}
+
+void VtxFileIO::WaitUntilTaken(const void* records) const {
+    if (queue_ != nullptr) queue_->WaitForData(records);
+}
+
+VtxRetVal VtxFileIO::CompleteWrites() {
+    bool succeeded = true;
+    for (const auto& file : files_) succeeded = file->CompleteAppends() && succeeded;
+    return ToResult(succeeded);
 }
 
 VtxRetVal VtxFileIO::CloseAllOutputFiles() {

@@ -16,9 +16,14 @@ namespace Veltrosyn {
 //
 // An object may hold many open files, each named by its handle. Used by one thread. Every result
 // but 0 is a failure; Failures() has the reasons.
+//
+// With a queue, which must outlive the object, WriteDataToFile hands the records over: their
+// memory must stay as it is until HasTaken() says so, and a failure is the result of a later call
+// on that file, at the latest of CloseAllOutputFiles.
 class VtxFileIO {
   public:
-    explicit VtxFileIO(const stalwick::OutputSettings& settings = {});
+    explicit VtxFileIO(const stalwick::OutputSettings& settings = {},
+                       stalwick::WriteQueue* queue = nullptr);
     virtual ~VtxFileIO();
     VtxFileIO(const VtxFileIO&) = delete;
     VtxFileIO& operator=(const VtxFileIO&) = delete;
@@ -40,6 +45,14 @@ class VtxFileIO {
     // of the files failed to close, or failed before.
     VtxDataTypes::VtxRetVal CloseAllOutputFiles();
 
+    bool WritesBehind() const { return queue_ != nullptr; }
+    // Whether records handed over at this address may be changed; and waiting until they may.
+    bool HasTaken(const void* records) const;
+    void WaitUntilTaken(const void* records) const;
+
+    // Waits for everything handed over; fails when any of the files failed by then.
+    VtxDataTypes::VtxRetVal CompleteWrites();
+
     // Why files of this object failed, a line each.
     std::vector<std::wstring> Failures() const;
 
@@ -48,6 +61,7 @@ class VtxFileIO {
     VtxDataTypes::VtxRetVal Append(int handle, const void* records, int length);
 
     stalwick::OutputSettings settings_;
+    stalwick::WriteQueue* queue_;
     std::vector<std::unique_ptr<stalwick::DataFile>> files_;  // a handle is a position here
     std::vector<std::wstring> closedFailures_;
 };

@@ -26,6 +26,7 @@ bool FaultyFileCalls::Interrupts() {
 }
 
 SystemErrorCode FaultyFileCalls::OpenForReading(const std::wstring& path, FileHandle& handle) {
+    const Lock lock(mutex_);
     const SystemErrorCode code = SystemFileCalls().OpenForReading(path, handle);
     if (code == 0) ++openCount;
     return code;
@@ -33,6 +34,7 @@ SystemErrorCode FaultyFileCalls::OpenForReading(const std::wstring& path, FileHa
 
 SystemErrorCode FaultyFileCalls::Read(FileHandle handle, void* data, std::size_t size,
                                       std::size_t& transferred) {
+    const Lock lock(mutex_);
     if (Interrupts()) return SystemErrorFor(SystemErrorKind::kInterrupted);
     if (beforeRead) beforeRead(readCount);
     ++readCount;
@@ -44,10 +46,12 @@ SystemErrorCode FaultyFileCalls::Read(FileHandle handle, void* data, std::size_t
 }
 
 SystemErrorCode FaultyFileCalls::QuerySize(FileHandle handle, std::uint64_t& size) {
+    const Lock lock(mutex_);
     return SystemFileCalls().QuerySize(handle, size);
 }
 
 SystemErrorCode FaultyFileCalls::CreateExclusive(const std::wstring& path, FileHandle& handle) {
+    const Lock lock(mutex_);
     if (Interrupts()) return SystemErrorFor(SystemErrorKind::kInterrupted);
     if (beforeCreate) beforeCreate(path);
     if (createError != 0 && (!createFails || createFails(path))) return createError;
@@ -58,6 +62,7 @@ SystemErrorCode FaultyFileCalls::CreateExclusive(const std::wstring& path, FileH
 
 SystemErrorCode FaultyFileCalls::WriteAt(FileHandle handle, std::uint64_t offset, const void* data,
                                          std::size_t size, std::size_t& transferred) {
+    const Lock lock(mutex_);
     if (Interrupts()) return SystemErrorFor(SystemErrorKind::kInterrupted);
     ++writeCount;
     if (writeError != 0 && (!writeFails || writeFails(offset))) return writeError;
@@ -72,16 +77,19 @@ SystemErrorCode FaultyFileCalls::WriteAt(FileHandle handle, std::uint64_t offset
 
 SystemErrorCode FaultyFileCalls::StartWriteBack(FileHandle handle, std::uint64_t offset,
                                                 std::uint64_t size) {
+    const Lock lock(mutex_);
     return SystemFileCalls().StartWriteBack(handle, offset, size);
 }
 
 SystemErrorCode FaultyFileCalls::SyncData(FileHandle handle) {
+    const Lock lock(mutex_);
     if (Interrupts()) return SystemErrorFor(SystemErrorKind::kInterrupted);
     ++syncCount;
     return syncError != 0 ? syncError : SystemFileCalls().SyncData(handle);
 }
 
 SystemErrorCode FaultyFileCalls::Close(FileHandle handle) {
+    const Lock lock(mutex_);
     --openCount;
     const SystemErrorCode code = SystemFileCalls().Close(handle);
     return closeError != 0 ? closeError : code;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -11,7 +12,8 @@ namespace stalwick::test {
 
 /**
  * The system's file calls with faults: a disk that is full after so many bytes, writes that take
- * little, calls that fail. In place from construction to destruction. Used by one thread.
+ * little, calls that fail. In place from construction to destruction. Calls may
+ * come from several threads; set the fields while none works on files.
  */
 class FaultyFileCalls final : public FileCalls {
   public:
@@ -56,6 +58,9 @@ class FaultyFileCalls final : public FileCalls {
   private:
     bool Interrupts();
 
+    using Lock = std::lock_guard<std::recursive_mutex>;
+
+    std::recursive_mutex mutex_;  // what a test has put in here may call back
     FileCalls* before_;
     unsigned interruptions_ = 0;
 };

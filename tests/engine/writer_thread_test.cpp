@@ -1,0 +1,171 @@
+// Conversions with a second thread that writes: the same bytes, and the same results when writes
+// fail.
+
+#include <cwchar>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "platform/system_error.h"
+#include "tests/support/engine_run.h"
+#include "tests/support/ord_builder.h"
+
+namespace stalwick::test {
+namespace {
+
+constexpr std::uint64_t kHeaderBytes = 16384;
+
+OutputSettings Settings(WriterThread writerThread, std::uint32_t recordsPerBlock) {
+    OutputSettings settings = QuickSettings();
+    settings.writerThread = writerThread;
+    settings.recordsPerBlock = recordsPerBlock;
+    return settings;
+}
+
+// 1300 samples a channel: two full records and part of a third.
+std::string Recording() {
+    RandomRecordingShape shape;
+    shape.packet.baseImu = shape.packet.afeImu = shape.packet.ultrasonic = true;
+    shape.packet.stateBytePerSample = true;
+    shape.packetCount = 130;
+    return BuildOrdFile(Version2Header(32), MakeRandomPackets(5, shape));
+}
+
+TEST(WriterThread, WritesTheSameBytes) {
+    const std::string recording = Recording();
+    for (const std::uint32_t recordsPerBlock : {1U, 2U, 3U, 5U, 64U, 5000U}) {
+        for (const WriterThread writerThread : {WriterThread::kOff, WriterThread::kOn}) {
+            EXPECT_TRUE(ConvertsLikeTheReference(recording, AllOutputs(),
+                                                 Settings(writerThread, recordsPerBlock)))
+                << recordsPerBlock << " records a block";
+        }
+    }
+}
+
+TEST(WriterThread, IsThereWhereTheSettingsOrTheCoresSaySo) {
+    EXPECT_TRUE(UsesWriterThread(Settings(WriterThread::kOn, 5000)));
+    EXPECT_FALSE(UsesWriterThread(Settings(WriterThread::kOff, 5000)));
+    EXPECT_EQ(UsesWriterThread(OutputSettings()), std::thread::hardware_concurrency() > 1);
+}
+
+// The system's calls, but the disk under one file is full from some offset on.
+class OneFullFile final : public FileCalls {
+  public:
+    OneFullFile(std::wstring name, std::uint64_t end)
+        : name_(std::move(name)), end_(end), before_(SetFileCalls(this)) {}
+    ~OneFullFile() override { SetFileCalls(before_); }
+
+    SystemErrorCode OpenForReading(const std::wstring& path, FileHandle& handle) override {
+        return SystemFileCalls().OpenForReading(path, handle);
+    }
+    SystemErrorCode Read(FileHandle handle, void* data, std::size_t size,
+                         std::size_t& transferred) override {
+        return SystemFileCalls().Read(handle, data, size, transferred);
+    }
+    SystemErrorCode QuerySize(FileHandle handle, std::uint64_t& size) override {
+        return SystemFileCalls().QuerySize(handle, size);
+    }
+    SystemErrorCode CreateExclusive(const std::wstring& path, FileHandle& handle) override {
+        const SystemErrorCode code = SystemFileCalls().CreateExclusive(path, handle);
+        if (code == 0 && path.ends_with(name_)) full_ = handle;
+        return code;
+    }
+    SystemErrorCode WriteAt(FileHandle handle, std::uint64_t offset, const void* data,
+                            std::size_t size, std::size_t& transferred) override {
+        const bool fails = handle == full_ && offset >= kHeaderBytes && offset + size > end_;
+        return fails ? SystemErrorFor(SystemErrorKind::kNoSpace)
+                     : SystemFileCalls().WriteAt(handle, offset, data, size, transferred);
+    }
+    SystemErrorCode StartWriteBack(FileHandle handle, std::uint64_t offset,
+                                   std::uint64_t size) override {
+        return SystemFileCalls().StartWriteBack(handle, offset, size);
+    }
+    SystemErrorCode SyncData(FileHandle handle) override {
+        return SystemFileCalls().SyncData(handle);
+    }
+    SystemErrorCode Close(FileHandle handle) override { return SystemFileCalls().Close(handle); }
+
+  private:
+    std::wstring name_;
+    std::uint64_t end_;
+    FileHandle full_ = kNoFile;
+    FileCalls* before_;
+};
+
+struct Outcome {
+    EngineRun run;
+    ReferenceConvertResult reference;
+};
+
+Outcome ConvertWithFullFile(const std::string& recording, const OutputSettings& settings,
+                            const std::wstring& name, std::uint64_t end) {
+    const TempDirectory directory;
+    Outcome outcome;
+    {
+        const OneFullFile calls(name, end);
+        outcome.run = RunEngine(directory, recording, AllOutputs(), settings);
+    }
+    outcome.reference = RunReference(directory, recording, AllOutputs());
+    return outcome;
+}
+
+bool IsIncomplete(const EngineRun& run) {
+    for (const ConversionDetail& detail : run.details) {
+        if (detail.kind == ConversionDetail::Kind::kIncomplete) return true;
+    }
+    return false;
+}
+
+// What each file holds behind its header is a beginning of what it should hold.
+void ExpectBeginnings(const Outcome& outcome) {
+    for (const auto& [name, bytes] : outcome.run.files) {
+        const std::string& whole = outcome.reference.files.at(name);
+        ASSERT_GE(bytes.size(), kHeaderBytes) << name;
+        ASSERT_LE(bytes.size(), whole.size()) << name;
+        EXPECT_EQ(bytes.compare(kHeaderBytes, std::string::npos, whole, kHeaderBytes,
+                                bytes.size() - kHeaderBytes),
+                  0)
+            << name;
+    }
+}
+
+TEST(WriterThread, FailingWritesGiveTheSameResults) {
+    const std::string recording = Recording();
+    for (const wchar_t* name : {L"CSC1.vcs", L"CSC17.vcs", L"Base_AVX.vcs", L"Ultrasonic.vcs",
+                                L"RawData.vrd", L"Events.vev"}) {
+        for (const std::uint64_t end :
+             {std::uint64_t{0}, kHeaderBytes + 1044, kHeaderBytes + 3000}) {
+            SCOPED_TRACE(testing::Message() << std::string(name, name + 5) << " up to " << end);
+            const Outcome alone =
+                ConvertWithFullFile(recording, Settings(WriterThread::kOff, 1), name, end);
+            const Outcome helped =
+                ConvertWithFullFile(recording, Settings(WriterThread::kOn, 1), name, end);
+            EXPECT_EQ(helped.run.statusText, alone.run.statusText);
+            EXPECT_EQ(helped.run.errorText, alone.run.errorText);
+            EXPECT_EQ(IsIncomplete(helped.run), IsIncomplete(alone.run));
+            ASSERT_EQ(helped.run.details.size(), alone.run.details.size());
+            ExpectBeginnings(alone);
+            ExpectBeginnings(helped);
+            const std::string narrowName(name, name + std::wcslen(name));
+            EXPECT_TRUE(SameBytes(helped.run.files.at(narrowName).substr(kHeaderBytes),
+                                  alone.run.files.at(narrowName).substr(kHeaderBytes)));
+        }
+    }
+}
+
+// No header says "closed" unless every channel file is whole.
+TEST(WriterThread, FailingChannelFileLeavesEveryHeaderAsNotClosed) {
+    const std::string recording = Recording();
+    const Outcome outcome =
+        ConvertWithFullFile(recording, Settings(WriterThread::kOn, 64), L"CSC20.vcs", kHeaderBytes);
+    EXPECT_EQ(outcome.run.statusText, L"Processing failed");
+    for (const auto& [name, bytes] : outcome.run.files) {
+        if (!name.ends_with(".vcs")) continue;
+        EXPECT_NE(bytes.find("File was not closed properly"), std::string::npos) << name;
+    }
+}
+
+}  // namespace
+}  // namespace stalwick::test

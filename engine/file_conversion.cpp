@@ -5,6 +5,7 @@
 
 #include "engine/conversion_job.h"
 #include "engine/ttl_events.h"
+#include "platform/open_file_limit.h"
 #include "platform/paths.h"
 #include "platform/system_error.h"
 #include "platform/text_encoding.h"
@@ -16,6 +17,8 @@ namespace stalwick {
 namespace {
 
 constexpr std::uint32_t kImuSamplesPerPacket = 1;
+// Files that a process has open beside the outputs: the recording, the streams, a window's own.
+constexpr std::uint64_t kFilesBesideOutputs = 64;
 // Packed samples are about half as long as those of the channel files: with this much a channel,
 // a file's buffer fills more than a huge page.
 constexpr std::uint64_t kLongRecordingBytesPerChannel = 1U << 20U;
@@ -81,7 +84,8 @@ std::int32_t FileConversion::OpenInput() {
                            L"; choose a recording that can be read");
         return Fail(reader_.GetErrorMessage());
     }
-    processor_.bytesTotal.store(reader_.FileSize(), std::memory_order_relaxed);
+    inputSize_ = reader_.FileSize();
+    processor_.bytesTotal.store(inputSize_, std::memory_order_relaxed);
     const bool tooManyChannels = reader_.NumADChannels() > kMostADChannels;
     if (!tooManyChannels && reader_.SamplingFrequency() != 0) return 0;
     // Nothing sane produces these; refused before an output file is made.
@@ -93,19 +97,42 @@ std::int32_t FileConversion::OpenInput() {
     return Fail(text);
 }
 
-std::int32_t FileConversion::OpenOutputs() {
-    if (OpenChannelFiles() != 0) return -1;
-    if (request_.writeEvents && OpenEventFile() != 0) return -1;
-    if (request_.writeRawData && OpenRawDataFile() != 0) return -1;
-    return 0;
+std::uint64_t FileConversion::CountOutputFiles() const {
+    std::uint64_t count = (request_.writeEvents ? 1U : 0U) + (request_.writeRawData ? 1U : 0U);
+    if (IsOn(ChannelGroup::kAD)) count += reader_.NumADChannels();
+    if (IsOn(ChannelGroup::kBaseIMU)) count += kImuChannelNames.size();
+    if (IsOn(ChannelGroup::kAfeIMU)) count += kImuChannelNames.size();
+    if (IsOn(ChannelGroup::kUltrasonic)) ++count;
+    return count;
 }
 
-std::int32_t FileConversion::OpenChannelFiles() {
+std::int32_t FileConversion::OpenOutputs() {
+    SelectChannelGroups();
+    const std::uint64_t needed = CountOutputFiles() + kFilesBesideOutputs;
+    const std::uint64_t limit = RaiseOpenFileLimit(needed);
+    if (OpenChannelFiles() == 0 && (!request_.writeEvents || OpenEventFile() == 0) &&
+        (!request_.writeRawData || OpenRawDataFile() == 0)) {
+        return 0;
+    }
+    if (limit < needed) {
+        AddInputDetail(ConversionDetail::Kind::kIncomplete,
+                       L"not converted: its " + std::to_wstring(CountOutputFiles()) +
+                           L" outputs are open at once, and this process may have " +
+                           std::to_wstring(limit) + L" files open; raise the limit (ulimit -n " +
+                           std::to_wstring(needed) + L") or choose fewer outputs");
+    }
+    return -1;
+}
+
+void FileConversion::SelectChannelGroups() {
     const std::array<bool, 4> present = {reader_.NumADChannels() > 0, reader_.BaseIMUAvailable(),
                                          reader_.AfeIMUAvailable(), reader_.UltrasonicAvailable()};
     for (std::size_t i = 0; i < present.size(); ++i) {
         switches_[i] = request_.channelOptions[i] != 0 && present[i] ? 1 : 0;
     }
+}
+
+std::int32_t FileConversion::OpenChannelFiles() {
     // Without A/D channels these keep their defaults, also for the sensors' files. Kept (pinned by
     // FileConversion.SensorFilesWithoutADChannelsHaveNoTimestampOffset).
     if (IsOn(ChannelGroup::kAD)) {
@@ -153,13 +180,31 @@ std::int32_t FileConversion::ConvertBlocks() {
                 L"conversion stopped at byte " + std::to_wstring(reader_.NextPacketPosition()) +
                     L": " +
                     (reader_.SystemError() != 0 ? SystemErrorText(reader_.SystemError()) : reason) +
-                    L"; what was converted before it has been kept");
+                    L"; the outputs end with what had been written before and say that they were "
+                    L"not closed");
             return Fail(reason.empty() ? L"Failed to process input file" : reason);
         }
         for (ORDDataPacket& packet : packets) {
             if (ConvertPacket(packet) != 0) return -1;
         }
         processor_.bytesProcessed.store(reader_.BytesRead(), std::memory_order_relaxed);
+    }
+    TellOfUnreadInput();
+    return 0;
+}
+
+void FileConversion::TellOfUnreadInput() {
+    const std::uint64_t bytesRead = reader_.BytesRead();
+    if (bytesRead < inputSize_) {
+        AddInputDetail(ConversionDetail::Kind::kIncomplete,
+                       L"it had " + std::to_wstring(inputSize_) + L" bytes and ended after " +
+                           std::to_wstring(bytesRead) +
+                           L": it was cut while it was read; convert it again from a whole copy");
+    } else if (reader_.FileSize() > bytesRead) {
+        AddInputDetail(ConversionDetail::Kind::kIncomplete,
+                       L"it has grown while it was read, what came behind byte " +
+                           std::to_wstring(bytesRead) +
+                           L" is missing; convert it again when the recorder has finished it");
     }
     if (reader_.UnconsumedBytes() != 0) {
         AddInputDetail(ConversionDetail::Kind::kNote,
@@ -168,7 +213,6 @@ std::int32_t FileConversion::ConvertBlocks() {
                            L" on were not a whole packet and were left out; the recording was cut "
                            L"short or is damaged there");
     }
-    return 0;
 }
 
 std::int32_t FileConversion::ConvertPacket(ORDDataPacket& packet) {

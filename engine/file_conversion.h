@@ -44,6 +44,8 @@ class FileConversion {
 
     std::int32_t PrepareOutputDirectory();
     std::int32_t OpenInput();
+    void SelectChannelGroups();
+    std::uint64_t CountOutputFiles() const;
     std::int32_t OpenOutputs();
     std::int32_t OpenChannelFiles();
     std::int32_t OpenEventFile();
@@ -51,6 +53,7 @@ class FileConversion {
     bool IsOn(ChannelGroup group) const { return switches_[static_cast<std::size_t>(group)] != 0; }
 
     std::int32_t ConvertBlocks();
+    void TellOfUnreadInput();
     std::int32_t ConvertPacket(ORDDataPacket& packet);
     void WriteSensorValues(const ORDDataPacket& packet);
     std::int32_t Finish();
@@ -65,6 +68,7 @@ class FileConversion {
     EventFileWriterContainer eventFile_;
     RDFFileWriterContainer rawDataFile_;
     ORDFileReader reader_;
+    std::uint64_t inputSize_ = 0;  // bytes when it was opened; 0 where that is not known
 
     std::array<std::int16_t, kImuValues> baseImuValues_{};
     std::array<std::int16_t, kImuValues> afeImuValues_{};

@@ -1,7 +1,9 @@
 #include "platform/console.h"
 
+#include <cerrno>
 #include <csignal>
 
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -29,6 +31,15 @@ void Watch(int signal) {
     ::sigaction(signal, &action, nullptr);
 }
 
+// A standard stream that the caller closed would be the number of the next file that is opened, and
+// a message to it would go into that file. In its place comes a file that takes nothing.
+void OccupyClosedStreams() {
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+        if (::fcntl(stream, F_GETFD) != -1 || errno != EBADF) continue;
+        ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+}
+
 }  // namespace
 
 void WatchInterruptions(std::atomic<Interruption>& target) {
@@ -41,6 +52,9 @@ void WatchInterruptions(std::atomic<Interruption>& target) {
 void PrepareConsole() {
     // A reader that went away (a closed pipe) is an error of that write, not the end of the run.
     std::signal(SIGPIPE, SIG_IGN);
+    // So is a file that reaches the limit of its size (ulimit -f).
+    std::signal(SIGXFSZ, SIG_IGN);
+    OccupyClosedStreams();
 }
 
 bool StandardErrorIsTerminal() {

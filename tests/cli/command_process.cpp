@@ -62,6 +62,7 @@ void CommandProcess::RunChild(const std::vector<std::string>& arguments, const C
         ::_exit(126);
     }
     if (setup.largestFileBytes) LimitFileSize(*setup.largestFileBytes);
+    if (setup.prepare) setup.prepare();
     ::execv(words[0], words.data());
     ::_exit(127);
 }

@@ -26,6 +26,7 @@ struct CommandSetup {
     std::string outputPath;                       // of standard output; empty: kept for the result
     bool terminal = false;                        // standard error is a terminal
     int terminalColumns = 80;
+    std::function<void()> prepare;  // called in the new process before it becomes the command
 };
 
 /** The built stalwick-convert as a process of its own. POSIX systems only. */

@@ -42,7 +42,10 @@ SystemErrorCode FaultyFileCalls::Read(FileHandle handle, void* data, std::size_t
         if (readsUntilError == 0) return readError;
         --readsUntilError;
     }
-    return SystemFileCalls().Read(handle, data, std::min(size, mostBytesPerCall), transferred);
+    const SystemErrorCode code =
+        SystemFileCalls().Read(handle, data, std::min(size, mostBytesPerCall), transferred);
+    if (code == 0 && afterRead) afterRead(transferred);
+    return code;
 }
 
 SystemErrorCode FaultyFileCalls::QuerySize(FileHandle handle, std::uint64_t& size) {

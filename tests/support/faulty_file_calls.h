@@ -35,6 +35,8 @@ class FaultyFileCalls final : public FileCalls {
     std::function<bool(std::uint64_t offset)> writeFails;  // absent: every one
     SystemErrorCode syncError = 0;
     SystemErrorCode closeError = 0;
+    // Called after each read with what it gave, 0 at the end of the file.
+    std::function<void(std::size_t count)> afterRead;
     // Called before a file is created: another program may be quicker.
     std::function<void(const std::wstring& path)> beforeCreate;
 

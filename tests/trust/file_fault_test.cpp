@@ -15,8 +15,8 @@
 #include "tests/support/engine_run.h"
 #include "tests/support/fixed_identity.h"
 #include "tests/support/nth_fault_file_calls.h"
-#include "tests/support/ord_builder.h"
 #include "tests/trust/expected_outputs.h"
+#include "tests/trust/recordings.h"
 
 namespace stalwick::test {
 namespace {
@@ -39,14 +39,8 @@ struct FaultKind {
 class FileFaultTest : public testing::TestWithParam<std::tuple<Scene, FaultKind>> {
   protected:
     FileFaultTest() {
-        RandomRecordingShape shape;
-        shape.packet = {0, {}, false, false, true, true, true, true, 40, {}, true};
-        shape.packetCount = 64;  // more than one block of data, more than one record of samples
-        recording_ = BuildOrdFile(Version2Header(scene().channelCount)
-                                      .Set("-BaseIMUAvailable", "1")
-                                      .Set("-AfeIMUAvailable", "1")
-                                      .Set("-UltrasonicAvailable", "1"),
-                                  MakeRandomPackets(7, shape));
+        // More than one block of data, more than one record of samples.
+        recording_ = MakeFullRecording(scene().channelCount, 64);
         for (const char* name : {"CSC1.vcs", "Events.vev", "RawData.vrd", "notes.txt"}) {
             oldFiles_[name] = kOldText;
         }

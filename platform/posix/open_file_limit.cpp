@@ -1,0 +1,19 @@
+#include "platform/open_file_limit.h"
+
+#include <algorithm>
+#include <limits>
+
+#include <sys/resource.h>
+
+namespace stalwick {
+
+std::uint64_t RaiseOpenFileLimit(std::uint64_t count) {
+    struct rlimit limit {};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return std::numeric_limits<std::uint64_t>::max();
+    if (limit.rlim_cur >= count) return limit.rlim_cur;
+    const rlim_t before = limit.rlim_cur;
+    limit.rlim_cur = std::min<rlim_t>(count, limit.rlim_max);
+    return ::setrlimit(RLIMIT_NOFILE, &limit) == 0 ? limit.rlim_cur : before;
+}
+
+}  // namespace stalwick

@@ -1,0 +1,145 @@
+// Names and places of every kind that a file system takes.
+
+#include <filesystem>
+
+#include <gtest/gtest.h>
+#include <limits.h>
+
+#include "tests/support/engine_run.h"
+#include "tests/support/faulty_file_calls.h"
+#include "tests/trust/command_run.h"
+#include "tests/trust/recordings.h"
+
+namespace stalwick::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A recording of this name below a directory of this name.
+void ExpectToConvert(const std::string& directoryName, const std::string& fileName) {
+    SCOPED_TRACE(testing::PrintToString(fileName));
+    const TempDirectory root;
+    const std::string base = NarrowPath(root.Path()) + "/" + directoryName;
+    fs::create_directories(base);
+    const std::string input = base + "/" + fileName;
+    const std::string recording = MakeFullRecording(3, 3);
+    WriteFile(WidePath(input), recording);
+    const CommandResult result = RunCommand({"--all", "-o", base, "--", input});
+    EXPECT_EQ(result.exitStatus, 0) << result.error;
+    EXPECT_EQ(result.output, "Processing complete\n");
+    EXPECT_EQ(result.error, "");
+    EXPECT_EQ(ReadFile(WidePath(input)), recording);
+    const std::string name = fileName.substr(0, fileName.rfind('.'));
+    EXPECT_EQ(FilesIn(WidePath(base + "/" + name)).size(), 24U);
+    const std::string header = ReadFile(WidePath(base + "/" + name + "/CSC1.vcs"));
+    EXPECT_NE(header.find("-OriginalFileName \"" + base + "/" + name + "/CSC1.vcs\""),
+              std::string::npos);
+}
+
+TEST(PathNames, OfAnyCharactersConvert) {
+    for (const char* name : {"with blanks  .ord", "quotes\"'`.ord", "new\nline\ttab\r.ord",
+                             "\xC3\xA4\xE2\x82\xAC\xF0\x9F\xA6\x87.ord", "not \xFF utf-8 \xC3.ord",
+                             "back\\slash.ord", "-dash.ord", "*?[a]$HOME;&|.ord", "a.b.c.ord",
+                             "%s%n%d.ord", "\x1B[31m.ord", "..ord.ord"}) {
+        ExpectToConvert("plain", name);
+        ExpectToConvert(std::string("dir ") + name, "rec.ord");
+    }
+}
+
+TEST(PathNames, OfTheGreatestLengthConvert) {
+    ExpectToConvert(std::string(NAME_MAX, 'd'), std::string(NAME_MAX - 4, 'n') + ".ord");
+}
+
+TEST(PathNames, PathsOfFourThousandBytesConvert) {
+    std::string directories;
+    while (directories.size() < 3700) directories += std::string(100, 'p') + "/";
+    ExpectToConvert(directories + std::string(170, 'q'), "rec.ord");
+}
+
+TEST(PathNames, PathsThatTheSystemRefusesAreNamed) {
+    const CommandScene scene(MakeFullRecording(3, 3));
+    const std::string tooLong = NarrowPath(scene.OutputDirectory()) + "/" + std::string(300, 'x');
+    const CommandResult output = RunCommand({"-o", tooLong, NarrowPath(scene.InputPath())});
+    EXPECT_EQ(output.exitStatus, 2);
+    EXPECT_NE(output.error.find("File name too long"), std::string::npos) << output.error;
+    const CommandResult input =
+        RunCommand({"-o", NarrowPath(scene.OutputDirectory()), std::string(5000, 'y') + ".ord"});
+    EXPECT_EQ(input.exitStatus, 1);
+    EXPECT_NE(input.error.find("File name too long"), std::string::npos) << input.error;
+}
+
+TEST(InputAndOutputDirectory, MayBeTheSame) {
+    const CommandScene scene(MakeFullRecording(3, 3));
+    const std::string in = NarrowPath(scene.InputPath());
+    const std::string before = ReadFile(scene.InputPath());
+    EXPECT_EQ(RunCommand({"--all", in}).exitStatus, 0);
+    EXPECT_EQ(RunCommand({"--all", in}).exitStatus, 0);
+    EXPECT_EQ(ReadFile(scene.InputPath()), before);
+    EXPECT_EQ(FilesIn(WidePath(in.substr(0, in.size() - 4))).size(), 48U);
+}
+
+TEST(InputAndOutputDirectory, RecordingNamedLikeItsDirectoryStays) {
+    const TempDirectory root;
+    const std::string input = NarrowPath(root.Path()) + "/rec";  // without an extension
+    const std::string recording = MakeFullRecording(3, 3);
+    WriteFile(WidePath(input), recording);
+    const CommandResult result = RunCommand({"--all", input});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_NE(result.error.find("cannot create directory " + input), std::string::npos)
+        << result.error;
+    EXPECT_EQ(ReadFile(WidePath(input)), recording);
+}
+
+TEST(SymbolicLink, InPlaceOfAnOutputIsNeverFollowed) {
+    const CommandScene scene(MakeFullRecording(3, 3));
+    MakeDirectory(scene.RecordingDirectory());
+    const fs::path rec = NarrowPath(scene.RecordingDirectory());
+    const fs::path aim = NarrowPath(scene.OutputDirectory()) + "/precious";
+    const fs::path nowhere = NarrowPath(scene.OutputDirectory()) + "/nowhere";
+    WriteFile(WidePath(aim.string()), "precious");
+    fs::create_symlink(aim, rec / "CSC1.vcs");
+    fs::create_symlink(nowhere, rec / "Events.vev");
+    fs::create_symlink("RawData.vrd", rec / "RawData.vrd");  // a circle
+    EXPECT_EQ(scene.Run().exitStatus, 0);
+    EXPECT_EQ(ReadFile(WidePath(aim.string())), "precious");
+    EXPECT_FALSE(fs::exists(nowhere));
+    for (const char* name : {"CSC1_01.vcs", "Events_01.vev", "RawData_01.vrd"}) {
+        EXPECT_TRUE(fs::is_regular_file(rec / name)) << name;
+    }
+}
+
+// Somebody else puts a link there between the choice of the name and the creation of the file.
+TEST(SymbolicLink, ThatComesInBetweenIsNeverFollowed) {
+    const TempDirectory directory;
+    const fs::path aim = NarrowPath(directory.Path(L"precious"));
+    WriteFile(directory.Path(L"precious"), "precious");
+    FaultyFileCalls disk;
+    disk.beforeCreate = [&](const std::wstring& path) {
+        const fs::path target = NarrowPath(path);
+        if (target.filename().string().find("_0") != std::string::npos) return;
+        std::error_code thereAlready;
+        fs::create_symlink(aim, target, thereAlready);
+    };
+    const EngineRun run = RunEngine(directory, MakeFullRecording(3, 3), AllOutputs());
+    EXPECT_EQ(run.statusText, L"Processing complete");
+    EXPECT_EQ(ReadFile(directory.Path(L"precious")), "precious");
+    EXPECT_TRUE(run.files.contains("CSC1_01.vcs"));
+}
+
+TEST(VanishedDirectory, IsNamedAndFailsTheConversion) {
+    const TempDirectory directory;
+    FaultyFileCalls disk;
+    disk.beforeCreate = [&](const std::wstring& path) {
+        if (path.find(L"CSC3") == std::wstring::npos) return;
+        fs::remove_all(NarrowPath(directory.Path(L"out")));
+    };
+    const EngineRun run = RunEngine(directory, MakeFullRecording(5, 3), AllOutputs());
+    EXPECT_EQ(run.statusText, L"Processing failed");
+    ASSERT_EQ(run.details.size(), 1U);
+    const std::string detail = NarrowPath(run.details[0].text);
+    EXPECT_NE(detail.find("CSC3.vcs: No such file or directory"), std::string::npos) << detail;
+    EXPECT_EQ(disk.openCount, 0U);
+}
+
+}  // namespace
+}  // namespace stalwick::test

@@ -15,6 +15,7 @@ struct CommandLine {
     bool writeRawData = false;
     bool keepGoing = false;
     bool quiet = false;
+    std::uint32_t jobs = 1;  // files converted side by side
     OutputSettings outputSettings;
 };
 

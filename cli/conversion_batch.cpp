@@ -1,10 +1,13 @@
 #include "cli/conversion_batch.h"
 
 #include <algorithm>
+#include <future>
 #include <new>
+#include <thread>
 
 #include "engine/conversion_job.h"
 #include "platform/input_file.h"
+#include "platform/paths.h"
 
 namespace stalwick {
 
@@ -19,22 +22,80 @@ std::uint64_t SizeOf(const std::wstring& path) {
     return file.Open(path) == 0 ? file.Size() : 0;
 }
 
+// The name of the file's output directory, without regard to the case of ASCII letters: some file
+// systems have none either.
+std::wstring DirectoryKey(const std::wstring& path) {
+    std::wstring name = SplitPath(path).name;
+    for (wchar_t& c : name) {
+        if (c >= L'A' && c <= L'Z') c = static_cast<wchar_t>(c - L'A' + L'a');
+    }
+    return name;
+}
+
 }  // namespace
 
 ConversionBatch::ConversionBatch(const CommandLine& commandLine)
-    : commandLine_(commandLine), outcomes_(commandLine.inputFiles.size()) {
+    : commandLine_(commandLine), outcomes_(commandLine.inputFiles.size()), end_(outcomes_.size()) {
+    // Jobs keep the cores busy by themselves; threads that write would only be in their way.
+    if (commandLine_.jobs * 2 > std::thread::hardware_concurrency() && commandLine_.jobs > 1) {
+        commandLine_.outputSettings.writerThread = WriterThread::kOff;
+    }
     for (const std::wstring& path : commandLine_.inputFiles) {
         processors_.push_back(std::make_unique<DataProcessor>(commandLine_.outputSettings));
         bytesTotal_ += SizeOf(path);
+        directoryKeys_.push_back(DirectoryKey(path));
+        waiting_.push_back(waiting_.size());
     }
 }
 
 void ConversionBatch::Run() {
-    for (std::size_t i = 0; i < outcomes_.size(); ++i) {
-        filesStarted_.store(i + 1, std::memory_order_relaxed);
-        ConvertFile(i);
-        if (!outcomes_[i].converted && !commandLine_.keepGoing) return;
+    const std::size_t jobs = std::min<std::size_t>(commandLine_.jobs, outcomes_.size());
+    std::vector<std::future<void>> others;
+    for (std::size_t i = 1; i < jobs; ++i) {
+        others.push_back(std::async(std::launch::async, [this] { ConvertFiles(); }));
     }
+    ConvertFiles();
+    for (std::future<void>& other : others) other.get();
+}
+
+void ConversionBatch::ConvertFiles() {
+    while (const std::optional<std::size_t> index = BeginNextFile()) {
+        try {
+            ConvertFile(*index);
+        } catch (...) {
+            EndFile(*index);  // or files of the same directory would be waited for without end
+            throw;
+        }
+        EndFile(*index);
+    }
+}
+
+// The first file that may be begun now; waits for one. None when no file is left.
+std::optional<std::size_t> ConversionBatch::BeginNextFile() {
+    std::unique_lock<std::mutex> lock(mutex_);
+    for (;;) {
+        const auto isFree = [this](std::size_t i) {
+            return !busyDirectories_.contains(directoryKeys_[i]);
+        };
+        const auto next = std::find_if(waiting_.begin(), waiting_.end(), isFree);
+        if (waiting_.empty() || waiting_.front() >= end_) return std::nullopt;
+        if (next != waiting_.end() && *next < end_) {
+            const std::size_t index = *next;
+            waiting_.erase(next);
+            busyDirectories_.insert(directoryKeys_[index]);
+            filesStarted_.fetch_add(1, std::memory_order_relaxed);
+            return index;
+        }
+        changed_.wait(lock);
+    }
+}
+
+void ConversionBatch::EndFile(std::size_t index) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    busyDirectories_.erase(directoryKeys_[index]);
+    // Files that stand before it in the list are converted all the same.
+    if (!outcomes_[index].converted && !commandLine_.keepGoing) end_ = std::min(end_, index);
+    changed_.notify_all();
 }
 
 void ConversionBatch::ConvertFile(std::size_t index) {

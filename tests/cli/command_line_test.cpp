@@ -41,6 +41,26 @@ TEST(CommandLine, AllMeansEveryFurtherOutput) {
     EXPECT_EQ(Parsed({"--all", "--no-csc", "a"}).channelOptions, (ChannelOptions{0, 1, 1, 1}));
 }
 
+TEST(CommandLine, BlocksHaveOneToFiveThousandRecords) {
+    EXPECT_EQ(Parsed({"--block-records", "1", "a"}).outputSettings.recordsPerBlock, 1U);
+    EXPECT_EQ(Parsed({"--block-records=64", "a"}).outputSettings.recordsPerBlock, 64U);
+    EXPECT_EQ(Parsed({"--block-records", "5000", "a"}).outputSettings.recordsPerBlock, 5000U);
+    for (const char* wrong : {"0", "5001", "-1", "1x", "", "4294967297"}) {
+        const ParsedArguments parsed = ParseArguments({"--block-records", wrong, "a"});
+        EXPECT_FALSE(parsed.proceed) << wrong;
+        EXPECT_EQ(parsed.exitStatus, kExitUsage) << wrong;
+    }
+}
+
+TEST(CommandLine, JobsAreOneUnlessAskedFor) {
+    EXPECT_EQ(Parsed({"a"}).jobs, 1U);
+    EXPECT_EQ(Parsed({"-j", "2", "a"}).jobs, 2U);
+    EXPECT_EQ(Parsed({"--jobs=64", "a"}).jobs, 64U);
+    for (const char* wrong : {"0", "65", "two"}) {
+        EXPECT_EQ(ParseArguments({"--jobs", wrong, "a"}).exitStatus, kExitUsage) << wrong;
+    }
+}
+
 TEST(CommandLine, FilesKeepTheirOrder) {
     EXPECT_EQ(Parsed({"b", "--raw", "a", "c"}).inputFiles,
               (std::vector<std::wstring>{L"b", L"a", L"c"}));

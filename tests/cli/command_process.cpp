@@ -99,7 +99,9 @@ void CommandProcess::Keep(int status) {
     ended_ = true;
     if (WIFEXITED(status)) result_.exitStatus = WEXITSTATUS(status);
     if (WIFSIGNALED(status)) result_.signal = WTERMSIG(status);
-    if (keepsOutput_) result_.output = ReadFile(directory_.Path(L"out"));
+    // A process killed at its very start has made no file for its output.
+    if (keepsOutput_ && Exists(directory_.Path(L"out")))
+        result_.output = ReadFile(directory_.Path(L"out"));
     if (terminal_ < 0) result_.error = ReadFile(directory_.Path(L"err"));
 }
 

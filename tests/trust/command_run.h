@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -33,13 +35,16 @@ class CommandScene {
         return RunCommand(Arguments(), setup);
     }
 
-    /** The outputs with times, UUIDs and the directory masked, by file name. */
+    /**
+     * The outputs with times, UUIDs and the directory masked, by file name. A header block that was
+     * cut is filled up first: the system writes whole pages, and the text is in the first.
+     */
     std::map<std::string, std::string> MaskedFiles() const {
         std::map<std::string, std::string> files = FilesIn(RecordingDirectory());
         for (auto& [name, bytes] : files) {
-            if (bytes.size() >= kHeaderBytes) {
-                bytes = MaskOutputFile(bytes, NarrowPath(OutputDirectory()));
-            }
+            if (bytes.empty()) continue;
+            if (bytes.size() % kPageBytes == 0) bytes.resize(std::max(bytes.size(), kHeaderBytes));
+            bytes = MaskOutputFile(bytes, NarrowPath(OutputDirectory()));
         }
         return files;
     }
@@ -56,6 +61,7 @@ class CommandScene {
 
   private:
     static constexpr std::size_t kHeaderBytes = 16384;
+    static constexpr std::size_t kPageBytes = 4096;
 
     TempDirectory directory_;
     std::string recording_;

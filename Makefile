@@ -1,6 +1,7 @@
 # For people; the build itself is CMake's (CMakePresets.json).
 #   make demo      what the program does, on a recording made for the purpose
 #   make test      every test
+#   make bench     the speed of the decoder and of whole conversions (docs/performance.md)
 #   make test-windows, make windows-app, make package-windows      docs/building-windows.md
 # Each installs the Debian packages that it needs and that are missing.
 
@@ -10,7 +11,7 @@ FUZZ_SECONDS ?= 60
 BUILD := build/$(PRESET)
 
 .DEFAULT_GOAL := build
-.PHONY: build demo test test-dev test-clang test-asan test-tsan fuzz test-windows windows-app package-windows install format check-format clean
+.PHONY: build demo test test-dev test-clang test-asan test-tsan fuzz bench test-windows windows-app package-windows install format check-format clean
 
 build:
 	scripts/install-deps.sh
@@ -72,6 +73,13 @@ windows-app:
 package-windows: windows-app
 	packaging/windows/package.sh build/windows-app build/windows-packages
 	packaging/windows/test-installer.sh build/windows-packages
+
+bench:
+	scripts/install-deps.sh build bench
+	cmake --preset release -DSTALWICK_BUILD_BENCH=ON
+	cmake --build --preset release --target stalwick-convert ord_synth decoder_bench
+	build/release/bench/decoder_bench
+	bench/compare.sh build/release
 
 install: build
 	cmake --install $(BUILD) --prefix $(PREFIX)

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <future>
 #include <new>
-#include <thread>
 
 #include "engine/conversion_job.h"
 #include "platform/input_file.h"
 #include "platform/paths.h"
+#include "platform/processor_count.h"
 
 namespace stalwick {
 
@@ -37,7 +37,7 @@ std::wstring DirectoryKey(const std::wstring& path) {
 ConversionBatch::ConversionBatch(const CommandLine& commandLine)
     : commandLine_(commandLine), outcomes_(commandLine.inputFiles.size()), end_(outcomes_.size()) {
     // Jobs keep the cores busy by themselves; threads that write would only be in their way.
-    if (commandLine_.jobs * 2 > std::thread::hardware_concurrency() && commandLine_.jobs > 1) {
+    if (commandLine_.jobs * 2 > UsableProcessors() && commandLine_.jobs > 1) {
         commandLine_.outputSettings.writerThread = WriterThread::kOff;
     }
     for (const std::wstring& path : commandLine_.inputFiles) {

@@ -1,6 +1,6 @@
 #include "writers/output_settings.h"
 
-#include <thread>
+#include "platform/processor_count.h"
 
 namespace stalwick {
 
@@ -8,7 +8,7 @@ bool UsesWriterThread(const OutputSettings& settings) {
     if (settings.writerThread != WriterThread::kWhenThereAreCores) {
         return settings.writerThread == WriterThread::kOn;
     }
-    return std::thread::hardware_concurrency() > 1;
+    return UsableProcessors() > 1;
 }
 
 }  // namespace stalwick

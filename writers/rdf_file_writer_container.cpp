@@ -1,6 +1,9 @@
 #include "writers/rdf_file_writer_container.h"
 
 #include <algorithm>
+#include <array>
+#include <functional>
+#include <numeric>
 
 #include "platform/text_encoding.h"
 #include "writers/file_header.h"
@@ -26,7 +29,6 @@ constexpr std::uint32_t kWordsBeforeSamples = 17;
 constexpr std::uint32_t kWordsBesideSamples = kWordsBeforeSamples + 1;  // and the checksum
 constexpr std::uint32_t kSizeWordsBesideSamples = 10;  // as the size word counts them
 constexpr std::size_t kSpareBuffers = 2;               // filled while another one is written
-constexpr std::size_t kZeroWords = 10;
 constexpr std::size_t kWidestRecordWords = kMostPacketChannels + kWordsBesideSamples;
 
 }  // namespace
@@ -106,24 +108,26 @@ void RDFFileWriterContainer::AppendRecord(OutputFileRecord& record,
     // Packets with another channel count than the header's give records of another length.
     if (record.bufferedCount + words > record.rawBuffer.size()) FlushBuffer(record);
 
+    // Words 5, the status, and 7 to 16 are 0.
+    const std::array<std::uint32_t, kWordsBeforeSamples> head = {
+        kStartMarker,
+        kRecordId,
+        adChannelCount + kSizeWordsBesideSamples,
+        static_cast<std::uint32_t>(record.runningTimestamp >> 32U),
+        static_cast<std::uint32_t>(record.runningTimestamp),
+        0,
+        ttlValue};
     std::uint32_t* const start = record.rawBuffer.data() + record.bufferedCount;
-    std::uint32_t* word = start;
-    *word++ = kStartMarker;
-    *word++ = kRecordId;
-    *word++ = adChannelCount + kSizeWordsBesideSamples;
-    *word++ = static_cast<std::uint32_t>(record.runningTimestamp >> 32U);
-    *word++ = static_cast<std::uint32_t>(record.runningTimestamp);
-    *word++ = 0;  // status
-    *word++ = ttlValue;
-    for (std::size_t i = 0; i < kZeroWords; ++i) *word++ = 0;
-    for (std::size_t channel = 0; channel < channels; ++channel) {
-        const auto sample =
-            static_cast<std::int16_t>(samples[channel * kSamplesPerChannel + sampleIndex]);
-        *word++ = static_cast<std::uint32_t>(ScaleRawSample(sample));
+    std::uint32_t* const values = std::copy(head.begin(), head.end(), start);
+    std::uint32_t checksum =
+        std::accumulate(head.begin(), head.end(), std::uint32_t{0}, std::bit_xor<>());
+    const std::uint16_t* sample = samples.data() + sampleIndex;
+    for (std::size_t channel = 0; channel < channels; ++channel, sample += kSamplesPerChannel) {
+        const std::int32_t value = ScaleRawSample(static_cast<std::int16_t>(*sample));
+        values[channel] = static_cast<std::uint32_t>(value);
+        checksum ^= static_cast<std::uint32_t>(value);
     }
-    std::uint32_t checksum = 0;
-    for (const std::uint32_t* at = start; at != word; ++at) checksum ^= *at;
-    *word = checksum;
+    values[channels] = checksum;
     record.bufferedCount += static_cast<std::uint32_t>(words);
     if (record.bufferedCount == record.rawBuffer.size()) FlushBuffer(record);
 }

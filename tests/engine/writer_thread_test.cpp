@@ -3,11 +3,11 @@
 
 #include <cwchar>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include <gtest/gtest.h>
 
+#include "platform/processor_count.h"
 #include "platform/system_error.h"
 #include "tests/support/engine_run.h"
 #include "tests/support/ord_builder.h"
@@ -47,7 +47,7 @@ TEST(WriterThread, WritesTheSameBytes) {
 TEST(WriterThread, IsThereWhereTheSettingsOrTheCoresSaySo) {
     EXPECT_TRUE(UsesWriterThread(Settings(WriterThread::kOn, 5000)));
     EXPECT_FALSE(UsesWriterThread(Settings(WriterThread::kOff, 5000)));
-    EXPECT_EQ(UsesWriterThread(OutputSettings()), std::thread::hardware_concurrency() > 1);
+    EXPECT_EQ(UsesWriterThread(OutputSettings()), UsableProcessors() > 1);
 }
 
 // The system's calls, but the disk under one file is full from some offset on.

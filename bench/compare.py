@@ -1,0 +1,223 @@
+#!/usr/bin/env python3
+"""Times whole conversions for bench/compare.sh, which says what is measured."""
+
+import os
+import re
+import shutil
+import statistics
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+REPEATS = int(os.environ.get("REPEATS", "7"))
+LONG = int(os.environ.get("SECONDS_LONG", "60"))
+CASES = os.environ.get("CASES", "channels blocks raw codecs length width short jobs").split()
+build, work = Path(sys.argv[1]), Path(sys.argv[2])
+convert, synth = build / "cli/stalwick-convert", build / "tools/ord_synth/ord_synth"
+ONE_CORE = ["taskset", "-c", "1" if os.cpu_count() > 1 else "0"]
+
+
+class Run:
+    """One finished process: seconds, CPU seconds, and the peak of its memory in MB."""
+
+    def __init__(self, command, output=subprocess.DEVNULL):
+        start = time.perf_counter()
+        process = subprocess.Popen(command, stdout=output, stderr=subprocess.DEVNULL)
+        _, status, usage = os.wait4(process.pid, 0)
+        self.wall = time.perf_counter() - start
+        self.cpu = usage.ru_utime + usage.ru_stime
+        self.peak = usage.ru_maxrss / 1024
+        if status != 0:
+            sys.exit(f"{command} ended with status {status}")
+
+
+def record(name, *options):
+    path = work / f"{name}.ord"
+    if not path.exists():
+        subprocess.run([synth, "-q", "-o", path, *map(str, options)], check=True)
+    return path
+
+
+def size_of(directory):
+    return sum(p.stat().st_size for p in directory.rglob("*") if p.is_file())
+
+
+def warm(size):
+    """Writes and removes: memory that was freed long ago costs several times more to touch."""
+    piece = bytes(1 << 20)
+    with open(work / "warm", "wb", buffering=0) as target:
+        for _ in range((size >> 20) + 1):
+            target.write(piece)
+    (work / "warm").unlink()
+
+
+def interleave(commands, size, prepare=None):
+    """Runs {name: command factory} in turns; the median of each figure by name."""
+    runs = {name: [] for name in commands}
+    for _ in range(REPEATS):
+        for name, command in commands.items():
+            warm(size * 5 // 2)
+            runs[name].append(command())
+    return {
+        name: tuple(statistics.median(getattr(r, k) for r in list_) for k in ("wall", "cpu", "peak"))
+        for name, list_ in runs.items()
+    }
+
+
+def converting(files, *options, prefix=(), out="out"):
+    def run():
+        shutil.rmtree(work / out, ignore_errors=True)
+        return Run([*prefix, convert, "-q", "-o", work / out, *options, *files])
+
+    return run
+
+
+def copying():
+    shutil.rmtree(work / "copy", ignore_errors=True)
+    run = Run(["cp", "-r", work / "out", work / "copy"])
+    shutil.rmtree(work / "copy")
+    return run
+
+
+def against_cp(title, recording, *options):
+    converting([recording], *options)()
+    size = size_of(work / "out")
+    result = interleave(
+        {
+            "alone": converting([recording], *options, prefix=ONE_CORE),
+            "threads": converting([recording], *options),
+            "cp": copying,
+        },
+        size,
+    )
+    alone, threads, cp = result["alone"], result["threads"], result["cp"]
+    print(
+        f"| {title} | {alone[1] * 1e3:.0f} ms | {cp[1] * 1e3:.0f} ms | **{alone[1] / cp[1]:.2f}** "
+        f"| {threads[0] * 1e3:.0f} ms | {cp[0] * 1e3:.0f} ms | **{threads[0] / cp[0]:.2f}** "
+        f"| {threads[2]:.0f} MB |",
+        flush=True,
+    )
+    shutil.rmtree(work / "out")
+    return result
+
+
+def table_head():
+    print("| recording, outputs | CPU, 1 thread | CPU, cp -r | ratio | wall, 2 threads | wall, cp -r | ratio | peak memory |")
+    print("|---|---|---|---|---|---|---|---|")
+
+
+def codecs(recording, channels):
+    """The same samples out of zstd and FLAC, which know nothing of files and records."""
+    converting([recording])()
+    size = size_of(work / "out")
+    samples = work / "samples"
+    header, record_size, record_head = 16384, 1044, 20
+    with open(samples, "wb") as target:
+        for channel in range(1, channels + 1):
+            data = (work / "out" / recording.stem / f"CSC{channel}.vcs").read_bytes()
+            for at in range(header, len(data), record_size):
+                target.write(data[at + record_head : at + record_size])
+    commands = {"stalwick-convert": converting([recording], prefix=ONE_CORE), "cp -r": copying}
+    for level in (1, 3):
+        packed = work / f"samples.{level}.zst"
+        subprocess.run(["zstd", "-q", "-f", f"-{level}", samples, "-o", packed], check=True)
+        commands[f"zstd -d, level {level}"] = lambda packed=packed: Run(
+            [*ONE_CORE, "zstd", "-q", "-f", "-d", packed, "-o", work / "unpacked"]
+        )
+    form = ["--endian=little", "--sign=signed", "--channels=1", "--bps=16", "--sample-rate=30000"]
+    subprocess.run(
+        ["flac", "-s", "-f", "--force-raw-format", *form, samples, "-o", work / "samples.flac"],
+        check=True,
+    )
+    commands["flac -d"] = lambda: Run(
+        [*ONE_CORE, "flac", "-s", "-f", "-d", "--force-raw-format", "--endian=little",
+         "--sign=signed", work / "samples.flac", "-o", work / "unpacked"]
+    )
+    result = interleave(commands, size)
+    print("| one thread | CPU | stalwick-convert takes |\n|---|---|---|")
+    own = result["stalwick-convert"][1]
+    for name, (_, cpu, _) in result.items():
+        print(f"| {name} | {cpu * 1e3:.0f} ms | {own / cpu:.2f} of it |", flush=True)
+    for left in work.glob("samples*"):
+        left.unlink()
+    (work / "unpacked").unlink()
+    shutil.rmtree(work / "out")
+
+
+def scaling(title, recordings, options=()):
+    """Costs on one thread for recordings {label: (path, units of work)}, in one interleaved run."""
+    sizes = []
+    for path, _ in recordings.values():
+        converting([path], *options)()
+        sizes.append(size_of(work / "out"))
+    result = interleave(
+        {label: converting([path], *options, prefix=ONE_CORE) for label, (path, _) in recordings.items()},
+        max(sizes),
+    )
+    print(f"| {title} | CPU | a unit of work | peak memory |\n|---|---|---|---|")
+    for label, (_, cpu, peak) in result.items():
+        print(f"| {label} | {cpu * 1e3:.0f} ms | {cpu / recordings[label][1] * 1e9:.3f} ns | {peak:.0f} MB |", flush=True)
+    shutil.rmtree(work / "out")
+
+
+def jobs():
+    files = [record(f"job{i}", "-c", 64, "-s", 10, "--seed", i + 1) for i in range(8)]
+    converting(files)()
+    size = size_of(work / "out")
+    result = interleave(
+        {
+            "one job, one thread": converting(files, prefix=ONE_CORE),
+            "one job, writer thread": converting(files),
+            "--jobs 2": converting(files, "--jobs", "2"),
+        },
+        size,
+    )
+    print("| 8 recordings of 10 s, 64 channels | wall | times as fast |\n|---|---|---|")
+    for name, (wall, _, _) in result.items():
+        print(f"| {name} | {wall * 1e3:.0f} ms | {result['one job, one thread'][0] / wall:.2f} |", flush=True)
+    for path in files:
+        path.unlink()
+    shutil.rmtree(work / "out")
+
+
+def main():
+    cpu = re.search(r"model name\s*: (.*)", Path("/proc/cpuinfo").read_text())
+    print(f"{cpu.group(1) if cpu else 'CPU'}, {os.cpu_count()} cores, {time.strftime('%Y-%m-%d')}, "
+          f"load {os.getloadavg()[0]:.1f} at the start; medians of {REPEATS}\n")
+    c64 = record("c64", "-c", 64, "-s", LONG)
+    if {"channels", "blocks", "raw"} & set(CASES):
+        table_head()
+    if "channels" in CASES:
+        against_cp(f"64 channels, {LONG} s, blocks of 5000", c64)
+        against_cp(f"256 channels, {LONG} s, blocks of 5000", record("c256", "-c", 256, "-s", LONG))
+    if "blocks" in CASES:
+        against_cp(f"64 channels, {LONG} s, blocks of 64", c64, "--block-records", "64")
+        against_cp(f"256 channels, {LONG} s, blocks of 64", record("c256", "-c", 256, "-s", LONG),
+                   "--block-records", "64")
+    if "raw" in CASES:
+        against_cp(f"64 channels, {LONG} s, and the raw data file", c64, "--raw")
+    if "codecs" in CASES:
+        print()
+        codecs(c64, 64)
+    if "length" in CASES:
+        print()
+        longer = record("c64long", "-c", 64, "-s", 4 * LONG)
+        per_second = 64 * 30000
+        scaling("64 channels", {f"{LONG} s": (c64, LONG * per_second),
+                                f"{4 * LONG} s": (longer, 4 * LONG * per_second)})
+        longer.unlink()
+    if "width" in CASES:
+        print()
+        scaling("60 s" if LONG == 60 else f"{LONG} s",
+                {f"{n} channels": (record(f"c{n}", "-c", n, "-s", LONG), n * LONG * 30000)
+                 for n in (32, 64, 128, 256)})
+    if "short" in CASES:
+        print()
+        scaling("one second", {"256 channels": (record("short", "-c", 256, "-s", 1), 256 * 30000)})
+    if "jobs" in CASES:
+        print()
+        jobs()
+
+
+main()

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/paths.h"
 #include "tests/support/engine_run.h"
 #include "tests/support/ord_builder.h"
 
@@ -75,6 +76,24 @@ TEST(FileConversion, RunningTimeCountsPacketsWithoutSamples) {
     const EngineRun run =
         Convert(Version1Header(1), {StatePacket(0), withSamples, StatePacket(0), StatePacket(1)});
     EXPECT_EQ(EventsOf(run), (std::vector<Event>{{1000, 1}}));
+}
+
+TEST(FileConversion, RunningTimeAndFirstTtlValueStartAnewWithEveryFile) {
+    const TempDirectory directory;
+    const std::vector<PacketPlan> plans = {StatePacket(7), StatePacket(7), StatePacket(8)};
+    const std::string recording = BuildOrdFile(Version1Header(1), plans);
+    DataProcessor processor(QuickSettings());
+    std::wstring status;
+    RunConversionJob(MakeJob(directory,
+                             {PutRecording(directory, recording, L"a.ord"),
+                              PutRecording(directory, recording, L"b.ord")},
+                             ReferenceConvertOptions(), processor, status));
+    EXPECT_EQ(status, L"Processing complete");
+    for (const wchar_t* name : {L"a", L"b"}) {
+        EngineRun run;
+        run.files = FilesIn(directory.Path(L"out") + kPathSeparator + name);
+        EXPECT_EQ(EventsOf(run), (std::vector<Event>{{666, 8}}));
+    }
 }
 
 TEST(FileConversion, RunningTimeIsKeptExactAcrossPackets) {

@@ -29,6 +29,8 @@ struct OpenEventFile {
     const VtxDataTypes::EventRec& Event(std::size_t i) const {
         return eventFile.records.front().eventBuffer[i];
     }
+    // A copy: the field may stand anywhere.
+    std::uint64_t TimeOf(std::size_t i) const { return Event(i).timestamp; }
 
     TempDirectory directory;
     EventFileWriterContainer eventFile;
@@ -79,7 +81,7 @@ TEST(TtlEvents, EventHasItsFixedIdAndText) {
     EXPECT_EQ(file.Event(0).eventId, 21);
     EXPECT_EQ(file.Event(0).ttlValue, 0x85);
     EXPECT_STREQ(file.Event(0).eventString.data(), "TTL Change.");
-    EXPECT_EQ(file.Event(0).timestamp, 5000U + 1000U);
+    EXPECT_EQ(file.TimeOf(0), 5000U + 1000U);
 }
 
 TEST(TtlEvents, SampleTimesAreTruncatedAtEverySample) {
@@ -88,9 +90,9 @@ TEST(TtlEvents, SampleTimesAreTruncatedAtEverySample) {
     file.Add({0}, 1'000'000);
     file.Add({0, 0, 0, 1, 0, 0, 0, 0, 0, 1}, 1'000'000);
     ASSERT_EQ(file.Count(), 3U);
-    EXPECT_EQ(file.Event(0).timestamp, 2000U + 3 * 33);
-    EXPECT_EQ(file.Event(1).timestamp, 2000U + 4 * 33);
-    EXPECT_EQ(file.Event(2).timestamp, 2000U + 9 * 33);
+    EXPECT_EQ(file.TimeOf(0), 2000U + 3 * 33);
+    EXPECT_EQ(file.TimeOf(1), 2000U + 4 * 33);
+    EXPECT_EQ(file.TimeOf(2), 2000U + 9 * 33);
 }
 
 TEST(TtlEvents, HardwareTimeIsTruncatedToMicroseconds) {
@@ -98,7 +100,7 @@ TEST(TtlEvents, HardwareTimeIsTruncatedToMicroseconds) {
     file.Add({0}, 1);
     file.Add({1}, 1'234'999);
     ASSERT_EQ(file.Count(), 1U);
-    EXPECT_EQ(file.Event(0).timestamp, 1234U + 1000U);
+    EXPECT_EQ(file.TimeOf(0), 1234U + 1000U);
 }
 
 TEST(TtlEvents, WithoutAHardwareTimestampTheRunningTimeCountsWithoutOffset) {
@@ -106,7 +108,7 @@ TEST(TtlEvents, WithoutAHardwareTimestampTheRunningTimeCountsWithoutOffset) {
     file.Add({0}, {}, 0.0);
     file.Add({0, 1}, {}, 333.9);
     ASSERT_EQ(file.Count(), 1U);
-    EXPECT_EQ(file.Event(0).timestamp, 333U + 33U);
+    EXPECT_EQ(file.TimeOf(0), 333U + 33U);
 }
 
 TEST(TtlEvents, TimestampOfZeroIsATimestamp) {
@@ -114,7 +116,7 @@ TEST(TtlEvents, TimestampOfZeroIsATimestamp) {
     file.Add({0}, 5'000'000);
     file.Add({1}, 0, 777.0);
     ASSERT_EQ(file.Count(), 1U);
-    EXPECT_EQ(file.Event(0).timestamp, 1000U);
+    EXPECT_EQ(file.TimeOf(0), 1000U);
 }
 
 TEST(TtlEvents, RepeatedTimestampStartsFromTheSameTimeAgain) {
@@ -122,9 +124,9 @@ TEST(TtlEvents, RepeatedTimestampStartsFromTheSameTimeAgain) {
     file.Add({0, 1}, 6'000'000);
     file.Add({0, 1}, 6'000'000);
     ASSERT_EQ(file.Count(), 3U);
-    EXPECT_EQ(file.Event(0).timestamp, 7033U);
-    EXPECT_EQ(file.Event(1).timestamp, 7000U);
-    EXPECT_EQ(file.Event(2).timestamp, 7033U);
+    EXPECT_EQ(file.TimeOf(0), 7033U);
+    EXPECT_EQ(file.TimeOf(1), 7000U);
+    EXPECT_EQ(file.TimeOf(2), 7033U);
 }
 
 TEST(TtlEvents, SlotKeepsWhatTheBlockBeforeLeftInIt) {

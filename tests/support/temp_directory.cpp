@@ -31,7 +31,8 @@ fs::path Root() {
     const fs::path memory = "/dev/shm";
     std::error_code missing;
     const fs::space_info space = fs::space(memory, missing);
-    return !missing && space.available >= kRoomNeeded ? memory : fs::temp_directory_path();
+    const bool hasRoom = kPathSeparator == L'/' && !missing && space.available >= kRoomNeeded;
+    return hasRoom ? memory : fs::temp_directory_path();
 }
 
 std::wstring FreshPath() {

@@ -44,6 +44,10 @@ struct OpenChannels {
     const CRRec& Record(std::size_t file, std::size_t record) const {
         return container.records[file].cscBuffer[record];
     }
+    // A copy: the field may stand anywhere.
+    std::uint64_t TimeOf(std::size_t file, std::size_t record) const {
+        return Record(file, record).timestamp;
+    }
 
     TempDirectory directory;
     CSCFileWriterContainer container;
@@ -124,9 +128,9 @@ TEST(CSCFileWriterContainer, FiftySecondCallCompletesARecordAndStartsTheNext) {
         EXPECT_EQ(channels.container.records[file].bufferedCount, 1U);
         EXPECT_EQ(channels.Record(file, 0).numValidSamples, 512U);
         EXPECT_EQ(channels.Record(file, 1).numValidSamples, 8U);
-        EXPECT_EQ(channels.Record(file, 0).timestamp, 1000U + 1000U);
+        EXPECT_EQ(channels.TimeOf(file, 0), 1000U + 1000U);
         // Two samples behind the packet's time: 51 x 333.333 + 2 x 33.33 µs, and the offset.
-        EXPECT_EQ(channels.Record(file, 1).timestamp, 18066U + 1000U);
+        EXPECT_EQ(channels.TimeOf(file, 1), 18066U + 1000U);
         EXPECT_EQ(channels.Record(file, 1).channelNumber, file);
         EXPECT_EQ(channels.Record(file, 1).sampleFrequency, 30000U);
     }
@@ -141,7 +145,7 @@ TEST(CSCFileWriterContainer, PhaseLagsBehindTheSamplesThatStartARecord) {
     EXPECT_EQ(channels.container.records[0].bufferedCount, 2U);
     // The next record starts after 4 of the packet's samples, yet its phase is 512 + 504.
     EXPECT_EQ(channels.container.records[0].phase, (512U + 504U) % 10U);
-    EXPECT_EQ(channels.Record(0, 2).timestamp, 1000U + 6 * 33 + 2 + 1000U);
+    EXPECT_EQ(channels.TimeOf(0, 2), 1000U + 6 * 33 + 2 + 1000U);
 }
 
 TEST(CSCFileWriterContainer, NewBaseTimestampResetsThePhaseAndARepeatedOneDoesNot) {
@@ -164,22 +168,22 @@ TEST(CSCFileWriterContainer, PhaseWrapsAtItsModulus) {
 TEST(CSCFileWriterContainer, WithoutBaseTimestampsTimeRunsFromZeroWithoutOffset) {
     OpenChannels channels;
     for (int call = 0; call < 103; ++call) channels.Write(10, {});
-    EXPECT_EQ(channels.Record(0, 0).timestamp, 0U);
-    EXPECT_EQ(channels.Record(0, 1).timestamp, 17066U);  // 512 / 30 kHz = 17066.67 µs
-    EXPECT_EQ(channels.Record(0, 2).timestamp, 34133U);  // the sum is kept exact
+    EXPECT_EQ(channels.TimeOf(0, 0), 0U);
+    EXPECT_EQ(channels.TimeOf(0, 1), 17066U);  // 512 / 30 kHz = 17066.67 µs
+    EXPECT_EQ(channels.TimeOf(0, 2), 34133U);  // the sum is kept exact
 }
 
 TEST(CSCFileWriterContainer, BaseTimestampOfZeroCountsAsNone) {
     OpenChannels channels;
     channels.Write(10, 0);
-    EXPECT_EQ(channels.Record(0, 0).timestamp, 0U);
+    EXPECT_EQ(channels.TimeOf(0, 0), 0U);
 }
 
 TEST(CSCFileWriterContainer, RecordBehindMissingBaseTimestampsUsesTheLastOne) {
     OpenChannels channels;
     channels.Write(10, 9'000'000);
     for (int call = 1; call < 52; ++call) channels.Write(10, {});
-    EXPECT_EQ(channels.Record(0, 1).timestamp, 9000U + 2 * 33 + 1000U);
+    EXPECT_EQ(channels.TimeOf(0, 1), 9000U + 2 * 33 + 1000U);
 }
 
 TEST(CSCFileWriterContainer, SamplesStandFileByFile) {

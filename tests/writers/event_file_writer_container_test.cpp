@@ -67,7 +67,8 @@ TEST(EventFileWriterContainer, FullBlockIsWrittenAtOnceAndTheCountStartsAgain) {
     EXPECT_EQ(events.container.records[0].bufferedCount, 0U);
     EXPECT_EQ(events.Bytes().size(), 16384U + 3 * 184);
     // The block is used again without being cleared.
-    EXPECT_EQ(events.container.records[0].eventBuffer[2].timestamp, 2U);
+    const std::uint64_t last = events.container.records[0].eventBuffer[2].timestamp;
+    EXPECT_EQ(last, 2U);
     events.container.NextEvent().timestamp = 77;
     EXPECT_EQ(events.container.CommitEvent(), 0);
     EXPECT_EQ(events.container.WriteBufferedEvents(), 0);

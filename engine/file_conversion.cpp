@@ -1,7 +1,9 @@
 #include "engine/file_conversion.h"
 
 #include <algorithm>
+#include <memory>
 #include <span>
+#include <system_error>
 
 #include "engine/conversion_job.h"
 #include "engine/ttl_events.h"
@@ -28,6 +30,15 @@ std::span<std::int16_t> AsSigned(std::vector<std::uint16_t>& samples) {
     return {reinterpret_cast<std::int16_t*>(samples.data()), samples.size()};
 }
 
+std::unique_ptr<WriteQueue> MakeQueue(const OutputSettings& settings) {
+    if (!UsesWriterThread(settings)) return nullptr;
+    try {
+        return std::make_unique<WriteQueue>();
+    } catch (const std::system_error&) {
+        return nullptr;  // no thread to be had: the converting one writes
+    }
+}
+
 template <typename Values, typename Target>
 void CopyAsSigned(const Values& values, Target& target) {
     std::transform(values.begin(), values.end(), target.begin(),
@@ -40,7 +51,7 @@ FileConversion::FileConversion(DataProcessor& processor, const FileConversionReq
                                const OutputSettings& settings)
     : processor_(processor),
       request_(request),
-      queue_(UsesWriterThread(settings) ? std::make_unique<WriteQueue>() : nullptr),
+      queue_(MakeQueue(settings)),
       channelFiles_(settings, queue_.get()),
       eventFile_(settings),  // few and small blocks, whose failures end the conversion at once
       rawDataFile_(settings, queue_.get()) {}

@@ -43,6 +43,7 @@ template <typename Number>
 bool ExtractNumber(const std::wstring& token, Number& target) {
     std::wistringstream stream(token);
     stream.imbue(std::locale::classic());
+    stream.exceptions(std::ios::badbit);  // a failing allocation is no unreadable value
     stream >> target;
     return !stream.fail();
 }

@@ -1,8 +1,7 @@
 #include "writers/output_naming.h"
 
-#include <iomanip>
+#include <algorithm>
 #include <random>
-#include <sstream>
 
 #include "platform/file_system.h"
 #include "platform/local_time.h"
@@ -18,11 +17,14 @@ bool IsTaken(const std::wstring& path) {
     return QueryPath(path) == PathKind::kFile;
 }
 
+// A text stream would swallow a failing allocation and give half a text.
+std::wstring PadWithZeros(std::int32_t number, std::size_t width) {
+    const std::wstring digits = std::to_wstring(number);
+    return std::wstring(width - std::min(width, digits.size()), L'0') + digits;
+}
+
 std::wstring NumberSuffix(std::int32_t number) {
-    std::wostringstream text;
-    text.imbue(std::locale::classic());
-    text << L'_' << std::setfill(L'0') << std::setw(2) << number;
-    return text.str();
+    return L'_' + PadWithZeros(number, 2);
 }
 
 // A random UUID (version 4, variant 1) from one seed.
@@ -89,12 +91,9 @@ void InitOutputFileRecord(const FileWriterContainer& container, OutputFileRecord
 
 std::wstring FormatLocalTime() {
     const LocalTime now = CurrentLocalTime();
-    std::wostringstream text;
-    text.imbue(std::locale::classic());
-    text << std::setfill(L'0') << std::setw(4) << now.year << L'/' << std::setw(2) << now.month
-         << L'/' << std::setw(2) << now.day << L' ' << std::setw(2) << now.hour << L':'
-         << std::setw(2) << now.minute << L':' << std::setw(2) << now.second;
-    return text.str();
+    return PadWithZeros(now.year, 4) + L'/' + PadWithZeros(now.month, 2) + L'/' +
+           PadWithZeros(now.day, 2) + L' ' + PadWithZeros(now.hour, 2) + L':' +
+           PadWithZeros(now.minute, 2) + L':' + PadWithZeros(now.second, 2);
 }
 
 }  // namespace stalwick

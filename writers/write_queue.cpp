@@ -8,10 +8,15 @@ namespace {
 
 // More than the blocks that a recording can have under way at once.
 constexpr std::size_t kMostQueued = 1024;
+constexpr std::size_t kThreads = 2;  // the queue's and the caller's
 
 }  // namespace
 
-WriteQueue::WriteQueue() : thread_([this] { Work(); }) {}
+WriteQueue::WriteQueue() {
+    // Now, so that finishing what is queued needs no memory.
+    running_.reserve(kThreads);
+    thread_ = std::thread([this] { Work(); });
+}
 
 WriteQueue::~WriteQueue() {
     {

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+
+namespace stalwick::test {
+
+/**
+ * Lets allocations of this program fail: operator new of every thread, and the pages that it takes
+ * from the system for its buffers. Linked in, it replaces the program's operator new.
+ */
+class FailingAllocations {
+  public:
+    /** From now on the n-th allocation fails, counted from 0; with `lasting` all behind it too. */
+    explicit FailingAllocations(std::uint64_t nth, bool lasting);
+    ~FailingAllocations();
+    FailingAllocations(const FailingAllocations&) = delete;
+    FailingAllocations& operator=(const FailingAllocations&) = delete;
+
+    /** Whether an allocation failed. */
+    static bool Met();
+    /** From now on they succeed again. */
+    static void Stop();
+};
+
+}  // namespace stalwick::test

@@ -1,0 +1,123 @@
+// One conversion for every allocation that it makes, in which that one fails: the command ends in
+// order, and what it leaves is valid.
+
+#include <exception>
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "cli/conversion_batch.h"
+#include "platform/paths.h"
+#include "platform/text_encoding.h"
+#include "tests/support/engine_run.h"
+#include "tests/support/fixed_identity.h"
+#include "tests/trust/expected_outputs.h"
+#include "tests/trust/failing_allocations.h"
+#include "tests/trust/recordings.h"
+
+namespace stalwick::test {
+namespace {
+
+constexpr char kOldText[] = "made by somebody before";
+
+struct Scene {
+    const char* name;
+    bool lasting;
+    WriterThread writerThread;
+};
+
+std::size_t OpenFileCount() {
+    const std::filesystem::directory_iterator entries("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
+
+class MemoryFaultTest : public testing::TestWithParam<Scene> {
+  protected:
+    MemoryFaultTest() {
+        line_.inputFiles = {PutRecording(directory_, recording_)};
+        line_.outputDirectory = directory_.Path(L"out");
+        line_.channelOptions = {1, 0, 0, 1};
+        line_.writeRawData = true;
+        line_.outputSettings.writerThread = GetParam().writerThread;
+        ReferenceConvertInput input;
+        input.recording = recording_;
+        input.options = {true, false, false, true, true, true};
+        input.outputDirectory = NarrowPath(line_.outputDirectory);
+        input.fileName = "rec.ord";
+        input.clockText = kFixedTimeText;
+        input.uuidText = kFixedUuidText;
+        input.takenNames = {"CSC1.vcs"};
+        expected_ = ExpectFiles(ReferenceConvert(input));
+    }
+
+    void Prepare() const {
+        std::filesystem::remove_all(NarrowPath(line_.outputDirectory));
+        MakeDirectory(line_.outputDirectory);
+        MakeDirectory(RecordingDirectory());
+        WriteFile(RecordingDirectory() + kPathSeparator + L"CSC1.vcs", kOldText);
+    }
+    std::wstring RecordingDirectory() const {
+        return line_.outputDirectory + kPathSeparator + L"rec";
+    }
+
+    // What the command makes of it: the status text, or the text of the exception that it reports.
+    std::string Convert() const {
+        try {
+            ConversionBatch batch(line_);
+            batch.Run();
+            FailingAllocations::Stop();
+            return NarrowPath(batch.Status());
+        } catch (const std::exception& error) {
+            FailingAllocations::Stop();
+            return error.what();
+        }
+    }
+
+    TempDirectory directory_;
+    std::string recording_ = MakeFullRecording(2, 60);
+    CommandLine line_;
+    ExpectedFiles expected_;
+};
+
+TEST_P(MemoryFaultTest, EveryAllocationThatFailsEndsInOrder) {
+    const FixedIdentity identity;
+    std::uint64_t nth = 0;
+    for (bool met = true; met; ++nth) {
+        Prepare();
+        SCOPED_TRACE("allocation " + std::to_string(nth));
+        const std::size_t openBefore = OpenFileCount();
+        std::string outcome;
+        {
+            const FailingAllocations failing(nth, GetParam().lasting);
+            outcome = Convert();
+            met = FailingAllocations::Met();
+        }
+        ASSERT_EQ(OpenFileCount(), openBefore);
+        auto files = FilesIn(RecordingDirectory());
+        ASSERT_EQ(files.at("CSC1.vcs"), kOldText);
+        files.erase("CSC1.vcs");
+        ASSERT_TRUE(AreValidRemainders(files, expected_)) << outcome;
+        if (outcome == "Processing complete") {
+            ASSERT_EQ(files.size(), expected_.size());
+            for (const auto& [name, bytes] : files) {
+                ASSERT_EQ(bytes.size(), 16384 + expected_.at(name).data.size()) << name;
+            }
+        } else {
+            ASSERT_TRUE(met) << outcome;
+            ASSERT_FALSE(outcome.empty());
+        }
+    }
+    EXPECT_GT(nth, 100U);
+    RecordProperty("faults", std::to_string(nth - 1));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, MemoryFaultTest,
+                         testing::Values(Scene{"Once", false, WriterThread::kOff},
+                                         Scene{"FromThenOn", true, WriterThread::kOff},
+                                         Scene{"OnceWithTwoThreads", false, WriterThread::kOn},
+                                         Scene{"FromThenOnWithTwoThreads", true,
+                                               WriterThread::kOn}),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+}  // namespace
+}  // namespace stalwick::test

@@ -68,14 +68,6 @@ std::int32_t FileConversion::Fail(const std::wstring& errorText) {
     return -1;
 }
 
-void FileConversion::AddDetail(ConversionDetail::Kind kind, const std::wstring& text) {
-    details_.push_back({kind, text});
-}
-
-void FileConversion::AddInputDetail(ConversionDetail::Kind kind, const std::wstring& text) {
-    AddDetail(kind, OneLine(request_.inputPath) + L": " + text);
-}
-
 std::int32_t FileConversion::PrepareOutputDirectory() {
     directory_ = request_.outputDirectory + kPathSeparator + SplitPath(request_.inputPath).name;
     const SystemErrorCode code = EnsureOutputDirectory(directory_);
@@ -185,14 +177,8 @@ std::int32_t FileConversion::ConvertBlocks() {
     for (bool endOfFile = false; !endOfFile;) {
         if (processor_.cancelRequested.load(std::memory_order_relaxed) != 0) return 0;
         if (reader_.GetData(packets, endOfFile) != 0) {
+            TellWhereItStopped(endOfFile);
             const std::wstring reason = reader_.GetErrorMessage();
-            AddInputDetail(
-                ConversionDetail::Kind::kIncomplete,
-                L"conversion stopped at byte " + std::to_wstring(reader_.NextPacketPosition()) +
-                    L": " +
-                    (reader_.SystemError() != 0 ? SystemErrorText(reader_.SystemError()) : reason) +
-                    L"; the outputs end with what had been written before and say that they were "
-                    L"not closed");
             return Fail(reason.empty() ? L"Failed to process input file" : reason);
         }
         for (ORDDataPacket& packet : packets) {
@@ -202,28 +188,6 @@ std::int32_t FileConversion::ConvertBlocks() {
     }
     TellOfUnreadInput();
     return 0;
-}
-
-void FileConversion::TellOfUnreadInput() {
-    const std::uint64_t bytesRead = reader_.BytesRead();
-    if (bytesRead < inputSize_) {
-        AddInputDetail(ConversionDetail::Kind::kIncomplete,
-                       L"it had " + std::to_wstring(inputSize_) + L" bytes and ended after " +
-                           std::to_wstring(bytesRead) +
-                           L": it was cut while it was read; convert it again from a whole copy");
-    } else if (reader_.FileSize() > bytesRead) {
-        AddInputDetail(ConversionDetail::Kind::kIncomplete,
-                       L"it has grown while it was read, what came behind byte " +
-                           std::to_wstring(bytesRead) +
-                           L" is missing; convert it again when the recorder has finished it");
-    }
-    if (reader_.UnconsumedBytes() != 0) {
-        AddInputDetail(ConversionDetail::Kind::kNote,
-                       std::to_wstring(reader_.UnconsumedBytes()) + L" trailing bytes from byte " +
-                           std::to_wstring(reader_.NextPacketPosition()) +
-                           L" on were not a whole packet and were left out; the recording was cut "
-                           L"short or is damaged there");
-    }
 }
 
 std::int32_t FileConversion::ConvertPacket(ORDDataPacket& packet) {
@@ -283,27 +247,6 @@ void FileConversion::FinishEventFile() {
     if (eventFile_.WriteBufferedEvents() != 0) return;
     eventFile_.records.front().bufferedCount = 0;
     eventFile_.fileIO.CloseAllOutputFiles();
-}
-
-std::vector<ConversionDetail> FileConversion::TakeDetails() {
-    channelFiles_.fileIO.CloseAllOutputFiles();
-    eventFile_.fileIO.CloseAllOutputFiles();
-    for (const auto* fileIO : {&channelFiles_.fileIO, &eventFile_.fileIO}) {
-        for (const std::wstring& failure : fileIO->Failures()) {
-            AddDetail(ConversionDetail::Kind::kIncomplete, failure);
-        }
-    }
-    if (!rawDataFile_.Failure().empty()) {
-        AddDetail(ConversionDetail::Kind::kIncomplete,
-                  L"RawData.vrd is incomplete: " + rawDataFile_.Failure());
-    }
-    if (channelFiles_.timestampsSaturated || eventFile_.timestampsSaturated ||
-        rawDataFile_.timestampsSaturated) {
-        AddInputDetail(ConversionDetail::Kind::kNote,
-                       L"timestamps beyond the 64-bit range were held at its end; check "
-                       L"-UTCOffsetMicroseconds and -SamplingFrequency in its header");
-    }
-    return std::move(details_);
 }
 
 }  // namespace stalwick

@@ -53,6 +53,7 @@ class FileConversion {
     bool IsOn(ChannelGroup group) const { return switches_[static_cast<std::size_t>(group)] != 0; }
 
     std::int32_t ConvertBlocks();
+    void TellWhereItStopped(bool inLastBlock);
     void TellOfUnreadInput();
     std::int32_t ConvertPacket(ORDDataPacket& packet);
     void WriteSensorValues(const ORDDataPacket& packet);

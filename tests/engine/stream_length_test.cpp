@@ -78,21 +78,49 @@ std::string PlainPackets(std::size_t count) {
     return EncodePackets(plans);
 }
 
-TEST(StreamLength, HalfABufferOfWholePacketsFailsAsNotConsumed) {
+// Whole packets that fill exactly half the reader's buffer: the one length that is refused.
+std::string HalfABuffer() {
     // A base inertial block makes a packet 29 bytes; a few of them make the length come out.
     PacketPlan withImu;
     withImu.baseImu.emplace().fill(1);
-    const std::string imuPacket = EncodePacket(withImu);
-    ASSERT_EQ(imuPacket.size(), 29U);
     std::string stream;
-    while ((25000 - stream.size()) % 11 != 0) stream += imuPacket;
-    stream += PlainPackets((25000 - stream.size()) / 11);
-    ASSERT_EQ(stream.size(), 25000U);
+    while ((25000 - stream.size()) % 11 != 0) stream += EncodePacket(withImu);
+    return stream + PlainPackets((25000 - stream.size()) / 11);
+}
+
+TEST(StreamLength, HalfABufferOfWholePacketsFailsAsNotConsumed) {
+    const std::string recording = Version1Header(32).Block() + HalfABuffer();
+    ASSERT_EQ(recording.size(), 16384U + 25000U);
     const TempDirectory directory;
-    const EngineRun run =
-        RunEngine(directory, Version1Header(32).Block() + stream, ReferenceConvertOptions());
+    const EngineRun run = RunEngine(directory, recording, ReferenceConvertOptions());
     EXPECT_EQ(run.statusText, L"Processing failed - Failed to process buffer. 0 bytes consumed.");
-    EXPECT_TRUE(ConvertsLikeTheReference(Version1Header(32).Block() + stream, AllOutputs()));
+    EXPECT_TRUE(ConvertsLikeTheReference(recording, AllOutputs()));
+}
+
+TEST(StreamLength, TheAdviceForARefusedLastBlockMakesItConvertible) {
+    const std::string recording = Version1Header(32).Block() + HalfABuffer();
+    const TempDirectory directory;
+    const EngineRun run = RunEngine(directory, recording, ReferenceConvertOptions());
+    ASSERT_EQ(run.details.size(), 1U);
+    EXPECT_NE(run.details[0].text.find(L"add one zero byte to the end of a copy"),
+              std::wstring::npos);
+
+    const TempDirectory second;
+    const EngineRun followed =
+        RunEngine(second, recording + std::string(1, '\0'), ReferenceConvertOptions());
+    EXPECT_EQ(followed.statusText, L"Processing complete");
+    EXPECT_TRUE(ConvertsLikeTheReference(recording + std::string(1, '\0'), AllOutputs()));
+}
+
+TEST(StreamLength, DamageIsToldWithItsPlaceAndHowToKeepTheMostOfIt) {
+    const std::string recording =
+        Version1Header(32).Block() + PlainPackets(3) + std::string(60000, 'x');
+    const TempDirectory directory;
+    const EngineRun run = RunEngine(directory, recording, ReferenceConvertOptions());
+    ASSERT_EQ(run.details.size(), 1U);
+    const std::wstring& text = run.details[0].text;
+    EXPECT_NE(text.find(L"stopped at byte " + std::to_wstring(16384 + 33)), std::wstring::npos);
+    EXPECT_NE(text.find(L"--block-records 1"), std::wstring::npos);
 }
 
 TEST(StreamLength, JunkBehindPacketsConvertsLikeTheReference) {

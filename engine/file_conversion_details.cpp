@@ -1,0 +1,80 @@
+// What a conversion says beside its status.
+
+#include "engine/file_conversion.h"
+
+#include <utility>
+
+#include "platform/system_error.h"
+#include "platform/text_encoding.h"
+
+namespace stalwick {
+
+void FileConversion::AddDetail(ConversionDetail::Kind kind, const std::wstring& text) {
+    details_.push_back({kind, text});
+}
+
+void FileConversion::AddInputDetail(ConversionDetail::Kind kind, const std::wstring& text) {
+    AddDetail(kind, OneLine(request_.inputPath) + L": " + text);
+}
+
+void FileConversion::TellWhereItStopped(bool inLastBlock) {
+    const std::wstring reason = reader_.SystemError() != 0 ? SystemErrorText(reader_.SystemError())
+                                                           : reader_.GetErrorMessage();
+    std::wstring advice =
+        L"; the outputs end with what had been written before and say that they were not closed; "
+        L"stalwick-convert --block-records 1 writes every whole record before it";
+    if (inLastBlock && reader_.SystemError() == 0) {
+        // Nothing is damaged: the last block has the one length that is refused.
+        advice =
+            L"; the recording ends there in a block of a length that is always refused: add one "
+            L"zero byte to the end of a copy and convert the copy";
+    }
+    AddInputDetail(ConversionDetail::Kind::kIncomplete,
+                   L"conversion stopped at byte " + std::to_wstring(reader_.NextPacketPosition()) +
+                       L": " + reason + advice);
+}
+
+void FileConversion::TellOfUnreadInput() {
+    const std::uint64_t bytesRead = reader_.BytesRead();
+    if (bytesRead < inputSize_) {
+        AddInputDetail(ConversionDetail::Kind::kIncomplete,
+                       L"it had " + std::to_wstring(inputSize_) + L" bytes and ended after " +
+                           std::to_wstring(bytesRead) +
+                           L": it was cut while it was read; convert it again from a whole copy");
+    } else if (reader_.FileSize() > bytesRead) {
+        AddInputDetail(ConversionDetail::Kind::kIncomplete,
+                       L"it has grown while it was read, what came behind byte " +
+                           std::to_wstring(bytesRead) +
+                           L" is missing; convert it again when the recorder has finished it");
+    }
+    if (reader_.UnconsumedBytes() != 0) {
+        AddInputDetail(ConversionDetail::Kind::kNote,
+                       std::to_wstring(reader_.UnconsumedBytes()) + L" trailing bytes from byte " +
+                           std::to_wstring(reader_.NextPacketPosition()) +
+                           L" on were not a whole packet and were left out; the recording was cut "
+                           L"short or is damaged there");
+    }
+}
+
+std::vector<ConversionDetail> FileConversion::TakeDetails() {
+    channelFiles_.fileIO.CloseAllOutputFiles();
+    eventFile_.fileIO.CloseAllOutputFiles();
+    for (const auto* fileIO : {&channelFiles_.fileIO, &eventFile_.fileIO}) {
+        for (const std::wstring& failure : fileIO->Failures()) {
+            AddDetail(ConversionDetail::Kind::kIncomplete, failure);
+        }
+    }
+    if (!rawDataFile_.Failure().empty()) {
+        AddDetail(ConversionDetail::Kind::kIncomplete,
+                  L"RawData.vrd is incomplete: " + rawDataFile_.Failure());
+    }
+    if (channelFiles_.timestampsSaturated || eventFile_.timestampsSaturated ||
+        rawDataFile_.timestampsSaturated) {
+        AddInputDetail(ConversionDetail::Kind::kNote,
+                       L"timestamps beyond the 64-bit range were held at its end; check "
+                       L"-UTCOffsetMicroseconds and -SamplingFrequency in its header");
+    }
+    return std::move(details_);
+}
+
+}  // namespace stalwick

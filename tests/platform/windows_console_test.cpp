@@ -46,13 +46,17 @@ TEST(WindowsConsoleTest, CtrlBreakAsksForCancelAndTheProcessGoesOn) {
     EXPECT_EQ(target.load(), Interruption::kInterrupt);
 }
 
-TEST(WindowsConsoleTest, ClosingTheConsoleAsksForTheEndAndHoldsTheSystemBack) {
-    Watch();
-    const HANDLE thread = SendControlEvent(CTRL_CLOSE_EVENT);
-    while (target.load() == Interruption::kNone) ::Sleep(1);
-    EXPECT_EQ(target.load(), Interruption::kTerminate);
-    EXPECT_EQ(::WaitForSingleObject(thread, 100), DWORD{WAIT_TIMEOUT});
-    ::CloseHandle(thread);
+// In a process of its own: the system's thread is held back for good.
+TEST(WindowsConsoleDeathTest, ClosingTheConsoleAsksForTheEndAndHoldsTheSystemBack) {
+    constexpr int kHeldBack = 78;
+    const auto closeConsole = [] {
+        Watch();
+        const HANDLE thread = SendControlEvent(CTRL_CLOSE_EVENT);
+        while (target.load() == Interruption::kNone) ::Sleep(1);
+        const bool heldBack = ::WaitForSingleObject(thread, 100) == WAIT_TIMEOUT;
+        std::_Exit(heldBack && target.load() == Interruption::kTerminate ? kHeldBack : 0);
+    };
+    EXPECT_EXIT(closeConsole(), testing::ExitedWithCode(kHeldBack), "");
 }
 
 TEST(WindowsConsoleDeathTest, SecondRequestEndsTheProcessAtOnce) {

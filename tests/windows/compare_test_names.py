@@ -12,6 +12,11 @@ from pathlib import Path
 # "Suite.Case" or "Suite.*": why Windows has no such test.
 ONLY_ON_LINUX = {
     "OrdSynthCommandTest.*": "runs the program by a POSIX shell; compare_with_linux.py runs it",
+    "Command.*": "starts the command by fork and pipes; compare_with_linux.py runs it",
+    "CommandSignal.*": "sends POSIX signals; WindowsConsoleTest and compare_with_linux.py instead",
+    "CommandTerminal.*": "opens a POSIX pseudo-terminal",
+    "FileFaultTest.*": "injects errno numbers",
+    "ContinuedFileFaultTest.*": "injects errno numbers",
 }
 
 
@@ -36,7 +41,8 @@ def programs(build, suffix):
 
 
 def reason(case):
-    return ONLY_ON_LINUX.get(case) or ONLY_ON_LINUX.get(case.split(".")[0] + ".*")
+    suite = case.split(".")[0].split("/")[-1]
+    return ONLY_ON_LINUX.get(case) or ONLY_ON_LINUX.get(suite + ".*")
 
 
 def main():

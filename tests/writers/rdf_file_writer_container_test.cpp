@@ -89,9 +89,11 @@ TEST(RDFFileWriterContainer, HeaderOfAnyLengthFillsItsBlock) {
 
 TEST(RDFFileWriterContainer, HeaderTextThatFillsTheBlockToItsLastByteIsRefused) {
     const TempDirectory directory;
-    RDFFileWriterContainer empty({kRecordsPerBlock, false});
-    empty.samplingFrequency = 1;
-    ASSERT_EQ(empty.Open(directory.Path()), 0);
+    {
+        RDFFileWriterContainer empty({kRecordsPerBlock, false});
+        empty.samplingFrequency = 1;
+        ASSERT_EQ(empty.Open(directory.Path()), 0);
+    }
     const std::size_t length =
         ReadFile(directory.Path(L"RawData.vrd")).find('\0');  // without a session text
     for (const std::size_t textSize : {16383U, 16384U}) {

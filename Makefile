@@ -11,7 +11,7 @@ FUZZ_SECONDS ?= 60
 BUILD := build/$(PRESET)
 
 .DEFAULT_GOAL := build
-.PHONY: build demo test test-dev test-clang test-asan test-tsan fuzz bench test-windows windows-app package-windows install format check-format clean
+.PHONY: build demo test test-dev test-clang test-asan test-tsan fuzz soak coverage bench test-windows windows-app package-windows install format check-format clean
 
 build:
 	scripts/install-deps.sh
@@ -51,6 +51,19 @@ fuzz:
 	cmake --preset fuzz
 	cmake --build --preset fuzz
 	scripts/fuzz.sh build/fuzz $(FUZZ_SECONDS)
+
+# Two thousand kills, thousands of other numbers, ten minutes for each fuzz target (docs/testing.md).
+soak: build
+	scripts/soak.sh $(BUILD)
+	$(MAKE) fuzz FUZZ_SECONDS=600
+
+# What the tests run of ord/, writers/ and engine/; the report is build/coverage/report.html.
+coverage:
+	scripts/install-deps.sh build test coverage
+	cmake --preset coverage
+	cmake --build --preset coverage
+	ctest --preset coverage
+	scripts/coverage.sh build/coverage
 
 # The engine, the command and their tests for Windows, run under wine, and the outputs of both
 # systems compared. PRESET is the Linux build to compare with.

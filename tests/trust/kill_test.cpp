@@ -27,7 +27,7 @@ int KillCount() {
 class KillTest : public testing::Test {
   protected:
     // Long enough that the writers hand on full blocks in the middle of the run.
-    KillTest() : scene_(MakeFullRecording(3, 3000)), expected_(ExpectFiles(scene_.Reference())) {
+    KillTest() : scene_(MakeFullRecording(3, 1500)), expected_(ExpectFiles(scene_.Reference())) {
         const auto start = Clock::now();
         EXPECT_EQ(scene_.Run().exitStatus, 0);
         wholeRun_ = Clock::now() - start;

@@ -20,9 +20,9 @@ constexpr double kImuFrequency = 3000.0;           // samples per second
 constexpr double kUltrasonicFrequency = 210000.0;  // samples per second
 constexpr double kADBitVolts = 4e-06;              // printed for every file
 constexpr int kADBitVoltsDigits = 24;
-constexpr double kInputRange = 131072.0;    // printed for every file
+constexpr double kInputRange = 131072.0;       // printed for every file
 constexpr std::size_t kPrefetchDistance = 64;  // samples
-constexpr std::size_t kPacketSamples = 10;  // of a channel
+constexpr std::size_t kPacketSamples = 10;     // of a channel
 constexpr std::size_t kFewestSpareBlocks = 2;
 constexpr std::size_t kSpareBytes = std::size_t{32} << 20U;
 constexpr std::uint32_t kMostRecordsAlwaysFilled = 64;  // of a block, by a second of recording
@@ -307,7 +307,7 @@ std::int32_t CSCFileWriterContainer::FinishCscFiles() {
         if (WriteRest(record) != 0) return -1;
     }
     // No header says that a file was closed before all of them are whole.
-    if (fileIO.CompleteWrites() != 0) return -1;
+    if (fileIO.CompleteWrites() != 0 || fileIO.SyncFiles() != 0) return -1;
     if (SetHeaders(true) != 0) return -1;
     records.clear();
     return fileIO.CloseAllOutputFiles() == 0 ? 0 : -1;

@@ -76,13 +76,18 @@ bool DataFile::SetHeader(std::string_view text, std::size_t mostBytes) {
              L" fit; shorten the path or the recording's header fields");
         return false;
     }
-    if (hasUnsyncedData_ && settings_.syncBeforeFinalHeader) {
-        if (!Check(file_.SyncData(), L"write")) return false;
-        hasUnsyncedData_ = false;
-    }
+    if (!Sync()) return false;
     std::vector<char> block(kOutputHeaderSize);
     std::memcpy(block.data(), text.data(), text.size());
     return Check(file_.WriteAt(0, block.data(), block.size()), L"write");
+}
+
+bool DataFile::Sync() {
+    if (!CompleteAppends()) return false;
+    if (!hasUnsyncedData_ || !settings_.syncBeforeFinalHeader) return true;
+    if (!Check(file_.SyncData(), L"write")) return false;
+    hasUnsyncedData_ = false;
+    return true;
 }
 
 bool DataFile::Append(const void* data, std::size_t size) {

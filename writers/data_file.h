@@ -49,6 +49,9 @@ class DataFile final : private WriteTarget {
     // Waits for what was handed over; false when the file failed by then.
     bool CompleteAppends() const;
 
+    // Waits until the appended data are on the disk, unless the settings say otherwise.
+    bool Sync();
+
   private:
     void PerformAppend(const void* data, std::size_t size) override;
     bool Failed() const { return failed_.load(std::memory_order_acquire); }

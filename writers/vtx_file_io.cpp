@@ -4,6 +4,9 @@
 #include "platform/system_error.h"
 #include "platform/text_encoding.h"
 
+#include <algorithm>
+#include <future>
+
 using VtxDataTypes::kFailure;
 using VtxDataTypes::kSuccess;
 using VtxDataTypes::VtxRetVal;
@@ -11,6 +14,8 @@ using VtxDataTypes::VtxRetVal;
 namespace Veltrosyn {
 
 namespace {
+
+constexpr std::size_t kSyncThreads = 16;
 
 VtxRetVal ToResult(bool succeeded) {
     return succeeded ? kSuccess : kFailure;
@@ -73,6 +78,26 @@ void VtxFileIO::WaitUntilTaken(const void* records) const {
 VtxRetVal VtxFileIO::CompleteWrites() {
     bool succeeded = true;
     for (const auto& file : files_) succeeded = file->CompleteAppends() && succeeded;
+    return ToResult(succeeded);
+}
+
+VtxRetVal VtxFileIO::SyncFiles() {
+    if (!settings_.syncBeforeFinalHeader) return kSuccess;
+    // Every so-many-th file; no two threads are in one file.
+    const auto syncFrom = [this](std::size_t first) {
+        bool synced = true;
+        for (std::size_t i = first; i < files_.size(); i += kSyncThreads) {
+            synced = files_[i]->Sync() && synced;
+        }
+        return synced;
+    };
+    std::vector<std::future<bool>> others;
+    for (std::size_t i = 1; i < std::min(kSyncThreads, files_.size()); ++i) {
+        // Without a thread to spare the work is done by this one below.
+        others.push_back(std::async(std::launch::async | std::launch::deferred, syncFrom, i));
+    }
+    bool succeeded = syncFrom(0);
+    for (std::future<bool>& other : others) succeeded = other.get() && succeeded;
     return ToResult(succeeded);
 }
 

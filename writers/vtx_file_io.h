@@ -53,6 +53,10 @@ class VtxFileIO {
     // Waits for everything handed over; fails when any of the files failed by then.
     VtxDataTypes::VtxRetVal CompleteWrites();
 
+    // Waits until all files' data are on the disk, unless the settings say otherwise. The disk is
+    // asked for many files at a time: one behind the other each would have to wait for it.
+    VtxDataTypes::VtxRetVal SyncFiles();
+
     // Why files of this object failed, a line each.
     std::vector<std::wstring> Failures() const;
 

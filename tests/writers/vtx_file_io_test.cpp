@@ -199,5 +199,38 @@ TEST(VtxFileIO, DataAreOnTheDiskBeforeTheFinalHeader) {
     EXPECT_EQ(file.library.CloseAllOutputFiles(), 0);
 }
 
+TEST(VtxFileIO, FilesWithDataAreOnTheDiskOnceBeforeAnyFinalHeader) {
+    const TempDirectory directory;
+    FaultyFileCalls calls;
+    VtxFileIO library{OutputSettings()};
+    CRRec record{};
+    for (int i = 0; i < 40; ++i) {
+        int handle = -1;
+        const std::wstring path = directory.Path(std::to_wstring(i));
+        ASSERT_EQ(library.OpenVtxOutputFile(path.c_str(), VtxDataTypes::kCSC, handle, 0), 0);
+        const int length = i % 2 == 0 ? static_cast<int>(sizeof record) : 0;
+        ASSERT_EQ(library.WriteDataToFile(handle, &record, length), 0);
+    }
+    EXPECT_EQ(library.SyncFiles(), 0);
+    EXPECT_EQ(calls.syncCount, 20U);
+    for (int handle = 0; handle < 40; ++handle) EXPECT_EQ(library.SetHeader(handle, L"x"), 0);
+    EXPECT_EQ(calls.syncCount, 20U);
+}
+
+TEST(VtxFileIO, FailingSyncFailsThatFileOnly) {
+    OpenLibrary file{OutputSettings()};
+    int other = -1;
+    const std::wstring path = file.directory.Path(L"b.vcs");
+    ASSERT_EQ(file.library.OpenVtxOutputFile(path.c_str(), VtxDataTypes::kCSC, other, 0), 0);
+    CRRec record{};
+    ASSERT_EQ(file.library.WriteDataToFile(file.handle, &record, sizeof record), 0);
+    FaultyFileCalls calls;
+    calls.syncError = SystemErrorFor(SystemErrorKind::kNoSpace);
+    EXPECT_NE(file.library.SyncFiles(), 0);
+    EXPECT_NE(file.library.SetHeader(file.handle, L"closed"), 0);
+    EXPECT_EQ(file.library.SetHeader(other, L"closed"), 0);
+    EXPECT_EQ(file.library.Failures().size(), 1U);
+}
+
 }  // namespace
 }  // namespace stalwick::test

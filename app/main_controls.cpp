@@ -157,7 +157,7 @@ QSplitter* MakeMiddle(const MainControls& controls) {
     splitter->addWidget(MakeFileHeaderGroup(controls));
     splitter->setChildrenCollapsible(false);
     splitter->setStretchFactor(0, 1);
-    splitter->setStretchFactor(1, 2);
+    splitter->setStretchFactor(1, 1);
     return splitter;
 }
 

@@ -49,7 +49,7 @@ ProgressDlg::ProgressDlg(QWidget* parent)
                            ControlId::kProgressTitle, QStringLiteral("State"));
     auto* cancel = Identify(new QPushButton(QStringLiteral("&Cancel")), ControlId::kCancel,
                             QStringLiteral("Cancel"));
-    cancel->setAutoDefault(false);
+    cancel->setAutoDefault(false);  // Enter cancels nothing
     connect(cancel, &QPushButton::clicked, this, &ProgressDlg::OnCancel);
 
     auto* lower = new QHBoxLayout;
@@ -61,6 +61,7 @@ ProgressDlg::ProgressDlg(QWidget* parent)
     all->addWidget(MakeMarquee());
     all->addLayout(lower);
     all->setSizeConstraint(QLayout::SetFixedSize);
+    cancel->setFocus();
 }
 
 void ProgressDlg::SetCancelAction(std::function<void()> cancelAction) {

@@ -11,3 +11,17 @@ function(stalwick_add_test name)
         stalwick_test_support ${ARG_LINK} GTest::gtest_main GTest::gmock)
     gtest_discover_tests(${name}_tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300 LABELS ${name})
 endfunction()
+
+# stalwick_add_window_test(<name> SOURCES ... [LINK ...]): the Qt Test suite <name>_test, drawn
+# without a screen where the system's Qt can do so.
+function(stalwick_add_window_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LINK")
+    add_executable(${name}_test ${name}_test.cpp ${ARG_SOURCES})
+    set_target_properties(${name}_test PROPERTIES AUTOMOC ON)
+    target_link_libraries(${name}_test PRIVATE stalwick_window_test ${ARG_LINK})
+    add_test(NAME window.${name} COMMAND ${name}_test)
+    set_tests_properties(window.${name} PROPERTIES TIMEOUT 300 LABELS app)
+    if(NOT WIN32)
+        set_property(TEST window.${name} APPEND PROPERTY ENVIRONMENT QT_QPA_PLATFORM=offscreen)
+    endif()
+endfunction()

@@ -9,7 +9,6 @@
 #include <QPushButton>
 #include <QTimerEvent>
 
-#include "app/app_identity.h"
 #include "app/control_ids.h"
 
 namespace stalwick {
@@ -44,7 +43,7 @@ QLabel* MakeRecordLabel() {
 ProgressDlg::ProgressDlg(QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint),
       recordLabel_(MakeRecordLabel()) {
-    setWindowTitle(ApplicationName());
+    setWindowTitle(QStringLiteral("Data Conversion"));
     auto* title = Identify(new QLabel(QStringLiteral("Data conversion in progress...")),
                            ControlId::kProgressTitle, QStringLiteral("State"));
     auto* cancel = Identify(new QPushButton(QStringLiteral("&Cancel")), ControlId::kCancel,

@@ -22,6 +22,9 @@ function(stalwick_add_window_test name)
     add_test(NAME window.${name} COMMAND ${name}_test)
     set_tests_properties(window.${name} PROPERTIES TIMEOUT 300 LABELS app)
     if(NOT WIN32)
-        set_property(TEST window.${name} APPEND PROPERTY ENVIRONMENT QT_QPA_PLATFORM=offscreen)
+        set_property(TEST window.${name} APPEND PROPERTY ENVIRONMENT
+            QT_QPA_PLATFORM=offscreen
+            TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/app/tsan.supp
+            LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/app/lsan.supp)
     endif()
 endfunction()

@@ -59,7 +59,7 @@ void ProgressDialogTest::ControlsHaveTheirTextsAndNumbers() {
              "Data conversion in progress...");
     QCOMPARE(PlainText(Find<QPushButton>(open.dialog, ControlId::kCancel)->text()), "Cancel");
     QVERIFY(Find<QProgressBar>(open.dialog, ControlId::kProgressBar));
-    QCOMPARE(open.dialog.windowTitle(), "Veltrosyn Stalwick");
+    QCOMPARE(open.dialog.windowTitle(), "Data Conversion");
 }
 
 void ProgressDialogTest::BarIsAMarquee() {

@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# Installs the program and holds what the desktop reads against the desktop's own tools.
+#   desktop_files_test.sh BUILD_DIRECTORY
+set -euo pipefail
+
+prefix=$(mktemp -d)
+trap 'rm -rf "$prefix"' EXIT
+cmake --install "$1" --prefix "$prefix" > /dev/null
+share=$prefix/share
+
+fail() {
+    echo "FAILED: $*" >&2
+    exit 1
+}
+
+desktop=$share/applications/com.veltrosyn.Stalwick.desktop
+desktop-file-validate --warn-kde "$desktop"
+program=$(sed -n 's/^Exec=//p' "$desktop")
+[ -x "$prefix/bin/$program" ] || fail "the desktop file starts $program, which is not installed"
+
+appstreamcli validate --no-net --strict "$share/metainfo/com.veltrosyn.Stalwick.metainfo.xml"
+
+for size in 16 24 32 48 64 128 256; do
+    icon=$share/icons/hicolor/${size}x${size}/apps/stalwick.png
+    [ "$(od -An -tu1 -j16 -N8 "$icon" | tr -s ' ')" = " 0 0 $((size / 256)) $((size % 256)) 0 0 $((size / 256)) $((size % 256))" ] ||
+        fail "$icon is not $size pixels wide and high"
+done
+[ -s "$share/icons/hicolor/scalable/apps/stalwick.svg" ] || fail "no scalable icon"
+
+update-mime-database "$share/mime" 2> /dev/null
+grep -qx '50:application/x-veltrosyn-ord:\*.ord' "$share/mime/globs2" ||
+    fail "*.ord is not application/x-veltrosyn-ord"
+! grep -q 'vcs' "$share/mime/globs2" || fail "*.vcs belongs to calendars"
+# Beside the system's own types the recording's name decides alone.
+if [ -e /usr/share/mime/globs2 ]; then
+    ! grep -v veltrosyn /usr/share/mime/globs2 | grep -q ':\*\.ord$' || fail "*.ord is taken"
+fi
+echo "desktop files: good"

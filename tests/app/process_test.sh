@@ -1,0 +1,115 @@
+#!/usr/bin/env bash
+# Converts recordings with the program itself, by keyboard and mouse alone, and compares the files
+# with those of stalwick-convert.
+#   process_test.sh BUILD_DIRECTORY
+# Runs itself again under an X server of its own, with a window manager: without one, a window is
+# never told that it is active.
+set -euo pipefail
+
+if [ -z "${STALWICK_TEST_DISPLAY:-}" ]; then
+    STALWICK_TEST_DISPLAY=own exec xvfb-run --auto-servernum \
+        --server-args='-screen 0 1280x900x24' "$0" "$@"
+fi
+
+build=$1
+work=$(mktemp -d)
+export XDG_RUNTIME_DIR=$work/runtime XDG_CONFIG_HOME=$work/config QT_QPA_PLATFORM=xcb
+mkdir -m 700 "$XDG_RUNTIME_DIR"
+mkdir "$work/in" "$work/expected"
+windowManager= program=
+clean_up() {
+    [ -z "$program" ] || kill "$program" 2> /dev/null || true
+    [ -z "$windowManager" ] || kill "$windowManager" 2> /dev/null || true
+    rm -rf "$work"
+}
+trap clean_up EXIT
+
+fail() {
+    echo "FAILED: $*" >&2
+    exit 1
+}
+
+# Until the command succeeds; only a program that hangs needs the patience.
+wait_for() {
+    for _ in $(seq 200); do
+        ! "$@" > /dev/null 2>&1 || return 0
+        sleep 0.1
+    done
+    fail "waited for: $*"
+}
+
+window_named() { xdotool search --onlyvisible --name "$1" | head -1 | grep .; }
+no_window_named() { ! window_named "$1"; }
+active_window_is() { [ "$(xdotool getactivewindow getwindowname)" = "$1" ]; }
+
+# Types a key into the window that the user would see as active.
+press() {
+    wait_for active_window_is "$1"
+    xdotool key --clearmodifiers "$2"
+}
+
+# A file dialog: the path and Enter. Its list of completions would take the Enter: close it first.
+enter_path() {
+    wait_for active_window_is "$1"
+    xdotool type --delay 2 "$2"
+    sleep 0.3
+    xdotool key Return
+    sleep 0.3
+    if window_named "$1" > /dev/null; then xdotool key Return; fi
+    wait_for no_window_named "$1"
+}
+
+for seed in 1 2; do
+    "$build/tools/ord_synth/ord_synth" --quiet --channels 32 --seconds 0.5 --all --seed $seed \
+        --output "$work/in/rec$seed.ord"
+done
+# A window that comes while the window manager starts may never be shown.
+openbox --sm-disable --startup "touch $work/managed" > /dev/null 2>&1 &
+windowManager=$!
+wait_for test -e "$work/managed"
+"$build/app/stalwick" &
+program=$!
+main='Veltrosyn Stalwick'
+wait_for window_named "^$main\$"
+window=$(window_named "^$main\$")
+
+# By keyboard: choose a recording, an output directory and every output, and start.
+mkdir "$work/out"
+press "$main" alt+i
+enter_path 'Open Veltrosyn Wireless Raw Data File...' "$work/in/rec1.ord"
+press "$main" alt+o
+enter_path 'Select Data Directory' "$work/out"
+for key in b a u r; do press "$main" alt+$key; done
+press "$main" Escape
+press "$main" Return
+[ ! -e "$work/out/rec1" ] || fail "Enter or Escape started a conversion"
+# A mnemonic acts about 100 ms after its key.
+sleep 0.5
+press "$main" alt+n
+wait_for test -e "$work/out/rec1/RawData.vrd"
+# The message box has the main dialog's caption; it is another window.
+main_active() { [ "$(xdotool getactivewindow)" = "$window" ]; }
+message_shown() { [ "$(xdotool getactivewindow)" != "$window" ] && active_window_is "$main"; }
+# A key that comes while the window takes the focus is lost; in the main dialog Enter does nothing.
+press_enter_until_main() { xdotool key Return && sleep 0.2 && main_active; }
+dismiss_message() {
+    wait_for message_shown
+    wait_for press_enter_until_main
+}
+dismiss_message
+
+# By mouse: the button in the lower right corner starts a second conversion of the same file.
+eval "$(xdotool getwindowgeometry --shell "$window")"
+xdotool mousemove --window "$window" $((WIDTH - 100)) $((HEIGHT - 50)) click 1
+wait_for test -e "$work/out/rec1/RawData_01.vrd"
+dismiss_message
+
+xdotool key --clearmodifiers alt+F4
+wait_for no_window_named "^$main\$"
+status=0
+wait "$program" || status=$?
+program=
+[ $status -eq 0 ] || fail "the program ended with $status"
+
+"$build/cli/stalwick-convert" --quiet --all --output-dir "$work/expected" "$work/in/rec1.ord"
+python3 "$(dirname "$0")/compare_outputs.py" "$work/expected/rec1" "$work/out/rec1"

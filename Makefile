@@ -2,6 +2,7 @@
 #   make demo      what the program does, on a recording made for the purpose
 #   make test      every test
 #   make bench     the speed of the decoder and of whole conversions (docs/performance.md)
+#   make screenshots   every window, light and dark, at 100 % and 200 %
 #   make test-windows, make windows-app, make package-windows      docs/building-windows.md
 # Each installs the Debian packages that it needs and that are missing.
 
@@ -11,7 +12,7 @@ FUZZ_SECONDS ?= 60
 BUILD := build/$(PRESET)
 
 .DEFAULT_GOAL := build
-.PHONY: build demo test test-dev test-clang test-asan test-tsan fuzz soak coverage bench test-windows windows-app package-windows install format check-format clean
+.PHONY: build demo test test-dev test-clang test-asan test-tsan fuzz soak coverage bench test-windows windows-app package-windows screenshots install format check-format clean
 
 build:
 	scripts/install-deps.sh
@@ -93,6 +94,12 @@ bench:
 	cmake --build --preset release --target stalwick-convert ord_synth decoder_bench
 	build/release/bench/decoder_bench
 	bench/compare.sh build/release
+
+screenshots:
+	scripts/install-deps.sh build test screenshots
+	cmake --preset $(PRESET)
+	cmake --build --preset $(PRESET) --target window_screenshots ord_synth
+	scripts/screenshots.sh $(BUILD)
 
 install: build
 	cmake --install $(BUILD) --prefix $(PREFIX)

@@ -1,7 +1,8 @@
+#include "ord/ad_block_kernel.h"
+
+#include <algorithm>
 #include <bit>
 #include <cstring>
-
-#include "ord/ad_block_kernel.h"
 
 namespace stalwick {
 
@@ -29,6 +30,26 @@ std::uint32_t FirstBit(const GroupLayout& layout, unsigned channel) {
     return ByteAt(layout.firstBytes, channel) * 8U + ByteAt(layout.bitsToSkip, channel);
 }
 
+// Where one channel's values stand, in bits from the block's first one.
+struct ChannelBits {
+    std::uint32_t firstValue;
+    std::uint32_t firstDelta;
+    std::uint32_t row;  // from one delta to the next
+    unsigned width;     // of a delta
+};
+
+// The sign extension of the first value's 14 bits leaves with the shift.
+inline void DecodeChannel(const std::uint8_t* data, const ChannelBits& bits,
+                          std::uint32_t samplesPerChannel, std::uint16_t* samples) {
+    std::uint32_t value = ReadSigned(data, bits.firstValue, kFirstValueBits);
+    samples[0] = static_cast<std::uint16_t>(value << kSampleShift);
+    std::uint32_t position = bits.firstDelta;
+    for (std::uint32_t i = 1; i < samplesPerChannel; ++i, position += bits.row) {
+        value += ReadSigned(data, position, bits.width);
+        samples[i] = static_cast<std::uint16_t>(value << kSampleShift);
+    }
+}
+
 }  // namespace
 
 void DecodePlannedBlockScalar(const std::uint8_t* data, const ADBlockPlan& plan,
@@ -36,22 +57,18 @@ void DecodePlannedBlockScalar(const std::uint8_t* data, const ADBlockPlan& plan,
     for (std::uint32_t i = 0; i < plan.groupCount; ++i) {
         const ChannelGroup8& group = plan.groups[i];
         for (unsigned channel = 0; channel < kChannelsPerGroup; ++channel) {
-            std::uint16_t* const end = samples + samplesPerChannel;
+            const ChannelBits bits = {
+                group.firstValuesBit + FirstBit(group.firstValues, channel),
+                plan.deltasBit + group.deltasBit + FirstBit(group.deltas, channel), plan.rowBits,
+                ByteAt(group.deltas.widths, channel)};
             if ((ByteAt(group.deltas.firstBytes, channel) & kNoByte) != 0) {
-                while (samples != end) *samples++ = 0;
-                continue;
+                std::fill_n(samples, samplesPerChannel, std::uint16_t{0});
+            } else if (samplesPerChannel == kSamplesPerPacket) {
+                DecodeChannel(data, bits, kSamplesPerPacket, samples);  // a loop without a test
+            } else {
+                DecodeChannel(data, bits, samplesPerChannel, samples);
             }
-            // The sign extension of the 14 bits leaves with the shift.
-            std::uint32_t value = ReadSigned(
-                data, group.firstValuesBit + FirstBit(group.firstValues, channel), kFirstValueBits);
-            *samples++ = static_cast<std::uint16_t>(value << kSampleShift);
-            const unsigned width = ByteAt(group.deltas.widths, channel);
-            std::uint32_t position =
-                plan.deltasBit + group.deltasBit + FirstBit(group.deltas, channel);
-            for (; samples != end; position += plan.rowBits) {
-                value += ReadSigned(data, position, width);
-                *samples++ = static_cast<std::uint16_t>(value << kSampleShift);
-            }
+            samples += samplesPerChannel;
         }
     }
 }

@@ -89,11 +89,12 @@ package-windows: windows-app
 	packaging/windows/test-installer.sh build/windows-packages
 
 bench:
-	scripts/install-deps.sh build bench
+	scripts/install-deps.sh build test bench
 	cmake --preset release -DSTALWICK_BUILD_BENCH=ON
-	cmake --build --preset release --target stalwick-convert ord_synth decoder_bench
+	cmake --build --preset release --target stalwick-convert ord_synth decoder_bench window_bench
 	build/release/bench/decoder_bench
 	bench/compare.sh build/release
+	bench/window.sh build/release
 
 screenshots:
 	scripts/install-deps.sh build test screenshots

@@ -12,7 +12,8 @@ namespace stalwick {
 namespace {
 
 constexpr int kPictureSize = 96;
-constexpr int kTextWidth = 300;
+constexpr int kTextColumns = 60;  // the legal notice takes two lines
+constexpr int kGap = 18;
 
 QLabel* MakeLabel(const QString& text, ControlId id, const QString& accessibleName) {
     auto* label = Identify(new QLabel(text), id, accessibleName);
@@ -41,7 +42,7 @@ QLabel* MakeLegalNotice() {
     auto* notice =
         MakeLabel(LegalNotice(), ControlId::kAboutLegalNotice, QStringLiteral("Legal notice"));
     notice->setWordWrap(true);
-    notice->setFixedWidth(kTextWidth);
+    notice->setFixedWidth(notice->fontMetrics().averageCharWidth() * kTextColumns);
     return notice;
 }
 
@@ -55,7 +56,7 @@ QVBoxLayout* MakeTexts() {
                                ControlId::kAboutVersion, QStringLiteral("Version")));
     texts->addWidget(MakeLabel(QStringLiteral("Build number: %1").arg(kBuildNumber),
                                ControlId::kAboutBuild, QStringLiteral("Build number")));
-    texts->addSpacing(texts->spacing());
+    texts->addSpacing(kGap / 2);
     texts->addWidget(MakeLegalNotice());
     texts->addStretch();
     return texts;
@@ -73,10 +74,11 @@ CAboutDlg::CAboutDlg(QWidget* parent) : QDialog(parent) {
 
     auto* upper = new QHBoxLayout;
     upper->addWidget(MakePicture(devicePixelRatioF()), 0, Qt::AlignTop);
-    upper->addSpacing(2 * upper->spacing());
+    upper->addSpacing(kGap);
     upper->addLayout(MakeTexts());
 
     auto* all = new QVBoxLayout(this);
+    all->setContentsMargins(kGap, kGap, kGap, kGap);
     all->addLayout(upper);
     all->addWidget(ok, 0, Qt::AlignRight);
     all->setSizeConstraint(QLayout::SetFixedSize);

@@ -24,7 +24,6 @@ function(stalwick_add_window_test name)
     if(NOT WIN32)
         set_property(TEST window.${name} APPEND PROPERTY ENVIRONMENT
             QT_QPA_PLATFORM=offscreen
-            TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/app/tsan.supp
-            LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/app/lsan.supp)
+            TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/app/tsan.supp)
     endif()
 endfunction()

@@ -22,8 +22,8 @@ namespace {
 using namespace stalwick;
 
 QPalette DarkPalette() {
-    QPalette palette(QColor(0x35, 0x35, 0x35), QColor(0x31, 0x31, 0x31));
-    palette.setColor(QPalette::Base, QColor(0x24, 0x24, 0x24));
+    QPalette palette(QColor(0x45, 0x45, 0x45), QColor(0x3a, 0x3a, 0x3a));
+    palette.setColor(QPalette::Base, QColor(0x1e, 0x1e, 0x1e));
     palette.setColor(QPalette::AlternateBase, QColor(0x2d, 0x2d, 0x2d));
     palette.setColor(QPalette::Highlight, QColor(0x2a, 0x82, 0xda));
     return palette;

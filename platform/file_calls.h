@@ -38,6 +38,12 @@ class FileCalls {
                                            std::uint64_t size) = 0;
     // Returns when everything written to the file is on the disk.
     virtual SystemErrorCode SyncData(FileHandle handle) = 0;
+    // Whether the open file has lost its name: nobody will find it once it is closed. False where
+    // the system keeps the names of open files.
+    virtual SystemErrorCode QueryRemoved(FileHandle /*handle*/, bool& removed) {
+        removed = false;
+        return 0;
+    }
     virtual SystemErrorCode Close(FileHandle handle) = 0;
 };
 

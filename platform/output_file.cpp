@@ -71,6 +71,11 @@ SystemErrorCode OutputFile::SyncData() {
     return code;
 }
 
+bool OutputFile::IsRemoved() const {
+    bool removed = false;
+    return IsOpen() && CurrentFileCalls().QueryRemoved(handle_, removed) == 0 && removed;
+}
+
 SystemErrorCode OutputFile::Close() {
     if (!IsOpen()) return 0;
     const SystemErrorCode code = CurrentFileCalls().Close(std::exchange(handle_, kNoFile));

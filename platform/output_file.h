@@ -30,6 +30,9 @@ class OutputFile {
     // Returns when everything written is on the disk.
     SystemErrorCode SyncData();
 
+    // True when somebody has removed the open file: closing it would lose what was written.
+    bool IsRemoved() const;
+
     SystemErrorCode Close();
 
   private:

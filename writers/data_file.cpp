@@ -113,6 +113,10 @@ void DataFile::PerformAppend(const void* data, std::size_t size) {
 
 bool DataFile::Close() {
     CompleteAppends();
+    if (file_.IsRemoved()) {
+        Fail(L"cannot keep " + OneLine(path_) +
+             L": it was removed while it was written; convert the recording again");
+    }
     const bool closed = Check(file_.Close(), L"close");
     return closed && !Failed();
 }

@@ -78,6 +78,13 @@ class PosixFileCalls final : public FileCalls {
         return ::fdatasync(Descriptor(handle)) == 0 ? 0 : errno;
     }
 
+    SystemErrorCode QueryRemoved(FileHandle handle, bool& removed) override {
+        struct stat status {};
+        if (::fstat(Descriptor(handle), &status) != 0) return errno;
+        removed = status.st_nlink == 0;
+        return 0;
+    }
+
     SystemErrorCode Close(FileHandle handle) override {
         return ::close(Descriptor(handle)) == 0 ? 0 : errno;
     }

@@ -91,6 +91,10 @@ SystemErrorCode FaultyFileCalls::SyncData(FileHandle handle) {
     return syncError != 0 ? syncError : SystemFileCalls().SyncData(handle);
 }
 
+SystemErrorCode FaultyFileCalls::QueryRemoved(FileHandle handle, bool& removed) {
+    return SystemFileCalls().QueryRemoved(handle, removed);
+}
+
 SystemErrorCode FaultyFileCalls::Close(FileHandle handle) {
     const Lock lock(mutex_);
     --openCount;

@@ -55,6 +55,7 @@ class FaultyFileCalls final : public FileCalls {
     SystemErrorCode StartWriteBack(FileHandle handle, std::uint64_t offset,
                                    std::uint64_t size) override;
     SystemErrorCode SyncData(FileHandle handle) override;
+    SystemErrorCode QueryRemoved(FileHandle handle, bool& removed) override;
     SystemErrorCode Close(FileHandle handle) override;
 
   private:

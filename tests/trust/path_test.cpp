@@ -1,5 +1,6 @@
 // Names and places of every kind that a file system takes.
 
+#include <algorithm>
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -126,6 +127,13 @@ TEST(SymbolicLink, ThatComesInBetweenIsNeverFollowed) {
     EXPECT_TRUE(run.files.contains("CSC1_01.vcs"));
 }
 
+bool Tells(const EngineRun& run, const std::string& text) {
+    return std::any_of(run.details.begin(), run.details.end(), [&](const ConversionDetail& detail) {
+        return detail.kind == ConversionDetail::Kind::kIncomplete &&
+               NarrowPath(detail.text).find(text) != std::string::npos;
+    });
+}
+
 TEST(VanishedDirectory, IsNamedAndFailsTheConversion) {
     const TempDirectory directory;
     FaultyFileCalls disk;
@@ -135,10 +143,39 @@ TEST(VanishedDirectory, IsNamedAndFailsTheConversion) {
     };
     const EngineRun run = RunEngine(directory, MakeFullRecording(5, 3), AllOutputs());
     EXPECT_EQ(run.statusText, L"Processing failed");
-    ASSERT_EQ(run.details.size(), 1U);
-    const std::string detail = NarrowPath(run.details[0].text);
-    EXPECT_NE(detail.find("CSC3.vcs: No such file or directory"), std::string::npos) << detail;
+    EXPECT_TRUE(Tells(run, "CSC3.vcs: No such file or directory"));
+    EXPECT_TRUE(Tells(run, "CSC2.vcs: it was removed while it was written"));
     EXPECT_EQ(disk.openCount, 0U);
+}
+
+// Writing into files without a name succeeds: nobody would find them afterwards.
+TEST(VanishedDirectory, OutputsThatAreRemovedWhileTheyAreWrittenAreMissed) {
+    const TempDirectory directory;
+    FaultyFileCalls disk;
+    disk.beforeRead = [&](unsigned readCount) {
+        if (readCount == 2) fs::remove_all(NarrowPath(directory.Path(L"out")));
+    };
+    const EngineRun run = RunEngine(directory, MakeFullRecording(3, 200), AllOutputs());
+    EXPECT_EQ(run.statusText, L"Processing failed");
+    for (const char* name : {"CSC1.vcs", "Ultrasonic.vcs", "Events.vev"}) {
+        EXPECT_TRUE(Tells(run, std::string(name) + ": it was removed while it was written"));
+    }
+    EXPECT_EQ(disk.openCount, 0U);
+}
+
+TEST(VanishedDirectory, OneRemovedOutputIsMissedAndTheOthersStay) {
+    const TempDirectory directory;
+    FaultyFileCalls disk;
+    disk.beforeRead = [&](unsigned readCount) {
+        if (readCount == 2) fs::remove(NarrowPath(directory.Path(L"out")) + "/rec/RawData.vrd");
+    };
+    const EngineRun run = RunEngine(directory, MakeFullRecording(3, 200), AllOutputs());
+    EXPECT_EQ(run.statusText, L"Processing complete");
+    ASSERT_EQ(run.details.size(), 1U);
+    EXPECT_EQ(run.details[0].kind, ConversionDetail::Kind::kIncomplete);
+    EXPECT_NE(run.details[0].text.find(L"RawData.vrd is incomplete: cannot keep"),
+              std::wstring::npos);
+    EXPECT_EQ(run.files.size(), 23U);
 }
 
 }  // namespace

@@ -83,6 +83,10 @@ windows-app:
 	    STALWICK_QT_PREFIX="$$(packaging/windows/build-qt.sh)" cmake --preset windows-app
 	cmake --build --preset windows-app
 
+# The window's tests under wine, on a display of their own.
+test-windows-app: windows-app
+	scripts/with-display.sh ctest --preset windows-app --label-regex '^app$$'
+
 # The zip and the installer, and a test that installs and removes it under wine.
 package-windows: windows-app
 	packaging/windows/package.sh build/windows-app build/windows-packages

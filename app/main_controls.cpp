@@ -4,6 +4,7 @@
 #include <QCheckBox>
 #include <QDialog>
 #include <QFontDatabase>
+#include <QFontInfo>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHeaderView>
@@ -21,6 +22,19 @@
 namespace stalwick {
 
 namespace {
+
+// On Windows the system's fixed font is a bitmap font, for which a proportional one can step in.
+QFont FixedPitchFont() {
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    if (QFontInfo(font).fixedPitch()) return font;
+    font.setPointSizeF(QFontDatabase::systemFont(QFontDatabase::GeneralFont).pointSizeF());
+    for (const char* family : {"Consolas", "Courier New", "Liberation Mono", "DejaVu Sans Mono"}) {
+        if (!QFontDatabase::isFixedPitch(QLatin1String(family))) continue;
+        font.setFamily(QLatin1String(family));
+        break;
+    }
+    return font;
+}
 
 constexpr int kFilenameColumnWidth = 260;
 constexpr int kHeaderColumns = 64;  // characters of the header that are seen at first
@@ -61,7 +75,7 @@ QTreeWidget* MakeFileList() {
 QPlainTextEdit* MakeFileHeader() {
     auto* header =
         Identify(new QPlainTextEdit, ControlId::kFileHeader, QStringLiteral("File Header"));
-    header->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    header->setFont(FixedPitchFont());
     header->setReadOnly(true);
     header->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     header->setTabChangesFocus(true);

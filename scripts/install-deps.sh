@@ -17,8 +17,8 @@ packages_of() {
         coverage) echo gcovr ;;
         screenshots) echo xvfb openbox xdotool imagemagick librsvg2-bin fonts-dejavu-core ;;
         windows) echo g++-mingw-w64-x86-64-posix wine wine64 googletest dpkg-dev python3 ;;
-        windows-app) echo qt6-base-dev qt6-base-dev-tools dpkg-dev nsis cmark python3 xvfb openbox \
-                          xdotool imagemagick icoutils ;;
+        windows-app) echo qt6-base-dev qt6-base-dev-tools dpkg-dev nsis cmark python3 xvfb xauth openbox \
+                          xdotool imagemagick icoutils fonts-liberation ;;
         all) for group in build test check fuzz bench coverage screenshots windows windows-app; do
                  packages_of "$group"
              done ;;

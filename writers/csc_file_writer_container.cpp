@@ -163,15 +163,20 @@ std::int32_t CSCFileWriterContainer::SetHeaders(bool fileClosed) {
 
 std::span<OutputFileRecord> CSCFileWriterContainer::FilesOf(ChannelGroup group) {
     const std::span<OutputFileRecord> all(records);
+    // A group can be on for writing and have no files: see ChannelOptions.
+    const auto part = [all](std::size_t first, std::size_t count) {
+        const std::span<OutputFileRecord> rest = all.subspan(std::min(first, all.size()));
+        return rest.first(std::min(count, rest.size()));
+    };
     switch (group) {
         case ChannelGroup::kAD:
-            return all.first(std::min<std::size_t>(numAdChannels, all.size()));
+            return part(0, numAdChannels);
         case ChannelGroup::kBaseIMU:
-            return all.subspan(baseImuFirst, kImuChannelNames.size());
+            return part(baseImuFirst, kImuChannelNames.size());
         case ChannelGroup::kAfeIMU:
-            return all.subspan(afeImuFirst, kImuChannelNames.size());
+            return part(afeImuFirst, kImuChannelNames.size());
         case ChannelGroup::kUltrasonic:
-            return all.subspan(ultrasonicFirst, 1);
+            return part(ultrasonicFirst, 1);
     }
     return {};
 }

@@ -21,7 +21,6 @@ class RecordPool {
 
     bool IsEmpty() const { return free_.empty(); }
     Block Take();
-    void GiveBack(Block block) { free_.push_back(block); }
 
   private:
     MemoryMapping memory_;

@@ -99,6 +99,17 @@ TEST(CSCFileWriterContainer, OpeningComparesOptionsWithOneAndWritingTakesAnyForY
     EXPECT_EQ(samples[0], 48);
 }
 
+TEST(CSCFileWriterContainer, SamplesOfAGroupThatIsOnWithoutFilesGoNowhere) {
+    const TempDirectory directory;
+    CSCFileWriterContainer container(Settings());
+    EXPECT_EQ(container.InitializeCscFiles(directory.Path(), {0, 2, 2, 2}), 0);
+    std::vector<std::int16_t> samples(70, 512);
+    EXPECT_EQ(container.WriteSamples(samples, 1, ChannelGroup::kBaseIMU, {}), 0);
+    EXPECT_EQ(container.WriteSamples(samples, 1, ChannelGroup::kAfeIMU, {}), 0);
+    EXPECT_EQ(container.WriteSamples(samples, 70, ChannelGroup::kUltrasonic, {}), 0);
+    EXPECT_EQ(container.FinishCscFiles(), 0);
+}
+
 TEST(CSCFileWriterContainer, GroupThatIsOffIsRefusedAndItsSamplesStay) {
     OpenChannels channels;
     std::vector<std::int16_t> samples(9, 1000);

@@ -13,8 +13,6 @@ namespace stalwick {
 
 namespace {
 
-constexpr wchar_t kComplete[] = L"Processing complete";
-constexpr wchar_t kCanceled[] = L"Data processing canceled.";
 constexpr wchar_t kOutOfMemory[] = L"Processing failed - Not enough memory";
 
 std::uint64_t SizeOf(const std::wstring& path) {
@@ -113,7 +111,7 @@ void ConversionBatch::ConvertFile(std::size_t index) {
     } catch (const std::bad_alloc&) {
         outcome.status = kOutOfMemory;
     }
-    outcome.converted = outcome.status == kComplete || outcome.status == kCanceled;
+    outcome.converted = outcome.status == kStatusComplete || outcome.status == kStatusCanceled;
     outcome.details = processor.Details();
 }
 
@@ -140,7 +138,7 @@ std::wstring ConversionBatch::Status() const {
         outcomes_.begin(), outcomes_.end(),
         [](const FileOutcome& outcome) { return !outcome.converted && !outcome.status.empty(); });
     if (failed != outcomes_.end()) return failed->status;
-    return Canceled() ? kCanceled : kComplete;
+    return Canceled() ? kStatusCanceled : kStatusComplete;
 }
 
 }  // namespace stalwick

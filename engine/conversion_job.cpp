@@ -27,7 +27,7 @@ void RunConversionJob(ConversionJob job) {
     }
     if (!job.onFinished) return;
     const bool canceled = processor.cancelRequested.load(std::memory_order_relaxed) != 0;
-    job.onFinished(canceled ? L"Data processing canceled." : L"Processing complete");
+    job.onFinished(canceled ? kStatusCanceled : kStatusComplete);
 }
 
 SystemErrorCode EnsureOutputDirectory(const std::wstring& directory) {

@@ -20,9 +20,13 @@ struct ConversionJob {
     std::function<void(const std::wstring&)> onFinished;
 };
 
+// The status texts of a job that did not fail.
+inline constexpr wchar_t kStatusComplete[] = L"Processing complete";
+inline constexpr wchar_t kStatusCanceled[] = L"Data processing canceled.";
+
 // Converts every file of the job. With `onFinished` set it stops at the first failure and reports
-// "Processing complete", "Data processing canceled." or "Processing failed", the last with " - "
-// and the processor's error text where there is one; without it, failures stop nothing and
+// kStatusComplete, kStatusCanceled or "Processing failed", the last with " - " and the
+// processor's error text where there is one; without it, failures stop nothing and
 // nothing is reported. Standard exceptions pass through.
 void RunConversionJob(ConversionJob job);
 

@@ -17,6 +17,21 @@ ONLY_ON_LINUX = {
     "CommandTerminal.*": "opens a POSIX pseudo-terminal",
     "FileFaultTest.*": "injects errno numbers",
     "ContinuedFileFaultTest.*": "injects errno numbers",
+    "CancelTest.*": "is in a program with POSIX processes",
+    "ClosedStreams.*": "closes POSIX descriptors",
+    "Durability.*": "is in a program with POSIX processes",
+    "FileSizeLimit.*": "sets a POSIX limit",
+    "HostileNumbers.*": "RapidCheck is not built for Windows",
+    "InputAndOutputDirectory.*": "starts the command by fork",
+    "InputChange.*": "changes a file that is open",
+    "KillTest.*": "sends POSIX signals",
+    "MemoryFaultTest.*": "wraps mmap",
+    "MemoryLimit.*": "sets a POSIX limit",
+    "OpenFileLimit.*": "sets a POSIX limit",
+    "PathNames.*": "starts the command by fork",
+    "ReadOnlyDirectory.*": "sets POSIX permissions",
+    "SymbolicLink.*": "makes POSIX links",
+    "VanishedDirectory.*": "removes a directory that is in use",
 }
 
 

@@ -169,9 +169,7 @@ bool StalwickDlg::nativeEvent(const QByteArray& eventType, void* message, qintpt
 
 // The session is about to end; it may not take a running conversion with it.
 void StalwickDlg::OnCommitData(QSessionManager& manager) {
-    if (!converting_) return;
-    if (manager.allowsErrorInteraction()) manager.release();
-    manager.cancel();
+    if (converting_) manager.cancel();
 }
 
 }  // namespace stalwick

@@ -10,7 +10,7 @@ packages_of() {
         build) echo g++ cmake ninja-build make git \
                     libboost-dev libcli11-dev libhwy-dev qt6-base-dev libgl-dev ;;
         test) echo libgtest-dev libgmock-dev librapidcheck-dev python3 xvfb xauth xdotool openbox \
-                   x11-utils desktop-file-utils appstream shared-mime-info ;;
+                   x11-utils desktop-file-utils appstream shared-mime-info libsm-dev libice-dev ;;
         check) echo clang clang-format libclang-rt-14-dev ;;
         fuzz) echo clang libclang-rt-14-dev ;;
         bench) echo libbenchmark-dev zstd flac python3 ;;

@@ -48,15 +48,23 @@ press() {
     xdotool key --clearmodifiers "$2"
 }
 
-# A file dialog: the path and Enter. Its list of completions would take the Enter: close it first.
+# A file dialog: the path and Enter, once more for its list of completions. Keys that come while a
+# busy machine moves the focus are lost: then all of it again, in place of what stands there.
+type_path() {
+    xdotool key --clearmodifiers alt+n
+    xdotool key --clearmodifiers ctrl+a
+    xdotool type --delay 2 "$2"
+    for _ in 1 2 3; do
+        sleep 0.3
+        ! no_window_named "$1" || return 0
+        xdotool key Return
+    done
+    sleep 0.3
+    no_window_named "$1"
+}
 enter_path() {
     wait_for active_window_is "$1"
-    xdotool type --delay 2 "$2"
-    sleep 0.3
-    xdotool key Return
-    sleep 0.3
-    if window_named "$1" > /dev/null; then xdotool key Return; fi
-    wait_for no_window_named "$1"
+    wait_for type_path "$1" "$2"
 }
 
 for seed in 1 2; do

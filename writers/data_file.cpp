@@ -3,6 +3,7 @@
 #include <cstring>
 #include <vector>
 
+#include "platform/file_system.h"
 #include "platform/system_error.h"
 #include "platform/text_encoding.h"
 
@@ -35,6 +36,11 @@ std::wstring DescribeFailure(std::wstring_view action, const std::wstring& path,
            SystemErrorText(code) + L"; " + AdviceFor(ClassifySystemError(code));
 }
 
+bool WasNameTaken(SystemErrorCode code, const std::wstring& path) {
+    return ClassifySystemError(code) == SystemErrorKind::kAlreadyExists &&
+           QueryPath(path) == PathKind::kFile;
+}
+
 DataFile::~DataFile() {
     CompleteAppends();
 }
@@ -44,20 +50,25 @@ bool DataFile::CompleteAppends() const {
     return !Failed();
 }
 
-const std::wstring& DataFile::FailureText() const {
-    CompleteAppends();
-    return failureText_;
+std::wstring DataFile::FailureText() const {
+    if (CompleteAppends()) return {};
+    if (!refusal_.empty()) return refusal_;
+    return DescribeFailure(failedAction_, path_, failedCode_);
 }
 
-void DataFile::Fail(const std::wstring& text) {
-    if (Failed()) return;
-    failureText_ = text;
+bool DataFile::Refuse(const std::wstring& text) {
+    if (Failed()) return false;
+    refusal_ = text;
     failed_.store(true, std::memory_order_release);
+    return false;
 }
 
-bool DataFile::Check(SystemErrorCode code, std::wstring_view action) {
+bool DataFile::Check(SystemErrorCode code, const wchar_t* action) noexcept {
     if (code == 0) return true;
-    Fail(DescribeFailure(action, path_, code));
+    if (Failed()) return false;
+    failedAction_ = action;
+    failedCode_ = code;
+    failed_.store(true, std::memory_order_release);
     return false;
 }
 
@@ -71,10 +82,9 @@ SystemErrorCode DataFile::Create(const std::wstring& path) {
 bool DataFile::SetHeader(std::string_view text, std::size_t mostBytes) {
     if (!CompleteAppends()) return false;
     if (text.size() > mostBytes) {
-        Fail(L"cannot write the header of " + OneLine(path_) + L": its text has " +
-             std::to_wstring(text.size()) + L" bytes, " + std::to_wstring(mostBytes) +
-             L" fit; shorten the path or the recording's header fields");
-        return false;
+        return Refuse(L"cannot write the header of " + OneLine(path_) + L": its text has " +
+                      std::to_wstring(text.size()) + L" bytes, " + std::to_wstring(mostBytes) +
+                      L" fit; shorten the path or the recording's header fields");
     }
     if (!Sync()) return false;
     std::vector<char> block(kOutputHeaderSize);
@@ -101,7 +111,7 @@ bool DataFile::Append(const void* data, std::size_t size) {
     return !Failed();
 }
 
-void DataFile::PerformAppend(const void* data, std::size_t size) {
+void DataFile::PerformAppend(const void* data, std::size_t size) noexcept {
     if (Failed()) return;
     const std::uint64_t offset = kOutputHeaderSize + dataSize_;
     if (!Check(file_.WriteAt(offset, data, size), L"write")) return;
@@ -114,8 +124,8 @@ void DataFile::PerformAppend(const void* data, std::size_t size) {
 bool DataFile::Close() {
     CompleteAppends();
     if (file_.IsRemoved()) {
-        Fail(L"cannot keep " + OneLine(path_) +
-             L": it was removed while it was written; convert the recording again");
+        Refuse(L"cannot keep " + OneLine(path_) +
+               L": it was removed while it was written; convert the recording again");
     }
     const bool closed = Check(file_.Close(), L"close");
     return closed && !Failed();

@@ -44,7 +44,7 @@ class DataFile final : private WriteTarget {
 
     // The first failure, in one line: what could not be done to which file, why, what to do.
     // Empty while there is none.
-    const std::wstring& FailureText() const;
+    std::wstring FailureText() const;
 
     // Waits for what was handed over; false when the file failed by then.
     bool CompleteAppends() const;
@@ -53,10 +53,10 @@ class DataFile final : private WriteTarget {
     bool Sync();
 
   private:
-    void PerformAppend(const void* data, std::size_t size) override;
+    void PerformAppend(const void* data, std::size_t size) noexcept override;
     bool Failed() const { return failed_.load(std::memory_order_acquire); }
-    void Fail(const std::wstring& text);
-    bool Check(SystemErrorCode code, std::wstring_view action);
+    bool Refuse(const std::wstring& text);
+    bool Check(SystemErrorCode code, const wchar_t* action) noexcept;
 
     OutputSettings settings_;
     WriteQueue* queue_;  // null: Append writes at once
@@ -64,9 +64,15 @@ class DataFile final : private WriteTarget {
     std::wstring path_;
     std::uint64_t dataSize_ = 0;
     bool hasUnsyncedData_ = false;
-    std::atomic<bool> failed_{false};  // set behind the text, by the thread that failed
-    std::wstring failureText_;
+    // What failed, kept without a byte of memory: a full disk may come with a full memory.
+    const wchar_t* failedAction_ = nullptr;
+    SystemErrorCode failedCode_ = 0;
+    std::wstring refusal_;             // in place of a system error
+    std::atomic<bool> failed_{false};  // set behind these, by the thread that failed
 };
+
+// Whether a creation failed only because a file took the name first.
+bool WasNameTaken(SystemErrorCode code, const std::wstring& path);
 
 // "cannot <action> <path>: <reason>; <advice>" for a failed call.
 std::wstring DescribeFailure(std::wstring_view action, const std::wstring& path,

@@ -65,13 +65,18 @@ std::string MakeUniqueFileName(const std::string& path, const SuffixMaker& suffi
     return NarrowPath(candidate);
 }
 
+std::int32_t CreationResult(SystemErrorCode code, const std::wstring& path) {
+    if (code == 0) return 0;
+    return WasNameTaken(code, path) ? kNameTaken : -1;
+}
+
 std::int32_t CreateUnderFreeName(const std::function<std::wstring()>& choosePath,
                                  const std::function<std::int32_t(const std::wstring&)>& create,
                                  std::wstring& path) {
     for (;;) {
         path = choosePath();
         const std::int32_t result = create(path);
-        if (result == 0 || !IsTaken(path)) return result;
+        if (result != kNameTaken) return result;
     }
 }
 

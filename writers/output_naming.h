@@ -21,8 +21,14 @@ using SuffixMaker = std::function<std::wstring(std::int32_t)>;
 // the last "." of the whole path. `suffixMaker` gives another text in place of "_" and number.
 std::string MakeUniqueFileName(const std::string& path, const SuffixMaker& suffixMaker = nullptr);
 
-// Chooses a free path and has `create` make the file there; chooses again while another program
-// takes the name first. `create` returns 0 on success; its last result is returned.
+// Result of a creation that found the name taken by another file since it was chosen.
+inline constexpr std::int32_t kNameTaken = VtxDataTypes::kFileExists;
+
+// 0, kNameTaken, or -1 for any other failure of creating a file at `path`.
+std::int32_t CreationResult(SystemErrorCode code, const std::wstring& path);
+
+// Chooses a free path and has `create` make the file there; chooses again while that returns
+// kNameTaken. `create` returns 0 on success; its last result is returned.
 std::int32_t CreateUnderFreeName(const std::function<std::wstring()>& choosePath,
                                  const std::function<std::int32_t(const std::wstring&)>& create,
                                  std::wstring& path);

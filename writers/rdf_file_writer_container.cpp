@@ -39,7 +39,7 @@ std::int32_t RDFFileWriterContainer::Open(const std::wstring& outputDirectory) {
         [&] { return BuildOutputFilePath(outputDirectory, kName, L"", kExtension); },
         [&](const std::wstring& path) -> std::int32_t {
             file_ = std::make_unique<DataFile>(settings, queue_);
-            return file_->Create(path) == 0 ? 0 : -1;
+            return CreationResult(file_->Create(path), path);
         },
         opened.filePath);
     if (result != 0) return -1;

@@ -43,7 +43,7 @@ class RDFFileWriterContainer : public FileWriterContainer {
     void Finish();
 
     // Why the file is incomplete, in one line; empty while it is not.
-    const std::wstring& Failure() const { return file_->FailureText(); }
+    std::wstring Failure() const { return file_->FailureText(); }
 
     std::uint32_t adChannelCount = 0;
     bool timestampsSaturated = false;

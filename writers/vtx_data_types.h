@@ -29,7 +29,11 @@ enum VtxDataType : std::int32_t {
 };
 
 // Result of every library operation: 0 is success, anything else failure.
-enum VtxRetVal : std::int32_t { kSuccess = 0, kFailure = 1 };
+enum VtxRetVal : std::int32_t {
+    kSuccess = 0,
+    kFailure = 1,
+    kFileExists = 2  // a file took the name since it was chosen
+};
 
 inline constexpr std::size_t kSamplesPerRecord = 512;
 inline constexpr std::size_t kEventStringSize = 128;

@@ -1,7 +1,5 @@
 #include "writers/vtx_file_io.h"
 
-#include "platform/file_system.h"
-#include "platform/system_error.h"
 #include "platform/text_encoding.h"
 
 #include <algorithm>
@@ -37,10 +35,10 @@ VtxRetVal VtxFileIO::OpenVtxOutputFile(const wchar_t* fileName,
                                        VtxDataTypes::VtxDataType /*dataType*/, int& handle,
                                        int /*flag*/) {
     auto file = std::make_unique<stalwick::DataFile>(settings_, queue_);
-    if (file->Create(fileName) != 0) {
+    if (const stalwick::SystemErrorCode code = file->Create(fileName); code != 0) {
         // A name that another program took just now is no failure yet: the caller chooses again.
-        const bool taken = stalwick::QueryPath(fileName) == stalwick::PathKind::kFile;
-        if (!taken) closedFailures_.push_back(file->FailureText());
+        if (stalwick::WasNameTaken(code, fileName)) return VtxDataTypes::kFileExists;
+        closedFailures_.push_back(file->FailureText());
         return kFailure;
     }
     handle = static_cast<int>(files_.size());

@@ -13,8 +13,8 @@ namespace stalwick {
 class WriteTarget {
   public:
     virtual ~WriteTarget() = default;
-    // Never called by two threads at once. Keeps its own failures.
-    virtual void PerformAppend(const void* data, std::size_t size) = 0;
+    // Never called by two threads at once. Keeps its own failures, without memory of its own.
+    virtual void PerformAppend(const void* data, std::size_t size) noexcept = 0;
 };
 
 // Appends data to files behind the caller's back, with a thread of its own. The data of one file

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/paths.h"
+#include "platform/system_error.h"
 #include "platform/text_encoding.h"
 #include "tests/support/fixed_identity.h"
 #include "tests/support/temp_directory.h"
@@ -114,13 +115,30 @@ TEST(OutputNaming, CreationIsTriedAgainWhileTheNameIsTakenInBetween) {
                             [&](const std::wstring& candidate) {
                                 if (++attempts < 3) {
                                     WriteFile(candidate, "of another program");
-                                    return -1;
+                                    return kNameTaken;
                                 }
-                                return 0;
+                                return std::int32_t{0};
                             },
                             path);
     EXPECT_EQ(result, 0);
     EXPECT_EQ(path, directory.Path(L"a_02.b"));
+}
+
+// A full quota may leave the entry of a file that could not be made.
+TEST(OutputNaming, FailedCreationThatLeftAFileIsNotTriedAgain) {
+    const TempDirectory directory;
+    int attempts = 0;
+    std::wstring path;
+    EXPECT_EQ(CreateUnderFreeName([&] { return directory.Path(L"a.b"); },
+                                  [&](const std::wstring& candidate) {
+                                      ++attempts;
+                                      WriteFile(candidate, "");
+                                      return CreationResult(
+                                          SystemErrorFor(SystemErrorKind::kNoSpace), candidate);
+                                  },
+                                  path),
+              -1);
+    EXPECT_EQ(attempts, 1);
 }
 
 TEST(OutputNaming, CreationThatFailsOtherwiseIsNotTriedAgain) {

@@ -16,7 +16,7 @@ namespace {
 // Notes what it is given, and whether two threads were ever in it at once.
 class NotingTarget final : public WriteTarget {
   public:
-    void PerformAppend(const void* data, std::size_t size) override {
+    void PerformAppend(const void* data, std::size_t size) noexcept override {
         if (inside_.fetch_add(1) != 0) overlapped = true;
         if (delay.count() != 0) std::this_thread::sleep_for(delay);
         const auto* values = static_cast<const int*>(data);

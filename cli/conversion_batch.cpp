@@ -50,7 +50,9 @@ void ConversionBatch::Run() {
     const std::size_t jobs = std::min<std::size_t>(commandLine_.jobs, outcomes_.size());
     std::vector<std::future<void>> others;
     for (std::size_t i = 1; i < jobs; ++i) {
-        others.push_back(std::async(std::launch::async, [this] { ConvertFiles(); }));
+        // Where no further thread can be had, its share is done at the end by this one.
+        others.push_back(
+            std::async(std::launch::async | std::launch::deferred, [this] { ConvertFiles(); }));
     }
     ConvertFiles();
     for (std::future<void>& other : others) other.get();

@@ -99,9 +99,9 @@ int Convert(const CommandLine& commandLine) {
 int Main(const std::vector<std::string>& arguments) {
     const ParsedArguments parsed = ParseArguments(arguments);
     if (parsed.proceed) return Convert(parsed.commandLine);
-    std::fputs(parsed.output.c_str(), stdout);
     if (!parsed.error.empty()) PrintLine(stderr, WidePath(parsed.error));
-    return parsed.exitStatus;
+    const bool printed = std::fputs(parsed.output.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
+    return printed ? parsed.exitStatus : kExitFailed;
 }
 
 }  // namespace

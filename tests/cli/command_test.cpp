@@ -279,6 +279,12 @@ TEST(Command, StatusThatCannotBePrintedIsStatusOne) {
     EXPECT_NE(result.error.find("Processing complete"), std::string::npos);
 }
 
+TEST(Command, HelpThatCannotBePrintedIsStatusOne) {
+    CommandSetup setup;
+    setup.outputPath = "/dev/full";
+    EXPECT_EQ(RunCommand({"--help"}, setup).exitStatus, 1);
+}
+
 TEST(Command, NamesOfAnyBytesConvert) {
     const Workplace place;
     for (const std::string name : {"r\xC3\xA9"

@@ -4,6 +4,7 @@
 #include <QPushButton>
 
 #include "app/qt_text.h"
+#include "platform/paths.h"
 #include "tests/app/window_test.h"
 #include "tests/support/engine_run.h"
 #include "tests/support/ord_builder.h"
@@ -379,14 +380,13 @@ void StartConversionTest::NonUtf8AndWideNamesAreConverted() {
     window.ClickStart();
     QCOMPARE(TakeMessage().value_or(SeenMessage{}).text, "Processing complete");
     VERIFY_OUTPUTS(window, L"\u00B5\u6E2C\u5B9A \U0001F400.ord", window.InputDirectory());
-#ifdef Q_OS_UNIX
+    if (kPathSeparator == L'\\') return;     // there every name is UTF-16
     window.AddRecording(L"\xDCB5.ord", 20);  // the byte B5 alone, no UTF-8
     QUrl url = QUrl::fromLocalFile(ToQString(window.InputDirectory()));
     QVERIFY(Drop(window.dialog, {QUrl::fromEncoded(url.toEncoded() + "/%B5.ord")}));
     window.ClickStart();
     QCOMPARE(TakeMessage().value_or(SeenMessage{}).text, "Processing complete");
     VERIFY_OUTPUTS(window, L"\xDCB5.ord", window.InputDirectory());
-#endif
 }
 
 STALWICK_WINDOW_TEST_MAIN(StartConversionTest)

@@ -16,6 +16,7 @@ ONLY_ON_LINUX = {
     "CommandSignal.*": "sends POSIX signals; WindowsConsoleTest and compare_with_linux.py instead",
     "CommandTerminal.*": "opens a POSIX pseudo-terminal",
     "trust_tests": "injects errno numbers, sends signals and sets POSIX limits",
+    "hostile_numbers_tests": "RapidCheck is compiled for Linux only",
     "CancelTest.*": "is in a program with POSIX processes",
     "ClosedStreams.*": "closes POSIX descriptors",
     "Durability.*": "is in a program with POSIX processes",

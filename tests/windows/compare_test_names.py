@@ -17,6 +17,7 @@ ONLY_ON_LINUX = {
     "CommandTerminal.*": "opens a POSIX pseudo-terminal",
     "trust_tests": "injects errno numbers, sends signals and sets POSIX limits",
     "hostile_numbers_tests": "RapidCheck is compiled for Linux only",
+    "memory_fault_tests": "limits and counts the memory of a POSIX process",
     "CancelTest.*": "is in a program with POSIX processes",
     "ClosedStreams.*": "closes POSIX descriptors",
     "Durability.*": "is in a program with POSIX processes",

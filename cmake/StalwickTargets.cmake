@@ -12,7 +12,7 @@ target_include_directories(stalwick_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(stalwick_options INTERFACE -ffp-contract=off)
 target_compile_options(stalwick_options INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor
-    -Wold-style-cast -Woverloaded-virtual -Wnull-dereference)
+    -Wold-style-cast -Woverloaded-virtual)
 if(STALWICK_WARNINGS_AS_ERRORS)
     target_compile_options(stalwick_options INTERFACE -Werror)
 endif()

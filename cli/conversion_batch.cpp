@@ -36,7 +36,7 @@ ConversionBatch::ConversionBatch(const CommandLine& commandLine)
     : commandLine_(commandLine), outcomes_(commandLine.inputFiles.size()), end_(outcomes_.size()) {
     // Jobs keep the cores busy by themselves; threads that write would only be in their way.
     if (commandLine_.jobs * 2 > UsableProcessors() && commandLine_.jobs > 1) {
-        commandLine_.outputSettings.writerThread = WriterThread::kOff;
+        commandLine_.outputSettings.helperThreads = HelperThreads::kOff;
     }
     for (const std::wstring& path : commandLine_.inputFiles) {
         processors_.push_back(std::make_unique<DataProcessor>(commandLine_.outputSettings));

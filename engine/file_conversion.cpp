@@ -5,6 +5,7 @@
 #include <span>
 #include <system_error>
 
+#include "engine/block_reader.h"
 #include "engine/conversion_job.h"
 #include "engine/ttl_events.h"
 #include "platform/open_file_limit.h"
@@ -31,7 +32,7 @@ std::span<std::int16_t> AsSigned(std::vector<std::uint16_t>& samples) {
 }
 
 std::unique_ptr<WriteQueue> MakeQueue(const OutputSettings& settings) {
-    if (!UsesWriterThread(settings)) return nullptr;
+    if (!UsesHelperThreads(settings)) return nullptr;
     try {
         return std::make_unique<WriteQueue>();
     } catch (const std::system_error&) {
@@ -51,6 +52,7 @@ FileConversion::FileConversion(DataProcessor& processor, const FileConversionReq
                                const OutputSettings& settings)
     : processor_(processor),
       request_(request),
+      readsAhead_(UsesHelperThreads(settings)),
       queue_(MakeQueue(settings)),
       channelFiles_(settings, queue_.get()),
       eventFile_(settings),  // few and small blocks, whose failures end the conversion at once
@@ -173,18 +175,20 @@ std::int32_t FileConversion::OpenRawDataFile() {
 }
 
 std::int32_t FileConversion::ConvertBlocks() {
-    std::vector<ORDDataPacket> packets;
+    BlockReader blocks(reader_, readsAhead_);
     for (bool endOfFile = false; !endOfFile;) {
         if (processor_.cancelRequested.load(std::memory_order_relaxed) != 0) return 0;
-        if (reader_.GetData(packets, endOfFile) != 0) {
+        RecordingBlock& block = blocks.Next();
+        endOfFile = block.endOfFile;
+        if (block.status != 0) {
             TellWhereItStopped(endOfFile);
             const std::wstring reason = reader_.GetErrorMessage();
             return Fail(reason.empty() ? L"Failed to process input file" : reason);
         }
-        for (ORDDataPacket& packet : packets) {
+        for (ORDDataPacket& packet : block.packets) {
             if (ConvertPacket(packet) != 0) return -1;
         }
-        processor_.bytesProcessed.store(reader_.BytesRead(), std::memory_order_relaxed);
+        processor_.bytesProcessed.store(block.bytesRead, std::memory_order_relaxed);
     }
     TellOfUnreadInput();
     return 0;

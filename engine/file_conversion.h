@@ -24,7 +24,8 @@ struct FileConversionRequest {
 };
 
 // The conversion of one recording: its reader, its writers, and the road of its packets. Lives as
-// long as that file is converted and is used by one thread.
+// long as that file is converted and is used by one thread. Others of its own may read ahead and
+// write behind.
 class FileConversion {
   public:
     FileConversion(DataProcessor& processor, const FileConversionRequest& request,
@@ -64,6 +65,7 @@ class FileConversion {
     FileConversionRequest request_;
     std::wstring directory_;  // of this file's outputs
     ChannelOptions switches_{};
+    bool readsAhead_;
     std::unique_ptr<WriteQueue> queue_;  // null: this thread writes
     CSCFileWriterContainer channelFiles_;
     EventFileWriterContainer eventFile_;

@@ -16,8 +16,8 @@ namespace stalwick {
 // at a time. docs/ord-format.md describes the file.
 //
 // Order of calls: Open, GetData until it reports the end of the file or fails, Close; then Open
-// again. Used by one thread. Operations return 0, or -1 with the reason in GetErrorMessage().
-// An object holds its 50,000-byte buffer inside itself: about 50 KB.
+// again. Used by one thread at a time. Operations return 0, or -1 with the reason in
+// GetErrorMessage(). An object holds its 50,000-byte buffer inside itself: about 50 KB.
 class ORDFileReader {
   public:
     ORDFileReader() = default;

@@ -4,9 +4,9 @@
 
 namespace stalwick {
 
-bool UsesWriterThread(const OutputSettings& settings) {
-    if (settings.writerThread != WriterThread::kWhenThereAreCores) {
-        return settings.writerThread == WriterThread::kOn;
+bool UsesHelperThreads(const OutputSettings& settings) {
+    if (settings.helperThreads != HelperThreads::kWhenThereAreCores) {
+        return settings.helperThreads == HelperThreads::kOn;
     }
     return UsableProcessors() > 1;
 }

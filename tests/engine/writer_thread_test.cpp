@@ -17,9 +17,9 @@ namespace {
 
 constexpr std::uint64_t kHeaderBytes = 16384;
 
-OutputSettings Settings(WriterThread writerThread, std::uint32_t recordsPerBlock) {
+OutputSettings Settings(HelperThreads helperThreads, std::uint32_t recordsPerBlock) {
     OutputSettings settings = QuickSettings();
-    settings.writerThread = writerThread;
+    settings.helperThreads = helperThreads;
     settings.recordsPerBlock = recordsPerBlock;
     return settings;
 }
@@ -36,18 +36,18 @@ std::string Recording() {
 TEST(WriterThread, WritesTheSameBytes) {
     const std::string recording = Recording();
     for (const std::uint32_t recordsPerBlock : {1U, 2U, 3U, 5U, 64U, 5000U}) {
-        for (const WriterThread writerThread : {WriterThread::kOff, WriterThread::kOn}) {
+        for (const HelperThreads helperThreads : {HelperThreads::kOff, HelperThreads::kOn}) {
             EXPECT_TRUE(ConvertsLikeTheReference(recording, AllOutputs(),
-                                                 Settings(writerThread, recordsPerBlock)))
+                                                 Settings(helperThreads, recordsPerBlock)))
                 << recordsPerBlock << " records a block";
         }
     }
 }
 
 TEST(WriterThread, IsThereWhereTheSettingsOrTheCoresSaySo) {
-    EXPECT_TRUE(UsesWriterThread(Settings(WriterThread::kOn, 5000)));
-    EXPECT_FALSE(UsesWriterThread(Settings(WriterThread::kOff, 5000)));
-    EXPECT_EQ(UsesWriterThread(OutputSettings()), UsableProcessors() > 1);
+    EXPECT_TRUE(UsesHelperThreads(Settings(HelperThreads::kOn, 5000)));
+    EXPECT_FALSE(UsesHelperThreads(Settings(HelperThreads::kOff, 5000)));
+    EXPECT_EQ(UsesHelperThreads(OutputSettings()), UsableProcessors() > 1);
 }
 
 // The system's calls, but the disk under one file is full from some offset on.
@@ -139,9 +139,9 @@ TEST(WriterThread, FailingWritesGiveTheSameResults) {
              {std::uint64_t{0}, kHeaderBytes + 1044, kHeaderBytes + 3000}) {
             SCOPED_TRACE(testing::Message() << std::string(name, name + 5) << " up to " << end);
             const Outcome alone =
-                ConvertWithFullFile(recording, Settings(WriterThread::kOff, 1), name, end);
+                ConvertWithFullFile(recording, Settings(HelperThreads::kOff, 1), name, end);
             const Outcome helped =
-                ConvertWithFullFile(recording, Settings(WriterThread::kOn, 1), name, end);
+                ConvertWithFullFile(recording, Settings(HelperThreads::kOn, 1), name, end);
             EXPECT_EQ(helped.run.statusText, alone.run.statusText);
             EXPECT_EQ(helped.run.errorText, alone.run.errorText);
             EXPECT_EQ(IsIncomplete(helped.run), IsIncomplete(alone.run));
@@ -158,8 +158,8 @@ TEST(WriterThread, FailingWritesGiveTheSameResults) {
 // No header says "closed" unless every channel file is whole.
 TEST(WriterThread, FailingChannelFileLeavesEveryHeaderAsNotClosed) {
     const std::string recording = Recording();
-    const Outcome outcome =
-        ConvertWithFullFile(recording, Settings(WriterThread::kOn, 64), L"CSC20.vcs", kHeaderBytes);
+    const Outcome outcome = ConvertWithFullFile(recording, Settings(HelperThreads::kOn, 64),
+                                                L"CSC20.vcs", kHeaderBytes);
     EXPECT_EQ(outcome.run.statusText, L"Processing failed");
     for (const auto& [name, bytes] : outcome.run.files) {
         if (!name.ends_with(".vcs")) continue;

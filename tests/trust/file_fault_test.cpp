@@ -29,7 +29,7 @@ struct Scene {
     ReferenceConvertOptions options;
     unsigned channelCount;
     std::uint32_t recordsPerBlock;
-    WriterThread writerThread;
+    HelperThreads helperThreads;
 };
 
 struct FaultKind {
@@ -74,7 +74,7 @@ class FileFaultTest : public testing::TestWithParam<std::tuple<Scene, FaultKind>
     EngineRun Convert() {
         OutputSettings settings;
         settings.recordsPerBlock = scene().recordsPerBlock;
-        settings.writerThread = scene().writerThread;
+        settings.helperThreads = scene().helperThreads;
         return RunEngine(directory_, recording_, scene().options, settings);
     }
 
@@ -212,16 +212,16 @@ TEST_P(ContinuedFileFaultTest, CallIsContinuedAndNobodyNotices) {
 }
 
 const Scene kScenes[] = {
-    {"EveryOutput", AllOutputs(), 3, 20, WriterThread::kOff},
-    {"EveryOutputByTwoThreads", AllOutputs(), 3, 20, WriterThread::kOn},
-    {"SmallBlocks", {true, false, false, true, true, false}, 4, 1, WriterThread::kOff},
-    {"SmallBlocksByTwoThreads", {true, false, false, true, true, false}, 4, 1, WriterThread::kOn},
-    {"RawAndEvents", {false, false, false, false, true, true}, 32, 50, WriterThread::kOff},
+    {"EveryOutput", AllOutputs(), 3, 20, HelperThreads::kOff},
+    {"EveryOutputByTwoThreads", AllOutputs(), 3, 20, HelperThreads::kOn},
+    {"SmallBlocks", {true, false, false, true, true, false}, 4, 1, HelperThreads::kOff},
+    {"SmallBlocksByTwoThreads", {true, false, false, true, true, false}, 4, 1, HelperThreads::kOn},
+    {"RawAndEvents", {false, false, false, false, true, true}, 32, 50, HelperThreads::kOff},
     {"RawAndEventsByTwoThreads",
      {false, false, false, false, true, true},
      32,
      50,
-     WriterThread::kOn},
+     HelperThreads::kOn},
 };
 
 std::string TestName(const testing::TestParamInfo<std::tuple<Scene, FaultKind>>& info) {

@@ -23,7 +23,7 @@ constexpr char kOldText[] = "made by somebody before";
 struct Scene {
     const char* name;
     bool lasting;
-    WriterThread writerThread;
+    HelperThreads helperThreads;
 };
 
 std::size_t OpenFileCount() {
@@ -38,7 +38,7 @@ class MemoryFaultTest : public testing::TestWithParam<Scene> {
         line_.outputDirectory = directory_.Path(L"out");
         line_.channelOptions = {1, 0, 0, 1};
         line_.writeRawData = true;
-        line_.outputSettings.writerThread = GetParam().writerThread;
+        line_.outputSettings.helperThreads = GetParam().helperThreads;
         ReferenceConvertInput input;
         input.recording = recording_;
         input.options = {true, false, false, true, true, true};
@@ -112,11 +112,11 @@ TEST_P(MemoryFaultTest, EveryAllocationThatFailsEndsInOrder) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, MemoryFaultTest,
-                         testing::Values(Scene{"Once", false, WriterThread::kOff},
-                                         Scene{"FromThenOn", true, WriterThread::kOff},
-                                         Scene{"OnceWithTwoThreads", false, WriterThread::kOn},
+                         testing::Values(Scene{"Once", false, HelperThreads::kOff},
+                                         Scene{"FromThenOn", true, HelperThreads::kOff},
+                                         Scene{"OnceWithTwoThreads", false, HelperThreads::kOn},
                                          Scene{"FromThenOnWithTwoThreads", true,
-                                               WriterThread::kOn}),
+                                               HelperThreads::kOn}),
                          [](const auto& test) { return std::string(test.param.name); });
 
 }  // namespace

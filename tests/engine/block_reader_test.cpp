@@ -1,0 +1,124 @@
+// The blocks of a recording, read when they are asked for and read ahead: the same ones, and the
+// same end.
+
+#include "engine/block_reader.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <new>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "platform/system_error.h"
+#include "tests/support/faulty_file_calls.h"
+#include "tests/support/ord_builder.h"
+#include "tests/support/temp_directory.h"
+
+namespace stalwick::test {
+namespace {
+
+constexpr std::size_t kBlockBytes = 50000;
+
+class BlockReaderTest : public testing::TestWithParam<bool> {
+  protected:
+    BlockReaderTest() {
+        RandomRecordingShape shape;
+        shape.packet.stateBytePerSample = true;
+        shape.packetCount = 3000;
+        recording_ = BuildOrdFile(Version2Header(32), MakeRandomPackets(7, shape));
+        path_ = directory_.Path(L"rec.ord");
+        WriteFile(path_, recording_);
+        EXPECT_EQ(reader_.Open(path_), 0);
+    }
+
+    bool readsAhead() const { return GetParam(); }
+
+    TempDirectory directory_;
+    std::string recording_;
+    std::wstring path_;
+    ORDFileReader reader_;
+};
+
+TEST_P(BlockReaderTest, GivesTheBlocksOfTheReaderInTheirOrder) {
+    ORDFileReader other;
+    ASSERT_EQ(other.Open(path_), 0);
+    BlockReader blocks(reader_, readsAhead());
+    std::vector<ORDDataPacket> expected;
+    std::size_t count = 0;
+    for (bool endOfFile = false; !endOfFile; ++count) {
+        ASSERT_EQ(other.GetData(expected, endOfFile), 0);
+        const RecordingBlock& block = blocks.Next();
+        ASSERT_EQ(block.status, 0);
+        ASSERT_EQ(block.endOfFile, endOfFile);
+        ASSERT_EQ(block.bytesRead, other.BytesRead());
+        ASSERT_TRUE(block.packets == expected) << "block " << count;
+    }
+    // More blocks than are read ahead, so that their places were used again.
+    EXPECT_GT(count, 20U);
+    EXPECT_EQ(count, (recording_.size() - kOrdHeaderBytes) / kBlockBytes + 1);
+}
+
+TEST_P(BlockReaderTest, FailingReadIsTheBlockBehindTheWholeOnes) {
+    FaultyFileCalls disk;
+    disk.readError = EIO;
+    disk.readsUntilError = 12;
+    BlockReader blocks(reader_, readsAhead());
+    for (int i = 0; i < 12; ++i) ASSERT_EQ(blocks.Next().status, 0) << "block " << i;
+    EXPECT_EQ(blocks.Next().status, -1);
+    EXPECT_EQ(reader_.SystemError(), EIO);
+    EXPECT_EQ(reader_.GetErrorMessage(), L"Failed to process input file");
+}
+
+TEST_P(BlockReaderTest, WhatReadingThrowsIsThrownWhereTheBlockIsTaken) {
+    FaultyFileCalls disk;
+    disk.beforeRead = [](unsigned readCount) {
+        if (readCount == 11) throw std::bad_alloc();
+    };
+    BlockReader blocks(reader_, readsAhead());
+    for (int i = 0; i < 11; ++i) ASSERT_EQ(blocks.Next().status, 0) << "block " << i;
+    EXPECT_THROW(blocks.Next(), std::bad_alloc);
+}
+
+TEST_P(BlockReaderTest, MayEndBeforeTheLastBlock) {
+    for (int taken = 0; taken < 12; ++taken) {
+        ORDFileReader reader;
+        ASSERT_EQ(reader.Open(path_), 0);
+        std::uint64_t bytesTaken = 0;
+        {
+            BlockReader blocks(reader, readsAhead());
+            for (int i = 0; i < taken; ++i) bytesTaken = blocks.Next().bytesRead;
+        }
+        EXPECT_GE(reader.BytesRead(), bytesTaken);
+        EXPECT_EQ(reader.Close(), 0);
+    }
+}
+
+TEST(BlockReader, StaysWithinEightBlocksOfTheCaller) {
+    const TempDirectory directory;
+    const std::wstring path = directory.Path(L"rec.ord");
+    RandomRecordingShape shape;
+    shape.packetCount = 3000;
+    WriteFile(path, BuildOrdFile(Version2Header(32), MakeRandomPackets(7, shape)));
+    ORDFileReader reader;
+    ASSERT_EQ(reader.Open(path), 0);
+    FaultyFileCalls disk;
+    std::atomic<unsigned> taken = 0;
+    unsigned furthest = 0;
+    disk.beforeRead = [&](unsigned readCount) {
+        furthest = std::max(furthest, readCount + 1 - taken.load());
+    };
+    {
+        BlockReader blocks(reader, true);
+        while (!blocks.Next().IsLast()) ++taken;
+    }
+    EXPECT_LE(furthest, 9U);  // the caller's own one among them
+}
+
+INSTANTIATE_TEST_SUITE_P(All, BlockReaderTest, testing::Bool(), [](const auto& test) {
+    return std::string(test.param ? "ReadingAhead" : "WhenAskedFor");
+});
+
+}  // namespace
+}  // namespace stalwick::test

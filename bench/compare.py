@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Times whole conversions for bench/compare.sh, which says what is measured."""
 
+import mmap
 import os
 import re
 import shutil
@@ -44,12 +45,20 @@ def size_of(directory):
 
 
 def warm(size):
-    """Writes and removes: memory that was freed long ago costs several times more to touch."""
+    """Takes and gives back memory: what was freed long ago costs several times more to touch.
+
+    Half of it in huge pages, as the program's buffers, and half as pages of files, both at once.
+    """
+    half = ((size >> 22) + 1) << 21
     piece = bytes(1 << 20)
-    with open(work / "warm", "wb", buffering=0) as target:
-        for _ in range((size >> 20) + 1):
-            target.write(piece)
-    (work / "warm").unlink()
+    with mmap.mmap(-1, half, mmap.MAP_PRIVATE | mmap.MAP_ANONYMOUS) as memory:
+        memory.madvise(mmap.MADV_HUGEPAGE)
+        for at in range(0, half, mmap.PAGESIZE):
+            memory[at] = 1
+        with open(work / "warm", "wb", buffering=0) as target:
+            for _ in range(half >> 20):
+                target.write(piece)
+        (work / "warm").unlink()
 
 
 def interleave(commands, size, prepare=None):
@@ -57,7 +66,7 @@ def interleave(commands, size, prepare=None):
     runs = {name: [] for name in commands}
     for _ in range(REPEATS):
         for name, command in commands.items():
-            warm(size * 5 // 2)
+            warm(size * 4)
             runs[name].append(command())
     return {
         name: tuple(statistics.median(getattr(r, k) for r in list_) for k in ("wall", "cpu", "peak"))
@@ -146,7 +155,7 @@ def codecs(recording, channels):
 
 
 def scaling(title, recordings, options=()):
-    """Costs on one thread for recordings {label: (path, units of work)}, in one interleaved run."""
+    """Costs on one thread for recordings {label: (path, samples)}, in one interleaved run."""
     sizes = []
     for path, _ in recordings.values():
         converting([path], *options)()
@@ -155,9 +164,11 @@ def scaling(title, recordings, options=()):
         {label: converting([path], *options, prefix=ONE_CORE) for label, (path, _) in recordings.items()},
         max(sizes),
     )
-    print(f"| {title} | CPU | a unit of work | peak memory |\n|---|---|---|---|")
-    for label, (_, cpu, peak) in result.items():
-        print(f"| {label} | {cpu * 1e3:.0f} ms | {cpu / recordings[label][1] * 1e9:.3f} ns | {peak:.0f} MB |", flush=True)
+    print(f"| {title} | CPU | wall | a sample | peak memory |\n|---|---|---|---|---|")
+    for label, (wall, cpu, peak) in result.items():
+        samples = recordings[label][1]
+        print(f"| {label} | {cpu * 1e3:.0f} ms | {wall * 1e3:.0f} ms | {cpu / samples * 1e9:.3f} ns "
+              f"| {peak:.0f} MB |", flush=True)
     shutil.rmtree(work / "out")
 
 

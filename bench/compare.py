@@ -2,6 +2,7 @@
 """Times whole conversions for bench/compare.sh, which says what is measured."""
 
 import mmap
+import multiprocessing
 import os
 import re
 import shutil
@@ -40,15 +41,9 @@ def record(name, *options):
     return path
 
 
-def size_of(directory):
-    return sum(p.stat().st_size for p in directory.rglob("*") if p.is_file())
-
-
-def warm(size):
-    """Takes and gives back memory: what was freed long ago costs several times more to touch.
-
-    Half of it in huge pages, as the program's buffers, and half as pages of files, both at once.
-    """
+def touch_memory(size):
+    """Takes memory and gives it back: half in huge pages, as the program's buffers, and half as
+    pages of a file, both at once."""
     half = ((size >> 22) + 1) << 21
     piece = bytes(1 << 20)
     with mmap.mmap(-1, half, mmap.MAP_PRIVATE | mmap.MAP_ANONYMOUS) as memory:
@@ -61,11 +56,27 @@ def warm(size):
         (work / "warm").unlink()
 
 
-def interleave(commands, size, prepare=None):
-    """Runs {name: command factory} in turns; the median of each figure by name."""
+def warm(size):
+    """Memory that was freed long ago costs several times more to touch. A process of its own does
+    it: the memory of this one counts in the peaks of those that it starts."""
+    process = multiprocessing.Process(target=touch_memory, args=(size,))
+    process.start()
+    process.join()
+
+
+def remove(path):
+    if path.is_dir():
+        shutil.rmtree(path)
+    else:
+        path.unlink(missing_ok=True)
+
+
+def interleave(commands, size):
+    """Runs {name: (its output, command)} in turns; the median of each figure by name."""
     runs = {name: [] for name in commands}
     for _ in range(REPEATS):
-        for name, command in commands.items():
+        for name, (output, command) in commands.items():
+            remove(output)
             warm(size * 4)
             runs[name].append(command())
     return {
@@ -74,29 +85,37 @@ def interleave(commands, size, prepare=None):
     }
 
 
-def converting(files, *options, prefix=(), out="out"):
-    def run():
-        shutil.rmtree(work / out, ignore_errors=True)
-        return Run([*prefix, convert, "-q", "-o", work / out, *options, *files])
+def converting(files, *options, prefix=()):
+    command = [*prefix, convert, "-q", "-o", work / "out", *options, *files]
+    return work / "out", lambda: Run(command)
 
-    return run
+
+def converted(files, *options):
+    """Converts once; the size of the outputs."""
+    output, command = converting(files, *options)
+    remove(output)
+    command()
+    return sum(p.stat().st_size for p in output.rglob("*") if p.is_file())
 
 
 def copying():
-    shutil.rmtree(work / "copy", ignore_errors=True)
-    run = Run(["cp", "-r", work / "out", work / "copy"])
-    shutil.rmtree(work / "copy")
-    return run
+    copy = work / "copy"
+
+    def run():
+        result = Run(["cp", "-r", work / "out", copy])
+        remove(copy)
+        return result
+
+    return copy, run
 
 
 def against_cp(title, recording, *options):
-    converting([recording], *options)()
-    size = size_of(work / "out")
+    size = converted([recording], *options)
     result = interleave(
         {
             "alone": converting([recording], *options, prefix=ONE_CORE),
             "threads": converting([recording], *options),
-            "cp": copying,
+            "cp": copying(),
         },
         size,
     )
@@ -107,7 +126,7 @@ def against_cp(title, recording, *options):
         f"| {threads[2]:.0f} MB |",
         flush=True,
     )
-    shutil.rmtree(work / "out")
+    remove(work / "out")
     return result
 
 
@@ -118,31 +137,28 @@ def table_head():
 
 def codecs(recording, channels):
     """The same samples out of zstd and FLAC, which know nothing of files and records."""
-    converting([recording])()
-    size = size_of(work / "out")
-    samples = work / "samples"
+    size = converted([recording])
+    samples, unpacked = work / "samples", work / "unpacked"
     header, record_size, record_head = 16384, 1044, 20
     with open(samples, "wb") as target:
         for channel in range(1, channels + 1):
             data = (work / "out" / recording.stem / f"CSC{channel}.vcs").read_bytes()
             for at in range(header, len(data), record_size):
                 target.write(data[at + record_head : at + record_size])
-    commands = {"stalwick-convert": converting([recording], prefix=ONE_CORE), "cp -r": copying}
+    commands = {"stalwick-convert": converting([recording], prefix=ONE_CORE), "cp -r": copying()}
     for level in (1, 3):
         packed = work / f"samples.{level}.zst"
         subprocess.run(["zstd", "-q", "-f", f"-{level}", samples, "-o", packed], check=True)
-        commands[f"zstd -d, level {level}"] = lambda packed=packed: Run(
-            [*ONE_CORE, "zstd", "-q", "-f", "-d", packed, "-o", work / "unpacked"]
-        )
+        unpack = [*ONE_CORE, "zstd", "-q", "-d", packed, "-o", unpacked]
+        commands[f"zstd -d, level {level}"] = (unpacked, lambda unpack=unpack: Run(unpack))
     form = ["--endian=little", "--sign=signed", "--channels=1", "--bps=16", "--sample-rate=30000"]
     subprocess.run(
         ["flac", "-s", "-f", "--force-raw-format", *form, samples, "-o", work / "samples.flac"],
         check=True,
     )
-    commands["flac -d"] = lambda: Run(
-        [*ONE_CORE, "flac", "-s", "-f", "-d", "--force-raw-format", "--endian=little",
-         "--sign=signed", work / "samples.flac", "-o", work / "unpacked"]
-    )
+    unflac = [*ONE_CORE, "flac", "-s", "-d", "--force-raw-format", "--endian=little", "--sign=signed",
+              work / "samples.flac", "-o", unpacked]
+    commands["flac -d"] = (unpacked, lambda: Run(unflac))
     result = interleave(commands, size)
     print("| one thread | CPU | stalwick-convert takes |\n|---|---|---|")
     own = result["stalwick-convert"][1]
@@ -150,16 +166,13 @@ def codecs(recording, channels):
         print(f"| {name} | {cpu * 1e3:.0f} ms | {own / cpu:.2f} of it |", flush=True)
     for left in work.glob("samples*"):
         left.unlink()
-    (work / "unpacked").unlink()
-    shutil.rmtree(work / "out")
+    remove(unpacked)
+    remove(work / "out")
 
 
 def scaling(title, recordings, options=()):
     """Costs on one thread for recordings {label: (path, samples)}, in one interleaved run."""
-    sizes = []
-    for path, _ in recordings.values():
-        converting([path], *options)()
-        sizes.append(size_of(work / "out"))
+    sizes = [converted([path], *options) for path, _ in recordings.values()]
     result = interleave(
         {label: converting([path], *options, prefix=ONE_CORE) for label, (path, _) in recordings.items()},
         max(sizes),
@@ -169,17 +182,16 @@ def scaling(title, recordings, options=()):
         samples = recordings[label][1]
         print(f"| {label} | {cpu * 1e3:.0f} ms | {wall * 1e3:.0f} ms | {cpu / samples * 1e9:.3f} ns "
               f"| {peak:.0f} MB |", flush=True)
-    shutil.rmtree(work / "out")
+    remove(work / "out")
 
 
 def jobs():
     files = [record(f"job{i}", "-c", 64, "-s", 10, "--seed", i + 1) for i in range(8)]
-    converting(files)()
-    size = size_of(work / "out")
+    size = converted(files)
     result = interleave(
         {
             "one job, one thread": converting(files, prefix=ONE_CORE),
-            "one job, writer thread": converting(files),
+            "one job, helper threads": converting(files),
             "--jobs 2": converting(files, "--jobs", "2"),
         },
         size,
@@ -189,7 +201,7 @@ def jobs():
         print(f"| {name} | {wall * 1e3:.0f} ms | {result['one job, one thread'][0] / wall:.2f} |", flush=True)
     for path in files:
         path.unlink()
-    shutil.rmtree(work / "out")
+    remove(work / "out")
 
 
 def main():

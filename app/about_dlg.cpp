@@ -6,6 +6,7 @@
 
 #include "app/app_identity.h"
 #include "app/control_ids.h"
+#include "platform/program_version.h"
 
 namespace stalwick {
 

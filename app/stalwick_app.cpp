@@ -2,6 +2,7 @@
 
 #include "app/app_identity.h"
 #include "app/stalwick_dlg.h"
+#include "platform/program_version.h"
 
 namespace stalwick {
 

@@ -9,6 +9,7 @@
 
 #include "cli/exit_status.h"
 #include "platform/paths.h"
+#include "platform/program_version.h"
 #include "platform/text_encoding.h"
 
 namespace stalwick {
@@ -16,8 +17,6 @@ namespace stalwick {
 namespace {
 
 constexpr char kProgram[] = "stalwick-convert";
-constexpr char kVersion[] = "stalwick-convert 1.2.0.1941\n";
-
 constexpr std::uint32_t kMostJobs = 64;
 
 // The values as CLI11 fills them.
@@ -36,6 +35,10 @@ struct RawOptions {
     std::uint32_t recordsPerBlock = kRecordsPerBlock;
     std::uint32_t jobs = 1;
 };
+
+std::string VersionLine() {
+    return std::string(kProgram) + ' ' + kVersion + '\n';
+}
 
 // CLI11 itself takes "1x" for 1 in places, and a number beyond the type for the type's largest.
 CLI::Validator WholeNumber(std::uint32_t least, std::uint32_t most) {
@@ -89,7 +92,7 @@ void Declare(CLI::App& app, RawOptions& options) {
         ->type_name("N")
         ->check(WholeNumber(1, kMostJobs))
         ->capture_default_str();
-    app.set_version_flag("--version", kVersion);
+    app.set_version_flag("--version", VersionLine());
     app.footer(
         "Exit status: 0 everything written; 1 a conversion failed or an output is "
         "incomplete;\n2 wrong usage or output directory; 130 or 143 canceled.");
@@ -145,7 +148,7 @@ ParsedArguments ParseArguments(std::vector<std::string> arguments) {
         parsed.output = app.help();
         return parsed;
     } catch (const CLI::CallForVersion&) {
-        parsed.output = kVersion;
+        parsed.output = VersionLine();
         return parsed;
     } catch (const CLI::ParseError& error) {
         return UsageError(error.what());

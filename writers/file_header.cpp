@@ -2,13 +2,13 @@
 
 #include <array>
 
+#include "platform/program_version.h"
 #include "writers/output_naming.h"
 
 namespace stalwick {
 
 namespace {
 
-constexpr wchar_t kApplication[] = L"\"Veltrosyn Stalwick\" \"1.2.0.1941\"";
 constexpr wchar_t kNotClosed[] = L"File was not closed properly";
 
 constexpr std::array<const wchar_t*, 17> kDataTypeNames = {L"Invalid",
@@ -29,6 +29,10 @@ constexpr std::array<const wchar_t*, 17> kDataTypeNames = {L"Invalid",
                                                            L"PersystData",
                                                            L"StimulationData"};
 
+std::wstring ApplicationAndVersion() {
+    return std::wstring(L"\"Veltrosyn Stalwick\" \"") + kWideVersion + L'"';
+}
+
 }  // namespace
 
 std::wstring HeaderLine(const std::wstring& key, const std::wstring& value) {
@@ -47,7 +51,7 @@ std::wstring BuildFileHeader(const FileWriterContainer& container, bool fileClos
            HeaderLine(L"-TimeCreated", record.timeCreated) +
            HeaderLine(L"-TimeClosed", fileClosed ? FormatLocalTime() : kNotClosed) + L"\r\n" +
            HeaderLine(L"-RecordSize", std::to_wstring(record.recordSize)) +
-           HeaderLine(L"-ApplicationName", kApplication) +
+           HeaderLine(L"-ApplicationName", ApplicationAndVersion()) +
            HeaderLine(L"-AcquisitionSystem", L"Unknown " + container.acquisitionSystem) +
            HeaderLine(L"-AcqEntName", record.acqEntName);
 }

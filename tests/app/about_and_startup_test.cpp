@@ -3,7 +3,7 @@
 #include <QPushButton>
 
 #include "app/about_dlg.h"
-#include "app/app_identity.h"
+#include "platform/program_version.h"
 #include "tests/app/window_test.h"
 
 using namespace stalwick;

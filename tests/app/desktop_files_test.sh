@@ -18,7 +18,11 @@ desktop-file-validate --warn-kde "$desktop"
 program=$(sed -n 's/^Exec=//p' "$desktop")
 [ -x "$prefix/bin/$program" ] || fail "the desktop file starts $program, which is not installed"
 
-appstreamcli validate --no-net --strict "$share/metainfo/com.veltrosyn.Stalwick.metainfo.xml"
+metainfo=$share/metainfo/com.veltrosyn.Stalwick.metainfo.xml
+appstreamcli validate --no-net --strict "$metainfo"
+version=$(sed -n 's/^CMAKE_PROJECT_VERSION:[A-Z]*=//p' "$1/CMakeCache.txt")
+newest=$(sed -n 's/.*<release version="\([^"]*\)".*/\1/p' "$metainfo" | head -n 1)
+[ "$newest" = "${version%.*}" ] || fail "the newest release listed is $newest, the program is $version"
 
 for size in 16 24 32 48 64 128 256; do
     icon=$share/icons/hicolor/${size}x${size}/apps/stalwick.png

@@ -5,7 +5,7 @@
 #include <new>
 
 #include "engine/conversion_job.h"
-#include "platform/input_file.h"
+#include "platform/file_system.h"
 #include "platform/paths.h"
 #include "platform/processor_count.h"
 
@@ -14,11 +14,6 @@ namespace stalwick {
 namespace {
 
 constexpr wchar_t kOutOfMemory[] = L"Processing failed - Not enough memory";
-
-std::uint64_t SizeOf(const std::wstring& path) {
-    InputFile file;
-    return file.Open(path) == 0 ? file.Size() : 0;
-}
 
 // The name of the file's output directory, without regard to the case of ASCII letters: some file
 // systems have none either.
@@ -40,7 +35,7 @@ ConversionBatch::ConversionBatch(const CommandLine& commandLine)
     }
     for (const std::wstring& path : commandLine_.inputFiles) {
         processors_.push_back(std::make_unique<DataProcessor>(commandLine_.outputSettings));
-        bytesTotal_ += SizeOf(path);
+        bytesTotal_ += QueryFileSize(path);
         directoryKeys_.push_back(DirectoryKey(path));
         waiting_.push_back(waiting_.size());
     }

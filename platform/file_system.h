@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "platform/file_calls.h"
@@ -11,6 +12,10 @@ enum class PathKind { kMissing, kFile, kDirectory };
 // What stands at the path. A link counts as what it leads to, a broken link as a file: its name
 // is taken.
 PathKind QueryPath(const std::wstring& path);
+
+// Bytes of the file at the path; 0 for anything else (a directory, a pipe) and where that is not
+// known. The file is not opened: a pipe that was opened and closed would lose its writer.
+std::uint64_t QueryFileSize(const std::wstring& path);
 
 // Creates one level; its parent must exist.
 SystemErrorCode CreateDirectoryLevel(const std::wstring& path);

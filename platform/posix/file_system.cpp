@@ -17,6 +17,12 @@ PathKind QueryPath(const std::wstring& path) {
     return S_ISDIR(status.st_mode) ? PathKind::kDirectory : PathKind::kFile;
 }
 
+std::uint64_t QueryFileSize(const std::wstring& path) {
+    struct stat status {};
+    if (::stat(NarrowPath(path).c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
 SystemErrorCode CreateDirectoryLevel(const std::wstring& path) {
     constexpr mode_t kAllForAll = 0777;  // less the process's umask
     return ::mkdir(NarrowPath(path).c_str(), kAllForAll) == 0 ? 0 : errno;

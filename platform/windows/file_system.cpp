@@ -12,6 +12,16 @@ PathKind QueryPath(const std::wstring& path) {
     return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? PathKind::kDirectory : PathKind::kFile;
 }
 
+std::uint64_t QueryFileSize(const std::wstring& path) {
+    constexpr unsigned kHalf = 32;
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    if (::GetFileAttributesExW(SystemPath(path).c_str(), GetFileExInfoStandard, &data) == FALSE ||
+        (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        return 0;
+    }
+    return std::uint64_t{data.nFileSizeHigh} << kHalf | data.nFileSizeLow;
+}
+
 SystemErrorCode CreateDirectoryLevel(const std::wstring& path) {
     if (::CreateDirectoryW(SystemPath(path).c_str(), nullptr) != FALSE) return 0;
     return static_cast<SystemErrorCode>(::GetLastError());

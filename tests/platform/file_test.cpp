@@ -158,6 +158,16 @@ TEST(FileSystem, PathsAreMissingFilesOrDirectories) {
     EXPECT_EQ(QueryPath(L""), PathKind::kMissing);
 }
 
+TEST(FileSystem, SizeOfAPathIsThatOfItsFileAndElseZero) {
+    const TempDirectory directory;
+    WriteFile(directory.Path(L"file"), Text(70'001));
+    WriteFile(directory.Path(L"empty"), "");
+    EXPECT_EQ(QueryFileSize(directory.Path(L"file")), 70'001U);
+    EXPECT_EQ(QueryFileSize(directory.Path(L"empty")), 0U);
+    EXPECT_EQ(QueryFileSize(directory.Path()), 0U);
+    EXPECT_EQ(QueryFileSize(directory.Path(L"missing")), 0U);
+}
+
 TEST(FileSystem, DirectoryIsMadeOneLevelDeep) {
     const TempDirectory directory;
     EXPECT_EQ(CreateDirectoryLevel(directory.Path(L"d")), 0);

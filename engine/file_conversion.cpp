@@ -26,6 +26,9 @@ constexpr std::uint64_t kFilesBesideOutputs = 64;
 // a file's buffer fills more than a huge page.
 constexpr std::uint64_t kLongRecordingBytesPerChannel = 1U << 20U;
 
+// The writers take the packets that the reader gives.
+static_assert(kPacketSamples == kSamplesPerPacket && kMostPacketChannels == kMostADChannels);
+
 // The packet's samples as the signed values that they are; scaled in place by the writer.
 std::span<std::int16_t> AsSigned(std::vector<std::uint16_t>& samples) {
     return {reinterpret_cast<std::int16_t*>(samples.data()), samples.size()};
@@ -144,7 +147,7 @@ std::int32_t FileConversion::OpenChannelFiles() {
         channelFiles_.numAdChannels = reader_.NumADChannels();
         channelFiles_.samplingFrequency = reader_.SamplingFrequency();
         channelFiles_.timestampOffset = static_cast<std::uint64_t>(reader_.UTCOffsetMicroseconds());
-        channelFiles_.phaseModulus = kPacketPhaseModulus;
+        channelFiles_.phaseModulus = kPacketSamples;
     }
     if (std::all_of(switches_.begin(), switches_.end(), [](auto on) { return on == 0; })) return 0;
     channelFiles_.isLongRecording =
@@ -156,7 +159,7 @@ std::int32_t FileConversion::OpenChannelFiles() {
 }
 
 std::int32_t FileConversion::OpenEventFile() {
-    eventFile_.phaseModulus = kPacketPhaseModulus;
+    eventFile_.phaseModulus = kPacketSamples;
     eventFile_.timestampOffset = static_cast<std::uint64_t>(reader_.UTCOffsetMicroseconds());
     eventFile_.samplingFrequency = reader_.SamplingFrequency();
     eventFile_.sessionUuid = reader_.SessionUUID();
@@ -165,7 +168,7 @@ std::int32_t FileConversion::OpenEventFile() {
 }
 
 std::int32_t FileConversion::OpenRawDataFile() {
-    rawDataFile_.phaseModulus = kPacketPhaseModulus;
+    rawDataFile_.phaseModulus = kPacketSamples;
     rawDataFile_.timestampOffset = static_cast<std::uint64_t>(reader_.UTCOffsetMicroseconds());
     rawDataFile_.adChannelCount = reader_.NumADChannels();
     rawDataFile_.samplingFrequency = reader_.SamplingFrequency();

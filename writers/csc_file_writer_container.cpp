@@ -22,7 +22,6 @@ constexpr double kADBitVolts = 4e-06;              // printed for every file
 constexpr int kADBitVoltsDigits = 24;
 constexpr double kInputRange = 131072.0;       // printed for every file
 constexpr std::size_t kPrefetchDistance = 64;  // samples
-constexpr std::size_t kPacketSamples = 10;     // of a channel
 constexpr std::size_t kFewestSpareBlocks = 2;
 constexpr std::size_t kSpareBytes = std::size_t{32} << 20U;
 constexpr std::uint32_t kMostRecordsAlwaysFilled = 64;  // of a block, by a second of recording

@@ -10,8 +10,9 @@
 
 namespace stalwick {
 
-// Samples per base timestamp: a packet's.
-inline constexpr std::uint32_t kPacketPhaseModulus = 10;
+// A packet as the writers take it, whatever the recording's header says.
+inline constexpr std::uint32_t kPacketSamples = 10;  // of a channel, under one base timestamp
+inline constexpr std::uint32_t kMostPacketChannels = 256;
 
 // What every kind of output has: a library object and a record a file. The conversion fills the
 // plain fields from the recording's header before it opens the outputs; a container serves one
@@ -29,7 +30,7 @@ class FileWriterContainer {
     Veltrosyn::VtxFileIO fileIO;
     std::vector<OutputFileRecord> records;  // in the order of opening
     std::uint32_t samplingFrequency = 0;    // of the A/D channels, samples per second
-    std::uint32_t phaseModulus = kPacketPhaseModulus;
+    std::uint32_t phaseModulus = kPacketSamples;
     std::uint64_t timestampOffset = 0;  // microseconds, added to record timestamps modulo 2^64
     std::wstring sessionUuid;
     std::wstring acquisitionSystem;

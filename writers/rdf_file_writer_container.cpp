@@ -21,8 +21,6 @@ constexpr wchar_t kFileVersion[] = L"3.4";
 constexpr wchar_t kADMaxValue[] = L"8388608";
 constexpr double kADBitVolts = 1.5625e-8;
 
-constexpr std::uint32_t kSamplesPerChannel = 10;
-constexpr std::uint32_t kMostPacketChannels = 256;  // whatever the recording's header says
 constexpr std::uint32_t kStartMarker = 2048;
 constexpr std::uint32_t kRecordId = 1;
 constexpr std::uint32_t kWordsBeforeSamples = 17;
@@ -87,7 +85,7 @@ std::int32_t RDFFileWriterContainer::WriteRawRecords(std::span<const std::uint16
             record.timestampOffset;
     }
     std::uint8_t ttlValue = 0;
-    for (std::uint32_t i = 0; i < kSamplesPerChannel; ++i) {
+    for (std::uint32_t i = 0; i < kPacketSamples; ++i) {
         if (i < ttlValues.size()) ttlValue = ttlValues[i];
         AppendRecord(record, samples, i, ttlValue);
         // Truncated at every step, so the fraction of a microsecond is lost each time. Kept
@@ -103,7 +101,7 @@ std::int32_t RDFFileWriterContainer::WriteRawRecords(std::span<const std::uint16
 void RDFFileWriterContainer::AppendRecord(OutputFileRecord& record,
                                           std::span<const std::uint16_t> samples,
                                           std::uint32_t sampleIndex, std::uint8_t ttlValue) {
-    const std::size_t channels = samples.size() / kSamplesPerChannel;
+    const std::size_t channels = samples.size() / kPacketSamples;
     const std::size_t words = channels + kWordsBesideSamples;
     // Packets with another channel count than the header's give records of another length.
     if (record.bufferedCount + words > record.rawBuffer.size()) FlushBuffer(record);
@@ -122,7 +120,7 @@ void RDFFileWriterContainer::AppendRecord(OutputFileRecord& record,
     std::uint32_t checksum =
         std::accumulate(head.begin(), head.end(), std::uint32_t{0}, std::bit_xor<>());
     const std::uint16_t* sample = samples.data() + sampleIndex;
-    for (std::size_t channel = 0; channel < channels; ++channel, sample += kSamplesPerChannel) {
+    for (std::size_t channel = 0; channel < channels; ++channel, sample += kPacketSamples) {
         const std::int32_t value = ScaleRawSample(static_cast<std::int16_t>(*sample));
         values[channel] = static_cast<std::uint32_t>(value);
         checksum ^= static_cast<std::uint32_t>(value);

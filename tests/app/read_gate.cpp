@@ -15,7 +15,7 @@ SystemErrorCode ReadGate::Read(FileHandle handle, void* data, std::size_t size,
         opened_.wait(lock, [this] { return readsLeft_ > 0; });
         --readsLeft_;
     }
-    return System().Read(handle, data, size, transferred);
+    return ForwardingFileCalls::Read(handle, data, size, transferred);
 }
 
 }  // namespace stalwick::test

@@ -10,6 +10,7 @@
 #include "platform/processor_count.h"
 #include "platform/system_error.h"
 #include "tests/support/engine_run.h"
+#include "tests/support/forwarding_file_calls.h"
 #include "tests/support/ord_builder.h"
 
 namespace stalwick::test {
@@ -51,24 +52,12 @@ TEST(WriterThread, IsThereWhereTheSettingsOrTheCoresSaySo) {
 }
 
 // The system's calls, but the disk under one file is full from some offset on.
-class OneFullFile final : public FileCalls {
+class OneFullFile final : public ForwardingFileCalls {
   public:
-    OneFullFile(std::wstring name, std::uint64_t end)
-        : name_(std::move(name)), end_(end), before_(SetFileCalls(this)) {}
-    ~OneFullFile() override { SetFileCalls(before_); }
+    OneFullFile(std::wstring name, std::uint64_t end) : name_(std::move(name)), end_(end) {}
 
-    SystemErrorCode OpenForReading(const std::wstring& path, FileHandle& handle) override {
-        return SystemFileCalls().OpenForReading(path, handle);
-    }
-    SystemErrorCode Read(FileHandle handle, void* data, std::size_t size,
-                         std::size_t& transferred) override {
-        return SystemFileCalls().Read(handle, data, size, transferred);
-    }
-    SystemErrorCode QuerySize(FileHandle handle, std::uint64_t& size) override {
-        return SystemFileCalls().QuerySize(handle, size);
-    }
     SystemErrorCode CreateExclusive(const std::wstring& path, FileHandle& handle) override {
-        const SystemErrorCode code = SystemFileCalls().CreateExclusive(path, handle);
+        const SystemErrorCode code = ForwardingFileCalls::CreateExclusive(path, handle);
         if (code == 0 && path.ends_with(name_)) full_ = handle;
         return code;
     }
@@ -76,22 +65,13 @@ class OneFullFile final : public FileCalls {
                             std::size_t size, std::size_t& transferred) override {
         const bool fails = handle == full_ && offset >= kHeaderBytes && offset + size > end_;
         return fails ? SystemErrorFor(SystemErrorKind::kNoSpace)
-                     : SystemFileCalls().WriteAt(handle, offset, data, size, transferred);
+                     : ForwardingFileCalls::WriteAt(handle, offset, data, size, transferred);
     }
-    SystemErrorCode StartWriteBack(FileHandle handle, std::uint64_t offset,
-                                   std::uint64_t size) override {
-        return SystemFileCalls().StartWriteBack(handle, offset, size);
-    }
-    SystemErrorCode SyncData(FileHandle handle) override {
-        return SystemFileCalls().SyncData(handle);
-    }
-    SystemErrorCode Close(FileHandle handle) override { return SystemFileCalls().Close(handle); }
 
   private:
     std::wstring name_;
     std::uint64_t end_;
     FileHandle full_ = kNoFile;
-    FileCalls* before_;
 };
 
 struct Outcome {

@@ -10,12 +10,6 @@ namespace {
 constexpr std::uint64_t kHeaderBytes = 16384;
 }  // namespace
 
-FaultyFileCalls::FaultyFileCalls() : before_(SetFileCalls(this)) {}
-
-FaultyFileCalls::~FaultyFileCalls() {
-    SetFileCalls(before_);
-}
-
 bool FaultyFileCalls::Interrupts() {
     if (interruptions_ >= interruptionsPerCall) {
         interruptions_ = 0;
@@ -48,11 +42,6 @@ SystemErrorCode FaultyFileCalls::Read(FileHandle handle, void* data, std::size_t
     return code;
 }
 
-SystemErrorCode FaultyFileCalls::QuerySize(FileHandle handle, std::uint64_t& size) {
-    const Lock lock(mutex_);
-    return SystemFileCalls().QuerySize(handle, size);
-}
-
 SystemErrorCode FaultyFileCalls::CreateExclusive(const std::wstring& path, FileHandle& handle) {
     const Lock lock(mutex_);
     if (Interrupts()) return SystemErrorFor(SystemErrorKind::kInterrupted);
@@ -78,21 +67,11 @@ SystemErrorCode FaultyFileCalls::WriteAt(FileHandle handle, std::uint64_t offset
     return SystemFileCalls().WriteAt(handle, offset, data, taken, transferred);
 }
 
-SystemErrorCode FaultyFileCalls::StartWriteBack(FileHandle handle, std::uint64_t offset,
-                                                std::uint64_t size) {
-    const Lock lock(mutex_);
-    return SystemFileCalls().StartWriteBack(handle, offset, size);
-}
-
 SystemErrorCode FaultyFileCalls::SyncData(FileHandle handle) {
     const Lock lock(mutex_);
     if (Interrupts()) return SystemErrorFor(SystemErrorKind::kInterrupted);
     ++syncCount;
     return syncError != 0 ? syncError : SystemFileCalls().SyncData(handle);
-}
-
-SystemErrorCode FaultyFileCalls::QueryRemoved(FileHandle handle, bool& removed) {
-    return SystemFileCalls().QueryRemoved(handle, removed);
 }
 
 SystemErrorCode FaultyFileCalls::Close(FileHandle handle) {

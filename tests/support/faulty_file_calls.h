@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/file_calls.h"
+#include "tests/support/forwarding_file_calls.h"
 
 namespace stalwick::test {
 
@@ -15,11 +15,8 @@ namespace stalwick::test {
  * little, calls that fail. In place from construction to destruction. Calls may
  * come from several threads; set the fields while none works on files.
  */
-class FaultyFileCalls final : public FileCalls {
+class FaultyFileCalls final : public ForwardingFileCalls {
   public:
-    FaultyFileCalls();
-    ~FaultyFileCalls() override;
-
     // A write below this file offset is not counted: headers always fit. Past `bytesUntilFull`
     // bytes of data the disk is full; the write that crosses the line is cut short first.
     std::optional<std::uint64_t> bytesUntilFull;
@@ -48,14 +45,10 @@ class FaultyFileCalls final : public FileCalls {
     SystemErrorCode OpenForReading(const std::wstring& path, FileHandle& handle) override;
     SystemErrorCode Read(FileHandle handle, void* data, std::size_t size,
                          std::size_t& transferred) override;
-    SystemErrorCode QuerySize(FileHandle handle, std::uint64_t& size) override;
     SystemErrorCode CreateExclusive(const std::wstring& path, FileHandle& handle) override;
     SystemErrorCode WriteAt(FileHandle handle, std::uint64_t offset, const void* data,
                             std::size_t size, std::size_t& transferred) override;
-    SystemErrorCode StartWriteBack(FileHandle handle, std::uint64_t offset,
-                                   std::uint64_t size) override;
     SystemErrorCode SyncData(FileHandle handle) override;
-    SystemErrorCode QueryRemoved(FileHandle handle, bool& removed) override;
     SystemErrorCode Close(FileHandle handle) override;
 
   private:
@@ -64,7 +57,6 @@ class FaultyFileCalls final : public FileCalls {
     using Lock = std::lock_guard<std::recursive_mutex>;
 
     std::recursive_mutex mutex_;  // what a test has put in here may call back
-    FileCalls* before_;
     unsigned interruptions_ = 0;
 };
 

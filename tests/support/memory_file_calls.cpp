@@ -7,12 +7,6 @@
 
 namespace stalwick::test {
 
-MemoryFileCalls::MemoryFileCalls() : before_(SetFileCalls(this)) {}
-
-MemoryFileCalls::~MemoryFileCalls() {
-    SetFileCalls(before_);
-}
-
 FileHandle MemoryFileCalls::Add(std::string& bytes) {
     opened_.push_back({&bytes, 0});
     ++openCount;
@@ -68,6 +62,11 @@ SystemErrorCode MemoryFileCalls::StartWriteBack(FileHandle /*handle*/, std::uint
 }
 
 SystemErrorCode MemoryFileCalls::SyncData(FileHandle /*handle*/) {
+    return 0;
+}
+
+SystemErrorCode MemoryFileCalls::QueryRemoved(FileHandle /*handle*/, bool& removed) {
+    removed = false;
     return 0;
 }
 

@@ -6,19 +6,16 @@
 #include <string>
 #include <vector>
 
-#include "platform/file_calls.h"
+#include "tests/support/forwarding_file_calls.h"
 
 namespace stalwick::test {
 
 /**
- * File calls on files that are byte strings in memory. In place from construction to destruction;
- * may be used by several threads.
+ * File calls on files that are byte strings in memory: none reaches the system. In place from
+ * construction to destruction; may be used by several threads.
  */
-class MemoryFileCalls final : public FileCalls {
+class MemoryFileCalls final : public ForwardingFileCalls {
   public:
-    MemoryFileCalls();
-    ~MemoryFileCalls() override;
-
     std::map<std::wstring, std::string> files;  // by path
     std::size_t mostBytesPerRead = SIZE_MAX;
     unsigned openCount = 0;  // files open at this moment
@@ -33,6 +30,7 @@ class MemoryFileCalls final : public FileCalls {
     SystemErrorCode StartWriteBack(FileHandle handle, std::uint64_t offset,
                                    std::uint64_t size) override;
     SystemErrorCode SyncData(FileHandle handle) override;
+    SystemErrorCode QueryRemoved(FileHandle handle, bool& removed) override;
     SystemErrorCode Close(FileHandle handle) override;
 
   private:
@@ -45,7 +43,6 @@ class MemoryFileCalls final : public FileCalls {
 
     std::mutex mutex_;
     std::vector<OpenFile> opened_;
-    FileCalls* before_;
 };
 
 }  // namespace stalwick::test

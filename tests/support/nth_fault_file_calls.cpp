@@ -6,13 +6,6 @@ namespace {
 constexpr std::uint64_t kHeaderBytes = 16384;
 }  // namespace
 
-NthFaultFileCalls::NthFaultFileCalls(const FileFault& fault)
-    : fault_(fault), before_(SetFileCalls(this)) {}
-
-NthFaultFileCalls::~NthFaultFileCalls() {
-    SetFileCalls(before_);
-}
-
 NthFaultFileCalls::Outcome NthFaultFileCalls::Count(const FileCallRecord& call) {
     const std::uint64_t number = calls_.size();
     calls_.push_back(call);

@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "platform/file_calls.h"
+#include "tests/support/forwarding_file_calls.h"
 
 namespace stalwick::test {
 
@@ -34,10 +34,9 @@ struct FileFault {
  * The system's file calls, counted, with a fault in one of them. Nothing waits for the disk. In
  * place from construction to destruction; may be used by several threads.
  */
-class NthFaultFileCalls final : public FileCalls {
+class NthFaultFileCalls final : public ForwardingFileCalls {
   public:
-    explicit NthFaultFileCalls(const FileFault& fault);
-    ~NthFaultFileCalls() override;
+    explicit NthFaultFileCalls(const FileFault& fault) : fault_(fault) {}
 
     std::uint64_t callCount() const { return calls_.size(); }
     const std::vector<FileCallRecord>& calls() const { return calls_; }
@@ -75,7 +74,6 @@ class NthFaultFileCalls final : public FileCalls {
     std::unordered_map<FileHandle, OpenFile> open_;
     std::set<std::wstring> withHeader_;  // files whose first header is whole
     bool met_ = false;
-    FileCalls* before_;
 };
 
 }  // namespace stalwick::test

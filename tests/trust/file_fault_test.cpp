@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <ostream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -36,6 +37,14 @@ struct FaultKind {
     const char* name;
     FileFault fault;
 };
+
+void PrintTo(const Scene& scene, std::ostream* out) {
+    *out << scene.name;
+}
+
+void PrintTo(const FaultKind& kind, std::ostream* out) {
+    *out << kind.name;
+}
 
 class FileFaultTest : public testing::TestWithParam<std::tuple<Scene, FaultKind>> {
   protected:

@@ -3,6 +3,7 @@
 
 #include <exception>
 #include <filesystem>
+#include <ostream>
 
 #include <gtest/gtest.h>
 
@@ -25,6 +26,10 @@ struct Scene {
     bool lasting;
     HelperThreads helperThreads;
 };
+
+void PrintTo(const Scene& scene, std::ostream* out) {
+    *out << scene.name;
+}
 
 std::size_t OpenFileCount() {
     const std::filesystem::directory_iterator entries("/proc/self/fd");

@@ -80,15 +80,15 @@ void Declare(CLI::App& app, RawOptions& options) {
                  "do not wait for the disk before a file is marked as closed");
     app.add_option("--block-records", options.recordsPerBlock,
                    "records that are collected for each file before they are written, 1 to 5000; "
-                   "a channel file's record takes 1 KB, so the default needs up to 1.4 GB for 256 "
+                   "a channel file's record takes 1 KB, so the default needs up to 1.5 GB for 256 "
                    "channels and 64 less than 60 MB; the files are the same")
         ->type_name("N")
         ->check(WholeNumber(1, kRecordsPerBlock))
         ->capture_default_str();
     app.add_option("-j,--jobs", options.jobs,
-                   "files converted side by side, 1 to 64; each takes its own memory: 5.3 MB a "
-                   "channel and 40 MB, less with --block-records; files whose outputs share a "
-                   "directory take turns")
+                   "files converted side by side, 1 to 64; each takes its own memory: 5.2 MB a "
+                   "channel file and up to 60 MB, less with --block-records; files whose outputs "
+                   "share a directory take turns")
         ->type_name("N")
         ->check(WholeNumber(1, kMostJobs))
         ->capture_default_str();

@@ -27,7 +27,8 @@ void FileConversion::TellWhereItStopped(bool inLastBlock) {
         // Nothing is damaged: the last block has the one length that is refused.
         advice =
             L"; the recording ends there in a block of a length that is always refused: add one "
-            L"zero byte to the end of a copy and convert the copy";
+            L"zero byte to the end of a copy and convert the copy; a packet that lacks just its "
+            L"last byte would take it for that";
     }
     AddInputDetail(ConversionDetail::Kind::kIncomplete,
                    L"conversion stopped at byte " + std::to_wstring(reader_.NextPacketPosition()) +

@@ -78,14 +78,19 @@ std::string PlainPackets(std::size_t count) {
     return EncodePackets(plans);
 }
 
-// Whole packets that fill exactly half the reader's buffer: the one length that is refused.
-std::string HalfABuffer() {
+// Whole packets of so many bytes.
+std::string PacketsOfSize(std::size_t size) {
     // A base inertial block makes a packet 29 bytes; a few of them make the length come out.
     PacketPlan withImu;
     withImu.baseImu.emplace().fill(1);
     std::string stream;
-    while ((25000 - stream.size()) % 11 != 0) stream += EncodePacket(withImu);
-    return stream + PlainPackets((25000 - stream.size()) / 11);
+    while ((size - stream.size()) % 11 != 0) stream += EncodePacket(withImu);
+    return stream + PlainPackets((size - stream.size()) / 11);
+}
+
+// Whole packets that fill exactly half the reader's buffer: the one length that is refused.
+std::string HalfABuffer() {
+    return PacketsOfSize(25000);
 }
 
 TEST(StreamLength, HalfABufferOfWholePacketsFailsAsNotConsumed) {
@@ -110,6 +115,22 @@ TEST(StreamLength, TheAdviceForARefusedLastBlockMakesItConvertible) {
         RunEngine(second, recording + std::string(1, '\0'), ReferenceConvertOptions());
     EXPECT_EQ(followed.statusText, L"Processing complete");
     EXPECT_TRUE(ConvertsLikeTheReference(recording + std::string(1, '\0'), AllOutputs()));
+}
+
+TEST(StreamLength, TheAdviceTellsOfAPacketThatLacksOneByte) {
+    // 25,005 bytes, of which 24,995 make packets: refused too, since both add up to a buffer.
+    std::string recording = Version1Header(32).Block() + PacketsOfSize(24995) + PlainPackets(1);
+    recording.pop_back();
+    const TempDirectory directory;
+    const EngineRun run = RunEngine(directory, recording, ReferenceConvertOptions());
+    ASSERT_EQ(run.details.size(), 1U);
+    EXPECT_NE(run.details[0].text.find(L"a packet that lacks just its last byte would take it"),
+              std::wstring::npos);
+
+    recording += '\0';
+    const TempDirectory second;
+    EXPECT_EQ(RunEngine(second, recording, ReferenceConvertOptions()).details.size(), 0U);
+    EXPECT_TRUE(ConvertsLikeTheReference(recording, AllOutputs()));
 }
 
 TEST(StreamLength, DamageIsToldWithItsPlaceAndHowToKeepTheMostOfIt) {

@@ -1,7 +1,10 @@
 #include "logging/console_logger.h"
 
 #include <array>
+#include <cstdio>
 #include <iostream>
+
+#include "platform/text_encoding.h"
 
 namespace VtxLogging {
 
@@ -14,11 +17,26 @@ constexpr std::array<const wchar_t*, 6> kBanners = {
 };
 constexpr const wchar_t* kUnknownBanner = L"-* UNKNOWN *- ";
 
+std::wstreambuf* const standardBuffer = std::wcout.rdbuf();  // null before main()
+
+// The wide stream's own way to standard output fails for good at the first character that the
+// locale lacks, and behind narrow text it garbles it. So the text goes there as UTF-8, unless
+// somebody has put another buffer behind the stream.
+void WriteWide(const std::wstring& text) {
+    if (standardBuffer != nullptr && std::wcout.rdbuf() != standardBuffer) {
+        std::wcout << text;
+        return;
+    }
+    const std::string bytes = stalwick::NarrowPath(text);
+    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size();
+    if (!written) std::fwrite(bytes.data(), 1, bytes.size(), stderr);
+}
+
 }  // namespace
 
 std::int32_t ConsoleLogger::Log(std::uint32_t level, const std::wstring& message) {
     const wchar_t* banner = level < kBanners.size() ? kBanners[level] : kUnknownBanner;
-    std::wcout << banner << message << L"\r\n";
+    WriteWide(banner + message + L"\r\n");
     return 0;
 }
 

@@ -11,4 +11,7 @@ class ConsoleLogger : public ILogFile {
     std::int32_t Log(std::uint32_t level, const std::wstring& message) override;
 };
 
+// Every source unit that includes this header has a logger of its own.
+[[maybe_unused]] static ConsoleLogger consoleLogger;
+
 }  // namespace VtxLogging

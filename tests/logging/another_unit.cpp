@@ -1,0 +1,11 @@
+#include "tests/logging/another_unit.h"
+
+#include "logging/console_logger.h"
+
+namespace stalwick::test {
+
+VtxLogging::ILogFile& LoggerOfAnotherUnit() {
+    return VtxLogging::consoleLogger;
+}
+
+}  // namespace stalwick::test

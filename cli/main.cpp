@@ -10,6 +10,7 @@
 #include "cli/progress_bar.h"
 #include "engine/conversion_job.h"
 #include "platform/console.h"
+#include "platform/process_setup.h"
 #include "platform/program_arguments.h"
 #include "platform/system_error.h"
 #include "platform/text_encoding.h"
@@ -109,6 +110,7 @@ int Main(const std::vector<std::string>& arguments) {
 }  // namespace stalwick
 
 int main(int argc, char** argv) {
+    stalwick::PrepareProcess();
     stalwick::PrepareConsole();
     try {
         return stalwick::Main(stalwick::ProgramArguments(argc, argv));

@@ -62,8 +62,6 @@ void PrepareConsole() {
     // Lines end as the program writes them, so that scripts read the same bytes everywhere.
     ::_setmode(::_fileno(stdout), _O_BINARY);
     ::_setmode(::_fileno(stderr), _O_BINARY);
-    // A drive without a disk is an error of that call, not a box that waits for a click.
-    ::SetErrorMode(SEM_FAILCRITICALERRORS);
     previousOutputCodePage = ::GetConsoleOutputCP();
     if (previousOutputCodePage == 0 || previousOutputCodePage == CP_UTF8) return;
     // The code page belongs to the console, which outlives the program.

@@ -75,7 +75,8 @@ done
 openbox --sm-disable --startup "touch $work/managed" > /dev/null 2>&1 &
 windowManager=$!
 wait_for test -e "$work/managed"
-"$build/app/stalwick" &
+# As a desktop starts it: a caller may have these signals ignored.
+env --default-signal=XFSZ,PIPE "$build/app/stalwick" &
 program=$!
 main='Veltrosyn Stalwick'
 wait_for window_named "^$main\$"
@@ -111,6 +112,15 @@ eval "$(xdotool getwindowgeometry --shell "$window")"
 xdotool mousemove --window "$window" $((WIDTH - 100)) $((HEIGHT - 50)) click 1
 wait_for test -e "$work/out/rec1/RawData_01.vrd"
 dismiss_message
+
+# Once more under a limit of the file size: the program goes on, the longest output ends there.
+prlimit --pid "$program" --fsize=1000000:
+press "$main" alt+n
+wait_for test -e "$work/out/rec1/RawData_02.vrd"
+dismiss_message
+size=$(stat --format %s "$work/out/rec1/RawData_02.vrd")
+[ "$size" -eq 1000000 ] || fail "RawData_02.vrd has $size bytes, the limit is 1000000"
+rm "$work"/out/rec1/*_02.*
 
 xdotool key --clearmodifiers alt+F4
 wait_for no_window_named "^$main\$"

@@ -1,0 +1,95 @@
+// Conversions by a process that gets no further thread: slower, and otherwise the same.
+
+#include <atomic>
+#include <cerrno>
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include "cli/conversion_batch.h"
+#include "platform/paths.h"
+#include "tests/support/engine_run.h"
+#include "tests/support/fixed_identity.h"
+#include "tests/trust/recordings.h"
+
+namespace {
+
+std::atomic<bool> refusing{false};
+std::atomic<unsigned> refusedCount{0};
+
+}  // namespace
+
+// Stands before the system's, also for the libraries.
+extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
+                              void* (*start)(void*), void* argument) noexcept {
+    if (refusing) {
+        ++refusedCount;
+        return EAGAIN;
+    }
+    static const auto next =
+        reinterpret_cast<decltype(&pthread_create)>(::dlsym(RTLD_NEXT, "pthread_create"));
+    return next(thread, attributes, start, argument);
+}
+
+namespace stalwick::test {
+namespace {
+
+// While it lives there is no further thread to be had.
+class NoThreads {
+  public:
+    NoThreads() {
+        refusedCount = 0;
+        refusing = true;
+    }
+    ~NoThreads() { refusing = false; }
+    NoThreads(const NoThreads&) = delete;
+    NoThreads& operator=(const NoThreads&) = delete;
+
+    unsigned RefusedCount() const { return refusedCount; }
+};
+
+OutputSettings SettingsThatWantThreads() {
+    OutputSettings settings;  // waits for the disk, many files at a time
+    settings.helperThreads = HelperThreads::kOn;
+    settings.recordsPerBlock = 1;
+    return settings;
+}
+
+TEST(ThreadFault, ConversionThatGetsNoThreadWritesTheSameFiles) {
+    const std::string recording = MakeFullRecording(32, 130);
+    const NoThreads scarcity;
+    EXPECT_TRUE(ConvertsLikeTheReference(recording, AllOutputs(), SettingsThatWantThreads()));
+    EXPECT_GT(scarcity.RefusedCount(), 0U);
+}
+
+TEST(ThreadFault, JobsThatGetNoThreadAreDoneOneAfterAnother) {
+    const TempDirectory directory;
+    const std::string recording = MakeFullRecording(2, 60);
+    CommandLine line;
+    for (const wchar_t* name : {L"a.ord", L"b.ord", L"c.ord"}) {
+        line.inputFiles.push_back(PutRecording(directory, recording, name));
+    }
+    line.outputDirectory = directory.Path(L"out");
+    line.channelOptions = {1, 0, 0, 0};
+    line.jobs = 3;
+    line.outputSettings = SettingsThatWantThreads();
+    MakeDirectory(line.outputDirectory);
+    const NoThreads scarcity;
+    ConversionBatch batch(line);
+    batch.Run();
+    EXPECT_EQ(batch.Status(), L"Processing complete");
+    EXPECT_GT(scarcity.RefusedCount(), 0U);
+    ReferenceConvertInput input;
+    input.recording = recording;
+    for (const auto& [name, bytes] : ReferenceConvert(input).files) {
+        for (const wchar_t* converted : {L"out/a", L"out/b", L"out/c"}) {
+            const auto files = FilesIn(directory.Path(converted));
+            EXPECT_TRUE(
+                SameBytes(files.at(name).substr(kOrdHeaderBytes), bytes.substr(kOrdHeaderBytes)));
+        }
+    }
+}
+
+}  // namespace
+}  // namespace stalwick::test

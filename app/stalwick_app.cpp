@@ -1,6 +1,7 @@
 #include "app/stalwick_app.h"
 
 #include "app/app_identity.h"
+#include "app/offered_files.h"
 #include "app/stalwick_dlg.h"
 #include "platform/program_version.h"
 
@@ -15,8 +16,10 @@ StalwickApp::StalwickApp(int& argumentCount, char** arguments)
     setWindowIcon(ApplicationIcon());
 }
 
-int StalwickApp::InitInstance() {
+int StalwickApp::InitInstance(const std::vector<std::string>& arguments) {
     StalwickDlg dialog;
+    const auto recordings = RecordingsInArguments(arguments);
+    if (!recordings.empty()) dialog.SelectFiles(recordings);
     dialog.exec();
     return 0;
 }

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include <QApplication>
 
 namespace stalwick {
@@ -11,8 +14,9 @@ class StalwickApp : public QApplication {
     // Keeps references to both arguments, like QApplication.
     StalwickApp(int& argumentCount, char** arguments);
 
-    // Runs the main dialog until it is closed; returns the program's exit status.
-    int InitInstance();
+    // Runs the main dialog until it is closed, with the recordings among the arguments in its list;
+    // returns the program's exit status. The arguments are those behind the program's name, narrow.
+    int InitInstance(const std::vector<std::string>& arguments = {});
 };
 
 }  // namespace stalwick

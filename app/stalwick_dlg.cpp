@@ -14,8 +14,8 @@
 
 #include "app/about_dlg.h"
 #include "app/app_identity.h"
-#include "app/dropped_files.h"
 #include "app/file_dialogs.h"
+#include "app/offered_files.h"
 #include "app/progress_dlg.h"
 #include "app/qt_text.h"
 #include "ord/ord_file_reader.h"

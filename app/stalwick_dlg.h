@@ -30,6 +30,10 @@ class StalwickDlg : public QDialog {
 
     bool IsConverting() const { return converting_; }
 
+    // Puts the files into the list in place of those there, and the directory of the last one into
+    // both directory boxes. At least one; full paths.
+    void SelectFiles(const std::vector<std::wstring>& paths);
+
     void OnSelectInputFiles();
     void OnSelectOutputDirectory();
     void OnClearList();
@@ -68,7 +72,6 @@ class StalwickDlg : public QDialog {
 
     void OnInitDialog();
     void ConnectControls();
-    void SelectFiles(const std::vector<std::wstring>& paths);
     ConversionJob MakeJob(const std::wstring& outputDirectory);
     void ShowProgress();
     void CancelConversion();

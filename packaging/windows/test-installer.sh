@@ -33,6 +33,8 @@ check() {
     fi
 }
 
+ends_with() { case $1 in *"$2") ;; *) return 1 ;; esac; }
+
 fails() { ! "$@"; }
 
 # The uninstaller goes on in a copy of itself after the program that was started has ended.
@@ -72,7 +74,8 @@ check "a start menu entry is there" test -s "$menu"
 check "the command runs" "$wine" "$programs/stalwick-convert.exe" --version
 check "Windows can list it" test -n "$(registry "$uninstall_key" DisplayVersion)"
 check ".ord belongs to it" test "$(registry "$ord_key" '')" = Veltrosyn.Stalwick.ord
-check ".ord opens with it" key_exists "$type_key\\shell\\open\\command"
+check ".ord opens with it" \
+    ends_with "$(registry "$type_key\\shell\\open\\command" '')" '\stalwick.exe" "%1"'
 
 echo "Installing over itself:"
 check "setup succeeds" "$wine" "$setup" /S

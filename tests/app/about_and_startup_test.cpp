@@ -1,9 +1,14 @@
+#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTreeWidget>
 
 #include "app/about_dlg.h"
+#include "app/qt_text.h"
+#include "platform/paths.h"
 #include "platform/program_version.h"
+#include "platform/text_encoding.h"
 #include "tests/app/window_test.h"
 
 using namespace stalwick;
@@ -19,8 +24,45 @@ class AboutAndStartupTest : public QObject {
     void VersionAgreesWithTheHeaderOfEveryOutput();
     void StartUpRunsTheMainDialogUntilItIsClosed();
     void ClosedDialogEndsStartUpOnlyOnceTheConversionIsOver();
+    void StartUpListsTheRecordingsAmongItsArguments();
+    void StartUpTakesArgumentsFromTheCurrentDirectory();
+    void StartUpWithoutARecordingAmongItsArgumentsIsEmpty();
+    void StartUpConvertsARecordingWithANameOfAnyCharacters_data();
+    void StartUpConvertsARecordingWithANameOfAnyCharacters();
     void ApplicationHasItsNames();
 };
+
+namespace {
+
+// What the main dialog shows when the program starts with the arguments.
+struct FirstView {
+    QStringList names;
+    QStringList paths;
+    QString outputDirectory;
+    QString inputDirectory;
+    bool canStart = false;
+};
+
+FirstView StartWith(const std::vector<std::wstring>& arguments) {
+    std::vector<std::string> narrow;
+    for (const std::wstring& argument : arguments) narrow.push_back(NarrowPath(argument));
+    FirstView view;
+    WhenShown<StalwickDlg>([&](StalwickDlg& dialog) {
+        const auto* list = Find<QTreeWidget>(dialog, ControlId::kFileList);
+        for (int i = 0; i < list->topLevelItemCount(); ++i) {
+            view.names += list->topLevelItem(i)->text(0);
+            view.paths += list->topLevelItem(i)->toolTip(0);
+        }
+        view.outputDirectory = Find<QLineEdit>(dialog, ControlId::kOutputDirectory)->text();
+        view.inputDirectory = Find<QLineEdit>(dialog, ControlId::kInputDirectory)->text();
+        view.canStart = Find<QPushButton>(dialog, ControlId::kCreateNewFiles)->isEnabled();
+        QVERIFY(dialog.close());
+    });
+    static_cast<StalwickApp*>(qApp)->InitInstance(narrow);
+    return view;
+}
+
+}  // namespace
 
 void AboutAndStartupTest::AboutBoxHasItsTexts_data() {
     QTest::addColumn<QString>("number");
@@ -116,6 +158,64 @@ void AboutAndStartupTest::ClosedDialogEndsStartUpOnlyOnceTheConversionIsOver() {
     });
     QCOMPARE(static_cast<StalwickApp*>(qApp)->InitInstance(), 0);
     QVERIFY(refused);
+}
+
+void AboutAndStartupTest::StartUpListsTheRecordingsAmongItsArguments() {
+    TestWindow window;
+    const std::wstring b = window.AddRecording(L"b.ORD", 1);
+    const std::wstring a = window.AddRecording(L"a.ord", 1);
+    MakeDirectory(window.PathOf(L"folder.ord"));
+    const FirstView view =
+        StartWith({b, L"--help", window.AddFile(L"notes.txt", "text"), window.PathOf(L"folder.ord"),
+                   window.PathOf(L"missing.ord"), a});
+    QCOMPARE(view.names, QStringList({"b.ORD", "a.ord"}));
+    QCOMPARE(view.paths, QStringList({ToQString(b), ToQString(a)}));
+    QCOMPARE(view.outputDirectory, ToQString(window.InputDirectory()));
+    QCOMPARE(view.inputDirectory, ToQString(window.InputDirectory()));
+    QVERIFY(view.canStart);
+}
+
+void AboutAndStartupTest::StartUpTakesArgumentsFromTheCurrentDirectory() {
+    TestWindow window;
+    const std::wstring a = window.AddRecording(L"a.ord", 1);
+    const QString before = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(ToQString(window.InputDirectory())));
+    const FirstView view = StartWith({L"a.ord"});
+    QVERIFY(QDir::setCurrent(before));
+    QCOMPARE(view.paths, QStringList(ToQString(a)));
+    QCOMPARE(view.outputDirectory, ToQString(window.InputDirectory()));
+}
+
+void AboutAndStartupTest::StartUpWithoutARecordingAmongItsArgumentsIsEmpty() {
+    const FirstView view = StartWith({L"missing.ord"});
+    QCOMPARE(view.names, QStringList());
+    QCOMPARE(view.outputDirectory, "");
+    QCOMPARE(view.inputDirectory, "");
+    QVERIFY(!view.canStart);
+}
+
+void AboutAndStartupTest::StartUpConvertsARecordingWithANameOfAnyCharacters_data() {
+    QTest::addColumn<QByteArray>("name");
+    QTest::newRow("blanks") << QByteArray("with  blanks");
+    QTest::newRow("Cyrillic, Chinese and an emoji") << QByteArray("запись 记录 🦇");
+    // Elsewhere names are UTF-16.
+    if (kPathSeparator == L'/') QTest::newRow("not UTF-8") << QByteArray("\xFF \xC3");
+}
+
+void AboutAndStartupTest::StartUpConvertsARecordingWithANameOfAnyCharacters() {
+    QFETCH(QByteArray, name);
+    TestWindow window;
+    const std::wstring path = window.AddRecording(WidePath(name.toStdString()) + L".ord", 1);
+    bool ended = false;
+    WhenShown<StalwickDlg>([&](StalwickDlg& dialog) {
+        Click(dialog, ControlId::kCreateNewFiles);
+        ended = TakeMessage().has_value();
+        dialog.close();
+    });
+    static_cast<StalwickApp*>(qApp)->InitInstance({NarrowPath(path)});
+    QVERIFY(ended);
+    const auto outputs = FilesIn(path.substr(0, path.size() - 4));
+    QCOMPARE(outputs.size(), std::size_t{33});
 }
 
 void AboutAndStartupTest::ApplicationHasItsNames() {

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Compares two conversions of one recording, of which the second was made twice.
+"""Compares two conversions of one recording, of which the second was made once or twice.
 
-  compare_outputs.py EXPECTED_DIRECTORY ACTUAL_DIRECTORY
+  compare_outputs.py EXPECTED_DIRECTORY ACTUAL_DIRECTORY once|twice
 
-Each file NAME.ext of EXPECTED must stand in ACTUAL twice, as NAME.ext and NAME_01.ext, and equal it
-but for what differs from run to run: the file's UUID, its times and its own path.
+Each file NAME.ext of EXPECTED must stand in ACTUAL, where it was made twice also as NAME_01.ext, and
+equal it but for what differs from run to run: the file's UUID, its times and its own path.
 """
 
 import pathlib
@@ -24,11 +24,14 @@ def masked(path):
 
 
 def main():
-    expected, actual = map(pathlib.Path, sys.argv[1:])
+    expected, actual = map(pathlib.Path, sys.argv[1:3])
+    twice = {"once": False, "twice": True}[sys.argv[3]]
     names = sorted(path.name for path in expected.iterdir())
     if not names:
         sys.exit(f"{expected}: empty")
-    wanted = set(names) | {f"{pathlib.Path(n).stem}_01{pathlib.Path(n).suffix}" for n in names}
+    wanted = set(names)
+    if twice:
+        wanted |= {f"{pathlib.Path(n).stem}_01{pathlib.Path(n).suffix}" for n in names}
     found = {path.name for path in actual.iterdir()}
     if wanted != found:
         sys.exit(f"{actual}: missing {sorted(wanted - found)}, too many {sorted(found - wanted)}")

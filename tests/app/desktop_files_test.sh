@@ -15,8 +15,10 @@ fail() {
 
 desktop=$share/applications/com.veltrosyn.Stalwick.desktop
 desktop-file-validate --warn-kde "$desktop"
-program=$(sed -n 's/^Exec=//p' "$desktop")
+read -r program files < <(sed -n 's/^Exec=//p' "$desktop")
 [ -x "$prefix/bin/$program" ] || fail "the desktop file starts $program, which is not installed"
+[ "$files" = %F ] || fail "the desktop gives the program no recordings"
+grep -qx 'MimeType=application/x-veltrosyn-ord;' "$desktop" || fail "it opens other files than recordings"
 
 metainfo=$share/metainfo/com.veltrosyn.Stalwick.metainfo.xml
 appstreamcli validate --no-net --strict "$metainfo"

@@ -3,7 +3,7 @@
 #include <QPlainTextEdit>
 #include <QTreeWidget>
 
-#include "app/dropped_files.h"
+#include "app/offered_files.h"
 #include "app/qt_text.h"
 #include "tests/app/window_test.h"
 

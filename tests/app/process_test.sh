@@ -11,7 +11,8 @@ if [ -z "${STALWICK_TEST_DISPLAY:-}" ]; then
         --server-args='-screen 0 1280x900x24' "$0" "$@"
 fi
 
-build=$1
+build=$(cd "$1" && pwd)
+here=$(cd "$(dirname "$0")" && pwd)
 work=$(mktemp -d)
 export XDG_RUNTIME_DIR=$work/runtime XDG_CONFIG_HOME=$work/config QT_QPA_PLATFORM=xcb
 mkdir -m 700 "$XDG_RUNTIME_DIR"
@@ -75,12 +76,30 @@ done
 openbox --sm-disable --startup "touch $work/managed" > /dev/null 2>&1 &
 windowManager=$!
 wait_for test -e "$work/managed"
-# As a desktop starts it: a caller may have these signals ignored.
-env --default-signal=XFSZ,PIPE "$build/app/stalwick" &
+# As a desktop starts it, with a recording to open. A caller may have these signals ignored.
+cd "$work/in"
+env --default-signal=XFSZ,PIPE "$build/app/stalwick" rec2.ord missing.ord 2> "$work/messages" &
 program=$!
 main='Veltrosyn Stalwick'
 wait_for window_named "^$main\$"
 window=$(window_named "^$main\$")
+
+# A key that comes while the window takes the focus is lost.
+wait_for active_window_is "$main"
+sleep 0.5
+press "$main" alt+n
+# The message box has the main dialog's caption; it is another window.
+main_active() { [ "$(xdotool getactivewindow)" = "$window" ]; }
+message_shown() { [ "$(xdotool getactivewindow)" != "$window" ] && active_window_is "$main"; }
+# In the main dialog Enter does nothing.
+press_enter_until_main() { xdotool key Return && sleep 0.2 && main_active; }
+dismiss_message() {
+    wait_for message_shown
+    wait_for press_enter_until_main
+}
+wait_for test -e "$work/in/rec2/Events.vev"
+dismiss_message
+grep -q 'missing.ord: left out' "$work/messages" || fail "a file that is missing was not told of"
 
 # By keyboard: choose a recording, an output directory and every output, and start.
 mkdir "$work/out"
@@ -96,15 +115,6 @@ press "$main" Return
 sleep 0.5
 press "$main" alt+n
 wait_for test -e "$work/out/rec1/RawData.vrd"
-# The message box has the main dialog's caption; it is another window.
-main_active() { [ "$(xdotool getactivewindow)" = "$window" ]; }
-message_shown() { [ "$(xdotool getactivewindow)" != "$window" ] && active_window_is "$main"; }
-# A key that comes while the window takes the focus is lost; in the main dialog Enter does nothing.
-press_enter_until_main() { xdotool key Return && sleep 0.2 && main_active; }
-dismiss_message() {
-    wait_for message_shown
-    wait_for press_enter_until_main
-}
 dismiss_message
 
 # By mouse: the button in the lower right corner starts a second conversion of the same file.
@@ -130,4 +140,6 @@ program=
 [ $status -eq 0 ] || fail "the program ended with $status"
 
 "$build/cli/stalwick-convert" --quiet --all --output-dir "$work/expected" "$work/in/rec1.ord"
-python3 "$(dirname "$0")/compare_outputs.py" "$work/expected/rec1" "$work/out/rec1"
+"$build/cli/stalwick-convert" --quiet --output-dir "$work/expected" "$work/in/rec2.ord"
+python3 "$here/compare_outputs.py" "$work/expected/rec1" "$work/out/rec1" twice
+python3 "$here/compare_outputs.py" "$work/expected/rec2" "$work/in/rec2" once

@@ -1,0 +1,54 @@
+#include "app/offered_files.h"
+
+#include <cstdio>
+
+#include <QDir>
+#include <QMimeData>
+
+#include "app/qt_text.h"
+#include "platform/file_system.h"
+#include "platform/paths.h"
+#include "platform/text_encoding.h"
+
+namespace stalwick {
+
+namespace {
+
+bool IsRecording(const std::wstring& path) {
+    const QString extension = ToQString(SplitPath(path).extension);
+    return extension.compare(QLatin1String(".ord"), Qt::CaseInsensitive) == 0 &&
+           QueryPath(path) == PathKind::kFile;
+}
+
+// The list shows directories, so a path is taken from the current one at once.
+std::wstring FullPath(const std::string& argument) {
+    return ToWidePath(QDir::current().absoluteFilePath(ToQString(WidePath(argument))));
+}
+
+}  // namespace
+
+std::vector<std::wstring> DroppedRecordings(const QMimeData* data) {
+    std::vector<std::wstring> paths;
+    for (const QUrl& url : data->urls()) {
+        std::wstring path = LocalPath(url);
+        if (IsRecording(path)) paths.push_back(std::move(path));
+    }
+    return paths;
+}
+
+std::vector<std::wstring> RecordingsInArguments(const std::vector<std::string>& arguments) {
+    std::vector<std::wstring> paths;
+    for (const std::string& argument : arguments) {
+        std::wstring path = FullPath(argument);
+        if (IsRecording(path)) {
+            paths.push_back(std::move(path));
+        } else {
+            const std::string name = NarrowPath(OneLine(WidePath(argument)));
+            std::fprintf(stderr, "stalwick: %s: left out; no recording (.ord) of that name\n",
+                         name.c_str());
+        }
+    }
+    return paths;
+}
+
+}  // namespace stalwick

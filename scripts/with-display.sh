@@ -3,10 +3,14 @@
 #   scripts/with-display.sh COMMAND [ARGUMENT...]
 # Needs: xvfb, xauth, openbox.
 set -eu
+# A window that comes while the window manager starts may never be shown: the command waits for it.
 # shellcheck disable=SC2016  # expanded by the inner shell
 exec xvfb-run --auto-servernum --server-args='-screen 0 1280x900x24' sh -c '
-    openbox >/dev/null 2>&1 &
+    managed=$(mktemp -d)
+    openbox --sm-disable --startup "touch $managed/yes" >/dev/null 2>&1 &
     manager=$!
+    while [ ! -e "$managed/yes" ] && kill -0 "$manager" 2>/dev/null; do sleep 0.1; done
+    rm -rf "$managed"
     "$@"
     status=$?
     kill "$manager" 2>/dev/null

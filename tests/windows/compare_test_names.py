@@ -13,11 +13,13 @@ from pathlib import Path
 ONLY_ON_LINUX = {
     "OrdSynthCommandTest.*": "runs the program by a POSIX shell; compare_with_linux.py runs it",
     "Command.*": "starts the command by fork and pipes; compare_with_linux.py runs it",
+    "CommandPipe.*": "makes POSIX named pipes",
     "CommandSignal.*": "sends POSIX signals; WindowsConsoleTest and compare_with_linux.py instead",
     "CommandTerminal.*": "opens a POSIX pseudo-terminal",
     "trust_tests": "injects errno numbers, sends signals and sets POSIX limits",
     "hostile_numbers_tests": "RapidCheck is compiled for Linux only",
     "memory_fault_tests": "limits and counts the memory of a POSIX process",
+    "thread_fault_tests": "stands before pthread_create",
     "CancelTest.*": "is in a program with POSIX processes",
     "ClosedStreams.*": "closes POSIX descriptors",
     "Durability.*": "is in a program with POSIX processes",
@@ -32,6 +34,7 @@ ONLY_ON_LINUX = {
     "PathNames.*": "starts the command by fork",
     "ReadOnlyDirectory.*": "sets POSIX permissions",
     "SymbolicLink.*": "makes POSIX links",
+    "ThreadFault.*": "stands before pthread_create",
     "VanishedDirectory.*": "removes a directory that is in use",
 }
 

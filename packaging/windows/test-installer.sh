@@ -69,7 +69,11 @@ echo "Installing over another program's hold on .ord:"
 check "setup succeeds" "$wine" "$setup" /S
 check "the window is there" test -s "$programs/stalwick.exe"
 check "the user guide is there" test -s "$programs/user-guide.html"
-check "the licences are there" test -s "$programs/licenses/qt.txt"
+check "the licences are there" \
+    test "$(cd "$programs/licenses" && ls | grep -v stalwick | tr '\n' ' ')" = \
+    'GPL-3.txt LGPL-3.txt boost.txt cli11.txt gcc-runtime.txt highway.txt mingw-w64-runtime.txt qt.txt '
+check "the licences are those of what is linked" \
+    test "$(du --apparent-size -sk "$programs/licenses" | cut -f1)" -lt 500
 check "a start menu entry is there" test -s "$menu"
 check "the command runs" "$wine" "$programs/stalwick-convert.exe" --version
 check "Windows can list it" test -n "$(registry "$uninstall_key" DisplayVersion)"

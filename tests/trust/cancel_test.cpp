@@ -27,6 +27,7 @@ class CancelTest : public testing::TestWithParam<HelperThreads> {
         input.fileName = fileName;
         input.clockText = kFixedTimeText;
         input.uuidText = kFixedUuidText;
+        input.separator = NarrowPath(std::wstring(1, kPathSeparator));
         input.spansUntilCancel = blocks;
         return ReferenceConvert(input);
     }

@@ -1,12 +1,9 @@
 #include "tests/trust/failing_allocations.h"
 
 #include <atomic>
-#include <cerrno>
 #include <cstdlib>
 #include <limits>
 #include <new>
-
-#include <sys/mman.h>
 
 namespace stalwick::test {
 
@@ -18,15 +15,6 @@ std::atomic<std::uint64_t> failingNumber{kNever};
 std::atomic<bool> failsForGood{false};
 std::atomic<std::uint64_t> count{0};
 std::atomic<bool> met{false};
-
-bool ShallFail() {
-    const std::uint64_t nth = failingNumber.load(std::memory_order_relaxed);
-    if (nth == kNever) return false;
-    const std::uint64_t number = count.fetch_add(1, std::memory_order_relaxed);
-    if (number != nth && (number < nth || !failsForGood)) return false;
-    met.store(true, std::memory_order_relaxed);
-    return true;
-}
 
 }  // namespace
 
@@ -49,22 +37,19 @@ void FailingAllocations::Stop() {
     failingNumber = kNever;
 }
 
-// For the linker's --wrap: what the program calls, and the system's own.
-extern "C" void* __real_mmap(void* address, std::size_t size, int protection, int flags, int file,
-                             off_t offset);
-extern "C" void* __wrap_mmap(void* address, std::size_t size, int protection, int flags, int file,
-                             off_t offset);
-extern "C" void* __wrap_mmap(void* address, std::size_t size, int protection, int flags, int file,
-                             off_t offset) {
-    if (!ShallFail()) return __real_mmap(address, size, protection, flags, file, offset);
-    errno = ENOMEM;
-    return MAP_FAILED;
+bool FailingAllocations::FailsNext() {
+    const std::uint64_t nth = failingNumber.load(std::memory_order_relaxed);
+    if (nth == kNever) return false;
+    const std::uint64_t number = count.fetch_add(1, std::memory_order_relaxed);
+    if (number != nth && (number < nth || !failsForGood)) return false;
+    met.store(true, std::memory_order_relaxed);
+    return true;
 }
 
 namespace {
 
 void* Allocate(std::size_t size) {
-    void* memory = ShallFail() ? nullptr : std::malloc(size == 0 ? 1 : size);
+    void* memory = FailingAllocations::FailsNext() ? nullptr : std::malloc(size == 0 ? 1 : size);
     if (memory == nullptr) throw std::bad_alloc();
     return memory;
 }
@@ -80,7 +65,8 @@ void* operator new[](std::size_t size) {
     return stalwick::test::Allocate(size);
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return stalwick::test::ShallFail() ? nullptr : std::malloc(size == 0 ? 1 : size);
+    return stalwick::test::FailingAllocations::FailsNext() ? nullptr
+                                                           : std::malloc(size == 0 ? 1 : size);
 }
 void operator delete(void* memory) noexcept {
     std::free(memory);

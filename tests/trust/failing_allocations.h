@@ -20,6 +20,8 @@ class FailingAllocations {
     static bool Met();
     /** From now on they succeed again. */
     static void Stop();
+    /** Counts an allocation; whether it is to fail. For what stands in an allocator's place. */
+    static bool FailsNext();
 };
 
 }  // namespace stalwick::test

@@ -3,7 +3,6 @@
 // valid files, and nothing touched that was there before.
 
 #include <algorithm>
-#include <cerrno>
 #include <filesystem>
 #include <ostream>
 #include <string>
@@ -24,6 +23,12 @@ namespace {
 
 constexpr std::uint64_t kHeaderBytes = 16384;
 constexpr char kOldText[] = "made by somebody before";
+
+const SystemErrorCode kInterrupted = SystemErrorFor(SystemErrorKind::kInterrupted);
+const SystemErrorCode kDiskFull = SystemErrorFor(SystemErrorKind::kNoSpace);
+const SystemErrorCode kInputOutputError = SystemErrorFor(SystemErrorKind::kOther);
+// EDQUOT or ERROR_DISK_QUOTA_EXCEEDED: the second number of its kind.
+constexpr SystemErrorCode kQuotaExceeded = kPathSeparator == L'/' ? 122 : 1295;
 
 struct Scene {
     const char* name;
@@ -61,6 +66,7 @@ class FileFaultTest : public testing::TestWithParam<std::tuple<Scene, FaultKind>
         input.fileName = "rec.ord";
         input.clockText = kFixedTimeText;
         input.uuidText = kFixedUuidText;
+        input.separator = NarrowPath(std::wstring(1, kPathSeparator));
         for (const auto& entry : oldFiles_) input.takenNames.insert(entry.first);
         complete_ = ReferenceConvert(input);
         expected_ = ExpectFiles(complete_);
@@ -190,14 +196,14 @@ TEST_P(FileFaultTest, EveryCallThatFailsIsToldAndLosesNothing) {
 }
 
 // An interrupted call is simply made again, and a short one continued.
-constexpr FaultKind kContinuedKinds[] = {{"Interrupted", {0, EINTR}}, {"Short", {}}};
-constexpr FaultKind kFailingKinds[] = {
-    {"DiskFull", {0, ENOSPC}},
-    {"DiskFullFromThenOn", {0, ENOSPC, true}},
-    {"DiskFullAfterHalf", {0, ENOSPC, true, true}},
-    {"InputOutputError", {0, EIO}},
-    {"InputOutputErrorFromThenOn", {0, EIO, true}},
-    {"QuotaExceeded", {0, EDQUOT, true}},
+const FaultKind kContinuedKinds[] = {{"Interrupted", {0, kInterrupted}}, {"Short", {}}};
+const FaultKind kFailingKinds[] = {
+    {"DiskFull", {0, kDiskFull}},
+    {"DiskFullFromThenOn", {0, kDiskFull, true}},
+    {"DiskFullAfterHalf", {0, kDiskFull, true, true}},
+    {"InputOutputError", {0, kInputOutputError}},
+    {"InputOutputErrorFromThenOn", {0, kInputOutputError, true}},
+    {"QuotaExceeded", {0, kQuotaExceeded, true}},
 };
 
 class ContinuedFileFaultTest : public FileFaultTest {};

@@ -1,11 +1,12 @@
 // A recording that changes, vanishes or fails while it is read.
 
-#include <cerrno>
 #include <filesystem>
 #include <functional>
 
 #include <gtest/gtest.h>
 
+#include "platform/paths.h"
+#include "platform/system_error.h"
 #include "platform/text_encoding.h"
 #include "tests/support/engine_run.h"
 #include "tests/support/faulty_file_calls.h"
@@ -36,7 +37,9 @@ class InputChange : public testing::Test {
     EngineRun Convert(const std::string& bytes) {
         return RunEngine(directory_, bytes, AllOutputs());
     }
-    std::string InputPath() const { return NarrowPath(directory_.Path(L"in")) + "/rec.ord"; }
+    std::string InputPath() const {
+        return NarrowPath(directory_.Path(L"in") + kPathSeparator + L"rec.ord");
+    }
     std::map<std::string, std::string> FilesOf(const std::string& bytes) {
         return RunReference(directory_, bytes, AllOutputs()).files;
     }
@@ -93,11 +96,11 @@ TEST_F(InputChange, RecordingThatIsRemovedWhileItIsReadConvertsWhole) {
 
 TEST_F(InputChange, ReadThatFailsForGoodFailsTheFileOnce) {
     FaultyFileCalls disk;
-    disk.readError = EIO;
+    disk.readError = SystemErrorFor(SystemErrorKind::kOther);
     disk.readsUntilError = 2;
     const EngineRun run = Convert(recording_);
     EXPECT_EQ(run.statusText, L"Processing failed - Failed to process input file");
-    EXPECT_TRUE(Tells(run, L"Input/output error"));
+    EXPECT_TRUE(Tells(run, SystemErrorText(disk.readError)));
     EXPECT_TRUE(Tells(run, WidePath(InputPath())));
     EXPECT_EQ(disk.openCount, 0U);
 }

@@ -12,7 +12,7 @@ FUZZ_SECONDS ?= 60
 BUILD := build/$(PRESET)
 
 .DEFAULT_GOAL := build
-.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app package-windows screenshots install format check-format clean
+.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app package-windows screenshots install format check-format clean
 
 build:
 	scripts/install-deps.sh
@@ -90,9 +90,11 @@ windows-app:
 	    STALWICK_QT_PREFIX="$$(packaging/windows/build-qt.sh)" cmake --preset windows-app
 	cmake --build --preset windows-app
 
-# The window's tests under wine, on a display of their own.
+# The window's tests under wine, on a display of their own, and the window used as its user would;
+# pictures of that are in build/windows-app/window-pictures.
 test-windows-app: windows-app
 	scripts/with-display.sh ctest --preset windows-app --label-regex '^app$$'
+	scripts/with-display.sh tests/windows/use_window.sh build/windows-app
 
 # The zip and the installer, and a test that installs and removes it under wine.
 package-windows: windows-app

@@ -1,0 +1,116 @@
+#!/usr/bin/env bash
+# Uses the window under wine as its user would: opens a recording, converts it, looks at the About
+# box by the system menu and by the window's own, and closes the window. The outputs are compared
+# with those of the command. Run it on a display with a window manager:
+#   scripts/with-display.sh tests/windows/use_window.sh BUILD [PICTURES]
+# BUILD      of the preset windows-app
+# PICTURES   directory for pictures of all that was seen; default: BUILD/window-pictures
+set -euo pipefail
+
+build=$(cd "$1" && pwd)
+pictures=${2:-$build/window-pictures}
+mkdir -p "$pictures"
+pictures=$(cd "$pictures" && pwd)
+here=$(cd "$(dirname "$0")" && pwd)
+wine=$here/../../scripts/run-under-wine.sh
+work=$(mktemp -d)
+clean_up() {
+    [ -z "${program:-}" ] || kill "$program" 2> /dev/null || true
+    rm -rf "$work"
+}
+trap clean_up EXIT
+
+fail() {
+    import -window root "$pictures/failed.png" || true
+    echo "FAILED: $* (see $pictures/failed.png)" >&2
+    exit 1
+}
+
+# Until the command succeeds; only a program that hangs needs the patience.
+wait_for() {
+    for _ in $(seq 600); do
+        ! "$@" > /dev/null 2>&1 || return 0
+        sleep 0.1
+    done
+    fail "waited for: $*"
+}
+
+window_named() { xdotool search --onlyvisible --name "^$1\$" | head -1 | grep .; }
+no_window_named() { ! window_named "$1"; }
+active_window_is() { [ "$(xdotool getactivewindow getwindowname)" = "$1" ]; }
+
+# Keys that come while a window takes the focus are lost.
+press() {
+    wait_for active_window_is "$1"
+    sleep 0.5
+    shift
+    xdotool key --clearmodifiers "$@"
+}
+
+# What was drawn when the window came may be an empty frame.
+take_picture() {
+    sleep 1
+    import -window root "$pictures/$1.png"
+}
+
+mkdir "$work/in" "$work/expected"
+"$wine" "$build/tools/ord_synth/ord_synth.exe" --quiet --channels 64 --seconds 40 --all \
+    --output "Z:$work/in/plain.ord"
+mv "$work/in/plain.ord" "$work/in/rat 07 крыса.ord"
+
+"$wine" "$build/app/stalwick.exe" "Z:$work/in/rat 07 крыса.ord" &
+program=$!
+main='Veltrosyn Stalwick'
+wait_for window_named "$main"
+window=$(window_named "$main")
+press "$main" alt+f
+xdotool key --clearmodifiers Down Return  # shows the header
+take_picture window
+
+for menu in system window; do
+    case $menu in
+        system) press "$main" alt+space && sleep 1 && xdotool key Up ;;
+        window) press "$main" alt+h ;;
+    esac
+    take_picture "$menu-menu"
+    case $menu in
+        system) xdotool key Return ;;
+        window) xdotool key a ;;
+    esac
+    wait_for window_named 'About Stalwick'
+    take_picture "about-by-$menu-menu"
+    press 'About Stalwick' Return
+    wait_for no_window_named 'About Stalwick'
+done
+
+press "$main" alt+b
+xdotool key --clearmodifiers alt+a alt+u alt+r
+sleep 0.5
+press "$main" alt+n
+wait_for window_named 'Data Conversion'
+# Its first pictures may show an empty frame; the last one with the dialog stays.
+rm -f "$pictures/progress.png"
+while import -window root "$work/picture.png" && window_named 'Data Conversion' > /dev/null; do
+    mv "$work/picture.png" "$pictures/progress.png"
+done
+[ -s "$pictures/progress.png" ] || fail "the progress dialog was gone before its picture"
+# The message box has the main dialog's caption; it is another window.
+message_shown() { [ "$(xdotool getactivewindow)" != "$window" ] && active_window_is "$main"; }
+main_active() { [ "$(xdotool getactivewindow)" = "$window" ]; }
+press_enter_until_main() { xdotool key Return && sleep 0.2 && main_active; }
+wait_for message_shown
+take_picture message
+wait_for press_enter_until_main
+
+xdotool key --clearmodifiers alt+F4
+wait_for no_window_named "$main"
+status=0
+wait "$program" || status=$?
+program=
+[ $status -eq 0 ] || fail "the program ended with $status"
+
+"$wine" "$build/cli/stalwick-convert.exe" --quiet --all --output-dir "Z:$work/expected" \
+    "Z:$work/in/rat 07 крыса.ord"
+python3 "$here/../app/compare_outputs.py" "$work/expected/rat 07 крыса" \
+    "$work/in/rat 07 крыса" once
+ls "$pictures"

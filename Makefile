@@ -9,6 +9,7 @@
 PRESET ?= release
 PREFIX ?= /usr/local
 FUZZ_SECONDS ?= 60
+JOBS ?= $(shell nproc)
 BUILD := build/$(PRESET)
 
 .DEFAULT_GOAL := build
@@ -27,7 +28,7 @@ demo:
 	scripts/demo.sh $(BUILD)
 
 test: build
-	ctest --preset $(PRESET)
+	ctest --preset $(PRESET) -j $(JOBS)
 
 # Debug build, warnings are errors.
 test-dev:
@@ -51,7 +52,7 @@ test-tsan-engine:
 	scripts/install-deps.sh
 	cmake --preset tsan-engine
 	cmake --build --preset tsan-engine --target engine_tests writers_tests cli_tests stalwick-convert ord_synth
-	ctest --preset tsan-engine -L '^(engine|writers|cli)$$'
+	ctest --preset tsan-engine -j $(JOBS) -L '^(engine|writers|cli)$$'
 
 # Each fuzz target for FUZZ_SECONDS (docs/testing.md).
 fuzz:
@@ -70,7 +71,7 @@ coverage:
 	scripts/install-deps.sh build test coverage
 	cmake --preset coverage
 	cmake --build --preset coverage
-	ctest --preset coverage
+	ctest --preset coverage -j $(JOBS)
 	scripts/coverage.sh build/coverage
 
 # The engine, the command and their tests for Windows, run under wine, and the outputs of both

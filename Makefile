@@ -80,7 +80,7 @@ test-windows: build
 	scripts/install-deps.sh windows
 	STALWICK_HWY_SOURCE="$$(packaging/windows/fetch-highway.sh)" cmake --preset windows
 	cmake --build --preset windows
-	ctest --preset windows
+	ctest --preset windows --parallel "$$(nproc)"
 	tests/windows/compare_test_names.py --linux $(BUILD) --windows build/windows
 	tests/windows/compare_with_linux.py --linux $(BUILD) --windows build/windows
 

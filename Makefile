@@ -80,7 +80,8 @@ test-windows: build
 	scripts/install-deps.sh windows
 	STALWICK_HWY_SOURCE="$$(packaging/windows/fetch-highway.sh)" cmake --preset windows
 	cmake --build --preset windows
-	ctest --preset windows --parallel "$$(nproc)"
+	scripts/run-under-wine.sh --start
+	ctest --preset windows -j $(JOBS)
 	tests/windows/compare_test_names.py --linux $(BUILD) --windows build/windows
 	tests/windows/compare_with_linux.py --linux $(BUILD) --windows build/windows
 

@@ -3,6 +3,9 @@
 #
 #   scripts/run-under-wine.sh PROGRAM.exe [ARGUMENT...]
 #   scripts/run-under-wine.sh --prefix          prints the prefix's directory
+#   scripts/run-under-wine.sh --start           starts wine's services; they end soon after the
+#                                               last program. Otherwise the first program starts
+#                                               them, and they hold its output open until then.
 #
 # STALWICK_WINE_PREFIX   the prefix; default: stalwick/wine in the user's cache, made at first use
 # The other variables that wine itself knows are passed on.
@@ -29,5 +32,7 @@ if [ "${1-}" = --prefix ]; then
     echo "$WINEPREFIX"
     exit 0
 fi
+
+if [ "${1-}" = --start ]; then exec wine wineboot.exe </dev/null >/dev/null 2>&1; fi
 
 exec wine "$@"

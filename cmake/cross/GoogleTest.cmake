@@ -2,5 +2,5 @@
 # so a test program is one test, not one for each of its cases.
 function(gtest_discover_tests target)
     add_test(NAME ${target} COMMAND ${target} --gtest_brief=1)
-    set_tests_properties(${target} PROPERTIES TIMEOUT 900)
+    set_tests_properties(${target} PROPERTIES TIMEOUT 1800)
 endfunction()

@@ -2,52 +2,27 @@
 # Converts recordings with the program itself, by keyboard and mouse alone, and compares the files
 # with those of stalwick-convert.
 #   process_test.sh BUILD_DIRECTORY
-# Runs itself again under an X server of its own, with a window manager: without one, a window is
-# never told that it is active.
+# Runs itself again on a display of its own: without a window manager, a window is never told that
+# it is active.
 set -euo pipefail
 
+here=$(cd "$(dirname "$0")" && pwd)
 if [ -z "${STALWICK_TEST_DISPLAY:-}" ]; then
-    STALWICK_TEST_DISPLAY=own exec xvfb-run --auto-servernum \
-        --server-args='-screen 0 1280x900x24' "$0" "$@"
+    STALWICK_TEST_DISPLAY=own exec "$here/../../scripts/with-display.sh" "$0" "$@"
 fi
+. "$here/window_keys.sh"
 
 build=$(cd "$1" && pwd)
-here=$(cd "$(dirname "$0")" && pwd)
 work=$(mktemp -d)
 export XDG_RUNTIME_DIR=$work/runtime XDG_CONFIG_HOME=$work/config QT_QPA_PLATFORM=xcb
 mkdir -m 700 "$XDG_RUNTIME_DIR"
 mkdir "$work/in" "$work/expected"
-windowManager= program=
+program=
 clean_up() {
     [ -z "$program" ] || kill "$program" 2> /dev/null || true
-    [ -z "$windowManager" ] || kill "$windowManager" 2> /dev/null || true
     rm -rf "$work"
 }
 trap clean_up EXIT
-
-fail() {
-    echo "FAILED: $*" >&2
-    exit 1
-}
-
-# Until the command succeeds; only a program that hangs needs the patience.
-wait_for() {
-    for _ in $(seq 200); do
-        ! "$@" > /dev/null 2>&1 || return 0
-        sleep 0.1
-    done
-    fail "waited for: $*"
-}
-
-window_named() { xdotool search --onlyvisible --name "$1" | head -1 | grep .; }
-no_window_named() { ! window_named "$1"; }
-active_window_is() { [ "$(xdotool getactivewindow getwindowname)" = "$1" ]; }
-
-# Types a key into the window that the user would see as active.
-press() {
-    wait_for active_window_is "$1"
-    xdotool key --clearmodifiers "$2"
-}
 
 # A file dialog: the path and Enter, once more for its list of completions. Keys that come while a
 # busy machine moves the focus are lost: then all of it again, in place of what stands there.
@@ -72,27 +47,14 @@ for seed in 1 2; do
     "$build/tools/ord_synth/ord_synth" --quiet --channels 32 --seconds 0.5 --all --seed $seed \
         --output "$work/in/rec$seed.ord"
 done
-# A window that comes while the window manager starts may never be shown.
-openbox --sm-disable --startup "touch $work/managed" > /dev/null 2>&1 &
-windowManager=$!
-wait_for test -e "$work/managed"
 # As a desktop starts it, with a recording to open. A caller may have these signals ignored.
 cd "$work/in"
 env --default-signal=XFSZ,PIPE "$build/app/stalwick" rec2.ord missing.ord 2> "$work/messages" &
 program=$!
-main='Veltrosyn Stalwick'
-wait_for window_named "^$main\$"
-window=$(window_named "^$main\$")
+wait_for window_named "$main"
+window=$(window_named "$main")
 
-# A key that comes while the window takes the focus is lost.
-wait_for active_window_is "$main"
-sleep 0.5
 press "$main" alt+n
-# The message box has the main dialog's caption; it is another window.
-main_active() { [ "$(xdotool getactivewindow)" = "$window" ]; }
-message_shown() { [ "$(xdotool getactivewindow)" != "$window" ] && active_window_is "$main"; }
-# In the main dialog Enter does nothing.
-press_enter_until_main() { xdotool key Return && sleep 0.2 && main_active; }
 dismiss_message() {
     wait_for message_shown
     wait_for press_enter_until_main
@@ -133,7 +95,7 @@ size=$(stat --format %s "$work/out/rec1/RawData_02.vrd")
 rm "$work"/out/rec1/*_02.*
 
 xdotool key --clearmodifiers alt+F4
-wait_for no_window_named "^$main\$"
+wait_for no_window_named "$main"
 status=0
 wait "$program" || status=$?
 program=

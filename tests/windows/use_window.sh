@@ -12,6 +12,7 @@ pictures=${2:-$build/window-pictures}
 mkdir -p "$pictures"
 pictures=$(cd "$pictures" && pwd)
 here=$(cd "$(dirname "$0")" && pwd)
+. "$here/../app/window_keys.sh"
 wine=$here/../../scripts/run-under-wine.sh
 work=$(mktemp -d)
 clean_up() {
@@ -24,27 +25,6 @@ fail() {
     import -window root "$pictures/failed.png" || true
     echo "FAILED: $* (see $pictures/failed.png)" >&2
     exit 1
-}
-
-# Until the command succeeds; only a program that hangs needs the patience.
-wait_for() {
-    for _ in $(seq 600); do
-        ! "$@" > /dev/null 2>&1 || return 0
-        sleep 0.1
-    done
-    fail "waited for: $*"
-}
-
-window_named() { xdotool search --onlyvisible --name "^$1\$" | head -1 | grep .; }
-no_window_named() { ! window_named "$1"; }
-active_window_is() { [ "$(xdotool getactivewindow getwindowname)" = "$1" ]; }
-
-# Keys that come while a window takes the focus are lost.
-press() {
-    wait_for active_window_is "$1"
-    sleep 0.5
-    shift
-    xdotool key --clearmodifiers "$@"
 }
 
 # What was drawn when the window came may be an empty frame.
@@ -60,7 +40,6 @@ mv "$work/in/plain.ord" "$work/in/rat 07 крыса.ord"
 
 "$wine" "$build/app/stalwick.exe" "Z:$work/in/rat 07 крыса.ord" &
 program=$!
-main='Veltrosyn Stalwick'
 wait_for window_named "$main"
 window=$(window_named "$main")
 press "$main" alt+f
@@ -94,10 +73,6 @@ while import -window root "$work/picture.png" && window_named 'Data Conversion' 
     mv "$work/picture.png" "$pictures/progress.png"
 done
 [ -s "$pictures/progress.png" ] || fail "the progress dialog was gone before its picture"
-# The message box has the main dialog's caption; it is another window.
-message_shown() { [ "$(xdotool getactivewindow)" != "$window" ] && active_window_is "$main"; }
-main_active() { [ "$(xdotool getactivewindow)" = "$window" ]; }
-press_enter_until_main() { xdotool key Return && sleep 0.2 && main_active; }
 wait_for message_shown
 take_picture message
 wait_for press_enter_until_main

@@ -21,13 +21,17 @@ namespace {
 
 constexpr std::size_t kBlockBytes = 50000;
 
+// Twice as many blocks as are read ahead, and more.
+std::string Recording() {
+    RandomRecordingShape shape;
+    shape.packet.stateBytePerSample = true;
+    shape.packetCount = 3000;
+    return BuildOrdFile(Version2Header(32), MakeRandomPackets(7, shape));
+}
+
 class BlockReaderTest : public testing::TestWithParam<bool> {
   protected:
     BlockReaderTest() {
-        RandomRecordingShape shape;
-        shape.packet.stateBytePerSample = true;
-        shape.packetCount = 3000;
-        recording_ = BuildOrdFile(Version2Header(32), MakeRandomPackets(7, shape));
         path_ = directory_.Path(L"rec.ord");
         WriteFile(path_, recording_);
         EXPECT_EQ(reader_.Open(path_), 0);
@@ -36,7 +40,7 @@ class BlockReaderTest : public testing::TestWithParam<bool> {
     bool readsAhead() const { return GetParam(); }
 
     TempDirectory directory_;
-    std::string recording_;
+    std::string recording_ = Recording();
     std::wstring path_;
     ORDFileReader reader_;
 };
@@ -98,9 +102,7 @@ TEST_P(BlockReaderTest, MayEndBeforeTheLastBlock) {
 TEST(BlockReader, StaysWithinEightBlocksOfTheCaller) {
     const TempDirectory directory;
     const std::wstring path = directory.Path(L"rec.ord");
-    RandomRecordingShape shape;
-    shape.packetCount = 3000;
-    WriteFile(path, BuildOrdFile(Version2Header(32), MakeRandomPackets(7, shape)));
+    WriteFile(path, Recording());
     ORDFileReader reader;
     ASSERT_EQ(reader.Open(path), 0);
     FaultyFileCalls disk;

@@ -73,6 +73,11 @@ std::int32_t FileConversion::Fail(const std::wstring& errorText) {
     return -1;
 }
 
+std::int32_t FileConversion::FailOutputs() {
+    outputFailed_ = true;
+    return -1;
+}
+
 std::int32_t FileConversion::PrepareOutputDirectory() {
     directory_ = request_.outputDirectory + kPathSeparator + SplitPath(request_.inputPath).name;
     const SystemErrorCode code = EnsureOutputDirectory(directory_);
@@ -189,7 +194,7 @@ std::int32_t FileConversion::ConvertBlocks() {
             return Fail(reason.empty() ? L"Failed to process input file" : reason);
         }
         for (ORDDataPacket& packet : block.packets) {
-            if (ConvertPacket(packet) != 0) return -1;
+            if (ConvertPacket(packet) != 0) return FailOutputs();
         }
         processor_.bytesProcessed.store(block.bytesRead, std::memory_order_relaxed);
     }
@@ -242,7 +247,7 @@ void FileConversion::WriteSensorValues(const ORDDataPacket& packet) {
 }
 
 std::int32_t FileConversion::Finish() {
-    if (channelFiles_.FinishCscFiles() != 0) return -1;
+    if (channelFiles_.FinishCscFiles() != 0) return FailOutputs();
     // What fails from here on changes no status text; TakeDetails tells of it.
     if (request_.writeEvents) FinishEventFile();
     if (request_.writeRawData) rawDataFile_.Finish();

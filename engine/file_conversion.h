@@ -40,6 +40,7 @@ class FileConversion {
 
   private:
     std::int32_t Fail(const std::wstring& errorText);
+    std::int32_t FailOutputs();
     void AddDetail(ConversionDetail::Kind kind, const std::wstring& text);
     void AddInputDetail(ConversionDetail::Kind kind, const std::wstring& text);
 
@@ -71,6 +72,7 @@ class FileConversion {
     EventFileWriterContainer eventFile_;
     RDFFileWriterContainer rawDataFile_;
     ORDFileReader reader_;
+    bool outputFailed_ = false;    // an output ended the conversion
     std::uint64_t inputSize_ = 0;  // bytes when it was opened; 0 where that is not known
 
     std::array<std::int16_t, kImuValues> baseImuValues_{};

@@ -69,6 +69,12 @@ std::vector<ConversionDetail> FileConversion::TakeDetails() {
         AddDetail(ConversionDetail::Kind::kIncomplete,
                   L"RawData.vrd is incomplete: " + rawDataFile_.Failure());
     }
+    if (outputFailed_) {
+        // The files named above are not the only ones: nothing more was written to any.
+        AddInputDetail(ConversionDetail::Kind::kIncomplete,
+                       L"not converted whole: every output that says that it was not closed may "
+                       L"lack its end; convert it again when the cause is removed");
+    }
     if (channelFiles_.timestampsSaturated || eventFile_.timestampsSaturated ||
         rawDataFile_.timestampsSaturated) {
         AddInputDetail(ConversionDetail::Kind::kNote,

@@ -128,6 +128,7 @@ TEST(OutputFailure, FullDiskWhileChannelFilesAreFinishedFailsTheFile) {
         RunEngine(directory, FullRecording(), {true, false, false, false, true, false});
     EXPECT_EQ(run.statusText, L"Processing failed");
     EXPECT_EQ(run.errorText, L"");
+    EXPECT_TRUE(Tells(run, L"rec.ord: not converted whole: ")) << DetailsOf(run);
     // No channel file claims to be closed.
     for (const auto& [name, bytes] : run.files) {
         EXPECT_NE(bytes.find("File was not closed properly"), std::string::npos) << name;

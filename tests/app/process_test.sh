@@ -94,12 +94,7 @@ size=$(stat --format %s "$work/out/rec1/RawData_02.vrd")
 [ "$size" -eq 1000000 ] || fail "RawData_02.vrd has $size bytes, the limit is 1000000"
 rm "$work"/out/rec1/*_02.*
 
-xdotool key --clearmodifiers alt+F4
-wait_for no_window_named "$main"
-status=0
-wait "$program" || status=$?
-program=
-[ $status -eq 0 ] || fail "the program ended with $status"
+close_main
 
 "$build/cli/stalwick-convert" --quiet --all --output-dir "$work/expected" "$work/in/rec1.ord"
 "$build/cli/stalwick-convert" --quiet --output-dir "$work/expected" "$work/in/rec2.ord"

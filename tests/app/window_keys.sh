@@ -1,6 +1,6 @@
 # Windows and keys for scripts that use the program as its user would; sourced by bash, on a
 # display with a window manager (scripts/with-display.sh). `main` is the main dialog's caption,
-# `window` the number that window_named gave for it.
+# `window` the number that window_named gave for it, `program` the process.
 
 main='Veltrosyn Stalwick'
 
@@ -36,3 +36,12 @@ main_active() { [ "$(xdotool getactivewindow)" = "$window" ]; }
 message_shown() { [ "$(xdotool getactivewindow)" != "$window" ] && active_window_is "$main"; }
 # In the main dialog Enter does nothing.
 press_enter_until_main() { xdotool key Return && sleep 0.2 && main_active; }
+
+close_main() {
+    xdotool key --clearmodifiers alt+F4
+    wait_for no_window_named "$main"
+    local status=0
+    wait "$program" || status=$?
+    program=
+    [ $status -eq 0 ] || fail "the program ended with $status"
+}

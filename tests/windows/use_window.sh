@@ -77,12 +77,7 @@ wait_for message_shown
 take_picture message
 wait_for press_enter_until_main
 
-xdotool key --clearmodifiers alt+F4
-wait_for no_window_named "$main"
-status=0
-wait "$program" || status=$?
-program=
-[ $status -eq 0 ] || fail "the program ended with $status"
+close_main
 
 "$wine" "$build/cli/stalwick-convert.exe" --quiet --all --output-dir "Z:$work/expected" \
     "Z:$work/in/rat 07 крыса.ord"

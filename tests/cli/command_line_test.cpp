@@ -34,6 +34,12 @@ TEST(CommandLine, EverySwitchHasItsOutput) {
     EXPECT_TRUE(Parsed({"--raw", "a"}).writeRawData);
 }
 
+TEST(CommandLine, SwitchesTakeNoValue) {
+    for (const char* wrong : {"--raw=false", "--keep-going=7", "--no-csc=0"}) {
+        EXPECT_EQ(ParseArguments({wrong, "a"}).exitStatus, kExitUsage) << wrong;
+    }
+}
+
 TEST(CommandLine, AllMeansEveryFurtherOutput) {
     const CommandLine all = Parsed({"--all", "a"});
     EXPECT_EQ(all.channelOptions, (ChannelOptions{1, 1, 1, 1}));

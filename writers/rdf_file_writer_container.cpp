@@ -44,7 +44,8 @@ std::int32_t RDFFileWriterContainer::Open(const std::wstring& outputDirectory) {
 
     OutputFileRecord record;
     const std::size_t recordWords = std::size_t{adChannelCount} + kWordsBesideSamples;
-    const std::size_t words = std::max(recordWords * settings.recordsPerBlock, kWidestRecordWords);
+    blockWords_ = recordWords * settings.recordsPerBlock;
+    const std::size_t words = std::max(blockWords_, kWidestRecordWords);
     record.rawBuffer = RecordBuffer<std::uint32_t>(words);
     if (queue_ != nullptr) spares_.resize(kSpareBuffers);
     for (auto& spare : spares_) spare = RecordBuffer<std::uint32_t>(words);
@@ -127,7 +128,7 @@ void RDFFileWriterContainer::AppendRecord(OutputFileRecord& record,
     }
     values[channels] = checksum;
     record.bufferedCount += static_cast<std::uint32_t>(words);
-    if (record.bufferedCount == record.rawBuffer.size()) FlushBuffer(record);
+    if (record.bufferedCount >= blockWords_) FlushBuffer(record);
 }
 
 void RDFFileWriterContainer::FlushBuffer(OutputFileRecord& record) {

@@ -53,6 +53,7 @@ class RDFFileWriterContainer : public FileWriterContainer {
     void AppendRecord(OutputFileRecord& record, std::span<const std::uint16_t> samples,
                       std::uint32_t sampleIndex, std::uint8_t ttlValue);
 
+    std::size_t blockWords_ = 0;  // buffered before they are written
     WriteQueue* queue_;
     std::vector<RecordBuffer<std::uint32_t>> spares_;  // the one handed over first is the first
     std::unique_ptr<DataFile> file_;  // behind the buffers: it waits until they are written

@@ -15,6 +15,8 @@ enum class SystemErrorKind {
     kTooManyOpenFiles,
     kAccessDenied,
     kNotFound,
+    kFileTooLarge,  // for the file system, or a limit of the process
+    kNameTooLong,
     kOther
 };
 

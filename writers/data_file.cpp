@@ -23,6 +23,11 @@ const wchar_t* AdviceFor(SystemErrorKind kind) {
             return L"move away what has that name";
         case SystemErrorKind::kNotFound:
             return L"check that the output directory is still there";
+        case SystemErrorKind::kFileTooLarge:
+            return L"choose a disk that takes larger files, or raise the limit of their size";
+        case SystemErrorKind::kNameTooLong:
+            return L"choose an output directory with a shorter path, or shorten the recording's "
+                   L"name";
         default:
             return L"check the disk and convert again";
     }

@@ -28,6 +28,10 @@ SystemErrorKind ClassifySystemError(SystemErrorCode code) {
         case ENOENT:
         case ENOTDIR:
             return SystemErrorKind::kNotFound;
+        case EFBIG:
+            return SystemErrorKind::kFileTooLarge;
+        case ENAMETOOLONG:
+            return SystemErrorKind::kNameTooLong;
         default:
             return SystemErrorKind::kOther;
     }
@@ -49,6 +53,10 @@ SystemErrorCode SystemErrorFor(SystemErrorKind kind) {
             return EACCES;
         case SystemErrorKind::kNotFound:
             return ENOENT;
+        case SystemErrorKind::kFileTooLarge:
+            return EFBIG;
+        case SystemErrorKind::kNameTooLong:
+            return ENAMETOOLONG;
         case SystemErrorKind::kOther:
             break;
     }

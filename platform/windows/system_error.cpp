@@ -28,6 +28,10 @@ SystemErrorKind ClassifySystemError(SystemErrorCode code) {
         case ERROR_BAD_NETPATH:
         case ERROR_BAD_NET_NAME:
             return SystemErrorKind::kNotFound;
+        case ERROR_FILE_TOO_LARGE:
+            return SystemErrorKind::kFileTooLarge;
+        case ERROR_FILENAME_EXCED_RANGE:
+            return SystemErrorKind::kNameTooLong;
         default:
             return SystemErrorKind::kOther;
     }
@@ -49,6 +53,10 @@ SystemErrorCode SystemErrorFor(SystemErrorKind kind) {
             return ERROR_ACCESS_DENIED;
         case SystemErrorKind::kNotFound:
             return ERROR_FILE_NOT_FOUND;
+        case SystemErrorKind::kFileTooLarge:
+            return ERROR_FILE_TOO_LARGE;
+        case SystemErrorKind::kNameTooLong:
+            return ERROR_FILENAME_EXCED_RANGE;
         case SystemErrorKind::kOther:
             break;
     }

@@ -150,7 +150,8 @@ TEST(WindowsSystemErrorTest, EveryKindIsRecognisedAgain) {
     for (const auto kind :
          {SystemErrorKind::kNone, SystemErrorKind::kInterrupted, SystemErrorKind::kAlreadyExists,
           SystemErrorKind::kNoSpace, SystemErrorKind::kTooManyOpenFiles,
-          SystemErrorKind::kAccessDenied, SystemErrorKind::kNotFound, SystemErrorKind::kOther}) {
+          SystemErrorKind::kAccessDenied, SystemErrorKind::kNotFound,
+          SystemErrorKind::kFileTooLarge, SystemErrorKind::kNameTooLong, SystemErrorKind::kOther}) {
         EXPECT_EQ(ClassifySystemError(SystemErrorFor(kind)), kind);
     }
 }

@@ -135,6 +135,17 @@ std::wstring DecodeHeaderBytes(std::string_view bytes) {
     return text;
 }
 
+namespace {
+
+// Also as a byte that is no UTF-8: it would be printed as it came.
+bool IsControl(char32_t value) {
+    constexpr char32_t kLastEscapedControl = 0xDC9F;
+    return value < 0x20 || (value >= 0x7F && value < 0xA0) ||
+           (value >= kByteEscapeFirst && value <= kLastEscapedControl);
+}
+
+}  // namespace
+
 std::wstring OneLine(std::wstring_view text) {
     constexpr wchar_t kHex[] = L"0123456789abcdef";
     std::wstring line;
@@ -147,9 +158,9 @@ std::wstring OneLine(std::wstring_view text) {
             line += L"\\r";
         } else if (c == L'\t') {
             line += L"\\t";
-        } else if (value < 0x20 || (value >= 0x7F && value < 0xA0)) {
+        } else if (IsControl(value)) {
             line += L"\\x";
-            line += kHex[value >> 4U];
+            line += kHex[(value >> 4U) & 0xFU];
             line += kHex[value & 0xFU];
         } else {
             line += c;

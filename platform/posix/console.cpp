@@ -23,6 +23,9 @@ extern "C" void StoreInterruption(int signal) {
 
 void Watch(int signal) {
     struct sigaction action {};
+    // A caller that lets it be ignored (a shell's background job) has its reasons.
+    if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) return;
+    action = {};
     action.sa_handler = StoreInterruption;
     action.sa_flags = SA_RESTART;
     ::sigemptyset(&action.sa_mask);

@@ -105,6 +105,29 @@ TEST(CommandSignal, RequestToTerminateCancelsToo) {
     ExpectFinishedInOrder(running);
 }
 
+// A shell's background job must survive the Ctrl-C that ends another one.
+TEST(CommandSignal, SignalThatTheCallerIgnoresStaysIgnored) {
+    const TempDirectory directory;
+    EndlessRecording recording(directory.Path(L"rec.ord"));
+    CommandSetup setup;
+    setup.prepare = [] { std::signal(SIGINT, SIG_IGN); };
+    CommandProcess command({"-o", NarrowPath(directory.Path(L"out")), recording.Path()}, setup);
+    while (!Exists(directory.Path(L"out/rec/Events.vev")) && !command.Ended()) Pause();
+    command.Signal(SIGINT);
+    command.Signal(SIGINT);
+    for (int i = 0; i < 50; ++i) {
+        recording.Feed();
+        Pause();
+    }
+    EXPECT_FALSE(command.Ended());
+    command.Signal(SIGTERM);
+    while (!command.Ended()) {
+        recording.Feed();
+        Pause();
+    }
+    EXPECT_EQ(command.Wait().exitStatus, 143);
+}
+
 TEST(CommandSignal, SecondSignalEndsTheCommandAtOnce) {
     RunningCommand running;
     // Nothing more comes: the command waits for its input and cannot finish.

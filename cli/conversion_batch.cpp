@@ -8,12 +8,11 @@
 #include "platform/file_system.h"
 #include "platform/paths.h"
 #include "platform/processor_count.h"
+#include "platform/text_encoding.h"
 
 namespace stalwick {
 
 namespace {
-
-constexpr wchar_t kOutOfMemory[] = L"Processing failed - Not enough memory";
 
 // The name of the file's output directory, without regard to the case of ASCII letters: some file
 // systems have none either.
@@ -25,6 +24,14 @@ std::wstring DirectoryKey(const std::wstring& path) {
     return name;
 }
 
+ConversionDetail OutOfMemoryDetail(const std::wstring& path) {
+    return {ConversionDetail::Kind::kIncomplete,
+            OneLine(path) +
+                L": not converted whole: not enough memory; every output that says that it was "
+                L"not closed may lack its end; convert it again with fewer outputs, fewer --jobs "
+                L"or --block-records 64"};
+}
+
 }  // namespace
 
 ConversionBatch::ConversionBatch(const CommandLine& commandLine)
@@ -33,6 +40,7 @@ ConversionBatch::ConversionBatch(const CommandLine& commandLine)
     if (commandLine_.jobs * 2 > UsableProcessors() && commandLine_.jobs > 1) {
         commandLine_.outputSettings.helperThreads = HelperThreads::kOff;
     }
+    commandLine_.outputSettings.conversionsAtOnce = JobsAtOnce();
     for (const std::wstring& path : commandLine_.inputFiles) {
         processors_.push_back(std::make_unique<DataProcessor>(commandLine_.outputSettings));
         bytesTotal_ += QueryFileSize(path);
@@ -41,10 +49,14 @@ ConversionBatch::ConversionBatch(const CommandLine& commandLine)
     }
 }
 
+std::uint32_t ConversionBatch::JobsAtOnce() const {
+    return static_cast<std::uint32_t>(std::min<std::size_t>(commandLine_.jobs, outcomes_.size()));
+}
+
 void ConversionBatch::Run() {
-    const std::size_t jobs = std::min<std::size_t>(commandLine_.jobs, outcomes_.size());
+    const std::uint32_t jobs = JobsAtOnce();
     std::vector<std::future<void>> others;
-    for (std::size_t i = 1; i < jobs; ++i) {
+    for (std::uint32_t i = 1; i < jobs; ++i) {
         // Where no further thread can be had, its share is done at the end by this one.
         others.push_back(
             std::async(std::launch::async | std::launch::deferred, [this] { ConvertFiles(); }));
@@ -105,11 +117,12 @@ void ConversionBatch::ConvertFile(std::size_t index) {
     job.onFinished = [&](const std::wstring& status) { outcome.status = status; };
     try {
         RunConversionJob(std::move(job));
+        outcome.details = processor.Details();
     } catch (const std::bad_alloc&) {
-        outcome.status = kOutOfMemory;
+        outcome.status = WidePath(kStatusOutOfMemory);
+        outcome.details = {OutOfMemoryDetail(commandLine_.inputFiles[index])};
     }
     outcome.converted = outcome.status == kStatusComplete || outcome.status == kStatusCanceled;
-    outcome.details = processor.Details();
 }
 
 void ConversionBatch::Cancel() {

@@ -15,6 +15,10 @@
 
 namespace stalwick {
 
+// The status of a file for which there was not enough memory; narrow, so that printing it takes
+// none.
+inline constexpr char kStatusOutOfMemory[] = "Processing failed - Not enough memory";
+
 // What became of one file.
 struct FileOutcome {
     bool converted = false;  // false also for a file that was not reached
@@ -52,6 +56,7 @@ class ConversionBatch {
     bool Canceled() const { return canceled_.load(std::memory_order_relaxed); }
 
   private:
+    std::uint32_t JobsAtOnce() const;
     void ConvertFiles();
     std::optional<std::size_t> BeginNextFile();
     void EndFile(std::size_t index);

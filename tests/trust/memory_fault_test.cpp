@@ -1,6 +1,7 @@
 // One conversion for every allocation that it makes, in which that one fails: the command ends in
 // order, and what it leaves is valid.
 
+#include <algorithm>
 #include <exception>
 #include <filesystem>
 #include <ostream>
@@ -70,16 +71,28 @@ class MemoryFaultTest : public testing::TestWithParam<Scene> {
     }
 
     // What the command makes of it: the status text, or the text of the exception that it reports.
+    // A status of failure comes with a detail that names the recording or one of its outputs.
     std::string Convert() const {
         try {
             ConversionBatch batch(line_);
             batch.Run();
             FailingAllocations::Stop();
-            return NarrowPath(batch.Status());
+            const std::string status = NarrowPath(batch.Status());
+            EXPECT_TRUE(status == "Processing complete" || TellsWhere(batch)) << status;
+            return status;
         } catch (const std::exception& error) {
             FailingAllocations::Stop();
             return error.what();
         }
+    }
+
+    bool TellsWhere(const ConversionBatch& batch) const {
+        const auto& details = batch.Outcomes()[0].details;
+        return std::any_of(details.begin(), details.end(), [&](const ConversionDetail& detail) {
+            return detail.kind == ConversionDetail::Kind::kIncomplete &&
+                   (detail.text.find(line_.inputFiles[0]) != std::wstring::npos ||
+                    detail.text.find(RecordingDirectory()) != std::wstring::npos);
+        });
     }
 
     TempDirectory directory_;

@@ -8,7 +8,9 @@
 #include <pthread.h>
 
 #include "cli/conversion_batch.h"
+#include "cli/convert_command.h"
 #include "platform/paths.h"
+#include "platform/text_encoding.h"
 #include "tests/support/engine_run.h"
 #include "tests/support/fixed_identity.h"
 #include "tests/trust/recordings.h"
@@ -89,6 +91,22 @@ TEST(ThreadFault, JobsThatGetNoThreadAreDoneOneAfterAnother) {
                 SameBytes(files.at(name).substr(kOrdHeaderBytes), bytes.substr(kOrdHeaderBytes)));
         }
     }
+}
+
+TEST(ThreadFault, CommandThatGetsNoThreadConvertsOnItsOne) {
+    const TempDirectory directory;
+    const std::string recording = MakeFullRecording(2, 60);
+    const std::wstring input = PutRecording(directory, recording);
+    const FixedIdentity identity;
+    testing::internal::CaptureStdout();
+    const NoThreads scarcity;
+    const int exitStatus =
+        RunConvertCommand({"--all", "-o", NarrowPath(directory.Path(L"out")), NarrowPath(input)});
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Processing complete\n");
+    EXPECT_EQ(exitStatus, 0);
+    EXPECT_GT(scarcity.RefusedCount(), 0U);
+    EXPECT_TRUE(SameFiles(FilesIn(directory.Path(L"out/rec")),
+                          RunReference(directory, recording, AllOutputs()).files));
 }
 
 }  // namespace

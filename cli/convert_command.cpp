@@ -1,0 +1,112 @@
+#include "cli/convert_command.h"
+
+#include <chrono>
+#include <cstdio>
+#include <future>
+#include <string>
+
+#include "cli/command_line.h"
+#include "cli/conversion_batch.h"
+#include "cli/exit_status.h"
+#include "cli/progress_bar.h"
+#include "engine/conversion_job.h"
+#include "platform/console.h"
+#include "platform/system_error.h"
+#include "platform/text_encoding.h"
+
+namespace stalwick {
+
+namespace {
+
+void PrintLine(std::FILE* stream, const std::wstring& text) {
+    const std::string line = NarrowPath(OneLine(text)) + "\n";
+    std::fwrite(line.data(), 1, line.size(), stream);
+}
+
+bool PrintStatus(const std::wstring& status) {
+    PrintLine(stdout, status);
+    if (std::fflush(stdout) == 0) return true;
+    PrintLine(stderr, L"stalwick-convert: cannot write to standard output: " + status);
+    return false;
+}
+
+void PrintDetails(const ConversionBatch& batch) {
+    for (const FileOutcome& outcome : batch.Outcomes()) {
+        for (const ConversionDetail& detail : outcome.details) PrintLine(stderr, detail.text);
+    }
+}
+
+void PrintRecap(const CommandLine& commandLine, const ConversionBatch& batch) {
+    std::size_t failed = 0;
+    for (const FileOutcome& outcome : batch.Outcomes()) failed += outcome.converted ? 0 : 1;
+    if (failed == 0) return;
+    PrintLine(stderr, std::to_wstring(failed) + L" of " + std::to_wstring(batch.Outcomes().size()) +
+                          L" files failed:");
+    for (std::size_t i = 0; i < batch.Outcomes().size(); ++i) {
+        const FileOutcome& outcome = batch.Outcomes()[i];
+        if (outcome.converted) continue;
+        PrintLine(stderr, commandLine.inputFiles[i] + L": " + outcome.status);
+    }
+}
+
+bool EverythingWritten(const ConversionBatch& batch) {
+    for (const FileOutcome& outcome : batch.Outcomes()) {
+        if (!outcome.converted) return false;
+        for (const ConversionDetail& detail : outcome.details) {
+            if (detail.kind == ConversionDetail::Kind::kIncomplete) return false;
+        }
+    }
+    return true;
+}
+
+int ExitStatus(const ConversionBatch& batch, Interruption interruption) {
+    if (!EverythingWritten(batch)) return kExitFailed;
+    if (!batch.Canceled()) return kExitComplete;
+    return interruption == Interruption::kTerminate ? kExitTerminated : kExitInterrupted;
+}
+
+// Runs the batch on a thread of its own while this one draws and listens for signals. Where no
+// thread can be had this one converts, and a first signal is seen when it has ended.
+void RunWatched(ConversionBatch& batch, const std::atomic<Interruption>& interruption,
+                bool showProgress) {
+    constexpr std::chrono::milliseconds kPollPeriod(100);
+    ProgressBar bar(showProgress);
+    std::future<void> done =
+        std::async(std::launch::async | std::launch::deferred, [&] { batch.Run(); });
+    while (done.wait_for(kPollPeriod) == std::future_status::timeout) {
+        if (interruption.load(std::memory_order_relaxed) != Interruption::kNone) batch.Cancel();
+        bar.Show(batch.Progress());
+    }
+    done.wait();
+    bar.Finish(batch.Progress());
+    done.get();
+}
+
+int Convert(const CommandLine& commandLine) {
+    static std::atomic<Interruption> interruption{Interruption::kNone};
+    if (const SystemErrorCode code = EnsureOutputDirectory(commandLine.outputDirectory);
+        code != 0) {
+        PrintLine(stderr, OutputDirectoryErrorText(commandLine.outputDirectory) + L" (" +
+                              SystemErrorText(code) + L")");
+        return kExitUsage;
+    }
+    WatchInterruptions(interruption);
+    ConversionBatch batch(commandLine);
+    RunWatched(batch, interruption, !commandLine.quiet);
+    if (!commandLine.quiet) PrintDetails(batch);
+    if (commandLine.keepGoing && !commandLine.quiet) PrintRecap(commandLine, batch);
+    if (!PrintStatus(batch.Status())) return kExitFailed;
+    return ExitStatus(batch, interruption.load());
+}
+
+}  // namespace
+
+int RunConvertCommand(const std::vector<std::string>& arguments) {
+    const ParsedArguments parsed = ParseArguments(arguments);
+    if (parsed.proceed) return Convert(parsed.commandLine);
+    if (!parsed.error.empty()) PrintLine(stderr, WidePath(parsed.error));
+    const bool printed = std::fputs(parsed.output.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
+    return printed ? parsed.exitStatus : kExitFailed;
+}
+
+}  // namespace stalwick

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace stalwick {
+
+// The command stalwick-convert with the arguments behind its name (UTF-8): converts, prints the
+// status to standard output and all else to standard error. Returns the exit status
+// (docs/errors.md). Throws what no conversion could keep to itself, such as std::bad_alloc.
+int RunConvertCommand(const std::vector<std::string>& arguments);
+
+}  // namespace stalwick

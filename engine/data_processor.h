@@ -40,7 +40,7 @@ class DataProcessor {
     std::atomic<std::uint8_t> cancelRequested{0};
     // Packets converted by the current call of ProcessFile.
     std::atomic<std::uint64_t> recordsProcessed{0};
-    // Bytes read of the files of the current call, and their sizes (0: not known).
+    // Bytes read of the current file, and its size (0: not known).
     std::atomic<std::uint64_t> bytesProcessed{0};
     std::atomic<std::uint64_t> bytesTotal{0};
 

@@ -20,8 +20,8 @@ namespace stalwick {
 namespace {
 
 constexpr std::uint32_t kImuSamplesPerPacket = 1;
-// Files that a process has open beside the outputs: the recording, the streams, a window's own.
-constexpr std::uint64_t kFilesBesideOutputs = 64;
+// Files that a process has open beside recordings and outputs: the streams, a window's own.
+constexpr std::uint64_t kFilesBesideThem = 64;
 // Packed samples are about half as long as those of the channel files: with this much a channel,
 // a file's buffer fills more than a huge page.
 constexpr std::uint64_t kLongRecordingBytesPerChannel = 1U << 20U;
@@ -55,6 +55,7 @@ FileConversion::FileConversion(DataProcessor& processor, const FileConversionReq
                                const OutputSettings& settings)
     : processor_(processor),
       request_(request),
+      settings_(settings),
       readsAhead_(UsesHelperThreads(settings)),
       queue_(MakeQueue(settings)),
       channelFiles_(settings, queue_.get()),
@@ -121,19 +122,14 @@ std::uint64_t FileConversion::CountOutputFiles() const {
 
 std::int32_t FileConversion::OpenOutputs() {
     SelectChannelGroups();
-    const std::uint64_t needed = CountOutputFiles() + kFilesBesideOutputs;
+    const std::uint64_t needed =
+        (CountOutputFiles() + 1) * settings_.conversionsAtOnce + kFilesBesideThem;
     const std::uint64_t limit = RaiseOpenFileLimit(needed);
     if (OpenChannelFiles() == 0 && (!request_.writeEvents || OpenEventFile() == 0) &&
         (!request_.writeRawData || OpenRawDataFile() == 0)) {
         return 0;
     }
-    if (limit < needed) {
-        AddInputDetail(ConversionDetail::Kind::kIncomplete,
-                       L"not converted: its " + std::to_wstring(CountOutputFiles()) +
-                           L" outputs are open at once, and this process may have " +
-                           std::to_wstring(limit) + L" files open; raise the limit (ulimit -n " +
-                           std::to_wstring(needed) + L") or choose fewer outputs");
-    }
+    if (limit < needed) TellOfOpenFileLimit(needed, limit);
     return -1;
 }
 

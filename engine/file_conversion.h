@@ -55,8 +55,10 @@ class FileConversion {
     bool IsOn(ChannelGroup group) const { return switches_[static_cast<std::size_t>(group)] != 0; }
 
     std::int32_t ConvertBlocks();
+    void TellOfOpenFileLimit(std::uint64_t needed, std::uint64_t limit);
     void TellWhereItStopped(bool inLastBlock);
     void TellOfUnreadInput();
+    void TellOfTrailingBytes();
     std::int32_t ConvertPacket(ORDDataPacket& packet);
     void WriteSensorValues(const ORDDataPacket& packet);
     std::int32_t Finish();
@@ -64,6 +66,7 @@ class FileConversion {
 
     DataProcessor& processor_;
     FileConversionRequest request_;
+    OutputSettings settings_;
     std::wstring directory_;  // of this file's outputs
     ChannelOptions switches_{};
     bool readsAhead_;

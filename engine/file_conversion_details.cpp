@@ -17,6 +17,17 @@ void FileConversion::AddInputDetail(ConversionDetail::Kind kind, const std::wstr
     AddDetail(kind, OneLine(request_.inputPath) + L": " + text);
 }
 
+void FileConversion::TellOfOpenFileLimit(std::uint64_t needed, std::uint64_t limit) {
+    const bool besideOthers = settings_.conversionsAtOnce > 1;
+    AddInputDetail(ConversionDetail::Kind::kIncomplete,
+                   L"not converted: its " + std::to_wstring(CountOutputFiles()) +
+                       L" outputs are open at once" +
+                       (besideOthers ? L" beside those of the other jobs" : L"") +
+                       L", and this process may have " + std::to_wstring(limit) +
+                       L" files open; raise the limit (ulimit -n " + std::to_wstring(needed) +
+                       L") or choose fewer outputs" + (besideOthers ? L" or --jobs" : L""));
+}
+
 void FileConversion::TellWhereItStopped(bool inLastBlock) {
     const std::wstring reason = reader_.SystemError() != 0 ? SystemErrorText(reader_.SystemError())
                                                            : reader_.GetErrorMessage();
@@ -48,13 +59,27 @@ void FileConversion::TellOfUnreadInput() {
                            std::to_wstring(bytesRead) +
                            L" is missing; convert it again when the recorder has finished it");
     }
-    if (reader_.UnconsumedBytes() != 0) {
+    if (bytesRead < kHeaderBlockSize) {
         AddInputDetail(ConversionDetail::Kind::kNote,
-                       std::to_wstring(reader_.UnconsumedBytes()) + L" trailing bytes from byte " +
-                           std::to_wstring(reader_.NextPacketPosition()) +
-                           L" on were not a whole packet and were left out; the recording was cut "
-                           L"short or is damaged there");
+                       L"it ends after " + std::to_wstring(bytesRead) +
+                           L" bytes, inside its header, and holds no data: the recording was cut "
+                           L"short; look for a whole copy");
     }
+    TellOfTrailingBytes();
+}
+
+// No output is less than it should be: nobody can tell what these bytes were. The status stays.
+void FileConversion::TellOfTrailingBytes() {
+    if (reader_.UnconsumedBytes() == 0) return;
+    const wchar_t* const cause =
+        reader_.EndsInACutPacket()
+            ? L"the recording was cut short or is damaged there"
+            : L"no packet begins there: the recording is damaged, unless something else stands "
+              L"behind its end, and packets behind the damage are lost; look for a whole copy";
+    AddInputDetail(ConversionDetail::Kind::kNote,
+                   std::to_wstring(reader_.UnconsumedBytes()) + L" trailing bytes from byte " +
+                       std::to_wstring(reader_.NextPacketPosition()) +
+                       L" on were not a whole packet and were left out; " + cause);
 }
 
 std::vector<ConversionDetail> FileConversion::TakeDetails() {

@@ -124,8 +124,6 @@ bool HasUsualShape(const Block& block) {
 
 // Decodes a block whose every bit is inside the span.
 void DecodePlanned(const Block& block, const ADBlockPlan& plan, std::uint16_t* samples) {
-    constexpr std::size_t kLargestBlock =
-        kMostADChannels * (kWidthBits + kFirstValueBits + 9 * kWidestDelta) / kBitsPerByte;
     const std::size_t bytes = plan.BlockBits(block.samplesPerChannel) / kBitsPerByte + 1;
     const auto decode = CurrentADBlockKernel().decode;
     if (bytes + kKernelOverrun <= block.length) {
@@ -133,7 +131,7 @@ void DecodePlanned(const Block& block, const ADBlockPlan& plan, std::uint16_t* s
         return;
     }
     // The kernels read in wide steps: the span's last block is decoded where that does no harm.
-    std::array<std::uint8_t, kLargestBlock + 1 + kKernelOverrun> copy;
+    std::array<std::uint8_t, kLargestADBlock + 1 + kKernelOverrun> copy;
     std::copy_n(block.data, std::min(bytes, block.length), copy.begin());
     decode(copy.data(), plan, block.samplesPerChannel, samples);
 }

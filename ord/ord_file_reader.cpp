@@ -44,6 +44,7 @@ std::int32_t ORDFileReader::ReadHeader() {
     systemError_ = file_.Read(block.data(), block.size(), count);
     if (systemError_ != 0) return Fail(L"Error reading header from file.");
     bytesRead_ += count;
+    endedInHeader_ = count < block.size();
 
     headerText_.clear();
     const std::string_view bytes(block.data(), count);
@@ -122,7 +123,8 @@ std::int32_t ORDFileReader::GetData(std::vector<ORDDataPacket>& records, bool& e
 
     const std::size_t wanted = kDataBufferSize - bytesHeld_;
     std::size_t count = 0;
-    systemError_ = file_.Read(buffer_.data() + bytesHeld_, wanted, count);
+    // What a short file grows by would be out of place: its packets begin behind a whole header.
+    if (!endedInHeader_) systemError_ = file_.Read(buffer_.data() + bytesHeld_, wanted, count);
     if (systemError_ != 0) return Fail(kReadFailed);
     bytesRead_ += count;
     unconsumedBytes_ += count;
@@ -146,6 +148,11 @@ std::int32_t ORDFileReader::DecodeBuffer(std::uint32_t validBytes,
     std::memmove(buffer_.data(), next, leftover);
     bytesHeld_ = leftover;
     return 0;
+}
+
+bool ORDFileReader::EndsInACutPacket() const {
+    return unconsumedBytes_ != 0 && unconsumedBytes_ < kLongestPacketSize &&
+           buffer_.front() == kDataPacketType;
 }
 
 std::int32_t ORDFileReader::Close() {

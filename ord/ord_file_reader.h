@@ -62,6 +62,8 @@ class ORDFileReader {
     std::uint64_t UnconsumedBytes() const { return unconsumedBytes_; }
     // Where in the file the next packet begins.
     std::uint64_t NextPacketPosition() const { return bytesRead_ - unconsumedBytes_; }
+    // Behind the last block: whether the unconsumed bytes can be a packet that lacks its end.
+    bool EndsInACutPacket() const;
     // The operating system's reason when a read failed; 0 otherwise.
     SystemErrorCode SystemError() const { return systemError_; }
 
@@ -97,6 +99,7 @@ class ORDFileReader {
     std::vector<ORDDataPacket> sparePackets_;  // memory for blocks of more packets
     std::uint64_t bytesRead_ = 0;
     std::uint64_t unconsumedBytes_ = 0;
+    bool endedInHeader_ = false;  // the file was shorter than its header block
     SystemErrorCode systemError_ = 0;
 };
 

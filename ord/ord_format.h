@@ -35,7 +35,14 @@ inline constexpr std::size_t kUltrasonicValues = 70;
 inline constexpr unsigned kWidthBits = 4;
 inline constexpr unsigned kWidestDelta = 15;  // bits
 inline constexpr unsigned kFirstValueBits = 14;
-inline constexpr unsigned kSampleShift = 2;  // a 14-bit converter value fills the upper bits
+inline constexpr unsigned kSampleShift = 2;     // a 14-bit converter value fills the upper bits
+inline constexpr std::size_t kLargestADBlock =  // bytes
+    kMostADChannels * (kWidthBits + kFirstValueBits + (kSamplesPerPacket - 1) * kWidestDelta) / 8;
+
+// Bytes of a packet with every block; 256-channel packets have fewer state bytes than counted here.
+inline constexpr std::size_t kLongestPacketSize =
+    kPacketHeadSize + kHardwareTimestampSize + kMostADChannels / 8 + kSamplesPerPacket +
+    (2 * kImuValues + kUltrasonicValues) * sizeof(std::uint16_t) + kLargestADBlock;
 
 // Packets carry a hardware timestamp from this file version number on.
 inline constexpr std::int32_t kFirstTimestampVersion = 20;

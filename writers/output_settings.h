@@ -15,6 +15,7 @@ struct OutputSettings {
     std::uint32_t recordsPerBlock = kRecordsPerBlock;  // 1 to 5000
     bool syncBeforeFinalHeader = true;  // a header that says "closed" never stands over lost data
     HelperThreads helperThreads = HelperThreads::kWhenThereAreCores;
+    std::uint32_t conversionsAtOnce = 1;  // by this process: their files are open together
 };
 
 // Whether these settings mean further threads on this machine.

@@ -2,12 +2,16 @@
 
 #include <algorithm>
 #include <limits>
+#include <mutex>
 
 #include <sys/resource.h>
 
 namespace stalwick {
 
 std::uint64_t RaiseOpenFileLimit(std::uint64_t count) {
+    // Between the two calls another thread could raise it further, and this one lower it again.
+    static std::mutex mutex;
+    const std::scoped_lock lock(mutex);
     struct rlimit limit {};
     if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return std::numeric_limits<std::uint64_t>::max();
     if (limit.rlim_cur >= count) return limit.rlim_cur;

@@ -105,6 +105,21 @@ TEST(OutputFailure, TooManyOpenFilesFailAndTellOfTheLimit) {
     EXPECT_EQ(calls.openCount, 0U);
 }
 
+TEST(OutputFailure, TooManyOpenFilesOfAllJobsTellHowManyAreNeeded) {
+    const TempDirectory directory;
+    FaultyFileCalls calls;
+    calls.createError = SystemErrorFor(SystemErrorKind::kTooManyOpenFiles);
+    OutputSettings settings = QuickSettings();
+    settings.conversionsAtOnce = 2'000'000'000;  // beyond what any system permits
+    const EngineRun run = RunEngine(directory, FullRecording(), AllOutputs(), settings);
+    EXPECT_EQ(run.statusText, L"Processing failed");
+    // 32 + 9 + 9 + 1 channel files, events, raw data and the recording; and 64 for all else.
+    EXPECT_TRUE(Tells(run, L"its 53 outputs are open at once beside those of the other jobs"))
+        << DetailsOf(run);
+    EXPECT_TRUE(Tells(run, L"ulimit -n 108000000064) or choose fewer outputs or --jobs"))
+        << DetailsOf(run);
+}
+
 // The disk is full after so many bytes of records. Every outcome must be told.
 TEST(OutputFailure, FullDiskIsNeverSilent) {
     const std::string recording = FullRecording();

@@ -1,5 +1,7 @@
 // Whole conversions of streams that end anywhere.
 
+#include <optional>
+#include <random>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -144,6 +146,32 @@ TEST(StreamLength, DamageIsToldWithItsPlaceAndHowToKeepTheMostOfIt) {
     EXPECT_NE(text.find(L"--block-records 1"), std::wstring::npos);
 }
 
+TEST(StreamLength, BlocksOfOneRecordKeepEveryWholeRecordBeforeTheDamage) {
+    RandomRecordingShape shape;
+    shape.packet.baseImu = shape.packet.afeImu = shape.packet.ultrasonic = true;
+    shape.packetCount = 700;
+    shape.timestamps = false;
+    const std::string good = BuildOrdFile(Version1Header(4), MakeRandomPackets(3, shape));
+    const TempDirectory whole;
+    const auto expected = RunReference(whole, good, AllOutputs()).files;
+    const TempDirectory directory;
+    OutputSettings settings = QuickSettings();
+    settings.recordsPerBlock = 1;
+    const EngineRun run =
+        RunEngine(directory, good + std::string(60000, 'x'), AllOutputs(), settings);
+    ASSERT_NE(run.statusText, L"Processing complete");
+    for (const auto& [name, bytes] : expected) {
+        const std::size_t record = name.ends_with(".vev") ? 184 : 1044;
+        // What had not filled a record is missing; of the raw data nothing is.
+        const std::size_t least = name == "RawData.vrd" ? bytes.size() : bytes.size() - record;
+        EXPECT_GE(run.files.at(name).size(), least) << name;
+        const std::size_t count = run.files.at(name).size() - kOrdHeaderBytes;
+        EXPECT_TRUE(SameBytes(run.files.at(name).substr(kOrdHeaderBytes),
+                              bytes.substr(kOrdHeaderBytes, count)))
+            << name;
+    }
+}
+
 TEST(StreamLength, JunkBehindPacketsConvertsLikeTheReference) {
     const std::string good = PlainPackets(1000);
     for (const std::size_t junk : {1U, 11U, 28000U, 38999U, 39000U, 39001U, 50000U, 90000U}) {
@@ -162,6 +190,46 @@ TEST(StreamLength, TrailingBytesAreNamedInTheDetails) {
     ASSERT_EQ(run.details.size(), 1U);
     EXPECT_EQ(run.details[0].kind, ConversionDetail::Kind::kNote);
     EXPECT_NE(run.details[0].text.find(L"41 trailing bytes from byte 16417"), std::wstring::npos);
+    EXPECT_NE(run.details[0].text.find(L"no packet begins there"), std::wstring::npos);
+}
+
+std::wstring DetailOfTrailing(const std::string& bytes) {
+    const TempDirectory directory;
+    const EngineRun run =
+        RunEngine(directory, Version1Header(256).Block() + PlainPackets(3) + bytes,
+                  ReferenceConvertOptions());
+    EXPECT_EQ(run.statusText, L"Processing complete");
+    EXPECT_EQ(run.details.size(), 1U);
+    return run.details.empty() ? L"" : run.details[0].text;
+}
+
+TEST(StreamLength, PacketThatLacksItsEndIsToldApartFromDamage) {
+    // The widest: 256 channels with a mask, every width 15, no timestamp.
+    std::mt19937_64 random(1);
+    const std::string whole = EncodePacket(MakeRandomPacket(
+        random, {3, {}, true, true, true, true, true, true, 40, std::uint8_t{15}, true}));
+    for (const std::size_t length : {std::size_t{1}, std::size_t{10}, whole.size() - 1}) {
+        EXPECT_NE(DetailOfTrailing(whole.substr(0, length)).find(L"cut short or is damaged"),
+                  std::wstring::npos)
+            << length;
+    }
+    // Longer than any packet, though it begins like one; and packets behind a byte too many.
+    std::string tooLong(5133, '\xff');
+    tooLong.front() = '\x04';
+    for (const std::string& damage : {tooLong, std::string(1, 'x').append(PlainPackets(100))}) {
+        EXPECT_NE(DetailOfTrailing(damage).find(L"no packet begins"), std::wstring::npos);
+    }
+}
+
+TEST(StreamLength, RecordingThatEndsInItsHeaderIsToldAsCut) {
+    const TempDirectory directory;
+    const EngineRun run =
+        RunEngine(directory, Version1Header(4).Block().substr(0, 5000), ReferenceConvertOptions());
+    EXPECT_EQ(run.statusText, L"Processing complete");
+    ASSERT_EQ(run.details.size(), 1U);
+    EXPECT_EQ(run.details[0].kind, ConversionDetail::Kind::kNote);
+    EXPECT_NE(run.details[0].text.find(L"it ends after 5000 bytes, inside its header"),
+              std::wstring::npos);
 }
 
 }  // namespace

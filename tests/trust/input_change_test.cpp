@@ -76,6 +76,21 @@ TEST_F(InputChange, WhatComesBehindTheEndThatWasReadIsToldAsMissing) {
     EXPECT_TRUE(SameFiles(run.files, FilesOf(recording_)));
 }
 
+TEST_F(InputChange, WhatAShortHeaderGrowsByIsNeverTakenForPackets) {
+    const std::string begin = recording_.substr(0, 10000);
+    FaultyFileCalls disk;
+    disk.beforeCreate = [&](const std::wstring&) {
+        WriteFile(WidePath(InputPath()), begin + recording_.substr(16384));
+    };
+    const EngineRun run = Convert(begin);
+    EXPECT_EQ(run.statusText, L"Processing complete");
+    EXPECT_EQ(run.recordsProcessed, 0U);
+    ASSERT_EQ(run.details.size(), 2U);
+    EXPECT_EQ(run.details[0].kind, ConversionDetail::Kind::kIncomplete);
+    EXPECT_NE(run.details[0].text.find(L"it has grown while it was read"), std::wstring::npos);
+    EXPECT_TRUE(SameFiles(run.files, FilesOf(begin)));
+}
+
 TEST_F(InputChange, RecordingThatIsCutWhileItIsReadIsToldAsIncomplete) {
     const ChangingInput change(2, [&] { fs::resize_file(InputPath(), 80000); });
     const EngineRun run = Convert(recording_);

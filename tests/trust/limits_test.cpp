@@ -51,6 +51,26 @@ TEST(OpenFileLimit, ProgramRaisesItsOwnLimit) {
     EXPECT_TRUE(SameFiles(scene.MaskedFiles(), scene.Reference().files));
 }
 
+TEST(OpenFileLimit, ProgramRaisesItsOwnLimitForAllJobsTogether) {
+    if (HardLimitOfFiles() < 2048) GTEST_SKIP() << "the hard limit is too low here";
+    // Long enough for all four to be open at once.
+    const CommandScene scene(MakeFullRecording(kMostChannels, 200));
+    std::vector<std::string> arguments = {"-j", "4", "-o", NarrowPath(scene.OutputDirectory())};
+    for (const wchar_t* name : {L"a.ord", L"b.ord", L"c.ord", L"d.ord"}) {
+        const std::wstring path =
+            scene.InputPath().substr(0, scene.InputPath().rfind(kPathSeparator) + 1) + name;
+        WriteFile(path, ReadFile(scene.InputPath()));
+        arguments.push_back(NarrowPath(path));
+    }
+    const CommandResult result =
+        RunCommand(arguments, WithLimit(RLIMIT_NOFILE, 300, HardLimitOfFiles()));
+    EXPECT_EQ(result.exitStatus, 0) << result.error;
+    for (const wchar_t* name : {L"a", L"b", L"c", L"d"}) {
+        EXPECT_EQ(FilesIn(scene.OutputDirectory() + kPathSeparator + name).size(),
+                  kMostChannels + 1);
+    }
+}
+
 TEST(OpenFileLimit, LimitOfAnAdministratorIsToldWithTheNumbers) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP()

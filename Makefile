@@ -1,7 +1,7 @@
 # For people; the build itself is CMake's (CMakePresets.json).
 #   make demo      what the program does, on a recording made for the purpose
 #   make test      every test
-#   make bench     the speed of the decoder and of whole conversions (docs/performance.md)
+#   make bench     speed and memory (docs/performance.md)
 #   make screenshots   every window, light and dark, at 100 % and 200 %
 #   make test-windows, make windows-app, make package-windows      docs/building-windows.md
 # Each installs the Debian packages that it needs and that are missing.
@@ -110,6 +110,7 @@ bench:
 	build/release/bench/decoder_bench
 	bench/compare.sh build/release
 	bench/window.sh build/release
+	bench/memory.py build/release
 
 screenshots:
 	scripts/install-deps.sh build test screenshots

@@ -29,6 +29,8 @@ void CompareHeader(const ORDFileReader& reader, bool opened) {
     Require(reader.NumADChannels() == expected.numADChannels, "another channel count");
     Require(reader.SamplingFrequency() == expected.samplingFrequency, "another frequency");
     Require(reader.ADMaxValue() == expected.adMaxValue, "another largest value");
+    Require(reader.ADBitVolts() == expected.adBitVolts, "other volts per bit");
+    Require(reader.InputRange() == expected.inputRange, "another input range");
     Require(reader.UTCOffsetMicroseconds() == expected.utcOffsetMicroseconds, "another offset");
     Require(reader.SessionUUID() == expected.sessionUuid, "another session");
     Require(reader.AcquisitionSystem() == expected.acquisitionSystem, "another system");

@@ -47,6 +47,11 @@ TEST(CommandLine, AllMeansEveryFurtherOutput) {
     EXPECT_EQ(Parsed({"--all", "--no-csc", "a"}).channelOptions, (ChannelOptions{0, 1, 1, 1}));
 }
 
+TEST(CommandLine, NoSyncTurnsTheWaitForTheDiskOff) {
+    EXPECT_FALSE(Parsed({"--no-sync", "a"}).outputSettings.syncBeforeFinalHeader);
+    EXPECT_TRUE(Parsed({"--all", "a"}).outputSettings.syncBeforeFinalHeader);
+}
+
 TEST(CommandLine, BlocksHaveOneToFiveThousandRecords) {
     EXPECT_EQ(Parsed({"--block-records", "1", "a"}).outputSettings.recordsPerBlock, 1U);
     EXPECT_EQ(Parsed({"--block-records=64", "a"}).outputSettings.recordsPerBlock, 64U);

@@ -17,6 +17,7 @@ ONLY_ON_LINUX = {
     "CommandSignal.*": "sends POSIX signals; WindowsConsoleTest and compare_with_linux.py instead",
     "CommandTerminal.*": "opens a POSIX pseudo-terminal",
     "ClosedStreams.*": "closes POSIX descriptors",
+    "DiskSync.*": "stands before fdatasync",
     "FileSizeLimit.*": "sets a POSIX limit",
     "HostileNumbers.*": "is written with RapidCheck, which Debian compiles for Linux only",
     "InputAndOutputDirectory.*": "starts the command by fork",

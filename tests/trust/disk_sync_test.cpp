@@ -1,0 +1,77 @@
+// The wait for the disk as the system sees it: the linker puts this file's fdatasync before the C
+// library's.
+
+#include <cerrno>
+#include <filesystem>
+#include <mutex>
+#include <set>
+#include <string>
+#include <utility>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "platform/file_calls.h"
+#include "tests/support/engine_run.h"
+#include "tests/trust/recordings.h"
+
+namespace stalwick::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+using NamesAndSizes = std::multiset<std::pair<std::string, std::uintmax_t>>;
+
+std::mutex syncedMutex;
+NamesAndSizes synced;  // what each file had when its descriptor was synced
+
+void Note(int descriptor) {
+    std::error_code noFile;
+    const fs::path path = fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor), noFile);
+    const std::uintmax_t size = fs::file_size(path, noFile);
+    const std::scoped_lock lock(syncedMutex);
+    synced.emplace(path.filename().string(), size);
+}
+
+EngineRun Convert(bool syncBeforeFinalHeader) {
+    const TempDirectory directory;
+    OutputSettings settings;
+    settings.syncBeforeFinalHeader = syncBeforeFinalHeader;
+    synced.clear();
+    EngineRun run = RunEngine(directory, MakeFullRecording(3, 64), AllOutputs(), settings);
+    EXPECT_EQ(run.statusText, L"Processing complete");
+    return run;
+}
+
+TEST(DiskSync, EachFileThatSaysClosedIsSyncedOnceWithAllItsBytes) {
+    const EngineRun run = Convert(true);
+    NamesAndSizes expected;
+    for (const auto& [name, bytes] : run.files) {
+        if (name != "Events.vev") expected.emplace(name, bytes.size());
+    }
+    EXPECT_EQ(expected.size(), 23U);
+    EXPECT_EQ(synced, expected);
+}
+
+TEST(DiskSync, IsLeftOutWhereNobodyWantsToWait) {
+    EXPECT_EQ(Convert(false).files.size(), 24U);
+    EXPECT_EQ(synced, NamesAndSizes());
+}
+
+TEST(DiskSync, FailureIsTheSystemsReason) {
+    int ends[2] = {};
+    ASSERT_EQ(::pipe(ends), 0);
+    EXPECT_EQ(SystemFileCalls().SyncData(ends[1]), EINVAL);  // a pipe has no disk
+    ::close(ends[0]);
+    ::close(ends[1]);
+}
+
+}  // namespace
+}  // namespace stalwick::test
+
+extern "C" int __real_fdatasync(int descriptor);
+extern "C" int __wrap_fdatasync(int descriptor);
+extern "C" int __wrap_fdatasync(int descriptor) {
+    stalwick::test::Note(descriptor);
+    return __real_fdatasync(descriptor);
+}

@@ -3,8 +3,10 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <random>
+#include <string>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -22,6 +24,12 @@ using Clock = std::chrono::steady_clock;
 int KillCount() {
     const char* count = std::getenv("STALWICK_KILLS");  // set by make soak
     return count != nullptr ? std::atoi(count) : 200;
+}
+
+// The same moments each time, unless the environment asks for others (make soak).
+std::uint64_t KillSeed() {
+    const char* seed = std::getenv("STALWICK_KILL_SEED");
+    return seed != nullptr ? std::strtoull(seed, nullptr, 10) : 1;
 }
 
 class KillTest : public testing::Test {
@@ -54,15 +62,18 @@ class KillTest : public testing::Test {
 };
 
 TEST_F(KillTest, LeavesBeginningsAndTheNextRunSucceedsBesideThem) {
-    std::mt19937_64 random(1);
+    const std::string seed = std::to_string(KillSeed());
+    std::mt19937_64 random(KillSeed());
     std::uniform_real_distribution<double> part(0.0, 1.1);
     int killed = 0;
     int withData = 0;
     for (int run = 0; killed < KillCount(); ++run) {
         ASSERT_LT(run, 10 * KillCount()) << "most runs end before they can be killed";
         Clear();
-        if (KillAfter(part(random))) ++killed;
-        SCOPED_TRACE("run " + std::to_string(run));
+        const double moment = part(random);
+        if (KillAfter(moment)) ++killed;
+        SCOPED_TRACE("STALWICK_KILL_SEED=" + seed + ", run " + std::to_string(run) +
+                     ", killed at " + std::to_string(moment) + " of a whole run's time");
         const auto left = FilesIn(scene_.RecordingDirectory());
         const auto masked = scene_.MaskedFiles();
         ASSERT_TRUE(AreValidRemainders(masked, expected_));
@@ -87,6 +98,7 @@ TEST_F(KillTest, LeavesBeginningsAndTheNextRunSucceedsBesideThem) {
     }
     // Otherwise this tested nothing.
     EXPECT_GT(withData, KillCount() / 20);
+    RecordProperty("seed", seed);
     RecordProperty("killed", killed);
     RecordProperty("withData", withData);
 }

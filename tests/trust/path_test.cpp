@@ -17,9 +17,9 @@ namespace {
 namespace fs = std::filesystem;
 
 // A recording of this name below a directory of this name.
-void ExpectToConvert(const std::string& directoryName, const std::string& fileName) {
+void ExpectToConvert(const std::string& directoryName, const std::string& fileName,
+                     const TempDirectory& root = TempDirectory()) {
     SCOPED_TRACE(testing::PrintToString(fileName));
-    const TempDirectory root;
     const std::string base = NarrowPath(root.Path()) + "/" + directoryName;
     fs::create_directories(base);
     const std::string input = base + "/" + fileName;
@@ -51,10 +51,21 @@ TEST(PathNames, OfTheGreatestLengthConvert) {
     ExpectToConvert(std::string(NAME_MAX, 'd'), std::string(NAME_MAX - 4, 'n') + ".ord");
 }
 
-TEST(PathNames, PathsOfFourThousandBytesConvert) {
+// The longest path that the system takes is that of one output.
+TEST(PathNames, PathsOfTheGreatestLengthConvert) {
+    const TempDirectory root;
+    const std::string beginning = NarrowPath(root.Path()) + "/";
+    const std::string end = "/rec/Ultrasonic.vcs";  // no output has a longer name
+    const std::size_t length = PATH_MAX - 1 - beginning.size() - end.size();
     std::string directories;
-    while (directories.size() < 3700) directories += std::string(100, 'p') + "/";
-    ExpectToConvert(directories + std::string(170, 'q'), "rec.ord");
+    while (directories.size() + NAME_MAX < length) directories += std::string(100, 'p') + "/";
+    directories += std::string(length - directories.size(), 'q');
+    ExpectToConvert(directories, "rec.ord", root);
+    std::size_t longest = 0;
+    for (const std::string& name : NamesIn(root.Path(WidePath(directories + "/rec")))) {
+        longest = std::max(longest, (beginning + directories + "/rec/" + name).size());
+    }
+    EXPECT_EQ(longest, std::size_t{PATH_MAX - 1});
 }
 
 TEST(PathNames, PathsThatTheSystemRefusesAreNamed) {

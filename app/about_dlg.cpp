@@ -16,8 +16,8 @@ constexpr int kPictureSize = 96;
 constexpr int kTextColumns = 60;  // the legal notice takes two lines
 constexpr int kGap = 18;
 
-QLabel* MakeLabel(const QString& text, ControlId id, const QString& accessibleName) {
-    auto* label = Identify(new QLabel(text), id, accessibleName);
+QLabel* MakeLabel(const QString& text, ControlId id) {
+    auto* label = Identify(new QLabel(text), id);
     label->setTextFormat(Qt::PlainText);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     return label;
@@ -31,7 +31,7 @@ QLabel* MakePicture(qreal devicePixelRatio) {
 }
 
 QLabel* MakeName() {
-    auto* name = MakeLabel(ApplicationName(), ControlId::kAboutName, QStringLiteral("Program"));
+    auto* name = MakeLabel(ApplicationName(), ControlId::kAboutName);
     QFont font = name->font();
     font.setBold(true);
     font.setPointSizeF(font.pointSizeF() * 1.5);
@@ -40,8 +40,7 @@ QLabel* MakeName() {
 }
 
 QLabel* MakeLegalNotice() {
-    auto* notice =
-        MakeLabel(LegalNotice(), ControlId::kAboutLegalNotice, QStringLiteral("Legal notice"));
+    auto* notice = MakeLabel(LegalNotice(), ControlId::kAboutLegalNotice);
     notice->setWordWrap(true);
     notice->setFixedWidth(notice->fontMetrics().averageCharWidth() * kTextColumns);
     return notice;
@@ -54,9 +53,9 @@ QVBoxLayout* MakeTexts() {
                                    .arg(kVersionMajor)
                                    .arg(kVersionMinor)
                                    .arg(kVersionPatch),
-                               ControlId::kAboutVersion, QStringLiteral("Version")));
-    texts->addWidget(MakeLabel(QStringLiteral("Build number: %1").arg(kBuildNumber),
-                               ControlId::kAboutBuild, QStringLiteral("Build number")));
+                               ControlId::kAboutVersion));
+    texts->addWidget(
+        MakeLabel(QStringLiteral("Build number: %1").arg(kBuildNumber), ControlId::kAboutBuild));
     texts->addSpacing(kGap / 2);
     texts->addWidget(MakeLegalNotice());
     texts->addStretch();

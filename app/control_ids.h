@@ -40,9 +40,10 @@ inline QString ObjectName(ControlId id) {
     return QString::number(static_cast<int>(id));
 }
 
-// Names a control, for other code by its number and for screen readers in words.
+// Names a control, for other code by its number and for screen readers in words. A label goes
+// without words: they would be read in place of its text.
 template <typename Control>
-Control* Identify(Control* control, ControlId id, const QString& accessibleName) {
+Control* Identify(Control* control, ControlId id, const QString& accessibleName = {}) {
     control->setObjectName(ObjectName(id));
     control->setAccessibleName(accessibleName);
     return control;

@@ -118,8 +118,7 @@ void MakeControls(MainControls& controls) {
                    QStringLiteral("Create New Files"));
     controls.createNewFiles->setEnabled(false);
     controls.clearList->setEnabled(false);
-    controls.legalNotice =
-        Identify(new QLabel, ControlId::kLegalNotice, QStringLiteral("Legal notice"));
+    controls.legalNotice = Identify(new QLabel, ControlId::kLegalNotice);
     controls.legalNotice->setWordWrap(true);
 }
 

@@ -31,8 +31,7 @@ QProgressBar* MakeMarquee() {
 
 // Wide enough for any count, so that the dialog keeps its size while the number grows.
 QLabel* MakeRecordLabel() {
-    auto* label = Identify(new QLabel(QStringLiteral("x")), ControlId::kRecordLabel,
-                           QStringLiteral("Record"));
+    auto* label = Identify(new QLabel(QStringLiteral("x")), ControlId::kRecordLabel);
     const QString longest = RecordText(std::numeric_limits<std::uint64_t>::max());
     label->setMinimumWidth(label->fontMetrics().horizontalAdvance(longest));
     return label;
@@ -45,7 +44,7 @@ ProgressDlg::ProgressDlg(QWidget* parent)
       recordLabel_(MakeRecordLabel()) {
     setWindowTitle(QStringLiteral("Data Conversion"));
     auto* title = Identify(new QLabel(QStringLiteral("Data conversion in progress...")),
-                           ControlId::kProgressTitle, QStringLiteral("State"));
+                           ControlId::kProgressTitle);
     auto* cancel = Identify(new QPushButton(QStringLiteral("&Cancel")), ControlId::kCancel,
                             QStringLiteral("Cancel"));
     cancel->setAutoDefault(false);  // Enter cancels nothing

@@ -23,6 +23,7 @@ class KeyboardAndLayoutTest : public QObject {
     void EveryButtonAndBoxHasAMnemonicOfItsOwn();
     void MnemonicsReachTheirControls();
     void EveryControlHasAnAccessibleName();
+    void LabelsAreReadOutAsTheyStand();
     void EveryLabelInFrontOfABoxIsItsBuddy();
     void TabOrderIsReadingOrder();
     void FocusStartsOnSelectInputFiles();
@@ -169,6 +170,24 @@ void KeyboardAndLayoutTest::EveryControlHasAnAccessibleName() {
     }
     // The progress dialog belongs to the main dialog and is met twice.
     QCOMPARE(controls, 15 + 2 * 4 - 1 + 6);
+}
+
+// A name of its own would stand in the way of the text.
+void KeyboardAndLayoutTest::LabelsAreReadOutAsTheyStand() {
+    TestWindow window;
+    CAboutDlg about;
+    Find<QLabel>(*window.Progress(), ControlId::kRecordLabel)->setText("Processing record 7");
+    QStringList names;
+    for (const QWidget* top :
+         {static_cast<QWidget*>(&window.dialog), static_cast<QWidget*>(&about)}) {
+        for (auto* label : top->findChildren<QLabel*>()) {
+            if (label->text().isEmpty()) continue;
+            names += QAccessible::queryAccessibleInterface(label)->text(QAccessible::Name);
+            QCOMPARE(names.last(), PlainText(label->text()));
+        }
+    }
+    QVERIFY(names.contains("Processing record 7"));
+    QCOMPARE(names.size(), 2 + 1 + 2 + 4);
 }
 
 void KeyboardAndLayoutTest::EveryLabelInFrontOfABoxIsItsBuddy() {

@@ -2,7 +2,6 @@
 
 #include <cstdio>
 
-#include <QDir>
 #include <QMimeData>
 
 #include "app/qt_text.h"
@@ -20,11 +19,6 @@ bool IsRecording(const std::wstring& path) {
            QueryPath(path) == PathKind::kFile;
 }
 
-// The list shows directories, so a path is taken from the current one at once.
-std::wstring FullPath(const std::string& argument) {
-    return ToWidePath(QDir::current().absoluteFilePath(ToQString(WidePath(argument))));
-}
-
 }  // namespace
 
 std::vector<std::wstring> DroppedRecordings(const QMimeData* data) {
@@ -39,7 +33,8 @@ std::vector<std::wstring> DroppedRecordings(const QMimeData* data) {
 std::vector<std::wstring> RecordingsInArguments(const std::vector<std::string>& arguments) {
     std::vector<std::wstring> paths;
     for (const std::string& argument : arguments) {
-        std::wstring path = FullPath(argument);
+        // The list shows directories, so a path is taken from the current one at once.
+        std::wstring path = AbsolutePath(WidePath(argument));
         if (IsRecording(path)) {
             paths.push_back(std::move(path));
         } else {

@@ -17,6 +17,11 @@ PathKind QueryPath(const std::wstring& path);
 // known. The file is not opened: a pipe that was opened and closed would lose its writer.
 std::uint64_t QueryFileSize(const std::wstring& path);
 
+// The path from the current directory on, whose name may have any bytes; an absolute path as it is.
+// On Windows in the system's form: with `\` only and nothing to resolve. The path itself where the
+// system cannot say.
+std::wstring AbsolutePath(const std::wstring& path);
+
 // Creates one level; its parent must exist.
 SystemErrorCode CreateDirectoryLevel(const std::wstring& path);
 

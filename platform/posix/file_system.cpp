@@ -1,6 +1,8 @@
 #include "platform/file_system.h"
 
 #include <cerrno>
+#include <filesystem>
+#include <system_error>
 
 #include <sys/stat.h>
 
@@ -21,6 +23,12 @@ std::uint64_t QueryFileSize(const std::wstring& path) {
     struct stat status {};
     if (::stat(NarrowPath(path).c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
     return static_cast<std::uint64_t>(status.st_size);
+}
+
+std::wstring AbsolutePath(const std::wstring& path) {
+    std::error_code failed;
+    const auto absolute = std::filesystem::absolute(NarrowPath(path), failed);
+    return failed ? path : WidePath(absolute.native());
 }
 
 SystemErrorCode CreateDirectoryLevel(const std::wstring& path) {

@@ -22,6 +22,16 @@ std::uint64_t QueryFileSize(const std::wstring& path) {
     return std::uint64_t{data.nFileSizeHigh} << kHalf | data.nFileSizeLow;
 }
 
+std::wstring AbsolutePath(const std::wstring& path) {
+    const DWORD capacity = ::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    if (capacity == 0) return path;
+    std::wstring absolute(capacity, L'\0');
+    const DWORD length = ::GetFullPathNameW(path.c_str(), capacity, absolute.data(), nullptr);
+    if (length == 0 || length >= capacity) return path;
+    absolute.resize(length);
+    return absolute;
+}
+
 SystemErrorCode CreateDirectoryLevel(const std::wstring& path) {
     if (::CreateDirectoryW(SystemPath(path).c_str(), nullptr) != FALSE) return 0;
     return static_cast<SystemErrorCode>(::GetLastError());

@@ -1,4 +1,5 @@
-#include <QDir>
+#include <filesystem>
+
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -25,6 +26,7 @@ class AboutAndStartupTest : public QObject {
     void StartUpRunsTheMainDialogUntilItIsClosed();
     void ClosedDialogEndsStartUpOnlyOnceTheConversionIsOver();
     void StartUpListsTheRecordingsAmongItsArguments();
+    void StartUpTakesArgumentsFromTheCurrentDirectory_data();
     void StartUpTakesArgumentsFromTheCurrentDirectory();
     void StartUpWithoutARecordingAmongItsArgumentsIsEmpty();
     void StartUpConvertsARecordingWithANameOfAnyCharacters_data();
@@ -175,15 +177,29 @@ void AboutAndStartupTest::StartUpListsTheRecordingsAmongItsArguments() {
     QVERIFY(view.canStart);
 }
 
+void AboutAndStartupTest::StartUpTakesArgumentsFromTheCurrentDirectory_data() {
+    QTest::addColumn<QByteArray>("directory");
+    QTest::addColumn<QByteArray>("name");
+    QTest::newRow("plain") << QByteArray("in") << QByteArray("a.ord");
+    if (kPathSeparator == L'\\') return;  // names of fewer characters, all of them UTF-16
+    QTest::newRow("directory not UTF-8") << QByteArray("t\xE9") << QByteArray("a.ord");
+    QTest::newRow("name that begins with a colon") << QByteArray("in") << QByteArray(":a.ord");
+}
+
 void AboutAndStartupTest::StartUpTakesArgumentsFromTheCurrentDirectory() {
-    TestWindow window;
-    const std::wstring a = window.AddRecording(L"a.ord", 1);
-    const QString before = QDir::currentPath();
-    QVERIFY(QDir::setCurrent(ToQString(window.InputDirectory())));
-    const FirstView view = StartWith({L"a.ord"});
-    QVERIFY(QDir::setCurrent(before));
-    QCOMPARE(view.paths, QStringList(ToQString(a)));
-    QCOMPARE(view.outputDirectory, ToQString(window.InputDirectory()));
+    QFETCH(QByteArray, directory);
+    QFETCH(QByteArray, name);
+    TempDirectory top;
+    const std::wstring current = top.Path(WidePath(directory.toStdString()));
+    const std::wstring path = current + kPathSeparator + WidePath(name.toStdString());
+    MakeDirectory(current);
+    WriteFile(path, "recording");
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(NarrowPath(current));
+    const FirstView view = StartWith({WidePath(name.toStdString())});
+    std::filesystem::current_path(before);
+    QCOMPARE(view.paths, QStringList(ToQString(path)));
+    QCOMPARE(view.outputDirectory, ToQString(current));
 }
 
 void AboutAndStartupTest::StartUpWithoutARecordingAmongItsArgumentsIsEmpty() {

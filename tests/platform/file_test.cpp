@@ -1,6 +1,7 @@
 // Files and directories, with calls that do little at a time or fail.
 
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <utility>
 
@@ -10,7 +11,9 @@
 #include "platform/input_file.h"
 #include "platform/memory_mapping.h"
 #include "platform/output_file.h"
+#include "platform/paths.h"
 #include "platform/system_error.h"
+#include "platform/text_encoding.h"
 #include "tests/support/faulty_file_calls.h"
 #include "tests/support/temp_directory.h"
 
@@ -166,6 +169,47 @@ TEST(FileSystem, SizeOfAPathIsThatOfItsFileAndElseZero) {
     EXPECT_EQ(QueryFileSize(directory.Path(L"empty")), 0U);
     EXPECT_EQ(QueryFileSize(directory.Path()), 0U);
     EXPECT_EQ(QueryFileSize(directory.Path(L"missing")), 0U);
+}
+
+// Makes a directory the current one while it lives.
+class InDirectory {
+  public:
+    explicit InDirectory(const std::wstring& path) {
+        std::filesystem::current_path(NarrowPath(path));
+    }
+    ~InDirectory() { std::filesystem::current_path(before_); }
+    InDirectory(const InDirectory&) = delete;
+    InDirectory& operator=(const InDirectory&) = delete;
+
+  private:
+    std::filesystem::path before_ = std::filesystem::current_path();
+};
+
+TEST(FileSystem, RelativePathIsTakenFromTheCurrentDirectory) {
+    const TempDirectory directory;
+    const InDirectory inside(directory.Path());
+    EXPECT_EQ(AbsolutePath(L"a.ord"), directory.Path(L"a.ord"));
+    EXPECT_EQ(AbsolutePath(directory.Path(L"a.ord")), directory.Path(L"a.ord"));
+    EXPECT_EQ(AbsolutePath(L""), L"");
+}
+
+TEST(FileSystem, RelativePathAndCurrentDirectoryMayHaveAnyBytes) {
+    if (kPathSeparator == L'\\') GTEST_SKIP() << "names are UTF-16";
+    const TempDirectory directory;
+    const std::wstring current = directory.Path(WidePath("t\xE9"));
+    MakeDirectory(current);
+    const InDirectory inside(current);
+    EXPECT_EQ(AbsolutePath(WidePath("\xFF:a.ord")), current + L'/' + WidePath("\xFF:a.ord"));
+    EXPECT_EQ(AbsolutePath(WidePath("/\xFF/../a.ord")), WidePath("/\xFF/../a.ord"));
+}
+
+TEST(FileSystem, PathStaysRelativeInADirectoryThatIsGone) {
+    if (kPathSeparator == L'\\') GTEST_SKIP() << "a current directory cannot be removed";
+    const TempDirectory directory;
+    MakeDirectory(directory.Path(L"gone"));
+    const InDirectory inside(directory.Path(L"gone"));
+    RemoveFile(directory.Path(L"gone"));
+    EXPECT_EQ(AbsolutePath(L"a.ord"), L"a.ord");
 }
 
 TEST(FileSystem, DirectoryIsMadeOneLevelDeep) {

@@ -132,6 +132,12 @@ TEST_F(WindowsPathsTest, LongPathMayContainForwardSlashesAndDots) {
     EXPECT_EQ(QueryPath(directory + L"\\CSC2.vcs"), PathKind::kFile);
 }
 
+TEST(WindowsAbsolutePathTest, PathWithoutADriveIsTakenFromTheCurrentOne) {
+    const std::wstring drive = fs::current_path().root_name().wstring();
+    EXPECT_EQ(AbsolutePath(L"\\rec/a.ord"), drive + L"\\rec\\a.ord");
+    EXPECT_EQ(AbsolutePath(drive + L"a.ord"), AbsolutePath(L"a.ord"));
+}
+
 TEST_F(WindowsPathsTest, WritesLandAtTheirOffsets) {
     const std::wstring path = Below(L"offsets.vrd");
     FileHandle handle = kNoFile;

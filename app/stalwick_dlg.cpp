@@ -124,7 +124,8 @@ void StalwickDlg::OnFileListClick(int item) {
 
 bool StalwickDlg::OnSysCommand(std::uint32_t command) {
     if ((command & kCommandMask) != kAboutCommand) return false;
-    ShowAbout();
+    // The system menu works on a disabled dialog; a modal box would keep "Cancel" from the user.
+    if (!converting_) ShowAbout();
     return true;
 }
 

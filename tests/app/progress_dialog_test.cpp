@@ -3,6 +3,7 @@
 #include <QPushButton>
 #include <QTimerEvent>
 
+#include "app/about_dlg.h"
 #include "tests/app/window_test.h"
 
 using namespace stalwick;
@@ -27,6 +28,7 @@ class ProgressDialogTest : public QObject {
     void NumberRestartsWithEveryFile();
     void NothingThatTheUserDoesClosesIt();
     void EnterDoesNotCancel();
+    void SystemMenuShowsNoAboutBoxOverIt();
     void IsCentredOnTheMainDialog();
 };
 
@@ -231,6 +233,28 @@ void ProgressDialogTest::EnterDoesNotCancel() {
     QCOMPARE(calls, 0);
     QTest::keyClick(cancel, Qt::Key_Space);
     QCOMPARE(calls, 1);
+}
+
+// Being modal, the box would keep "Cancel" from being reached.
+void ProgressDialogTest::SystemMenuShowsNoAboutBoxOverIt() {
+    TestWindow window;
+    window.AddRecording(L"a.ord", 5);
+    window.SelectInputFiles({"a.ord"});
+    window.gate.Allow(0);
+    window.ClickStart();
+    bool shown = false;
+    QTimer watch;
+    connect(&watch, &QTimer::timeout, this, [&shown] {
+        auto* about = qobject_cast<CAboutDlg*>(QApplication::activeModalWidget());
+        if (about == nullptr) return;
+        shown = true;
+        about->accept();
+    });
+    watch.start(1);
+    QVERIFY(window.dialog.OnSysCommand(16));
+    QVERIFY(!shown);
+    window.gate.AllowAll();
+    QVERIFY(TakeMessage());
 }
 
 void ProgressDialogTest::IsCentredOnTheMainDialog() {

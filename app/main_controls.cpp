@@ -18,6 +18,7 @@
 
 #include "app/app_identity.h"
 #include "app/control_ids.h"
+#include "app/qt_text.h"
 
 namespace stalwick {
 
@@ -43,7 +44,8 @@ constexpr int kHeaderLines = 16;
 QLineEdit* MakeDirectoryBox(ControlId id, const QString& accessibleName) {
     auto* box = Identify(new QLineEdit, id, accessibleName);
     box->setReadOnly(true);
-    QObject::connect(box, &QLineEdit::textChanged, box, &QLineEdit::setToolTip);
+    QObject::connect(box, &QLineEdit::textChanged, box,
+                     [box](const QString& path) { box->setToolTip(PathToolTip(path)); });
     return box;
 }
 

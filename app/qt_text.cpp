@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QDir>
+#include <QTextDocument>
 
 #include "platform/text_encoding.h"
 
@@ -39,6 +40,10 @@ std::wstring LocalPath(const QUrl& url) {
         QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1());
     if (!IsValidUtf8(bytes.toStdString())) return WidePath(bytes.toStdString());
     return ToWidePath(url.toLocalFile());
+}
+
+QString PathToolTip(const QString& path) {
+    return Qt::mightBeRichText(path) ? Qt::convertFromPlainText(path) : path;
 }
 
 QString HeaderViewText(const std::wstring& headerText) {

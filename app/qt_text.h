@@ -18,6 +18,9 @@ std::wstring ToWidePath(const QString& path);
 // The path of a local file's URL; empty for any other URL.
 std::wstring LocalPath(const QUrl& url);
 
+// A path for a tool tip, where text with "<" or "&" in it may be taken for rich text.
+QString PathToolTip(const QString& path);
+
 // A recording's header with LF as its only line end, for a text view.
 QString HeaderViewText(const std::wstring& headerText);
 

@@ -88,7 +88,7 @@ void StalwickDlg::SelectFiles(const std::vector<std::wstring>& paths) {
         inputPaths_.push_back(path);
         const auto separator = LastSeparator(path);
         auto* item = new QTreeWidgetItem({ToQString(path.substr(separator + 1))});
-        item->setToolTip(0, ToQString(path));
+        item->setToolTip(0, PathToolTip(ToQString(path)));
         controls_.fileList->addTopLevelItem(item);
         directory = ToQString(path.substr(0, separator));
     }

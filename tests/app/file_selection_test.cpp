@@ -1,10 +1,12 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QTextDocumentFragment>
 #include <QTreeWidget>
 
 #include "app/offered_files.h"
 #include "app/qt_text.h"
+#include "platform/paths.h"
 #include "tests/app/window_test.h"
 
 using namespace stalwick;
@@ -27,6 +29,8 @@ class FileSelectionTest : public QObject {
     void DropOnAnyPartOfTheWindowCounts();
     void DropWhileConvertingChangesNothing();
     void DropOfALargeSelectionKeepsItsOrder();
+    void ToolTipsShowPathsAsTheyStand_data();
+    void ToolTipsShowPathsAsTheyStand();
 };
 
 namespace {
@@ -222,6 +226,36 @@ void FileSelectionTest::DropOfALargeSelectionKeepsItsOrder() {
     }
     QVERIFY(Drop(window.dialog, urls));
     QCOMPARE(ListedNames(window), names);
+}
+
+namespace {
+
+// What Qt shows for a tool tip.
+QString Shown(const QString& toolTip) {
+    return Qt::mightBeRichText(toolTip) ? QTextDocumentFragment::fromHtml(toolTip).toPlainText()
+                                        : toolTip;
+}
+
+}  // namespace
+
+void FileSelectionTest::ToolTipsShowPathsAsTheyStand_data() {
+    QTest::addColumn<QString>("name");
+    QTest::newRow("plain") << "trial  2 & 3";
+    QTest::newRow("tags") << "trial<i>  2</i>";
+    QTest::newRow("entities") << "trial&lt;2";
+}
+
+void FileSelectionTest::ToolTipsShowPathsAsTheyStand() {
+    QFETCH(QString, name);
+    TestWindow window;
+    const std::wstring directory = window.PathOf(ToWide(name));
+    const std::wstring path = directory + kPathSeparator + L"a.ord";
+    window.dialog.SelectFiles({path});
+    const auto* list = Find<QTreeWidget>(window.dialog, ControlId::kFileList);
+    QCOMPARE(Shown(list->topLevelItem(0)->toolTip(0)), ToQString(path));
+    for (const ControlId box : {ControlId::kInputDirectory, ControlId::kOutputDirectory}) {
+        QCOMPARE(Shown(Box(window, box)->toolTip()), ToQString(directory));
+    }
 }
 
 STALWICK_WINDOW_TEST_MAIN(FileSelectionTest)

@@ -20,7 +20,7 @@ void StalwickDlg::StartConversion() {
     if (EnsureOutputDirectory(outputDirectory) != 0) {
         ShowMessage(this, QMessageBox::Critical,
                     {.caption = QStringLiteral("Data Directory Error"),
-                     .text = ToQString(OutputDirectoryErrorText(outputDirectory))});
+                     .text = ToQString(OneLine(OutputDirectoryErrorText(outputDirectory)))});
         return;
     }
     converting_ = true;
@@ -68,7 +68,7 @@ void StalwickDlg::CancelConversion() {
 
 StalwickDlg::Outcome StalwickDlg::MakeOutcome(const std::wstring& status) const {
     Outcome outcome;
-    outcome.status = ToQString(status);
+    outcome.status = ToQString(OneLine(status));
     QStringList lines;
     for (const ConversionDetail& detail : processor_.Details()) {
         lines += ToQString(OneLine(detail.text));

@@ -45,8 +45,8 @@ class StalwickDlg : public QDialog {
     // "Create New Files" and "Clear List" need a file and an output directory.
     void UpdateButtons();
 
-    // Converts the files of the list. On an output directory that cannot be made it says so and
-    // starts nothing.
+    // Converts the files of the list. Where the output directory cannot be made or no thread is to
+    // be had, it says so and converts nothing.
     void StartConversion();
 
     // True when the system menu's command is one of this dialog's.
@@ -76,6 +76,8 @@ class StalwickDlg : public QDialog {
     void ShowProgress();
     void CancelConversion();
     Outcome MakeOutcome(const std::wstring& status) const;
+    // The window as it was before the conversion.
+    void EndConversion();
     void OnConversionFinished(const Outcome& outcome);
     void OnCommitData(QSessionManager& manager);
 

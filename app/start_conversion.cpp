@@ -1,5 +1,6 @@
 // The part of the main dialog that starts a conversion and ends it.
 
+#include <system_error>
 #include <thread>
 
 #include <QCheckBox>
@@ -29,7 +30,15 @@ void StalwickDlg::StartConversion() {
     ShowProgress();
     processor_.recordsProcessed = 0;
     processor_.cancelRequested = 0;
-    std::thread(RunConversionJob, std::move(job)).detach();
+    try {
+        std::thread(RunConversionJob, std::move(job)).detach();
+    } catch (const std::system_error& error) {  // no thread is to be had
+        EndConversion();
+        ShowMessage(this, QMessageBox::Critical,
+                    {.caption = ApplicationName(),
+                     .text = QStringLiteral("The conversion could not be started: ") +
+                             QString::fromLocal8Bit(error.code().message())});
+    }
 }
 
 ConversionJob StalwickDlg::MakeJob(const std::wstring& outputDirectory) {
@@ -78,7 +87,7 @@ StalwickDlg::Outcome StalwickDlg::MakeOutcome(const std::wstring& status) const 
     return outcome;
 }
 
-void StalwickDlg::OnConversionFinished(const Outcome& outcome) {
+void StalwickDlg::EndConversion() {
     converting_ = false;
     setEnabled(true);
     if (focusBeforeConversion_) focusBeforeConversion_->setFocus();
@@ -86,6 +95,10 @@ void StalwickDlg::OnConversionFinished(const Outcome& outcome) {
         progressDlg_->SetProcessor(nullptr);
         progressDlg_->hide();
     }
+}
+
+void StalwickDlg::OnConversionFinished(const Outcome& outcome) {
+    EndConversion();
     // An incomplete output changes no status text; its details must not stay behind a button.
     ShowMessage(this, QMessageBox::NoIcon,
                 {.caption = ApplicationName(),

@@ -7,8 +7,8 @@ class QMimeData;
 
 namespace stalwick {
 
-// Files that reach the window without its file dialog. Only recordings count: files that exist and
-// are named .ord, in any case of letters.
+// Files that reach the window without its file dialog. Only recordings count: files named .ord, in
+// any case of letters. A broken link of such a name is one too: its conversion says what is wrong.
 
 // The paths of the recordings among what is dropped; folders and other files are left out.
 std::vector<std::wstring> DroppedRecordings(const QMimeData* data);

@@ -1,32 +1,16 @@
 // The window of a process that gets no further thread.
 
-#include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <memory>
 
-#include <dlfcn.h>
-#include <pthread.h>
 #include <QPushButton>
 
 #include "tests/app/window_test.h"
+#include "tests/support/no_threads.h"
 
 using namespace stalwick;
 using namespace stalwick::test;
-
-namespace {
-
-std::atomic<bool> refusing{false};
-
-}  // namespace
-
-// Stands before the system's, also for the libraries.
-extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
-                              void* (*start)(void*), void* argument) noexcept {
-    if (refusing) return EAGAIN;
-    static const auto next =
-        reinterpret_cast<decltype(&pthread_create)>(::dlsym(RTLD_NEXT, "pthread_create"));
-    return next(thread, attributes, start, argument);
-}
 
 class ThreadRefusalTest : public QObject {
     Q_OBJECT
@@ -39,9 +23,9 @@ void ThreadRefusalTest::ConversionThatGetsNoThreadSaysSoAndCanBeStartedAgain() {
     window.dialog.SelectFiles({window.AddRecording(L"a.ord", 20)});
     auto* start = Find<QPushButton>(window.dialog, ControlId::kCreateNewFiles);
     start->setFocus();
-    refusing = true;
+    auto scarcity = std::make_unique<NoThreads>();
     window.ClickStart();
-    refusing = false;
+    scarcity.reset();
 
     QVERIFY(!window.dialog.IsConverting());
     QVERIFY(window.dialog.isEnabled());

@@ -1,11 +1,6 @@
 // Conversions by a process that gets no further thread: slower, and otherwise the same.
 
-#include <atomic>
-#include <cerrno>
-
-#include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include "cli/conversion_batch.h"
 #include "cli/convert_command.h"
@@ -13,43 +8,11 @@
 #include "platform/text_encoding.h"
 #include "tests/support/engine_run.h"
 #include "tests/support/fixed_identity.h"
+#include "tests/support/no_threads.h"
 #include "tests/trust/recordings.h"
-
-namespace {
-
-std::atomic<bool> refusing{false};
-std::atomic<unsigned> refusedCount{0};
-
-}  // namespace
-
-// Stands before the system's, also for the libraries.
-extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
-                              void* (*start)(void*), void* argument) noexcept {
-    if (refusing) {
-        ++refusedCount;
-        return EAGAIN;
-    }
-    static const auto next =
-        reinterpret_cast<decltype(&pthread_create)>(::dlsym(RTLD_NEXT, "pthread_create"));
-    return next(thread, attributes, start, argument);
-}
 
 namespace stalwick::test {
 namespace {
-
-// While it lives there is no further thread to be had.
-class NoThreads {
-  public:
-    NoThreads() {
-        refusedCount = 0;
-        refusing = true;
-    }
-    ~NoThreads() { refusing = false; }
-    NoThreads(const NoThreads&) = delete;
-    NoThreads& operator=(const NoThreads&) = delete;
-
-    unsigned RefusedCount() const { return refusedCount; }
-};
 
 OutputSettings SettingsThatWantThreads() {
     OutputSettings settings;  // waits for the disk, many files at a time

@@ -9,7 +9,8 @@ enum class Interruption { kNone, kInterrupt, kTerminate };
 
 // From now on the first Ctrl-C or request to terminate stores its kind into `target` and is
 // otherwise ignored, so that the work can be finished in order; a second one ends the process at
-// once. One that the caller had ignored stays so. `target` must live as long as the process.
+// once. On POSIX systems one that the caller had ignored stays so. `target` must live as long as
+// the process.
 void WatchInterruptions(std::atomic<Interruption>& target);
 
 // Prepares the standard streams for UTF-8 text.

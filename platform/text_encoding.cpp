@@ -87,6 +87,13 @@ bool IsPairAt(std::wstring_view text, std::size_t at) {
            low < kSurrogateEnd;
 }
 
+// Also as a byte that is no UTF-8: it would be printed as it came.
+bool IsControl(char32_t value) {
+    constexpr char32_t kLastEscapedControl = 0xDC9F;
+    return value < 0x20 || (value >= 0x7F && value < 0xA0) ||
+           (value >= kByteEscapeFirst && value <= kLastEscapedControl);
+}
+
 }  // namespace
 
 std::wstring WidePath(std::string_view bytes) {
@@ -135,24 +142,17 @@ std::wstring DecodeHeaderBytes(std::string_view bytes) {
     return text;
 }
 
-namespace {
-
-// Also as a byte that is no UTF-8: it would be printed as it came.
-bool IsControl(char32_t value) {
-    constexpr char32_t kLastEscapedControl = 0xDC9F;
-    return value < 0x20 || (value >= 0x7F && value < 0xA0) ||
-           (value >= kByteEscapeFirst && value <= kLastEscapedControl);
-}
-
-}  // namespace
-
 std::wstring OneLine(std::wstring_view text) {
     constexpr wchar_t kHex[] = L"0123456789abcdef";
     std::wstring line;
     line.reserve(text.size());
-    for (const wchar_t c : text) {
-        const auto value = static_cast<char32_t>(c);
-        if (c == L'\n') {
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const wchar_t c = text[at];
+        const char32_t value = UnitAt(text, at);
+        if (IsPairAt(text, at)) {
+            line += c;
+            line += text[++at];
+        } else if (c == L'\n') {
             line += L"\\n";
         } else if (c == L'\r') {
             line += L"\\r";

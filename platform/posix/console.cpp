@@ -11,14 +11,24 @@ namespace {
 
 std::atomic<std::atomic<Interruption>*> interruptionTarget{nullptr};
 
+extern "C" void StoreInterruption(int signal);
+
+// What the caller ignores is not watched, and stays ignored.
+void StopWatching(int signal) {
+    struct sigaction action {};
+    if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == StoreInterruption) {
+        std::signal(signal, SIG_DFL);
+    }
+}
+
 extern "C" void StoreInterruption(int signal) {
     std::atomic<Interruption>* target = interruptionTarget.load(std::memory_order_relaxed);
     if (target == nullptr) return;
     target->store(signal == SIGINT ? Interruption::kInterrupt : Interruption::kTerminate,
                   std::memory_order_relaxed);
     // Whatever comes next, of either kind, ends the process.
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
+    StopWatching(SIGINT);
+    StopWatching(SIGTERM);
 }
 
 void Watch(int signal) {

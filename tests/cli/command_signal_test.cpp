@@ -121,6 +121,8 @@ TEST(CommandSignal, SignalThatTheCallerIgnoresStaysIgnored) {
     }
     EXPECT_FALSE(command.Ended());
     command.Signal(SIGTERM);
+    Pause();
+    command.Signal(SIGINT);
     while (!command.Ended()) {
         recording.Feed();
         Pause();

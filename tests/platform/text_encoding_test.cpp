@@ -48,6 +48,7 @@ TEST(TextEncoding, OneLineHasNoControlCharacters) {
     EXPECT_EQ(OneLine(L"a\nb\rc\td"), L"a\\nb\\rc\\td");
     EXPECT_EQ(OneLine(L"\x1b[2J\x7f"), L"\\x1b[2J\\x7f");
     EXPECT_EQ(OneLine(L"\u0085\u00B5"), L"\\x85\u00B5");
+    EXPECT_EQ(OneLine(L"\U0001F480"), L"\U0001F480");  // in UTF-16 with a unit like such a byte's
     // A byte that is no UTF-8 is kept, and printed as it is; unless it is a control too.
     EXPECT_EQ(NarrowPath(OneLine(WidePath("a\x9b"
                                           "2J\xe9"))),

@@ -26,10 +26,9 @@ std::wstring DirectoryKey(const std::wstring& path) {
 
 ConversionDetail OutOfMemoryDetail(const std::wstring& path) {
     return {ConversionDetail::Kind::kIncomplete,
-            OneLine(path) +
-                L": not converted whole: not enough memory; every output that says that it was "
-                L"not closed may lack its end; convert it again with fewer outputs, fewer --jobs "
-                L"or --block-records 64"};
+            OneLine(path) + L": not converted whole: not enough memory; " +
+                kOutputsMayLackTheirEnd +
+                L"; convert it again with fewer outputs, fewer --jobs or --block-records 64"};
 }
 
 }  // namespace
@@ -115,13 +114,17 @@ void ConversionBatch::ConvertFile(std::size_t index) {
     job.channelOptions = commandLine_.channelOptions;
     job.writeRawData = commandLine_.writeRawData;
     job.onFinished = [&](const std::wstring& status) { outcome.status = status; };
+    // Made beforehand: where memory runs out there is none for them.
+    std::wstring outOfMemory = WidePath(kStatusOutOfMemory);
+    std::vector<ConversionDetail> details = {OutOfMemoryDetail(commandLine_.inputFiles[index])};
     try {
         RunConversionJob(std::move(job));
-        outcome.details = processor.Details();
+        details.clear();
     } catch (const std::bad_alloc&) {
-        outcome.status = WidePath(kStatusOutOfMemory);
-        outcome.details = {OutOfMemoryDetail(commandLine_.inputFiles[index])};
+        outcome.status = std::move(outOfMemory);
     }
+    outcome.details = processor.TakeDetails();
+    if (outcome.details.empty()) outcome.details = std::move(details);
     outcome.converted = outcome.status == kStatusComplete || outcome.status == kStatusCanceled;
 }
 

@@ -15,8 +15,7 @@
 
 namespace stalwick {
 
-// The status of a file for which there was not enough memory; narrow, so that printing it takes
-// none.
+// The status of a file for which there was not enough memory. Narrow: printing it takes none.
 inline constexpr char kStatusOutOfMemory[] = "Processing failed - Not enough memory";
 
 // What became of one file.

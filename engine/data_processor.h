@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "engine/conversion_detail.h"
@@ -35,6 +36,7 @@ class DataProcessor {
     // What happened beside the status, in order, since the last ClearDetails().
     const std::vector<ConversionDetail>& Details() const { return details_; }
     void ClearDetails() { details_.clear(); }
+    std::vector<ConversionDetail> TakeDetails() { return std::exchange(details_, {}); }
 
     // Set to stop at the next block of data; the current file is then finished in order.
     std::atomic<std::uint8_t> cancelRequested{0};

@@ -55,7 +55,7 @@ FileConversion::FileConversion(DataProcessor& processor, const FileConversionReq
                                const OutputSettings& settings)
     : processor_(processor),
       request_(request),
-      settings_(settings),
+      conversionsAtOnce_(settings.conversionsAtOnce),
       readsAhead_(UsesHelperThreads(settings)),
       queue_(MakeQueue(settings)),
       channelFiles_(settings, queue_.get()),
@@ -122,8 +122,7 @@ std::uint64_t FileConversion::CountOutputFiles() const {
 
 std::int32_t FileConversion::OpenOutputs() {
     SelectChannelGroups();
-    const std::uint64_t needed =
-        (CountOutputFiles() + 1) * settings_.conversionsAtOnce + kFilesBesideThem;
+    const std::uint64_t needed = (CountOutputFiles() + 1) * conversionsAtOnce_ + kFilesBesideThem;
     const std::uint64_t limit = RaiseOpenFileLimit(needed);
     if (OpenChannelFiles() == 0 && (!request_.writeEvents || OpenEventFile() == 0) &&
         (!request_.writeRawData || OpenRawDataFile() == 0)) {

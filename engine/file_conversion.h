@@ -66,7 +66,7 @@ class FileConversion {
 
     DataProcessor& processor_;
     FileConversionRequest request_;
-    OutputSettings settings_;
+    std::uint32_t conversionsAtOnce_;
     std::wstring directory_;  // of this file's outputs
     ChannelOptions switches_{};
     bool readsAhead_;

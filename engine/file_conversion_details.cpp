@@ -18,7 +18,7 @@ void FileConversion::AddInputDetail(ConversionDetail::Kind kind, const std::wstr
 }
 
 void FileConversion::TellOfOpenFileLimit(std::uint64_t needed, std::uint64_t limit) {
-    const bool besideOthers = settings_.conversionsAtOnce > 1;
+    const bool besideOthers = conversionsAtOnce_ > 1;
     AddInputDetail(ConversionDetail::Kind::kIncomplete,
                    L"not converted: its " + std::to_wstring(CountOutputFiles()) +
                        L" outputs are open at once" +
@@ -58,8 +58,7 @@ void FileConversion::TellOfUnreadInput() {
                        L"it has grown while it was read, what came behind byte " +
                            std::to_wstring(bytesRead) +
                            L" is missing; convert it again when the recorder has finished it");
-    }
-    if (bytesRead < kHeaderBlockSize) {
+    } else if (bytesRead < kHeaderBlockSize) {
         AddInputDetail(ConversionDetail::Kind::kNote,
                        L"it ends after " + std::to_wstring(bytesRead) +
                            L" bytes, inside its header, and holds no data: the recording was cut "
@@ -97,8 +96,8 @@ std::vector<ConversionDetail> FileConversion::TakeDetails() {
     if (outputFailed_) {
         // The files named above are not the only ones: nothing more was written to any.
         AddInputDetail(ConversionDetail::Kind::kIncomplete,
-                       L"not converted whole: every output that says that it was not closed may "
-                       L"lack its end; convert it again when the cause is removed");
+                       std::wstring(L"not converted whole: ") + kOutputsMayLackTheirEnd +
+                           L"; convert it again when the cause is removed");
     }
     if (channelFiles_.timestampsSaturated || eventFile_.timestampsSaturated ||
         rawDataFile_.timestampsSaturated) {

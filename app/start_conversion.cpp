@@ -37,7 +37,8 @@ void StalwickDlg::StartConversion() {
         ShowMessage(this, QMessageBox::Critical,
                     {.caption = ApplicationName(),
                      .text = QStringLiteral("The conversion could not be started: ") +
-                             QString::fromLocal8Bit(error.code().message())});
+                             QString::fromStdString(error.code().message()) +
+                             QStringLiteral("; close other programs and start it again")});
     }
 }
 

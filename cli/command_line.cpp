@@ -60,6 +60,7 @@ void Declare(CLI::App& app, RawOptions& options) {
     // A path may begin with a slash on Windows too.
     app.allow_windows_style_options(false);
     app.option_defaults()->disable_flag_override();  // --raw=false and --raw=7 are wrong usage
+    app.set_help_flag("-h,--help", "Print this help message and exit");
     app.description(
         "Converts wireless recordings (.ord) into channel files (.vcs), an event file\n"
         "(.vev) and a raw data file (.vrd), in a directory of its own for each.");

@@ -66,7 +66,7 @@ int ExitStatus(const ConversionBatch& batch, Interruption interruption) {
 }
 
 // Runs the batch on a thread of its own while this one draws and listens for signals. Where no
-// thread can be had this one converts, and a first signal is seen when it has ended.
+// thread can be had this one converts: a first signal then has no effect, a second one ends it.
 void RunWatched(ConversionBatch& batch, const std::atomic<Interruption>& interruption,
                 bool showProgress) {
     constexpr std::chrono::milliseconds kPollPeriod(100);

@@ -6,8 +6,9 @@
 namespace stalwick {
 
 // The command stalwick-convert with the arguments behind its name (UTF-8): converts, prints the
-// status to standard output and all else to standard error. Returns the exit status
-// (docs/errors.md). Throws what no conversion could keep to itself, such as std::bad_alloc.
+// status (or the help) to standard output and all else to standard error. Returns the exit status
+// (docs/errors.md). Throws what no conversion could keep to itself, such as std::bad_alloc. It
+// watches the process's signals: call it once.
 int RunConvertCommand(const std::vector<std::string>& arguments);
 
 }  // namespace stalwick

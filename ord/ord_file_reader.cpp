@@ -34,6 +34,7 @@ std::int32_t ORDFileReader::Open(std::wstring path) {
     }
     bytesRead_ = 0;
     unconsumedBytes_ = 0;
+    endedInHeader_ = false;
     if (ReadHeader() != 0) return -1;
     return ReadHeaderFields();
 }

@@ -39,9 +39,9 @@ inline constexpr unsigned kSampleShift = 2;     // a 14-bit converter value fill
 inline constexpr std::size_t kLargestADBlock =  // bytes
     kMostADChannels * (kWidthBits + kFirstValueBits + (kSamplesPerPacket - 1) * kWidestDelta) / 8;
 
-// Bytes of a packet with every block; 256-channel packets have fewer state bytes than counted here.
+// Bytes of a 256-channel packet with every block.
 inline constexpr std::size_t kLongestPacketSize =
-    kPacketHeadSize + kHardwareTimestampSize + kMostADChannels / 8 + kSamplesPerPacket +
+    kPacketHeadSize + kHardwareTimestampSize + kMostADChannels / 8 + kStatesPerWidestPacket +
     (2 * kImuValues + kUltrasonicValues) * sizeof(std::uint16_t) + kLargestADBlock;
 
 // Packets carry a hardware timestamp from this file version number on.

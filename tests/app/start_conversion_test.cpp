@@ -117,6 +117,7 @@ void StartConversionTest::FailingSecondFileKeepsTheFirstAndNeverOpensTheThird() 
 }
 
 void StartConversionTest::FailureIsOneLineWhateverTheFilesName() {
+    if (kPathSeparator != L'/') QSKIP("no such names there");
     TestWindow window;
     window.dialog.SelectFiles({window.PathOf(L"a\nb.ord")});
     window.ClickStart();

@@ -35,8 +35,10 @@ void ThreadRefusalTest::ConversionThatGetsNoThreadSaysSoAndCanBeStartedAgain() {
     QVERIFY(message);
     QCOMPARE(message->caption, "Veltrosyn Stalwick");
     QCOMPARE(message->icon, QMessageBox::Critical);
-    QCOMPARE(message->text, QStringLiteral("The conversion could not be started: %1")
-                                .arg(QString::fromLocal8Bit(std::strerror(EAGAIN))));
+    QCOMPARE(message->text,
+             QStringLiteral("The conversion could not be started: %1; close other programs "
+                            "and start it again")
+                 .arg(QString::fromLocal8Bit(std::strerror(EAGAIN))));
     QCOMPARE(window.dialog.focusWidget(), start);
     QCOMPARE(NamesIn(window.InputDirectory()), std::set<std::string>({"a.ord"}));
 

@@ -34,8 +34,8 @@ TEST(CommandLine, EverySwitchHasItsOutput) {
     EXPECT_TRUE(Parsed({"--raw", "a"}).writeRawData);
 }
 
-TEST(CommandLine, SwitchesTakeNoValue) {
-    for (const char* wrong : {"--raw=false", "--keep-going=7", "--no-csc=0"}) {
+TEST(CommandLine, SwitchesTakeNoOtherValueThanTrue) {
+    for (const char* wrong : {"--raw=false", "--keep-going=7", "--no-csc=0", "--help=7"}) {
         EXPECT_EQ(ParseArguments({wrong, "a"}).exitStatus, kExitUsage) << wrong;
     }
 }

@@ -85,9 +85,7 @@ TEST_F(InputChange, WhatAShortHeaderGrowsByIsNeverTakenForPackets) {
     const EngineRun run = Convert(begin);
     EXPECT_EQ(run.statusText, L"Processing complete");
     EXPECT_EQ(run.recordsProcessed, 0U);
-    ASSERT_EQ(run.details.size(), 2U);
-    EXPECT_EQ(run.details[0].kind, ConversionDetail::Kind::kIncomplete);
-    EXPECT_NE(run.details[0].text.find(L"it has grown while it was read"), std::wstring::npos);
+    EXPECT_TRUE(Tells(run, L"it has grown while it was read"));
     EXPECT_TRUE(SameFiles(run.files, FilesOf(begin)));
 }
 

@@ -98,6 +98,7 @@ TEST(FileSizeLimit, OutputThatReachesItIsToldAndTheCommandGoesOnToItsEnd) {
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_EQ(result.output, "Processing complete\n");  // only the raw data file is as long
     EXPECT_NE(result.error.find("RawData.vrd is incomplete: cannot write"), std::string::npos);
+    EXPECT_NE(result.error.find("choose a disk that takes larger files"), std::string::npos);
 }
 
 TEST(ClosedStreams, MessagesNeverGoIntoAnOutput) {

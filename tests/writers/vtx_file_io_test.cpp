@@ -232,5 +232,14 @@ TEST(VtxFileIO, FailingSyncFailsThatFileOnly) {
     EXPECT_EQ(file.library.Failures().size(), 1U);
 }
 
+TEST(DescribeFailure, AdviceFitsTheReason) {
+    const auto advice = [](SystemErrorKind kind) {
+        return DescribeFailure(L"create", L"x", SystemErrorFor(kind));
+    };
+    EXPECT_NE(advice(SystemErrorKind::kNameTooLong).find(L"a shorter path"), std::wstring::npos);
+    EXPECT_NE(advice(SystemErrorKind::kFileTooLarge).find(L"larger files"), std::wstring::npos);
+    EXPECT_NE(advice(SystemErrorKind::kNoSpace).find(L"free some space"), std::wstring::npos);
+}
+
 }  // namespace
 }  // namespace stalwick::test

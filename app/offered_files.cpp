@@ -34,11 +34,11 @@ std::vector<std::wstring> RecordingsInArguments(const std::vector<std::string>& 
     std::vector<std::wstring> paths;
     for (const std::string& argument : arguments) {
         // The list shows directories, so a path is taken from the current one at once.
-        std::wstring path = AbsolutePath(WidePath(argument));
+        std::wstring path = AbsolutePath(FromUtf8(argument));
         if (IsRecording(path)) {
             paths.push_back(std::move(path));
         } else {
-            const std::string name = NarrowPath(OneLine(WidePath(argument)));
+            const std::string name = ToUtf8(OneLine(FromUtf8(argument)));
             std::fprintf(stderr, "stalwick: %s: left out; no recording (.ord) of that name\n",
                          name.c_str());
         }

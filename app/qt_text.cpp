@@ -38,7 +38,7 @@ std::wstring LocalPath(const QUrl& url) {
     if (!url.isLocalFile()) return {};
     const QByteArray bytes =
         QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1());
-    if (!IsValidUtf8(bytes.toStdString())) return WidePath(bytes.toStdString());
+    if (!IsValidUtf8(bytes.toStdString())) return FromUtf8(bytes.toStdString());
     return ToWidePath(url.toLocalFile());
 }
 

@@ -11,6 +11,7 @@
 #include "app/progress_dlg.h"
 #include "app/qt_text.h"
 #include "app/stalwick_dlg.h"
+#include "engine/output_directory.h"
 #include "platform/text_encoding.h"
 
 namespace stalwick {

@@ -112,9 +112,9 @@ std::wstring DirectoryOf(const std::wstring& path) {
 CommandLine ToCommandLine(const RawOptions& options) {
     CommandLine line;
     std::transform(options.files.begin(), options.files.end(), std::back_inserter(line.inputFiles),
-                   WidePath);
+                   FromUtf8);
     line.outputDirectory = options.outputDirectory.empty() ? DirectoryOf(line.inputFiles.back())
-                                                           : WidePath(options.outputDirectory);
+                                                           : FromUtf8(options.outputDirectory);
     const auto on = [](bool value) { return static_cast<std::uint8_t>(value ? 1 : 0); };
     line.channelOptions = {on(!options.noCsc), on(options.baseImu || options.all),
                            on(options.afeImu || options.all),
@@ -130,7 +130,7 @@ CommandLine ToCommandLine(const RawOptions& options) {
 
 ParsedArguments UsageError(const std::string& what) {
     ParsedArguments parsed;
-    parsed.error = std::string(kProgram) + ": " + NarrowPath(OneLine(WidePath(what))) + "; see " +
+    parsed.error = std::string(kProgram) + ": " + ToUtf8(OneLine(FromUtf8(what))) + "; see " +
                    kProgram + " --help";
     parsed.exitStatus = kExitUsage;
     return parsed;

@@ -115,7 +115,7 @@ void ConversionBatch::ConvertFile(std::size_t index) {
     job.writeRawData = commandLine_.writeRawData;
     job.onFinished = [&](const std::wstring& status) { outcome.status = status; };
     // Made beforehand: where memory runs out there is none for them.
-    std::wstring outOfMemory = WidePath(kStatusOutOfMemory);
+    std::wstring outOfMemory = FromUtf8(kStatusOutOfMemory);
     std::vector<ConversionDetail> details = {OutOfMemoryDetail(commandLine_.inputFiles[index])};
     try {
         RunConversionJob(std::move(job));

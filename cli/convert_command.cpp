@@ -10,6 +10,7 @@
 #include "cli/exit_status.h"
 #include "cli/progress_bar.h"
 #include "engine/conversion_job.h"
+#include "engine/output_directory.h"
 #include "platform/console.h"
 #include "platform/system_error.h"
 #include "platform/text_encoding.h"
@@ -19,7 +20,7 @@ namespace stalwick {
 namespace {
 
 void PrintLine(std::FILE* stream, const std::wstring& text) {
-    const std::string line = NarrowPath(OneLine(text)) + "\n";
+    const std::string line = ToUtf8(OneLine(text)) + "\n";
     std::fwrite(line.data(), 1, line.size(), stream);
 }
 
@@ -104,7 +105,7 @@ int Convert(const CommandLine& commandLine) {
 int RunConvertCommand(const std::vector<std::string>& arguments) {
     const ParsedArguments parsed = ParseArguments(arguments);
     if (parsed.proceed) return Convert(parsed.commandLine);
-    if (!parsed.error.empty()) PrintLine(stderr, WidePath(parsed.error));
+    if (!parsed.error.empty()) PrintLine(stderr, FromUtf8(parsed.error));
     const bool printed = std::fputs(parsed.output.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
     return printed ? parsed.exitStatus : kExitFailed;
 }

@@ -30,10 +30,4 @@ inline constexpr wchar_t kStatusCanceled[] = L"Data processing canceled.";
 // nothing is reported. Standard exceptions pass through.
 void RunConversionJob(ConversionJob job);
 
-// Makes sure that the output directory exists, creating one level. 0, or the system's error.
-SystemErrorCode EnsureOutputDirectory(const std::wstring& directory);
-
-// "Error creating output directory(...) ..." for a directory that cannot be had.
-std::wstring OutputDirectoryErrorText(const std::wstring& directory);
-
 }  // namespace stalwick

@@ -5,8 +5,8 @@
 #include <span>
 #include <system_error>
 
-#include "engine/block_reader.h"
-#include "engine/conversion_job.h"
+#include "engine/output_directory.h"
+#include "engine/span_reader.h"
 #include "engine/ttl_events.h"
 #include "platform/open_file_limit.h"
 #include "platform/paths.h"
@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::uint32_t kImuSamplesPerPacket = 1;
 // Files that a process has open beside recordings and outputs: the streams, a window's own.
-constexpr std::uint64_t kFilesBesideThem = 64;
+constexpr std::uint64_t kReservedDescriptors = 64;
 // Packed samples are about half as long as those of the channel files: with this much a channel,
 // a file's buffer fills more than a huge page.
 constexpr std::uint64_t kLongRecordingBytesPerChannel = 1U << 20U;
@@ -65,7 +65,7 @@ FileConversion::FileConversion(DataProcessor& processor, const FileConversionReq
 std::int32_t FileConversion::Run() {
     if (PrepareOutputDirectory() != 0 || OpenInput() != 0 || OpenOutputs() != 0) return -1;
     recordPeriod_ = kMicrosecondsPerSecond / reader_.SamplingFrequency() * 10.0;
-    if (ConvertBlocks() != 0) return -1;
+    if (ConvertSpans() != 0) return -1;
     return Finish();
 }
 
@@ -122,13 +122,14 @@ std::uint64_t FileConversion::CountOutputFiles() const {
 
 std::int32_t FileConversion::OpenOutputs() {
     SelectChannelGroups();
-    const std::uint64_t needed = (CountOutputFiles() + 1) * conversionsAtOnce_ + kFilesBesideThem;
+    const std::uint64_t needed =
+        (CountOutputFiles() + 1) * conversionsAtOnce_ + kReservedDescriptors;
     const std::uint64_t limit = RaiseOpenFileLimit(needed);
     if (OpenChannelFiles() == 0 && (!request_.writeEvents || OpenEventFile() == 0) &&
         (!request_.writeRawData || OpenRawDataFile() == 0)) {
         return 0;
     }
-    if (limit < needed) TellOfOpenFileLimit(needed, limit);
+    if (limit < needed) ReportOpenFileLimit(needed, limit);
     return -1;
 }
 
@@ -177,23 +178,23 @@ std::int32_t FileConversion::OpenRawDataFile() {
     return rawDataFile_.Open(directory_);
 }
 
-std::int32_t FileConversion::ConvertBlocks() {
-    BlockReader blocks(reader_, readsAhead_);
+std::int32_t FileConversion::ConvertSpans() {
+    SpanReader spans(reader_, readsAhead_);
     for (bool endOfFile = false; !endOfFile;) {
         if (processor_.cancelRequested.load(std::memory_order_relaxed) != 0) return 0;
-        RecordingBlock& block = blocks.Next();
-        endOfFile = block.endOfFile;
-        if (block.status != 0) {
-            TellWhereItStopped(endOfFile);
+        DecodedSpan& span = spans.Next();
+        endOfFile = span.endOfFile;
+        if (span.status != 0) {
+            ReportWhereItStopped(endOfFile);
             const std::wstring reason = reader_.GetErrorMessage();
             return Fail(reason.empty() ? L"Failed to process input file" : reason);
         }
-        for (ORDDataPacket& packet : block.packets) {
+        for (ORDDataPacket& packet : span.packets) {
             if (ConvertPacket(packet) != 0) return FailOutputs();
         }
-        processor_.bytesProcessed.store(block.bytesRead, std::memory_order_relaxed);
+        processor_.bytesProcessed.store(span.bytesRead, std::memory_order_relaxed);
     }
-    TellOfUnreadInput();
+    ReportUnreadInput();
     return 0;
 }
 

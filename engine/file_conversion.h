@@ -54,11 +54,11 @@ class FileConversion {
     std::int32_t OpenRawDataFile();
     bool IsOn(ChannelGroup group) const { return switches_[static_cast<std::size_t>(group)] != 0; }
 
-    std::int32_t ConvertBlocks();
-    void TellOfOpenFileLimit(std::uint64_t needed, std::uint64_t limit);
-    void TellWhereItStopped(bool inLastBlock);
-    void TellOfUnreadInput();
-    void TellOfTrailingBytes();
+    std::int32_t ConvertSpans();
+    void ReportOpenFileLimit(std::uint64_t needed, std::uint64_t limit);
+    void ReportWhereItStopped(bool inLastBlock);
+    void ReportUnreadInput();
+    void ReportTrailingBytes();
     std::int32_t ConvertPacket(ORDDataPacket& packet);
     void WriteSensorValues(const ORDDataPacket& packet);
     std::int32_t Finish();

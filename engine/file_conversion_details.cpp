@@ -17,7 +17,7 @@ void FileConversion::AddInputDetail(ConversionDetail::Kind kind, const std::wstr
     AddDetail(kind, OneLine(request_.inputPath) + L": " + text);
 }
 
-void FileConversion::TellOfOpenFileLimit(std::uint64_t needed, std::uint64_t limit) {
+void FileConversion::ReportOpenFileLimit(std::uint64_t needed, std::uint64_t limit) {
     const bool besideOthers = conversionsAtOnce_ > 1;
     AddInputDetail(ConversionDetail::Kind::kIncomplete,
                    L"not converted: its " + std::to_wstring(CountOutputFiles()) +
@@ -28,7 +28,7 @@ void FileConversion::TellOfOpenFileLimit(std::uint64_t needed, std::uint64_t lim
                        L") or choose fewer outputs" + (besideOthers ? L" or --jobs" : L""));
 }
 
-void FileConversion::TellWhereItStopped(bool inLastBlock) {
+void FileConversion::ReportWhereItStopped(bool inLastBlock) {
     const std::wstring reason = reader_.SystemError() != 0 ? SystemErrorText(reader_.SystemError())
                                                            : reader_.GetErrorMessage();
     std::wstring advice =
@@ -46,7 +46,7 @@ void FileConversion::TellWhereItStopped(bool inLastBlock) {
                        L": " + reason + advice);
 }
 
-void FileConversion::TellOfUnreadInput() {
+void FileConversion::ReportUnreadInput() {
     const std::uint64_t bytesRead = reader_.BytesRead();
     if (bytesRead < inputSize_) {
         AddInputDetail(ConversionDetail::Kind::kIncomplete,
@@ -64,11 +64,11 @@ void FileConversion::TellOfUnreadInput() {
                            L" bytes, inside its header, and holds no data: the recording was cut "
                            L"short; look for a whole copy");
     }
-    TellOfTrailingBytes();
+    ReportTrailingBytes();
 }
 
 // No output is less than it should be: nobody can tell what these bytes were. The status stays.
-void FileConversion::TellOfTrailingBytes() {
+void FileConversion::ReportTrailingBytes() {
     if (reader_.UnconsumedBytes() == 0) return;
     const wchar_t* const cause =
         reader_.EndsInACutPacket()

@@ -35,11 +35,11 @@ test::ReferenceConvertResult ConvertByReference(const RecordingInput& input) {
     test::ReferenceConvertInput reference;
     reference.recording = input.recording;
     reference.options = OutputsOf(input.options);
-    reference.outputDirectory = NarrowPath(Directory().Path(L"out"));
+    reference.outputDirectory = ToUtf8(Directory().Path(L"out"));
     reference.fileName = "rec.ord";
     reference.clockText = test::kFixedTimeText;
     reference.uuidText = test::kFixedUuidText;
-    reference.separator = NarrowPath(std::wstring(1, kPathSeparator));
+    reference.separator = ToUtf8(std::wstring(1, kPathSeparator));
     return test::ReferenceConvert(reference);
 }
 
@@ -48,7 +48,7 @@ void CompareFiles(const test::MemoryFileCalls& disk, const test::ReferenceConver
     std::size_t compared = 0;
     for (const auto& [path, bytes] : disk.files) {
         if (path == kInputPath) continue;
-        const auto file = expected.files.find(NarrowPath(path.substr(directory.size() + 1)));
+        const auto file = expected.files.find(ToUtf8(path.substr(directory.size() + 1)));
         Require(file != expected.files.end(), "a file too many");
         Require(file->second == bytes, "a file with other bytes");
         ++compared;
@@ -84,7 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!fuzz::SuitsTheReference(input.recording)) return 0;
 
     const test::ReferenceConvertResult expected = fuzz::ConvertByReference(input);
-    fuzz::Require(NarrowPath(status) == expected.statusText, "another status text");
+    fuzz::Require(ToUtf8(status) == expected.statusText, "another status text");
     fuzz::Require(processor.recordsProcessed.load() == expected.packetCount,
                   "another number of packets");
     fuzz::CompareFiles(disk, expected);

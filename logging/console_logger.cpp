@@ -27,7 +27,7 @@ void WriteWide(const std::wstring& text) {
         std::wcout << text;
         return;
     }
-    const std::string bytes = stalwick::NarrowPath(text);
+    const std::string bytes = stalwick::ToUtf8(text);
     const bool written = std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size();
     if (!written) std::fwrite(bytes.data(), 1, bytes.size(), stderr);
 }

@@ -19,7 +19,7 @@ class OptionalVector {
         return values_;
     }
     // Makes it present with whatever it held before; the caller overwrites it all.
-    std::vector<T>& engage() {
+    std::vector<T>& engage_keeping_contents() {
         engaged_ = true;
         return values_;
     }

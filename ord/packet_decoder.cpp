@@ -74,7 +74,7 @@ bool ReadValues(ByteReader& bytes, std::optional<Values>& target) {
 bool ReadADSamples(ByteReader& bytes, std::uint32_t numChannels, std::uint32_t samplesPerChannel,
                    ORDDataPacket& packet) {
     if (!packet.channelMask) packet.channelMask.emplace();
-    std::vector<std::uint16_t>& samples = packet.adSamples.engage();
+    std::vector<std::uint16_t>& samples = packet.adSamples.engage_keeping_contents();
     const std::uint8_t* end = DecodeADBlock(bytes.at(), bytes.remaining(), numChannels,
                                             samplesPerChannel, *packet.channelMask, samples);
     if (samples.empty()) return false;

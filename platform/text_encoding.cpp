@@ -96,7 +96,7 @@ bool IsControl(char32_t value) {
 
 }  // namespace
 
-std::wstring WidePath(std::string_view bytes) {
+std::wstring FromUtf8(std::string_view bytes) {
     std::wstring text;
     text.reserve(bytes.size());
     for (std::size_t at = 0; at < bytes.size();) {
@@ -107,7 +107,7 @@ std::wstring WidePath(std::string_view bytes) {
     return text;
 }
 
-std::string NarrowPath(std::wstring_view text) {
+std::string ToUtf8(std::wstring_view text) {
     std::string bytes;
     bytes.reserve(text.size());
     for (std::size_t at = 0; at < text.size(); ++at) {
@@ -135,7 +135,7 @@ bool IsValidUtf8(std::string_view bytes) {
 }
 
 std::wstring DecodeHeaderBytes(std::string_view bytes) {
-    if (IsValidUtf8(bytes)) return WidePath(bytes);
+    if (IsValidUtf8(bytes)) return FromUtf8(bytes);
     std::wstring text;
     text.reserve(bytes.size());
     for (const char byte : bytes) text += static_cast<wchar_t>(static_cast<std::uint8_t>(byte));

@@ -8,11 +8,11 @@ namespace stalwick {
 // Narrow text is UTF-8 whatever the locale, so that a recording gives the same bytes everywhere.
 
 // A path or a message from its narrow bytes. Bytes that are not UTF-8 become the code units
-// U+DC80 to U+DCFF, so that NarrowPath() gives back exactly the bytes that came in.
-std::wstring WidePath(std::string_view bytes);
+// U+DC80 to U+DCFF, so that ToUtf8() gives back exactly the bytes that came in.
+std::wstring FromUtf8(std::string_view bytes);
 
-// UTF-8 of wide text (UTF-16 where wchar_t has 16 bits); the inverse of WidePath().
-std::string NarrowPath(std::wstring_view text);
+// UTF-8 of wide text (UTF-16 where wchar_t has 16 bits); the inverse of FromUtf8().
+std::string ToUtf8(std::wstring_view text);
 
 // The text of a recording's header: UTF-8 where all of it is valid UTF-8, else one character a
 // byte (Latin-1), so that a stray byte never makes a recording unreadable.

@@ -3,7 +3,7 @@
 #include <array>
 
 #include "platform/program_version.h"
-#include "writers/output_naming.h"
+#include "writers/file_identity.h"
 
 namespace stalwick {
 

@@ -1,16 +1,14 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <span>
 #include <string>
 
+#include "writers/file_identity.h"
 #include "writers/record_buffer.h"
 #include "writers/vtx_data_types.h"
 
 namespace stalwick {
-
-using Uuid = std::array<std::uint8_t, 16>;
 
 // One output file of a writer container: what its header says and what is buffered for it.
 // Movable, not copyable: the buffers of a wide recording are larger than a gigabyte.

@@ -1,13 +1,9 @@
 #include "writers/output_naming.h"
 
-#include <algorithm>
-#include <random>
-
 #include "platform/file_system.h"
-#include "platform/local_time.h"
 #include "platform/paths.h"
-#include "platform/random_seed.h"
 #include "platform/text_encoding.h"
+#include "writers/file_identity.h"
 
 namespace stalwick {
 
@@ -17,29 +13,8 @@ bool IsTaken(const std::wstring& path) {
     return QueryPath(path) == PathKind::kFile;
 }
 
-// A text stream would swallow a failing allocation and give half a text.
-std::wstring PadWithZeros(std::int32_t number, std::size_t width) {
-    const std::wstring digits = std::to_wstring(number);
-    return std::wstring(width - std::min(width, digits.size()), L'0') + digits;
-}
-
 std::wstring NumberSuffix(std::int32_t number) {
     return L'_' + PadWithZeros(number, 2);
-}
-
-// A random UUID (version 4, variant 1) from one seed.
-Uuid MakeUuid() {
-    std::mt19937_64 generator(RandomSeed());
-    Uuid uuid{};
-    for (std::size_t half = 0; half < 2; ++half) {
-        const std::uint64_t bits = generator();
-        for (std::size_t i = 0; i < 8; ++i) {
-            uuid[half * 8 + i] = static_cast<std::uint8_t>(bits >> (8 * i));
-        }
-    }
-    uuid[6] = (uuid[6] & 0x0FU) | 0x40U;
-    uuid[8] = (uuid[8] & 0x3FU) | 0x80U;
-    return uuid;
 }
 
 }  // namespace
@@ -48,12 +23,12 @@ std::wstring BuildOutputFilePath(const std::wstring& directory, const std::wstri
                                  const std::wstring& namePart2, const std::wstring& extension) {
     std::wstring path = directory + kPathSeparator + namePart1 + namePart2 + extension;
     if (!IsTaken(path)) return path;
-    return WidePath(MakeUniqueFileName(NarrowPath(path)));
+    return FromUtf8(MakeUniqueFileName(ToUtf8(path)));
 }
 
 std::string MakeUniqueFileName(const std::string& path, const SuffixMaker& suffixMaker) {
     if (path.empty()) return {};
-    const std::wstring whole = WidePath(path);
+    const std::wstring whole = FromUtf8(path);
     const auto point = whole.rfind(L'.');
     const std::wstring stem = whole.substr(0, point);
     const std::wstring extension = point == std::wstring::npos ? L"" : whole.substr(point);
@@ -62,7 +37,7 @@ std::string MakeUniqueFileName(const std::string& path, const SuffixMaker& suffi
     for (std::int32_t number = 1; IsTaken(candidate); ++number) {
         candidate = stem + (suffixMaker ? suffixMaker(number) : NumberSuffix(number)) + extension;
     }
-    return NarrowPath(candidate);
+    return ToUtf8(candidate);
 }
 
 std::int32_t CreationResult(SystemErrorCode code, const std::wstring& path) {
@@ -92,13 +67,6 @@ void InitOutputFileRecord(const FileWriterContainer& container, OutputFileRecord
     record.channelIndex = opened.channelIndex;
     record.timestampOffset = container.timestampOffset;
     record.phaseModulus = container.phaseModulus;
-}
-
-std::wstring FormatLocalTime() {
-    const LocalTime now = CurrentLocalTime();
-    return PadWithZeros(now.year, 4) + L'/' + PadWithZeros(now.month, 2) + L'/' +
-           PadWithZeros(now.day, 2) + L' ' + PadWithZeros(now.hour, 2) + L':' +
-           PadWithZeros(now.minute, 2) + L':' + PadWithZeros(now.second, 2);
 }
 
 }  // namespace stalwick

@@ -47,7 +47,4 @@ struct OpenedFile {
 void InitOutputFileRecord(const FileWriterContainer& container, OutputFileRecord& record,
                           const OpenedFile& opened);
 
-// The local time as "YYYY/MM/DD HH:MM:SS".
-std::wstring FormatLocalTime();
-
 }  // namespace stalwick

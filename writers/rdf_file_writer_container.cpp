@@ -65,7 +65,7 @@ std::int32_t RDFFileWriterContainer::WriteHeader(bool closing) {
                        FormatDouble(kADBitVolts, std::chars_format::scientific, 6)) +
             HeaderLine(L"-NumADChannels", std::to_wstring(adChannelCount));
         // The terminating zero counts: the block always ends in one.
-        if (!file_->SetHeader(NarrowPath(text), kOutputHeaderSize - 1)) return -1;
+        if (!file_->SetHeader(ToUtf8(text), kOutputHeaderSize - 1)) return -1;
     }
     return 0;
 }

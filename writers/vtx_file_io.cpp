@@ -48,7 +48,7 @@ VtxRetVal VtxFileIO::OpenVtxOutputFile(const wchar_t* fileName,
 
 VtxRetVal VtxFileIO::SetHeader(int handle, const wchar_t* headerText) {
     stalwick::DataFile* file = Find(handle);
-    return ToResult(file != nullptr && file->SetHeader(stalwick::NarrowPath(headerText)));
+    return ToResult(file != nullptr && file->SetHeader(stalwick::ToUtf8(headerText)));
 }
 
 VtxRetVal VtxFileIO::Append(int handle, const void* records, int length) {

@@ -9,10 +9,8 @@
 
 namespace Veltrosyn {
 
-// The data file library: writes the channel files (.vcs) and the event file (.vev). The first
-// five operations are the maker's interface; on a machine that has the maker's own library that
-// one can take this one's place. A file is a block of header text and the records as handed over
-// (docs/output-files.md).
+// The data file library: writes the channel files (.vcs) and the event file (.vev). A file is a
+// block of header text and the records as handed over (docs/output-files.md).
 //
 // An object may hold many open files, each named by its handle. Used by one thread. Every result
 // but 0 is a failure; Failures() has the reasons.

@@ -19,7 +19,7 @@ int Descriptor(FileHandle handle) {
 class PosixFileCalls final : public FileCalls {
   public:
     SystemErrorCode OpenForReading(const std::wstring& path, FileHandle& handle) override {
-        const int descriptor = ::open(NarrowPath(path).c_str(), O_RDONLY | O_CLOEXEC);
+        const int descriptor = ::open(ToUtf8(path).c_str(), O_RDONLY | O_CLOEXEC);
         if (descriptor < 0) return errno;
         struct stat status {};
         if (::fstat(descriptor, &status) == 0 && S_ISDIR(status.st_mode)) {
@@ -47,8 +47,8 @@ class PosixFileCalls final : public FileCalls {
 
     SystemErrorCode CreateExclusive(const std::wstring& path, FileHandle& handle) override {
         constexpr mode_t kReadWriteForAll = 0666;  // less the process's umask
-        const int descriptor = ::open(NarrowPath(path).c_str(),
-                                      O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kReadWriteForAll);
+        const int descriptor =
+            ::open(ToUtf8(path).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kReadWriteForAll);
         if (descriptor < 0) return errno;
         handle = descriptor;
         return 0;

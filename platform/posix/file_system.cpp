@@ -11,7 +11,7 @@
 namespace stalwick {
 
 PathKind QueryPath(const std::wstring& path) {
-    const std::string narrow = NarrowPath(path);
+    const std::string narrow = ToUtf8(path);
     struct stat status {};
     if (::stat(narrow.c_str(), &status) != 0 && ::lstat(narrow.c_str(), &status) != 0) {
         return PathKind::kMissing;
@@ -21,19 +21,19 @@ PathKind QueryPath(const std::wstring& path) {
 
 std::uint64_t QueryFileSize(const std::wstring& path) {
     struct stat status {};
-    if (::stat(NarrowPath(path).c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
+    if (::stat(ToUtf8(path).c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
     return static_cast<std::uint64_t>(status.st_size);
 }
 
 std::wstring AbsolutePath(const std::wstring& path) {
     std::error_code failed;
-    const auto absolute = std::filesystem::absolute(NarrowPath(path), failed);
-    return failed ? path : WidePath(absolute.native());
+    const auto absolute = std::filesystem::absolute(ToUtf8(path), failed);
+    return failed ? path : FromUtf8(absolute.native());
 }
 
 SystemErrorCode CreateDirectoryLevel(const std::wstring& path) {
     constexpr mode_t kAllForAll = 0777;  // less the process's umask
-    return ::mkdir(NarrowPath(path).c_str(), kAllForAll) == 0 ? 0 : errno;
+    return ::mkdir(ToUtf8(path).c_str(), kAllForAll) == 0 ? 0 : errno;
 }
 
 }  // namespace stalwick

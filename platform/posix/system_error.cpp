@@ -64,7 +64,7 @@ SystemErrorCode SystemErrorFor(SystemErrorKind kind) {
 }
 
 std::wstring SystemErrorText(SystemErrorCode code) {
-    return WidePath(std::generic_category().message(code));
+    return FromUtf8(std::generic_category().message(code));
 }
 
 }  // namespace stalwick

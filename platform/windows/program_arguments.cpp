@@ -25,7 +25,7 @@ std::vector<std::string> ProgramArguments(int, char**) {
         ::CommandLineToArgvW(::GetCommandLineW(), &count));
     std::vector<std::string> arguments;
     for (int i = 1; wide != nullptr && i < count; ++i) {
-        arguments.push_back(NarrowPath(wide.get()[i]));
+        arguments.push_back(ToUtf8(wide.get()[i]));
     }
     return arguments;
 }

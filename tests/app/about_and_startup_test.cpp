@@ -47,7 +47,7 @@ struct FirstView {
 
 FirstView StartWith(const std::vector<std::wstring>& arguments) {
     std::vector<std::string> narrow;
-    for (const std::wstring& argument : arguments) narrow.push_back(NarrowPath(argument));
+    for (const std::wstring& argument : arguments) narrow.push_back(ToUtf8(argument));
     FirstView view;
     WhenShown<StalwickDlg>([&](StalwickDlg& dialog) {
         const auto* list = Find<QTreeWidget>(dialog, ControlId::kFileList);
@@ -190,13 +190,13 @@ void AboutAndStartupTest::StartUpTakesArgumentsFromTheCurrentDirectory() {
     QFETCH(QByteArray, directory);
     QFETCH(QByteArray, name);
     TempDirectory top;
-    const std::wstring current = top.Path(WidePath(directory.toStdString()));
-    const std::wstring path = current + kPathSeparator + WidePath(name.toStdString());
+    const std::wstring current = top.Path(FromUtf8(directory.toStdString()));
+    const std::wstring path = current + kPathSeparator + FromUtf8(name.toStdString());
     MakeDirectory(current);
     WriteFile(path, "recording");
     const auto before = std::filesystem::current_path();
-    std::filesystem::current_path(NarrowPath(current));
-    const FirstView view = StartWith({WidePath(name.toStdString())});
+    std::filesystem::current_path(ToUtf8(current));
+    const FirstView view = StartWith({FromUtf8(name.toStdString())});
     std::filesystem::current_path(before);
     QCOMPARE(view.paths, QStringList(ToQString(path)));
     QCOMPARE(view.outputDirectory, ToQString(current));
@@ -221,14 +221,14 @@ void AboutAndStartupTest::StartUpConvertsARecordingWithANameOfAnyCharacters_data
 void AboutAndStartupTest::StartUpConvertsARecordingWithANameOfAnyCharacters() {
     QFETCH(QByteArray, name);
     TestWindow window;
-    const std::wstring path = window.AddRecording(WidePath(name.toStdString()) + L".ord", 1);
+    const std::wstring path = window.AddRecording(FromUtf8(name.toStdString()) + L".ord", 1);
     bool ended = false;
     WhenShown<StalwickDlg>([&](StalwickDlg& dialog) {
         Click(dialog, ControlId::kCreateNewFiles);
         ended = TakeMessage().has_value();
         dialog.close();
     });
-    static_cast<StalwickApp*>(qApp)->InitInstance({NarrowPath(path)});
+    static_cast<StalwickApp*>(qApp)->InitInstance({ToUtf8(path)});
     QVERIFY(ended);
     const auto outputs = FilesIn(path.substr(0, path.size() - 4));
     QCOMPARE(outputs.size(), std::size_t{33});

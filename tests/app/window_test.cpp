@@ -155,11 +155,11 @@ ReferenceConvertResult TestWindow::Reference(const std::wstring& name,
     ReferenceConvertInput input;
     input.recording = recordings_.at(name);
     input.options = options;
-    input.outputDirectory = NarrowPath(outputDirectory);
-    input.fileName = NarrowPath(name);
+    input.outputDirectory = ToUtf8(outputDirectory);
+    input.fileName = ToUtf8(name);
     input.clockText = kFixedTimeText;
     input.uuidText = kFixedUuidText;
-    input.separator = NarrowPath(std::wstring(1, kPathSeparator));
+    input.separator = ToUtf8(std::wstring(1, kPathSeparator));
     input.spansUntilCancel = blocksUntilCancel;
     return ReferenceConvert(input);
 }

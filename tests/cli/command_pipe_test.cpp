@@ -40,15 +40,14 @@ void WriteOnce(const std::string& path, const std::string& bytes) {
 TEST(CommandPipe, RecordingThatAWriterWritesOnceIsConvertedWhole) {
     const TempDirectory directory;
     const std::string recording = LongRecording();
-    const std::string path = NarrowPath(directory.Path(L"rec.ord"));
+    const std::string path = ToUtf8(directory.Path(L"rec.ord"));
     ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
     std::signal(SIGPIPE, SIG_IGN);
     std::thread writer([&] { WriteOnce(path, recording); });
     CommandSetup setup;
     // A command that waits for a second writer would wait for ever.
     setup.prepare = [] { ::alarm(120); };
-    const CommandResult result =
-        RunCommand({"-o", NarrowPath(directory.Path(L"out")), path}, setup);
+    const CommandResult result = RunCommand({"-o", ToUtf8(directory.Path(L"out")), path}, setup);
     // Where the command never opened the pipe, the writer still waits for a reader.
     const int reader = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     writer.join();
@@ -71,7 +70,7 @@ TEST(CommandPipe, RecordingThatAWriterWritesOnceIsConvertedWhole) {
 TEST(CommandPipe, SizesOfTheInputsAreLearntWithoutOpeningThem) {
     const TempDirectory directory;
     WriteFile(directory.Path(L"a.ord"), std::string(1234, 'x'));
-    ASSERT_EQ(::mkfifo(NarrowPath(directory.Path(L"b.ord")).c_str(), 0600), 0);
+    ASSERT_EQ(::mkfifo(ToUtf8(directory.Path(L"b.ord")).c_str(), 0600), 0);
     CommandLine line;
     line.inputFiles = {directory.Path(L"a.ord"), directory.Path(L"b.ord")};
     // Opening the pipe would wait for a writer, and none ever comes.

@@ -38,7 +38,7 @@ CommandProcess::CommandProcess(const std::vector<std::string>& arguments,
             throw std::runtime_error("cannot open a pseudo-terminal");
         }
     } else {
-        error = OpenForWriting(NarrowPath(directory_.Path(L"err")));
+        error = OpenForWriting(ToUtf8(directory_.Path(L"err")));
     }
     keepsOutput_ = setup.outputPath.empty();
     pid_ = ::fork();
@@ -50,15 +50,14 @@ CommandProcess::CommandProcess(const std::vector<std::string>& arguments,
 void CommandProcess::RunChild(const std::vector<std::string>& arguments, const CommandSetup& setup,
                               int error) {
     const int output =
-        OpenForWriting(keepsOutput_ ? NarrowPath(directory_.Path(L"out")) : setup.outputPath);
+        OpenForWriting(keepsOutput_ ? ToUtf8(directory_.Path(L"out")) : setup.outputPath);
     ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
     ::dup2(output, STDOUT_FILENO);
     ::dup2(error, STDERR_FILENO);
     std::vector<char*> words = {const_cast<char*>(STALWICK_CONVERT_COMMAND)};
     for (const std::string& argument : arguments) words.push_back(const_cast<char*>(&argument[0]));
     words.push_back(nullptr);
-    if (!setup.workingDirectory.empty() &&
-        ::chdir(NarrowPath(setup.workingDirectory).c_str()) != 0) {
+    if (!setup.workingDirectory.empty() && ::chdir(ToUtf8(setup.workingDirectory).c_str()) != 0) {
         ::_exit(126);
     }
     if (setup.largestFileBytes) LimitFileSize(*setup.largestFileBytes);

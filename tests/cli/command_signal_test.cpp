@@ -18,7 +18,7 @@ namespace {
 // A named pipe that holds a recording.
 class EndlessRecording {
   public:
-    explicit EndlessRecording(const std::wstring& path) : path_(NarrowPath(path)) {
+    explicit EndlessRecording(const std::wstring& path) : path_(ToUtf8(path)) {
         ::mkfifo(path_.c_str(), 0600);
         // Both ends: neither this process nor the command waits for the other one to open it.
         pipe_ = ::open(path_.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
@@ -58,7 +58,7 @@ void Pause() {
 struct RunningCommand {
     RunningCommand()
         : recording(directory.Path(L"rec.ord")),
-          command({"--raw", "-o", NarrowPath(directory.Path(L"out")), recording.Path()}) {
+          command({"--raw", "-o", ToUtf8(directory.Path(L"out")), recording.Path()}) {
         // The files are there only after the command listens for signals.
         while (!Exists(directory.Path(L"out/rec/RawData.vrd")) && !command.Ended()) {
             recording.Feed();
@@ -111,7 +111,7 @@ TEST(CommandSignal, SignalThatTheCallerIgnoresStaysIgnored) {
     EndlessRecording recording(directory.Path(L"rec.ord"));
     CommandSetup setup;
     setup.prepare = [] { std::signal(SIGINT, SIG_IGN); };
-    CommandProcess command({"-o", NarrowPath(directory.Path(L"out")), recording.Path()}, setup);
+    CommandProcess command({"-o", ToUtf8(directory.Path(L"out")), recording.Path()}, setup);
     while (!Exists(directory.Path(L"out/rec/Events.vev")) && !command.Ended()) Pause();
     command.Signal(SIGINT);
     command.Signal(SIGINT);
@@ -147,8 +147,8 @@ TEST(CommandSignal, FilesBehindTheCanceledOneGetHeadersAndNoData) {
     EndlessRecording recording(directory.Path(L"first.ord"));
     WriteFile(directory.Path(L"second.ord"),
               BuildOrdFile(Version1Header(1), std::vector<PacketPlan>(500)));
-    CommandProcess command({"-o", NarrowPath(directory.Path(L"out")), recording.Path(),
-                            NarrowPath(directory.Path(L"second.ord"))});
+    CommandProcess command({"-o", ToUtf8(directory.Path(L"out")), recording.Path(),
+                            ToUtf8(directory.Path(L"second.ord"))});
     bool signaled = false;
     while (!command.Ended()) {
         recording.Feed();

@@ -20,8 +20,8 @@ Shown RunOnTerminal(const std::string& recording, std::vector<std::string> optio
                     int columns = 80) {
     const TempDirectory directory;
     WriteFile(directory.Path(L"rec.ord"), recording);
-    options.insert(options.end(), {"-o", NarrowPath(directory.Path(L"out")),
-                                   NarrowPath(directory.Path(L"rec.ord"))});
+    options.insert(options.end(),
+                   {"-o", ToUtf8(directory.Path(L"out")), ToUtf8(directory.Path(L"rec.ord"))});
     CommandSetup setup;
     setup.terminal = true;
     setup.terminalColumns = columns;

@@ -23,7 +23,7 @@ std::string Recording(std::uint64_t seed = 71, unsigned channelCount = 32) {
 
 // A directory with recordings in it; outputs go to out/.
 struct Workplace {
-    std::string Path(const std::wstring& name) const { return NarrowPath(directory.Path(name)); }
+    std::string Path(const std::wstring& name) const { return ToUtf8(directory.Path(name)); }
     std::string Put(const std::wstring& name, const std::string& recording) const {
         WriteFile(directory.Path(name), recording);
         return Path(name);
@@ -291,9 +291,9 @@ TEST(Command, NamesOfAnyBytesConvert) {
     for (const std::string name : {"r\xC3\xA9"
                                    "c \xE6\x97\xA5",
                                    "latin \xE9", "new\nline"}) {
-        const std::string path = NarrowPath(place.directory.Path()) + "/" + name + ".ord";
+        const std::string path = ToUtf8(place.directory.Path()) + "/" + name + ".ord";
         const CommandResult result =
-            RunCommand({"-o", place.out, place.Put(WidePath(name + ".ord"), Recording())});
+            RunCommand({"-o", place.out, place.Put(FromUtf8(name + ".ord"), Recording())});
         EXPECT_EQ(result.exitStatus, 0) << name << result.error;
         struct stat status {};
         EXPECT_EQ(::stat((place.out + "/" + name + "/CSC32.vcs").c_str(), &status), 0) << name;

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/output_directory.h"
 #include "platform/paths.h"
 #include "tests/support/engine_run.h"
 #include "tests/support/faulty_file_calls.h"

@@ -36,7 +36,7 @@ bool Tells(const EngineRun& run, const std::wstring& text) {
 
 std::string DetailsOf(const EngineRun& run) {
     std::string text;
-    for (const ConversionDetail& detail : run.details) text += NarrowPath(detail.text) + "\n";
+    for (const ConversionDetail& detail : run.details) text += ToUtf8(detail.text) + "\n";
     return text;
 }
 

@@ -32,7 +32,7 @@ TEST(HeaderMatcherReference, LinesAndTokensAreThoseOfThePatterns) {
         const std::wstring text = RandomText(random, pieces, 14);
         for (const wchar_t* key : {L"-a", L"-ab", L"-"}) {
             ASSERT_EQ(GetHeaderFieldValues(text, key), ReferenceHeaderFieldValues(text, key))
-                << testing::PrintToString(NarrowPath(text)) << " key " << NarrowPath(key);
+                << testing::PrintToString(ToUtf8(text)) << " key " << ToUtf8(key);
         }
     }
 }
@@ -43,7 +43,7 @@ TEST(HeaderMatcherReference, QuotesAreThoseOfThePatterns) {
     for (int i = 0; i < 6000; ++i) {
         const std::wstring text = L"\n-k" + RandomText(random, pieces, 12);
         ASSERT_EQ(GetHeaderFieldValues(text, L"-k"), ReferenceHeaderFieldValues(text, L"-k"))
-            << testing::PrintToString(NarrowPath(text));
+            << testing::PrintToString(ToUtf8(text));
     }
 }
 
@@ -54,7 +54,7 @@ TEST(HeaderMatcherReference, VersionNumbersAreThoseOfThePattern) {
     for (int i = 0; i < 6000; ++i) {
         const std::wstring text = RandomText(random, pieces, 9);
         ASSERT_EQ(VersionStringToNumber(text), ReferenceVersionNumber(text))
-            << testing::PrintToString(NarrowPath(text));
+            << testing::PrintToString(ToUtf8(text));
     }
 }
 
@@ -63,7 +63,7 @@ TEST(HeaderMatcherReference, LongVersionNumbersAreThoseOfThePattern) {
     std::mt19937_64 random(4);
     for (int i = 0; i < 2000; ++i) {
         const std::wstring text = RandomText(random, pieces, 13);
-        ASSERT_EQ(VersionStringToNumber(text), ReferenceVersionNumber(text)) << NarrowPath(text);
+        ASSERT_EQ(VersionStringToNumber(text), ReferenceVersionNumber(text)) << ToUtf8(text);
     }
 }
 
@@ -74,7 +74,7 @@ TEST(HeaderMatcherReference, EveryShortVersionTextIsThatOfThePattern) {
         for (int rest = code; rest > 0; rest /= 5) {
             text += alphabet[static_cast<std::size_t>(rest % 5)];
         }
-        ASSERT_EQ(VersionStringToNumber(text), ReferenceVersionNumber(text)) << NarrowPath(text);
+        ASSERT_EQ(VersionStringToNumber(text), ReferenceVersionNumber(text)) << ToUtf8(text);
     }
 }
 

@@ -174,9 +174,7 @@ TEST(FileSystem, SizeOfAPathIsThatOfItsFileAndElseZero) {
 // Makes a directory the current one while it lives.
 class InDirectory {
   public:
-    explicit InDirectory(const std::wstring& path) {
-        std::filesystem::current_path(NarrowPath(path));
-    }
+    explicit InDirectory(const std::wstring& path) { std::filesystem::current_path(ToUtf8(path)); }
     ~InDirectory() { std::filesystem::current_path(before_); }
     InDirectory(const InDirectory&) = delete;
     InDirectory& operator=(const InDirectory&) = delete;
@@ -196,11 +194,11 @@ TEST(FileSystem, RelativePathIsTakenFromTheCurrentDirectory) {
 TEST(FileSystem, RelativePathAndCurrentDirectoryMayHaveAnyBytes) {
     if (kPathSeparator == L'\\') GTEST_SKIP() << "names are UTF-16";
     const TempDirectory directory;
-    const std::wstring current = directory.Path(WidePath("t\xE9"));
+    const std::wstring current = directory.Path(FromUtf8("t\xE9"));
     MakeDirectory(current);
     const InDirectory inside(current);
-    EXPECT_EQ(AbsolutePath(WidePath("\xFF:a.ord")), current + L'/' + WidePath("\xFF:a.ord"));
-    EXPECT_EQ(AbsolutePath(WidePath("/\xFF/../a.ord")), WidePath("/\xFF/../a.ord"));
+    EXPECT_EQ(AbsolutePath(FromUtf8("\xFF:a.ord")), current + L'/' + FromUtf8("\xFF:a.ord"));
+    EXPECT_EQ(AbsolutePath(FromUtf8("/\xFF/../a.ord")), FromUtf8("/\xFF/../a.ord"));
 }
 
 TEST(FileSystem, PathStaysRelativeInADirectoryThatIsGone) {

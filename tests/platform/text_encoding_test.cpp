@@ -8,9 +8,9 @@ namespace stalwick {
 namespace {
 
 TEST(TextEncoding, NarrowTextIsUtf8) {
-    EXPECT_EQ(NarrowPath(L"a\u00B5\u65E5"), "a\xC2\xB5\xE6\x97\xA5");
-    EXPECT_EQ(WidePath("a\xC2\xB5\xE6\x97\xA5"), L"a\u00B5\u65E5");
-    EXPECT_EQ(NarrowPath(WidePath("\xF0\x9F\x90\x80")), "\xF0\x9F\x90\x80");
+    EXPECT_EQ(ToUtf8(L"a\u00B5\u65E5"), "a\xC2\xB5\xE6\x97\xA5");
+    EXPECT_EQ(FromUtf8("a\xC2\xB5\xE6\x97\xA5"), L"a\u00B5\u65E5");
+    EXPECT_EQ(ToUtf8(FromUtf8("\xF0\x9F\x90\x80")), "\xF0\x9F\x90\x80");
 }
 
 TEST(TextEncoding, EveryByteComesBackThroughAWidePath) {
@@ -21,7 +21,7 @@ TEST(TextEncoding, EveryByteComesBackThroughAWidePath) {
             bytes += static_cast<char>(second);
         }
     }
-    EXPECT_EQ(NarrowPath(WidePath(bytes)), bytes);
+    EXPECT_EQ(ToUtf8(FromUtf8(bytes)), bytes);
 }
 
 TEST(TextEncoding, Utf8IsTheShortestFormOfRealCharacters) {
@@ -50,8 +50,8 @@ TEST(TextEncoding, OneLineHasNoControlCharacters) {
     EXPECT_EQ(OneLine(L"\u0085\u00B5"), L"\\x85\u00B5");
     EXPECT_EQ(OneLine(L"\U0001F480"), L"\U0001F480");  // in UTF-16 with a unit like such a byte's
     // A byte that is no UTF-8 is kept, and printed as it is; unless it is a control too.
-    EXPECT_EQ(NarrowPath(OneLine(WidePath("a\x9b"
-                                          "2J\xe9"))),
+    EXPECT_EQ(ToUtf8(OneLine(FromUtf8("a\x9b"
+                                      "2J\xe9"))),
               "a\\x9b2J\xe9");
 }
 

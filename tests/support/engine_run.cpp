@@ -58,11 +58,11 @@ ReferenceConvertResult RunReference(const TempDirectory& directory, const std::s
     ReferenceConvertInput input;
     input.recording = recording;
     input.options = options;
-    input.outputDirectory = NarrowPath(directory.Path(L"out"));
+    input.outputDirectory = ToUtf8(directory.Path(L"out"));
     input.fileName = "rec.ord";
     input.clockText = kFixedTimeText;
     input.uuidText = kFixedUuidText;
-    input.separator = NarrowPath(std::wstring(1, kPathSeparator));
+    input.separator = ToUtf8(std::wstring(1, kPathSeparator));
     return ReferenceConvert(input);
 }
 
@@ -100,13 +100,13 @@ testing::AssertionResult ConvertsLikeTheReference(const std::string& recording,
     const TempDirectory directory;
     const EngineRun run = RunEngine(directory, recording, options, settings);
     const ReferenceConvertResult expected = RunReference(directory, recording, options);
-    if (NarrowPath(run.statusText) != expected.statusText) {
+    if (ToUtf8(run.statusText) != expected.statusText) {
         return testing::AssertionFailure()
-               << "status " << NarrowPath(run.statusText) << " for " << expected.statusText;
+               << "status " << ToUtf8(run.statusText) << " for " << expected.statusText;
     }
-    if (NarrowPath(run.errorText) != expected.errorText) {
+    if (ToUtf8(run.errorText) != expected.errorText) {
         return testing::AssertionFailure()
-               << "error text " << NarrowPath(run.errorText) << " for " << expected.errorText;
+               << "error text " << ToUtf8(run.errorText) << " for " << expected.errorText;
     }
     if (run.recordsProcessed != expected.packetCount) {
         return testing::AssertionFailure()

@@ -16,7 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 
 fs::path ToPath(const std::wstring& path) {
-    const std::string narrow = NarrowPath(path);
+    const std::string narrow = ToUtf8(path);
     return std::u8string(narrow.begin(), narrow.end());
 }
 
@@ -40,7 +40,7 @@ std::wstring FreshPath() {
     static const unsigned run = std::random_device{}();
     const std::string name =
         "stalwick-test-" + std::to_string(run) + "-" + std::to_string(count.fetch_add(1));
-    return WidePath(ToUtf8(Root() / name));
+    return FromUtf8(ToUtf8(Root() / name));
 }
 
 }  // namespace
@@ -62,12 +62,12 @@ void WriteFile(const std::wstring& path, const std::string& bytes) {
     std::ofstream file(ToPath(path), std::ios::binary);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     file.close();
-    if (!file) throw std::runtime_error("cannot write " + NarrowPath(path));
+    if (!file) throw std::runtime_error("cannot write " + ToUtf8(path));
 }
 
 std::string ReadFile(const std::wstring& path) {
     std::ifstream file(ToPath(path), std::ios::binary);
-    if (!file) throw std::runtime_error("cannot read " + NarrowPath(path));
+    if (!file) throw std::runtime_error("cannot read " + ToUtf8(path));
     file.seekg(0, std::ios::end);
     std::string bytes(static_cast<std::size_t>(file.tellg()), '\0');
     file.seekg(0);
@@ -102,7 +102,7 @@ std::map<std::string, std::string> FilesIn(const std::wstring& directory) {
     for (const auto& entry : fs::directory_iterator(ToPath(directory), missing)) {
         if (!entry.is_regular_file()) continue;
         const std::string name = ToUtf8(entry.path().filename());
-        files[name] = ReadFile(directory + kPathSeparator + WidePath(name));
+        files[name] = ReadFile(directory + kPathSeparator + FromUtf8(name));
     }
     return files;
 }

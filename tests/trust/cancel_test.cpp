@@ -23,11 +23,11 @@ class CancelTest : public testing::TestWithParam<bool> {
         ReferenceConvertInput input;
         input.recording = recording_;
         input.options = AllOutputs();
-        input.outputDirectory = NarrowPath(directory_.Path(L"out"));
+        input.outputDirectory = ToUtf8(directory_.Path(L"out"));
         input.fileName = fileName;
         input.clockText = kFixedTimeText;
         input.uuidText = kFixedUuidText;
-        input.separator = NarrowPath(std::wstring(1, kPathSeparator));
+        input.separator = ToUtf8(std::wstring(1, kPathSeparator));
         input.spansUntilCancel = blocks;
         return ReferenceConvert(input);
     }
@@ -82,7 +82,7 @@ TEST_P(CancelTest, AtEachBlockTheFilesAreClosedAndLaterOnesEmpty) {
         for (const wchar_t* name : {L"a", L"b"}) {
             for (const auto& entry : Files(name)) {
                 RemoveFile(directory_.Path(L"out") + kPathSeparator + name + kPathSeparator +
-                           WidePath(entry.first));
+                           FromUtf8(entry.first));
             }
         }
     }

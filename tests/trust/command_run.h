@@ -29,7 +29,7 @@ class CommandScene {
 
     /** Every output of rec.ord into out/. */
     std::vector<std::string> Arguments() const {
-        return {"--all", "-o", NarrowPath(OutputDirectory()), NarrowPath(InputPath())};
+        return {"--all", "-o", ToUtf8(OutputDirectory()), ToUtf8(InputPath())};
     }
     CommandResult Run(const CommandSetup& setup = {}) const {
         return RunCommand(Arguments(), setup);
@@ -44,7 +44,7 @@ class CommandScene {
         for (auto& [name, bytes] : files) {
             if (bytes.empty()) continue;
             if (bytes.size() % kPageBytes == 0) bytes.resize(std::max(bytes.size(), kHeaderBytes));
-            bytes = MaskOutputFile(bytes, NarrowPath(OutputDirectory()));
+            bytes = MaskOutputFile(bytes, ToUtf8(OutputDirectory()));
         }
         return files;
     }

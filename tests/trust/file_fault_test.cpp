@@ -62,11 +62,11 @@ class FileFaultTest : public testing::TestWithParam<std::tuple<Scene, FaultKind>
         ReferenceConvertInput input;
         input.recording = recording_;
         input.options = scene().options;
-        input.outputDirectory = NarrowPath(directory_.Path(L"out"));
+        input.outputDirectory = ToUtf8(directory_.Path(L"out"));
         input.fileName = "rec.ord";
         input.clockText = kFixedTimeText;
         input.uuidText = kFixedUuidText;
-        input.separator = NarrowPath(std::wstring(1, kPathSeparator));
+        input.separator = ToUtf8(std::wstring(1, kPathSeparator));
         for (const auto& entry : oldFiles_) input.takenNames.insert(entry.first);
         complete_ = ReferenceConvert(input);
         expected_ = ExpectFiles(complete_);
@@ -77,12 +77,12 @@ class FileFaultTest : public testing::TestWithParam<std::tuple<Scene, FaultKind>
     // Puts the old files in place of whatever a run before left.
     void Prepare() {
         const std::wstring out = directory_.Path(L"out");
-        std::filesystem::remove_all(NarrowPath(out));
+        std::filesystem::remove_all(ToUtf8(out));
         MakeDirectory(out);
         const std::wstring rec = out + kPathSeparator + L"rec";
         MakeDirectory(rec);
         for (const auto& [name, text] : oldFiles_) {
-            WriteFile(rec + kPathSeparator + WidePath(name), text);
+            WriteFile(rec + kPathSeparator + FromUtf8(name), text);
         }
     }
 
@@ -109,7 +109,7 @@ class FileFaultTest : public testing::TestWithParam<std::tuple<Scene, FaultKind>
 };
 
 std::string FileName(const std::wstring& path) {
-    return NarrowPath(path.substr(path.rfind(kPathSeparator) + 1));
+    return ToUtf8(path.substr(path.rfind(kPathSeparator) + 1));
 }
 
 bool IsHarmless(const FileCallRecord& call) {

@@ -80,13 +80,13 @@ Outcome ConvertAndCompare(const std::string& recording, const ReferenceConvertOp
     disk.files[L"rec.ord"] = recording;
     RunConversionJob(job);
     const ReferenceConvertResult expected = RunReference(directory, recording, options);
-    RC_ASSERT(NarrowPath(status) == expected.statusText);
+    RC_ASSERT(ToUtf8(status) == expected.statusText);
     const std::wstring out = directory.Path(L"out") + kPathSeparator + L"rec" + kPathSeparator;
     RC_ASSERT(disk.files.size() == expected.files.size() + 1);
     for (const auto& [name, bytes] : expected.files) {
-        if (disk.files[out + WidePath(name)] != bytes) RC_FAIL(name + " differs");
+        if (disk.files[out + FromUtf8(name)] != bytes) RC_FAIL(name + " differs");
     }
-    return {NarrowPath(status), processor.Details()};
+    return {ToUtf8(status), processor.Details()};
 }
 
 bool TellsOfSaturation(const Outcome& outcome) {

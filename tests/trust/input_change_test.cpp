@@ -38,7 +38,7 @@ class InputChange : public testing::Test {
         return RunEngine(directory_, bytes, AllOutputs());
     }
     std::string InputPath() const {
-        return NarrowPath(directory_.Path(L"in") + kPathSeparator + L"rec.ord");
+        return ToUtf8(directory_.Path(L"in") + kPathSeparator + L"rec.ord");
     }
     std::map<std::string, std::string> FilesOf(const std::string& bytes) {
         return RunReference(directory_, bytes, AllOutputs()).files;
@@ -55,7 +55,7 @@ class InputChange : public testing::Test {
 
 TEST_F(InputChange, RecordingThatGrowsInTimeIsReadToItsNewEnd) {
     const std::string begin = recording_.substr(0, recording_.size() - 30000);
-    const ChangingInput change(2, [&] { WriteFile(WidePath(InputPath()), recording_); });
+    const ChangingInput change(2, [&] { WriteFile(FromUtf8(InputPath()), recording_); });
     const EngineRun run = Convert(begin);
     EXPECT_EQ(run.statusText, L"Processing complete");
     EXPECT_TRUE(SameFiles(run.files, FilesOf(recording_)));
@@ -68,7 +68,7 @@ TEST_F(InputChange, WhatComesBehindTheEndThatWasReadIsToldAsMissing) {
     disk.afterRead = [&](std::size_t count) {
         if (count != 0 || grown) return;
         grown = true;
-        WriteFile(WidePath(InputPath()), recording_ + recording_.substr(16384));
+        WriteFile(FromUtf8(InputPath()), recording_ + recording_.substr(16384));
     };
     const EngineRun run = Convert(recording_);
     EXPECT_EQ(run.statusText, L"Processing complete");
@@ -80,7 +80,7 @@ TEST_F(InputChange, WhatAShortHeaderGrowsByIsNeverTakenForPackets) {
     const std::string begin = recording_.substr(0, 10000);
     FaultyFileCalls disk;
     disk.beforeCreate = [&](const std::wstring&) {
-        WriteFile(WidePath(InputPath()), begin + recording_.substr(16384));
+        WriteFile(FromUtf8(InputPath()), begin + recording_.substr(16384));
     };
     const EngineRun run = Convert(begin);
     EXPECT_EQ(run.statusText, L"Processing complete");
@@ -114,7 +114,7 @@ TEST_F(InputChange, ReadThatFailsForGoodFailsTheFileOnce) {
     const EngineRun run = Convert(recording_);
     EXPECT_EQ(run.statusText, L"Processing failed - Failed to process input file");
     EXPECT_TRUE(Tells(run, SystemErrorText(disk.readError)));
-    EXPECT_TRUE(Tells(run, WidePath(InputPath())));
+    EXPECT_TRUE(Tells(run, FromUtf8(InputPath())));
     EXPECT_EQ(disk.openCount, 0U);
 }
 

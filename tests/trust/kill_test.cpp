@@ -44,7 +44,7 @@ class KillTest : public testing::Test {
 
     void Clear() const {
         for (const auto& entry : FilesIn(scene_.RecordingDirectory())) {
-            RemoveFile(scene_.RecordingDirectory() + kPathSeparator + WidePath(entry.first));
+            RemoveFile(scene_.RecordingDirectory() + kPathSeparator + FromUtf8(entry.first));
         }
     }
 

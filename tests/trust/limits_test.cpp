@@ -55,12 +55,12 @@ TEST(OpenFileLimit, ProgramRaisesItsOwnLimitForAllJobsTogether) {
     if (HardLimitOfFiles() < 2048) GTEST_SKIP() << "the hard limit is too low here";
     // Long enough for all four to be open at once.
     const CommandScene scene(MakeFullRecording(kMostChannels, 200));
-    std::vector<std::string> arguments = {"-j", "4", "-o", NarrowPath(scene.OutputDirectory())};
+    std::vector<std::string> arguments = {"-j", "4", "-o", ToUtf8(scene.OutputDirectory())};
     for (const wchar_t* name : {L"a.ord", L"b.ord", L"c.ord", L"d.ord"}) {
         const std::wstring path =
             scene.InputPath().substr(0, scene.InputPath().rfind(kPathSeparator) + 1) + name;
         WriteFile(path, ReadFile(scene.InputPath()));
-        arguments.push_back(NarrowPath(path));
+        arguments.push_back(ToUtf8(path));
     }
     const CommandResult result =
         RunCommand(arguments, WithLimit(RLIMIT_NOFILE, 300, HardLimitOfFiles()));
@@ -120,7 +120,7 @@ void ObeyPermissions() {
 
 TEST(ReadOnlyDirectory, IsNamedAndStaysAsItWas) {
     const CommandScene scene(MakeFullRecording(4, 3));
-    const std::string out = NarrowPath(scene.OutputDirectory());
+    const std::string out = ToUtf8(scene.OutputDirectory());
     ::chmod(out.c_str(), 0555);
     CommandSetup setup;
     setup.prepare = ObeyPermissions;
@@ -128,7 +128,7 @@ TEST(ReadOnlyDirectory, IsNamedAndStaysAsItWas) {
     ::chmod(out.c_str(), 0755);
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_EQ(result.output, "Processing failed\n");
-    EXPECT_NE(result.error.find(NarrowPath(scene.RecordingDirectory())), std::string::npos);
+    EXPECT_NE(result.error.find(ToUtf8(scene.RecordingDirectory())), std::string::npos);
     EXPECT_NE(result.error.find("Permission denied"), std::string::npos) << result.error;
     EXPECT_FALSE(Exists(scene.RecordingDirectory()));
 }
@@ -136,7 +136,7 @@ TEST(ReadOnlyDirectory, IsNamedAndStaysAsItWas) {
 TEST(ReadOnlyDirectory, OfTheRecordingIsNamedWithTheFirstOutput) {
     const CommandScene scene(MakeFullRecording(4, 3));
     MakeDirectory(scene.RecordingDirectory());
-    const std::string rec = NarrowPath(scene.RecordingDirectory());
+    const std::string rec = ToUtf8(scene.RecordingDirectory());
     ::chmod(rec.c_str(), 0555);
     CommandSetup setup;
     setup.prepare = ObeyPermissions;

@@ -51,17 +51,17 @@ class MemoryFaultTest : public testing::TestWithParam<Scene> {
         ReferenceConvertInput input;
         input.recording = recording_;
         input.options = {true, false, false, true, true, true};
-        input.outputDirectory = NarrowPath(line_.outputDirectory);
+        input.outputDirectory = ToUtf8(line_.outputDirectory);
         input.fileName = "rec.ord";
         input.clockText = kFixedTimeText;
         input.uuidText = kFixedUuidText;
-        input.separator = NarrowPath(std::wstring(1, kPathSeparator));
+        input.separator = ToUtf8(std::wstring(1, kPathSeparator));
         input.takenNames = {"CSC1.vcs"};
         expected_ = ExpectFiles(ReferenceConvert(input));
     }
 
     void Prepare() const {
-        std::filesystem::remove_all(NarrowPath(line_.outputDirectory));
+        std::filesystem::remove_all(ToUtf8(line_.outputDirectory));
         MakeDirectory(line_.outputDirectory);
         MakeDirectory(RecordingDirectory());
         WriteFile(RecordingDirectory() + kPathSeparator + L"CSC1.vcs", kOldText);
@@ -77,7 +77,7 @@ class MemoryFaultTest : public testing::TestWithParam<Scene> {
             ConversionBatch batch(line_);
             batch.Run();
             FailingAllocations::Stop();
-            const std::string status = NarrowPath(batch.Status());
+            const std::string status = ToUtf8(batch.Status());
             EXPECT_TRUE(status == "Processing complete" || TellsWhere(batch)) << status;
             return status;
         } catch (const std::exception& error) {

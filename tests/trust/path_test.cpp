@@ -20,19 +20,19 @@ namespace fs = std::filesystem;
 void ExpectToConvert(const std::string& directoryName, const std::string& fileName,
                      const TempDirectory& root = TempDirectory()) {
     SCOPED_TRACE(testing::PrintToString(fileName));
-    const std::string base = NarrowPath(root.Path()) + "/" + directoryName;
+    const std::string base = ToUtf8(root.Path()) + "/" + directoryName;
     fs::create_directories(base);
     const std::string input = base + "/" + fileName;
     const std::string recording = MakeFullRecording(3, 3);
-    WriteFile(WidePath(input), recording);
+    WriteFile(FromUtf8(input), recording);
     const CommandResult result = RunCommand({"--all", "-o", base, "--", input});
     EXPECT_EQ(result.exitStatus, 0) << result.error;
     EXPECT_EQ(result.output, "Processing complete\n");
     EXPECT_EQ(result.error, "");
-    EXPECT_EQ(ReadFile(WidePath(input)), recording);
+    EXPECT_EQ(ReadFile(FromUtf8(input)), recording);
     const std::string name = fileName.substr(0, fileName.rfind('.'));
-    EXPECT_EQ(FilesIn(WidePath(base + "/" + name)).size(), 24U);
-    const std::string header = ReadFile(WidePath(base + "/" + name + "/CSC1.vcs"));
+    EXPECT_EQ(FilesIn(FromUtf8(base + "/" + name)).size(), 24U);
+    const std::string header = ReadFile(FromUtf8(base + "/" + name + "/CSC1.vcs"));
     EXPECT_NE(header.find("-OriginalFileName \"" + base + "/" + name + "/CSC1.vcs\""),
               std::string::npos);
 }
@@ -54,7 +54,7 @@ TEST(PathNames, OfTheGreatestLengthConvert) {
 // The longest path that the system takes is that of one output.
 TEST(PathNames, PathsOfTheGreatestLengthConvert) {
     const TempDirectory root;
-    const std::string beginning = NarrowPath(root.Path()) + "/";
+    const std::string beginning = ToUtf8(root.Path()) + "/";
     const std::string end = "/rec/Ultrasonic.vcs";  // no output has a longer name
     const std::size_t length = PATH_MAX - 1 - beginning.size() - end.size();
     std::string directories;
@@ -62,7 +62,7 @@ TEST(PathNames, PathsOfTheGreatestLengthConvert) {
     directories += std::string(length - directories.size(), 'q');
     ExpectToConvert(directories, "rec.ord", root);
     std::size_t longest = 0;
-    for (const std::string& name : NamesIn(root.Path(WidePath(directories + "/rec")))) {
+    for (const std::string& name : NamesIn(root.Path(FromUtf8(directories + "/rec")))) {
         longest = std::max(longest, (beginning + directories + "/rec/" + name).size());
     }
     EXPECT_EQ(longest, std::size_t{PATH_MAX - 1});
@@ -70,50 +70,50 @@ TEST(PathNames, PathsOfTheGreatestLengthConvert) {
 
 TEST(PathNames, PathsThatTheSystemRefusesAreNamed) {
     const CommandScene scene(MakeFullRecording(3, 3));
-    const std::string tooLong = NarrowPath(scene.OutputDirectory()) + "/" + std::string(300, 'x');
-    const CommandResult output = RunCommand({"-o", tooLong, NarrowPath(scene.InputPath())});
+    const std::string tooLong = ToUtf8(scene.OutputDirectory()) + "/" + std::string(300, 'x');
+    const CommandResult output = RunCommand({"-o", tooLong, ToUtf8(scene.InputPath())});
     EXPECT_EQ(output.exitStatus, 2);
     EXPECT_NE(output.error.find("File name too long"), std::string::npos) << output.error;
     const CommandResult input =
-        RunCommand({"-o", NarrowPath(scene.OutputDirectory()), std::string(5000, 'y') + ".ord"});
+        RunCommand({"-o", ToUtf8(scene.OutputDirectory()), std::string(5000, 'y') + ".ord"});
     EXPECT_EQ(input.exitStatus, 1);
     EXPECT_NE(input.error.find("File name too long"), std::string::npos) << input.error;
 }
 
 TEST(InputAndOutputDirectory, MayBeTheSame) {
     const CommandScene scene(MakeFullRecording(3, 3));
-    const std::string in = NarrowPath(scene.InputPath());
+    const std::string in = ToUtf8(scene.InputPath());
     const std::string before = ReadFile(scene.InputPath());
     EXPECT_EQ(RunCommand({"--all", in}).exitStatus, 0);
     EXPECT_EQ(RunCommand({"--all", in}).exitStatus, 0);
     EXPECT_EQ(ReadFile(scene.InputPath()), before);
-    EXPECT_EQ(FilesIn(WidePath(in.substr(0, in.size() - 4))).size(), 48U);
+    EXPECT_EQ(FilesIn(FromUtf8(in.substr(0, in.size() - 4))).size(), 48U);
 }
 
 TEST(InputAndOutputDirectory, RecordingNamedLikeItsDirectoryStays) {
     const TempDirectory root;
-    const std::string input = NarrowPath(root.Path()) + "/rec";  // without an extension
+    const std::string input = ToUtf8(root.Path()) + "/rec";  // without an extension
     const std::string recording = MakeFullRecording(3, 3);
-    WriteFile(WidePath(input), recording);
+    WriteFile(FromUtf8(input), recording);
     const CommandResult result = RunCommand({"--all", input});
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_NE(result.error.find("cannot create directory " + input), std::string::npos)
         << result.error;
-    EXPECT_EQ(ReadFile(WidePath(input)), recording);
+    EXPECT_EQ(ReadFile(FromUtf8(input)), recording);
 }
 
 TEST(SymbolicLink, InPlaceOfAnOutputIsNeverFollowed) {
     const CommandScene scene(MakeFullRecording(3, 3));
     MakeDirectory(scene.RecordingDirectory());
-    const fs::path rec = NarrowPath(scene.RecordingDirectory());
-    const fs::path aim = NarrowPath(scene.OutputDirectory()) + "/precious";
-    const fs::path nowhere = NarrowPath(scene.OutputDirectory()) + "/nowhere";
-    WriteFile(WidePath(aim.string()), "precious");
+    const fs::path rec = ToUtf8(scene.RecordingDirectory());
+    const fs::path aim = ToUtf8(scene.OutputDirectory()) + "/precious";
+    const fs::path nowhere = ToUtf8(scene.OutputDirectory()) + "/nowhere";
+    WriteFile(FromUtf8(aim.string()), "precious");
     fs::create_symlink(aim, rec / "CSC1.vcs");
     fs::create_symlink(nowhere, rec / "Events.vev");
     fs::create_symlink("RawData.vrd", rec / "RawData.vrd");  // a circle
     EXPECT_EQ(scene.Run().exitStatus, 0);
-    EXPECT_EQ(ReadFile(WidePath(aim.string())), "precious");
+    EXPECT_EQ(ReadFile(FromUtf8(aim.string())), "precious");
     EXPECT_FALSE(fs::exists(nowhere));
     for (const char* name : {"CSC1_01.vcs", "Events_01.vev", "RawData_01.vrd"}) {
         EXPECT_TRUE(fs::is_regular_file(rec / name)) << name;
@@ -123,11 +123,11 @@ TEST(SymbolicLink, InPlaceOfAnOutputIsNeverFollowed) {
 // Somebody else puts a link there between the choice of the name and the creation of the file.
 TEST(SymbolicLink, ThatComesInBetweenIsNeverFollowed) {
     const TempDirectory directory;
-    const fs::path aim = NarrowPath(directory.Path(L"precious"));
+    const fs::path aim = ToUtf8(directory.Path(L"precious"));
     WriteFile(directory.Path(L"precious"), "precious");
     FaultyFileCalls disk;
     disk.beforeCreate = [&](const std::wstring& path) {
-        const fs::path target = NarrowPath(path);
+        const fs::path target = ToUtf8(path);
         if (target.filename().string().find("_0") != std::string::npos) return;
         std::error_code thereAlready;
         fs::create_symlink(aim, target, thereAlready);
@@ -141,7 +141,7 @@ TEST(SymbolicLink, ThatComesInBetweenIsNeverFollowed) {
 bool Tells(const EngineRun& run, const std::string& text) {
     return std::any_of(run.details.begin(), run.details.end(), [&](const ConversionDetail& detail) {
         return detail.kind == ConversionDetail::Kind::kIncomplete &&
-               NarrowPath(detail.text).find(text) != std::string::npos;
+               ToUtf8(detail.text).find(text) != std::string::npos;
     });
 }
 
@@ -150,7 +150,7 @@ TEST(VanishedDirectory, IsNamedAndFailsTheConversion) {
     FaultyFileCalls disk;
     disk.beforeCreate = [&](const std::wstring& path) {
         if (path.find(L"CSC3") == std::wstring::npos) return;
-        fs::remove_all(NarrowPath(directory.Path(L"out")));
+        fs::remove_all(ToUtf8(directory.Path(L"out")));
     };
     const EngineRun run = RunEngine(directory, MakeFullRecording(5, 3), AllOutputs());
     EXPECT_EQ(run.statusText, L"Processing failed");
@@ -164,7 +164,7 @@ TEST(VanishedDirectory, OutputsThatAreRemovedWhileTheyAreWrittenAreMissed) {
     const TempDirectory directory;
     FaultyFileCalls disk;
     disk.beforeRead = [&](unsigned readCount) {
-        if (readCount == 2) fs::remove_all(NarrowPath(directory.Path(L"out")));
+        if (readCount == 2) fs::remove_all(ToUtf8(directory.Path(L"out")));
     };
     const EngineRun run = RunEngine(directory, MakeFullRecording(3, 200), AllOutputs());
     EXPECT_EQ(run.statusText, L"Processing failed");
@@ -179,7 +179,7 @@ TEST(VanishedDirectory, OneRemovedOutputIsMissedAndTheOthersAreWhole) {
     const std::string recording = MakeFullRecording(3, 200);
     FaultyFileCalls disk;
     disk.beforeRead = [&](unsigned readCount) {
-        if (readCount == 2) fs::remove(NarrowPath(directory.Path(L"out")) + "/rec/RawData.vrd");
+        if (readCount == 2) fs::remove(ToUtf8(directory.Path(L"out")) + "/rec/RawData.vrd");
     };
     const EngineRun run = RunEngine(directory, recording, AllOutputs());
     EXPECT_EQ(run.statusText, L"Processing complete");

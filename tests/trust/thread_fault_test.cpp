@@ -64,7 +64,7 @@ TEST(ThreadFault, CommandThatGetsNoThreadConvertsOnItsOne) {
     testing::internal::CaptureStdout();
     const NoThreads scarcity;
     const int exitStatus =
-        RunConvertCommand({"--all", "-o", NarrowPath(directory.Path(L"out")), NarrowPath(input)});
+        RunConvertCommand({"--all", "-o", ToUtf8(directory.Path(L"out")), ToUtf8(input)});
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "Processing complete\n");
     EXPECT_EQ(exitStatus, 0);
     EXPECT_GT(scarcity.RefusedCount(), 0U);

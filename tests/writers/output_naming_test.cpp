@@ -10,14 +10,15 @@
 #include "tests/support/fixed_identity.h"
 #include "tests/support/temp_directory.h"
 #include "writers/file_header.h"
+#include "writers/file_identity.h"
 
 namespace stalwick::test {
 namespace {
 
 std::string Unique(const TempDirectory& directory, const std::wstring& name,
                    const SuffixMaker& suffixMaker = nullptr) {
-    const std::string path = MakeUniqueFileName(NarrowPath(directory.Path(name)), suffixMaker);
-    return path.substr(NarrowPath(directory.Path()).size() + 1);
+    const std::string path = MakeUniqueFileName(ToUtf8(directory.Path(name)), suffixMaker);
+    return path.substr(ToUtf8(directory.Path()).size() + 1);
 }
 
 TEST(OutputNaming, FreeNameIsTheDirectoryASeparatorAndTheParts) {
@@ -73,7 +74,7 @@ TEST(OutputNaming, LastPointOfTheWholePathCounts) {
     MakeDirectory(directory.Path(L"d.x"));
     const std::wstring inside = std::wstring(L"d.x") + kPathSeparator + L"plain";
     WriteFile(directory.Path(inside), "");
-    const std::string separator = NarrowPath(std::wstring(1, kPathSeparator));
+    const std::string separator = ToUtf8(std::wstring(1, kPathSeparator));
     EXPECT_EQ(Unique(directory, inside), "d_01.x" + separator + "plain");
     WriteFile(directory.Path(L"two.points.txt"), "");
     EXPECT_EQ(Unique(directory, L"two.points.txt"), "two.points_01.txt");
@@ -179,7 +180,7 @@ TEST(OutputNaming, RecordIsFilledFromTheFileAndTheContainer) {
 
 TEST(OutputNaming, UuidIsTheGeneratorsFirstTwoNumbersInLittleEndianOrder) {
     const FixedIdentity identity;
-    EXPECT_EQ(NarrowPath(FormatUuid(InitializedRecord().fileUuid)), kFixedUuidText);
+    EXPECT_EQ(ToUtf8(FormatUuid(InitializedRecord().fileUuid)), kFixedUuidText);
 }
 
 TEST(OutputNaming, EveryUuidIsOfVersionFourAndVariantOne) {

@@ -1,7 +1,7 @@
-// The blocks of a recording, read when they are asked for and read ahead: the same ones, and the
+// The spans of a recording, read when they are asked for and read ahead: the same ones, and the
 // same end.
 
-#include "engine/block_reader.h"
+#include "engine/span_reader.h"
 
 #include <algorithm>
 #include <atomic>
@@ -19,9 +19,9 @@
 namespace stalwick::test {
 namespace {
 
-constexpr std::size_t kBlockBytes = 50000;
+constexpr std::size_t kSpanBytes = 50000;
 
-// Twice as many blocks as are read ahead, and more.
+// Twice as many spans as are read ahead, and more.
 std::string Recording() {
     RandomRecordingShape shape;
     shape.packet.stateBytePerSample = true;
@@ -29,9 +29,9 @@ std::string Recording() {
     return BuildOrdFile(Version2Header(32), MakeRandomPackets(7, shape));
 }
 
-class BlockReaderTest : public testing::TestWithParam<bool> {
+class SpanReaderTest : public testing::TestWithParam<bool> {
   protected:
-    BlockReaderTest() {
+    SpanReaderTest() {
         path_ = directory_.Path(L"rec.ord");
         WriteFile(path_, recording_);
         EXPECT_EQ(reader_.Open(path_), 0);
@@ -45,61 +45,61 @@ class BlockReaderTest : public testing::TestWithParam<bool> {
     ORDFileReader reader_;
 };
 
-TEST_P(BlockReaderTest, GivesTheBlocksOfTheReaderInTheirOrder) {
+TEST_P(SpanReaderTest, GivesTheSpansOfTheReaderInTheirOrder) {
     ORDFileReader other;
     ASSERT_EQ(other.Open(path_), 0);
-    BlockReader blocks(reader_, readsAhead());
+    SpanReader spans(reader_, readsAhead());
     std::vector<ORDDataPacket> expected;
     std::size_t count = 0;
     for (bool endOfFile = false; !endOfFile; ++count) {
         ASSERT_EQ(other.GetData(expected, endOfFile), 0);
-        const RecordingBlock& block = blocks.Next();
-        ASSERT_EQ(block.status, 0);
-        ASSERT_EQ(block.endOfFile, endOfFile);
-        ASSERT_EQ(block.bytesRead, other.BytesRead());
-        ASSERT_TRUE(block.packets == expected) << "block " << count;
+        const DecodedSpan& span = spans.Next();
+        ASSERT_EQ(span.status, 0);
+        ASSERT_EQ(span.endOfFile, endOfFile);
+        ASSERT_EQ(span.bytesRead, other.BytesRead());
+        ASSERT_TRUE(span.packets == expected) << "span " << count;
     }
-    // More blocks than are read ahead, so that their places were used again.
+    // More spans than are read ahead, so that their places were used again.
     EXPECT_GT(count, 20U);
-    EXPECT_EQ(count, (recording_.size() - kOrdHeaderBytes) / kBlockBytes + 1);
+    EXPECT_EQ(count, (recording_.size() - kOrdHeaderBytes) / kSpanBytes + 1);
 }
 
-TEST_P(BlockReaderTest, FailingReadIsTheBlockBehindTheWholeOnes) {
+TEST_P(SpanReaderTest, FailingReadIsTheSpanAfterTheWholeOnes) {
     FaultyFileCalls disk;
     disk.readError = EIO;
     disk.readsUntilError = 12;
-    BlockReader blocks(reader_, readsAhead());
-    for (int i = 0; i < 12; ++i) ASSERT_EQ(blocks.Next().status, 0) << "block " << i;
-    EXPECT_EQ(blocks.Next().status, -1);
+    SpanReader spans(reader_, readsAhead());
+    for (int i = 0; i < 12; ++i) ASSERT_EQ(spans.Next().status, 0) << "span " << i;
+    EXPECT_EQ(spans.Next().status, -1);
     EXPECT_EQ(reader_.SystemError(), EIO);
     EXPECT_EQ(reader_.GetErrorMessage(), L"Failed to process input file");
 }
 
-TEST_P(BlockReaderTest, WhatReadingThrowsIsThrownWhereTheBlockIsTaken) {
+TEST_P(SpanReaderTest, WhatReadingThrowsIsThrownWhereTheSpanIsTaken) {
     FaultyFileCalls disk;
     disk.beforeRead = [](unsigned readCount) {
         if (readCount == 11) throw std::bad_alloc();
     };
-    BlockReader blocks(reader_, readsAhead());
-    for (int i = 0; i < 11; ++i) ASSERT_EQ(blocks.Next().status, 0) << "block " << i;
-    EXPECT_THROW(blocks.Next(), std::bad_alloc);
+    SpanReader spans(reader_, readsAhead());
+    for (int i = 0; i < 11; ++i) ASSERT_EQ(spans.Next().status, 0) << "span " << i;
+    EXPECT_THROW(spans.Next(), std::bad_alloc);
 }
 
-TEST_P(BlockReaderTest, MayEndBeforeTheLastBlock) {
+TEST_P(SpanReaderTest, MayEndBeforeTheLastSpan) {
     for (int taken = 0; taken < 12; ++taken) {
         ORDFileReader reader;
         ASSERT_EQ(reader.Open(path_), 0);
         std::uint64_t bytesTaken = 0;
         {
-            BlockReader blocks(reader, readsAhead());
-            for (int i = 0; i < taken; ++i) bytesTaken = blocks.Next().bytesRead;
+            SpanReader spans(reader, readsAhead());
+            for (int i = 0; i < taken; ++i) bytesTaken = spans.Next().bytesRead;
         }
         EXPECT_GE(reader.BytesRead(), bytesTaken);
         EXPECT_EQ(reader.Close(), 0);
     }
 }
 
-TEST(BlockReader, StaysWithinEightBlocksOfTheCaller) {
+TEST(SpanReader, StaysWithinEightSpansOfTheCaller) {
     const TempDirectory directory;
     const std::wstring path = directory.Path(L"rec.ord");
     WriteFile(path, Recording());
@@ -112,13 +112,13 @@ TEST(BlockReader, StaysWithinEightBlocksOfTheCaller) {
         furthest = std::max(furthest, readCount + 1 - taken.load());
     };
     {
-        BlockReader blocks(reader, true);
-        while (!blocks.Next().IsLast()) ++taken;
+        SpanReader spans(reader, true);
+        while (!spans.Next().IsLast()) ++taken;
     }
     EXPECT_LE(furthest, 9U);  // the caller's own one among them
 }
 
-INSTANTIATE_TEST_SUITE_P(All, BlockReaderTest, testing::Bool(), [](const auto& test) {
+INSTANTIATE_TEST_SUITE_P(All, SpanReaderTest, testing::Bool(), [](const auto& test) {
     return std::string(test.param ? "ReadingAhead" : "WhenAskedFor");
 });
 

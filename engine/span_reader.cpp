@@ -1,10 +1,10 @@
-#include "engine/block_reader.h"
+#include "engine/span_reader.h"
 
 #include <system_error>
 
 namespace stalwick {
 
-BlockReader::BlockReader(ORDFileReader& reader, bool readsAhead) : reader_(reader) {
+SpanReader::SpanReader(ORDFileReader& reader, bool readsAhead) : reader_(reader) {
     if (!readsAhead) return;
     try {
         thread_ = std::thread([this] { Work(); });
@@ -13,7 +13,7 @@ BlockReader::BlockReader(ORDFileReader& reader, bool readsAhead) : reader_(reade
     }
 }
 
-BlockReader::~BlockReader() {
+SpanReader::~SpanReader() {
     if (!thread_.joinable()) return;
     {
         const std::scoped_lock lock(mutex_);
@@ -23,44 +23,44 @@ BlockReader::~BlockReader() {
     thread_.join();
 }
 
-void BlockReader::Read(RecordingBlock& block) noexcept {
+void SpanReader::Read(DecodedSpan& span) noexcept {
     try {
-        block.status = reader_.GetData(block.packets, block.endOfFile);
+        span.status = reader_.GetData(span.packets, span.endOfFile);
     } catch (...) {
-        block.status = -1;
-        block.exception = std::current_exception();
+        span.status = -1;
+        span.exception = std::current_exception();
     }
-    block.bytesRead = reader_.BytesRead();
+    span.bytesRead = reader_.BytesRead();
 }
 
-void BlockReader::Work() {
+void SpanReader::Work() {
     std::unique_lock lock(mutex_);
     while (!stopping_) {
-        RecordingBlock& block = blocks_[read_ % blocks_.size()];
+        DecodedSpan& span = spans_[read_ % spans_.size()];
         lock.unlock();
-        Read(block);
+        Read(span);
         lock.lock();
         ++read_;
         available_.notify_one();
-        if (block.IsLast()) return;
+        if (span.IsLast()) return;
         if (read_ - given_ < kMostAhead) continue;
         room_.wait(lock, [this] { return stopping_ || read_ - given_ <= kFewAhead; });
     }
 }
 
-RecordingBlock& BlockReader::Next() {
-    RecordingBlock* block = &blocks_.front();
+DecodedSpan& SpanReader::Next() {
+    DecodedSpan* span = &spans_.front();
     if (thread_.joinable()) {
         std::unique_lock lock(mutex_);
         available_.wait(lock, [this] { return given_ < read_; });
-        block = &blocks_[given_ % blocks_.size()];
+        span = &spans_[given_ % spans_.size()];
         ++given_;
         if (read_ - given_ == kFewAhead) room_.notify_one();
     } else {
-        Read(*block);
+        Read(*span);
     }
-    if (block->exception) std::rethrow_exception(block->exception);
-    return *block;
+    if (span->exception) std::rethrow_exception(span->exception);
+    return *span;
 }
 
 }  // namespace stalwick

@@ -43,6 +43,17 @@ std::unique_ptr<WriteQueue> MakeQueue(const OutputSettings& settings) {
     }
 }
 
+void TakeTiming(const RecordingHeader& header, FileWriterContainer& files) {
+    files.samplingFrequency = header.samplingFrequency;
+    files.phaseModulus = kPacketSamples;
+    files.timestampOffset = static_cast<std::uint64_t>(header.utcOffsetMicroseconds);
+}
+
+void TakeSession(const RecordingHeader& header, FileWriterContainer& files) {
+    files.sessionUuid = header.sessionUuid;
+    files.acquisitionSystem = header.acquisitionSystem;
+}
+
 template <typename Values, typename Target>
 void CopyAsSigned(const Values& values, Target& target) {
     std::transform(values.begin(), values.end(), target.begin(),
@@ -146,35 +157,26 @@ std::int32_t FileConversion::OpenChannelFiles() {
     // FileConversion.SensorFilesWithoutADChannelsHaveNoTimestampOffset).
     if (IsOn(ChannelGroup::kAD)) {
         channelFiles_.numAdChannels = reader_.NumADChannels();
-        channelFiles_.samplingFrequency = reader_.SamplingFrequency();
-        channelFiles_.timestampOffset = static_cast<std::uint64_t>(reader_.UTCOffsetMicroseconds());
-        channelFiles_.phaseModulus = kPacketSamples;
+        TakeTiming(reader_.Header(), channelFiles_);
     }
     if (std::all_of(switches_.begin(), switches_.end(), [](auto on) { return on == 0; })) return 0;
     channelFiles_.isLongRecording =
         reader_.FileSize() >= kLongRecordingBytesPerChannel * reader_.NumADChannels();
     channelFiles_.adMaxValue = reader_.ADMaxValue();
-    channelFiles_.acquisitionSystem = reader_.AcquisitionSystem();
-    channelFiles_.sessionUuid = reader_.SessionUUID();
+    TakeSession(reader_.Header(), channelFiles_);
     return channelFiles_.InitializeCscFiles(directory_, switches_);
 }
 
 std::int32_t FileConversion::OpenEventFile() {
-    eventFile_.phaseModulus = kPacketSamples;
-    eventFile_.timestampOffset = static_cast<std::uint64_t>(reader_.UTCOffsetMicroseconds());
-    eventFile_.samplingFrequency = reader_.SamplingFrequency();
-    eventFile_.sessionUuid = reader_.SessionUUID();
-    eventFile_.acquisitionSystem = reader_.AcquisitionSystem();
+    TakeTiming(reader_.Header(), eventFile_);
+    TakeSession(reader_.Header(), eventFile_);
     return eventFile_.Open(directory_);
 }
 
 std::int32_t FileConversion::OpenRawDataFile() {
-    rawDataFile_.phaseModulus = kPacketSamples;
-    rawDataFile_.timestampOffset = static_cast<std::uint64_t>(reader_.UTCOffsetMicroseconds());
     rawDataFile_.adChannelCount = reader_.NumADChannels();
-    rawDataFile_.samplingFrequency = reader_.SamplingFrequency();
-    rawDataFile_.sessionUuid = reader_.SessionUUID();
-    rawDataFile_.acquisitionSystem = reader_.AcquisitionSystem();
+    TakeTiming(reader_.Header(), rawDataFile_);
+    TakeSession(reader_.Header(), rawDataFile_);
     return rawDataFile_.Open(directory_);
 }
 

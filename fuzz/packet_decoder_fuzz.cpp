@@ -59,8 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     static std::vector<ORDDataPacket> packets;  // reused, as the conversion does
     const std::uint8_t* next = ProcessDataBuffer(
-        bytes.get(), span.size(), packets, std::pair<std::int32_t, std::int32_t>(0, plan.version),
-        plan.samplesOverride);
+        bytes.get(), span.size(), packets, PacketFormat{0, plan.version}, plan.samplesOverride);
     const test::ReferenceSpan expected = test::ReferenceProcessDataBuffer(
         span, test::ReferenceDecodeOptions{0, plan.version}, plan.samplesOverride);
     fuzz::Require(next == bytes.get() + expected.consumedBytes, "other bytes were consumed");

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "ord/decode_options.h"
 #include "ord/ord_data_packet.h"
 #include "ord/ord_format.h"
+#include "ord/recording_header.h"
 #include "platform/input_file.h"
 
 namespace stalwick {
@@ -41,18 +41,22 @@ class ORDFileReader {
     std::wstring GetErrorMessage() const { return errorMessage_; }
     void SetErrorMessage(const std::wstring& message) { errorMessage_ = message; }
 
-    std::uint32_t NumADChannels() const { return numADChannels_; }
-    std::uint32_t SamplingFrequency() const { return samplingFrequency_; }  // samples per second
-    std::uint32_t ADMaxValue() const { return adMaxValue_; }
-    double ADBitVolts() const { return adBitVolts_; }
-    std::uint32_t InputRange() const { return inputRange_; }
-    const std::wstring& FileVersion() const { return fileVersion_; }
-    std::int64_t UTCOffsetMicroseconds() const { return utcOffsetMicroseconds_; }
-    const std::wstring& SessionUUID() const { return sessionUuid_; }
-    const std::wstring& AcquisitionSystem() const { return acquisitionSystem_; }
-    bool BaseIMUAvailable() const { return baseImuAvailable_; }
-    bool AfeIMUAvailable() const { return afeImuAvailable_; }
-    bool UltrasonicAvailable() const { return ultrasonicAvailable_; }
+    // Its fields as one value, and one by one.
+    const RecordingHeader& Header() const { return header_; }
+    std::uint32_t NumADChannels() const { return header_.numADChannels; }
+    std::uint32_t SamplingFrequency() const {
+        return header_.samplingFrequency;
+    }  // samples per second
+    std::uint32_t ADMaxValue() const { return header_.adMaxValue; }
+    double ADBitVolts() const { return header_.adBitVolts; }
+    std::uint32_t InputRange() const { return header_.inputRange; }
+    const std::wstring& FileVersion() const { return header_.fileVersion; }
+    std::int64_t UTCOffsetMicroseconds() const { return header_.utcOffsetMicroseconds; }
+    const std::wstring& SessionUUID() const { return header_.sessionUuid; }
+    const std::wstring& AcquisitionSystem() const { return header_.acquisitionSystem; }
+    bool BaseIMUAvailable() const { return header_.baseImuAvailable; }
+    bool AfeIMUAvailable() const { return header_.afeImuAvailable; }
+    bool UltrasonicAvailable() const { return header_.ultrasonicAvailable; }
 
     // Bytes in the open file; 0 where that is not known.
     std::uint64_t FileSize() const { return file_.Size(); }
@@ -70,32 +74,14 @@ class ORDFileReader {
   private:
     std::int32_t Fail(const std::wstring& message);
     std::int32_t ReadHeader();
-    std::int32_t ReadHeaderFields();
-    template <typename Target>
-    std::int32_t GetHeaderField(const std::wstring& headerText, const std::wstring& key,
-                                Target& target);
-    void ReadAcquisitionSystem();
-    void ReadAvailabilityFlags();
-    DecodeOptions BuildDecodeOptions() const;
     std::int32_t DecodeBuffer(std::uint32_t validBytes, std::vector<ORDDataPacket>& records);
 
     std::wstring errorMessage_;
     InputFile file_;
     std::wstring headerText_;
-    bool baseImuAvailable_ = false;
-    bool afeImuAvailable_ = false;
-    bool ultrasonicAvailable_ = false;
-    std::uint32_t numADChannels_ = 0;
-    std::uint32_t samplingFrequency_ = 0;
-    std::uint32_t adMaxValue_ = 0;
-    double adBitVolts_ = 0.0;
-    std::uint32_t inputRange_ = 0;
-    std::wstring acquisitionSystem_;
-    std::wstring sessionUuid_;
+    RecordingHeader header_;
     std::array<std::uint8_t, kDataBufferSize> buffer_{};
     std::uint32_t bytesHeld_ = 0;
-    std::wstring fileVersion_ = L"1.0";
-    std::int64_t utcOffsetMicroseconds_ = 0;
     std::vector<ORDDataPacket> sparePackets_;  // memory for blocks of more packets
     std::uint64_t bytesRead_ = 0;
     std::uint64_t unconsumedBytes_ = 0;

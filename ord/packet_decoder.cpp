@@ -106,8 +106,8 @@ bool ReadBlocks(ByteReader& bytes, std::uint8_t flags, ORDDataPacket& packet,
 }  // namespace
 
 bool PacketsCarryTimestamps(const DecodeOptions& options) {
-    return options.has_value() &&
-           (options->first >= kFirstTimestampSystem || options->second >= kFirstTimestampVersion);
+    return options.has_value() && (options->systemNumber >= kFirstTimestampSystem ||
+                                   options->fileVersionNumber >= kFirstTimestampVersion);
 }
 
 const std::uint8_t* ParseDataPacket(const std::uint8_t* data, std::size_t length,

@@ -38,6 +38,24 @@ TEST(ORDFileReader, CompleteHeaderFillsEveryField) {
     EXPECT_TRUE(opened.reader.UltrasonicAvailable());
 }
 
+TEST(ORDFileReader, HeaderIsHandedOutAsOneValue) {
+    Opened opened{OrdHeaderText()};
+    const RecordingHeader header = opened.reader.Header();
+    ASSERT_EQ(opened.reader.Close(), 0);
+    EXPECT_EQ(header.numADChannels, 32U);
+    EXPECT_EQ(header.samplingFrequency, 30000U);
+    EXPECT_EQ(header.adMaxValue, 32767U);
+    EXPECT_EQ(header.adBitVolts, 0.00000012);
+    EXPECT_EQ(header.inputRange, 1000U);
+    EXPECT_EQ(header.fileVersion, L"2.0");
+    EXPECT_EQ(header.utcOffsetMicroseconds, 1600000000000000);
+    EXPECT_EQ(header.sessionUuid, L"6f0e4c52-98d1-4a37-b2c6-1d5e7a90f384");
+    EXPECT_EQ(header.acquisitionSystem, L"Unit3");
+    EXPECT_TRUE(header.baseImuAvailable);
+    EXPECT_TRUE(header.afeImuAvailable);
+    EXPECT_TRUE(header.ultrasonicAvailable);
+}
+
 TEST(ORDFileReader, EveryMissingRequiredFieldIsNamed) {
     for (const std::string key :
          {"-NumADChannels", "-SamplingFrequency", "-ADMaxValue", "-ADBitVolts", "-InputRange",

@@ -17,9 +17,8 @@ testing::AssertionResult DecodesLikeTheReference(const std::string& bytes, std::
                                                  std::vector<ORDDataPacket>& packets,
                                                  std::optional<std::uint32_t> samplesOverride) {
     const std::vector<std::uint8_t> span(bytes.begin(), bytes.end());
-    const std::uint8_t* end =
-        ProcessDataBuffer(span.data(), span.size(), packets,
-                          std::pair<std::int32_t, std::int32_t>(0, version), samplesOverride);
+    const std::uint8_t* end = ProcessDataBuffer(span.data(), span.size(), packets,
+                                                PacketFormat{0, version}, samplesOverride);
     const auto consumed = static_cast<std::size_t>(end - span.data());
     const ReferenceSpan expected =
         ReferenceProcessDataBuffer(bytes, ReferenceDecodeOptions{0, version}, samplesOverride);

@@ -13,8 +13,8 @@
 namespace stalwick::test {
 namespace {
 
-const DecodeOptions kVersion1 = std::pair<std::int32_t, std::int32_t>(0, 10);
-const DecodeOptions kVersion2 = std::pair<std::int32_t, std::int32_t>(0, 20);
+const DecodeOptions kVersion1 = PacketFormat{0, 10};
+const DecodeOptions kVersion2 = PacketFormat{0, 20};
 
 struct ParsedPacket {
     ORDDataPacket packet;
@@ -91,14 +91,13 @@ TEST(PacketDecoder, FlagsZeroConsumesNineteenBytesWithATimestamp) {
 }
 
 TEST(PacketDecoder, TimestampNeedsFirstNumber240OrVersion20) {
-    using Pair = std::pair<std::int32_t, std::int32_t>;
     EXPECT_FALSE(PacketsCarryTimestamps(std::nullopt));
-    EXPECT_FALSE(PacketsCarryTimestamps(Pair(0, -1)));
-    EXPECT_FALSE(PacketsCarryTimestamps(Pair(0, 19)));
-    EXPECT_TRUE(PacketsCarryTimestamps(Pair(0, 20)));
-    EXPECT_TRUE(PacketsCarryTimestamps(Pair(0, 110)));
-    EXPECT_FALSE(PacketsCarryTimestamps(Pair(239, 19)));
-    EXPECT_TRUE(PacketsCarryTimestamps(Pair(240, 0)));
+    EXPECT_FALSE(PacketsCarryTimestamps(PacketFormat{0, -1}));
+    EXPECT_FALSE(PacketsCarryTimestamps(PacketFormat{0, 19}));
+    EXPECT_TRUE(PacketsCarryTimestamps(PacketFormat{0, 20}));
+    EXPECT_TRUE(PacketsCarryTimestamps(PacketFormat{0, 110}));
+    EXPECT_FALSE(PacketsCarryTimestamps(PacketFormat{239, 19}));
+    EXPECT_TRUE(PacketsCarryTimestamps(PacketFormat{240, 0}));
 }
 
 TEST(PacketDecoder, HeadIsReadBigEndianAndBytesFourAndFiveAreSkipped) {

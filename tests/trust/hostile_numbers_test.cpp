@@ -157,8 +157,7 @@ RC_GTEST_PROP(HostileNumbers, AnyBytesDecodeLikeTheReference, ()) {
     for (const std::int32_t version : {10, 20}) {
         std::vector<ORDDataPacket> packets;
         const std::uint8_t* end =
-            ProcessDataBuffer(span.data(), span.size(), packets,
-                              std::pair<std::int32_t, std::int32_t>(0, version), 10U);
+            ProcessDataBuffer(span.data(), span.size(), packets, PacketFormat{0, version}, 10U);
         const ReferenceSpan expected =
             ReferenceProcessDataBuffer(bytes, ReferenceDecodeOptions{0, version}, 10U);
         RC_ASSERT(end == span.data() + expected.consumedBytes);

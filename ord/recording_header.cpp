@@ -1,0 +1,88 @@
+#include "ord/recording_header.h"
+
+#include <vector>
+
+#include "ord/header_fields.h"
+#include "ord/ord_format.h"
+
+namespace stalwick {
+
+namespace {
+
+// The text of a header whose fields are read, and where a missing one is reported.
+struct HeaderLookup {
+    const std::wstring& text;
+    std::wstring& errorMessage;
+
+    template <typename Target>
+    bool Read(const std::wstring& key, Target& target) const {
+        const std::vector<HeaderTokens> lines = GetHeaderFieldValues(text, key);
+        if (lines.empty() || lines.front().empty()) {
+            errorMessage = L"Error retrieving header field " + key;
+            return false;
+        }
+        // A value that cannot be read is not an error: the field is there.
+        ConvertToken(lines.front().front(), target);
+        return true;
+    }
+};
+
+bool ReadsAsOne(const std::wstring& token, std::int32_t& scratch) {
+    ConvertToken(token, scratch);
+    return scratch == 1;
+}
+
+void ReadAcquisitionSystem(const std::wstring& text, RecordingHeader& header) {
+    const auto lines = GetHeaderFieldValues(text, L"-AcquisitionSystem");
+    if (!lines.empty() && lines.front().size() > 1) header.acquisitionSystem = lines.front()[1];
+}
+
+// The ultrasonic flag takes the first of any number of values, the inertial ones need exactly
+// one; and the number is not reset between them. Both are kept (pinned by
+// ORDFileReader.TwoValuesLeaveAnInertialFlagAsItWas).
+void ReadAvailabilityFlags(const std::wstring& text, RecordingHeader& header) {
+    std::int32_t scratch = 0;
+    const auto ultrasonic = GetHeaderFieldValues(text, L"-UltrasonicAvailable");
+    if (!ultrasonic.empty() && !ultrasonic.front().empty()) {
+        header.ultrasonicAvailable = ReadsAsOne(ultrasonic.front().front(), scratch);
+    }
+    const auto base = GetHeaderFieldValues(text, L"-BaseIMUAvailable");
+    if (!base.empty() && base.front().size() == 1) {
+        header.baseImuAvailable = ReadsAsOne(base.front().front(), scratch);
+    }
+    const auto afe = GetHeaderFieldValues(text, L"-AfeIMUAvailable");
+    if (!afe.empty() && afe.front().size() == 1) {
+        header.afeImuAvailable = ReadsAsOne(afe.front().front(), scratch);
+    }
+}
+
+}  // namespace
+
+std::int32_t ReadRecordingHeader(const std::wstring& headerText, RecordingHeader& header,
+                                 std::wstring& errorMessage) {
+    const HeaderLookup lookup{headerText, errorMessage};
+    if (!lookup.Read(L"-NumADChannels", header.numADChannels) ||
+        !lookup.Read(L"-SamplingFrequency", header.samplingFrequency) ||
+        !lookup.Read(L"-ADMaxValue", header.adMaxValue) ||
+        !lookup.Read(L"-ADBitVolts", header.adBitVolts) ||
+        !lookup.Read(L"-InputRange", header.inputRange) ||
+        !lookup.Read(L"-FileVersion", header.fileVersion)) {
+        return -1;
+    }
+    if (VersionStringToNumber(header.fileVersion) >= kFirstTimestampVersion &&
+        !lookup.Read(L"-UTCOffsetMicroseconds", header.utcOffsetMicroseconds)) {
+        return -1;
+    }
+    // Optional, yet a missing one leaves its message behind; callers look only after a failure.
+    header.sessionUuid.clear();
+    lookup.Read(L"-SessionUUID", header.sessionUuid);
+    ReadAcquisitionSystem(headerText, header);
+    ReadAvailabilityFlags(headerText, header);
+    return 0;
+}
+
+DecodeOptions PacketDecodeOptions(const RecordingHeader& header) {
+    return PacketFormat{0, VersionStringToNumber(header.fileVersion)};
+}
+
+}  // namespace stalwick

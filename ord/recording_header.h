@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "ord/decode_options.h"
+
+namespace stalwick {
+
+// The fields of a recording's header, as docs/ord-format.md describes them. A field that the header
+// does not have keeps the value that it has here.
+struct RecordingHeader {
+    std::uint32_t numADChannels = 0;
+    std::uint32_t samplingFrequency = 0;  // samples per second
+    std::uint32_t adMaxValue = 0;
+    double adBitVolts = 0.0;  // volts of one step of a sample
+    std::uint32_t inputRange = 0;
+    std::wstring fileVersion = L"1.0";
+    std::int64_t utcOffsetMicroseconds = 0;
+    std::wstring sessionUuid;
+    std::wstring acquisitionSystem;
+    bool baseImuAvailable = false;
+    bool afeImuAvailable = false;
+    bool ultrasonicAvailable = false;
+};
+
+// Reads the fields of `headerText` into `header`. Returns 0, or -1 at the first required field that
+// is missing: the fields after it keep their values. `errorMessage` names the field that was
+// missing last, also an optional one.
+[[nodiscard]] std::int32_t ReadRecordingHeader(const std::wstring& headerText,
+                                               RecordingHeader& header, std::wstring& errorMessage);
+
+// How packets of a recording with this header are decoded.
+[[nodiscard]] DecodeOptions PacketDecodeOptions(const RecordingHeader& header);
+
+}  // namespace stalwick

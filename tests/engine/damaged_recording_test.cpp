@@ -1,0 +1,155 @@
+// Recordings that end in damage or cannot be read to their end: each output keeps what full blocks
+// of 5000 records had filled by then, whatever pieces its data were written in.
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/engine_run.h"
+#include "tests/support/faulty_file_calls.h"
+#include "tests/support/ord_builder.h"
+
+namespace stalwick::test {
+namespace {
+
+constexpr ReferenceConvertOptions kRawOnly{false, false, false, false, false, true};
+constexpr std::size_t kChannelBlockBytes = std::size_t{5000} * 1044;
+
+std::string Junk() {
+    return std::string(60000, 'x');
+}
+
+testing::AssertionResult FailsLikeTheReference(const std::string& recording,
+                                               const ReferenceConvertOptions& options) {
+    for (const HelperThreads helperThreads : {HelperThreads::kOff, HelperThreads::kOn}) {
+        OutputSettings settings = QuickSettings();
+        settings.helperThreads = helperThreads;
+        const auto result = ConvertsLikeTheReference(recording, options, settings);
+        if (!result) return result;
+    }
+    const TempDirectory nowhere;
+    if (RunReference(nowhere, recording, options).status == 0) {
+        return testing::AssertionFailure() << "the recording is whole";
+    }
+    return testing::AssertionSuccess();
+}
+
+// Ultrasonic blocks fill records fastest, 512 samples in 7.3 packets; the inertial units' values
+// slowest, one sample a packet.
+std::vector<PacketPlan> SensorPackets(std::size_t count) {
+    std::vector<PacketPlan> plans(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto value = static_cast<std::uint16_t>(i * 13);
+        plans[i].hardwareTimestamp = 1'000'000'000 + i * 333'333;
+        plans[i].ultrasonic.emplace().fill(value);
+        plans[i].baseImu.emplace().fill(value);
+        plans[i].afeImu.emplace().fill(static_cast<std::uint16_t>(~value));
+    }
+    return plans;
+}
+
+TEST(DamagedRecording, ChannelFileKeepsItsFullBlocks) {
+    // 36,572 packets are 5000 records and 40 samples, 36,571 end 30 samples before them.
+    for (const std::size_t packetCount : {36571U, 36572U, 37000U}) {
+        EXPECT_TRUE(FailsLikeTheReference(
+            BuildOrdFile(Version2Header(0), SensorPackets(packetCount), Junk()),
+            {false, true, true, true, true, false}))
+            << packetCount;
+    }
+}
+
+TEST(DamagedRecording, EachOfSeveralChannelsWithoutAFullBlockKeepsNothing) {
+    // 4000 packets are 78 records of each of 32 channels.
+    RandomRecordingShape shape;
+    shape.packet.baseImu = true;
+    shape.packet.largestStep = 3;
+    shape.packetCount = 4000;
+    EXPECT_TRUE(FailsLikeTheReference(
+        BuildOrdFile(Version2Header(32), MakeRandomPackets(61, shape), Junk()), AllOutputs()));
+}
+
+TEST(DamagedRecording, RawDataKeepTheirFullBlocks) {
+    RandomRecordingShape shape;
+    shape.packet.largestStep = 3;
+    for (const std::size_t packetCount : {499U, 500U, 501U, 1100U}) {
+        shape.packetCount = packetCount;
+        EXPECT_TRUE(FailsLikeTheReference(
+            BuildOrdFile(Version2Header(32), MakeRandomPackets(62, shape), Junk()), kRawOnly))
+            << packetCount;
+    }
+}
+
+// Packets of other channel counts than the header's, so that records have other lengths.
+std::string RecordingOfWidths(const std::vector<std::uint8_t>& channelCountCodes,
+                              std::size_t packetCount) {
+    std::vector<std::vector<PacketPlan>> plans;
+    for (const std::uint8_t code : channelCountCodes) {
+        RandomRecordingShape shape;
+        shape.packet.channelCountCode = code;
+        shape.packet.largestStep = 3;
+        shape.packetCount = packetCount;
+        plans.push_back(MakeRandomPackets(63, shape));
+    }
+    std::vector<PacketPlan> mixed;
+    for (std::size_t i = 0; i < packetCount; ++i) mixed.push_back(plans[i % plans.size()][i]);
+    return BuildOrdFile(Version2Header(32), mixed, Junk());
+}
+
+TEST(DamagedRecording, RawDataOfOtherWidthsKeepTheBlocksThatTheirRecordsFilled) {
+    const std::uint8_t k32 = 0;
+    const std::uint8_t k64 = 1;
+    const std::uint8_t k256 = 3;
+    // Blocks that a record would pass, and blocks that records fill exactly.
+    EXPECT_TRUE(FailsLikeTheReference(RecordingOfWidths({k64}, 700), kRawOnly));
+    EXPECT_TRUE(FailsLikeTheReference(RecordingOfWidths({k32, k64}, 1000), kRawOnly));
+    EXPECT_TRUE(FailsLikeTheReference(RecordingOfWidths({k64, k32, k32, k256}, 700), kRawOnly));
+}
+
+// What the reference leaves of the packets that were converted before the read failed.
+std::map<std::string, std::string> FilesOfPackets(const TempDirectory& directory, std::size_t count,
+                                                  const ReferenceConvertOptions& options) {
+    const std::string damaged = BuildOrdFile(Version2Header(0), SensorPackets(count), Junk());
+    return RunReference(directory, damaged, options).files;
+}
+
+TEST(DamagedRecording, FailedReadLeavesTheSameAsDamage) {
+    const ReferenceConvertOptions options{false, true, false, true, true, true};
+    const std::string recording = BuildOrdFile(Version2Header(0), SensorPackets(37'500));
+    for (const HelperThreads helperThreads : {HelperThreads::kOff, HelperThreads::kOn}) {
+        const TempDirectory directory;
+        OutputSettings settings = QuickSettings();
+        settings.helperThreads = helperThreads;
+        FaultyFileCalls calls;
+        calls.readError = 5;
+        calls.readsUntilError = 146;  // shortly before the end
+        const EngineRun run = RunEngine(directory, recording, options, settings);
+        EXPECT_EQ(run.statusText, L"Processing failed - Failed to process input file");
+        ASSERT_GT(run.recordsProcessed, 36'572U);
+        EXPECT_EQ(run.files.at("Ultrasonic.vcs").size(), kOrdHeaderBytes + kChannelBlockBytes);
+        EXPECT_TRUE(SameFiles(run.files, FilesOfPackets(directory, run.recordsProcessed, options)));
+    }
+}
+
+TEST(DamagedRecording, CanceledOneKeepsEverythingBeforeTheCancel) {
+    const ReferenceConvertOptions options{false, false, false, true, true, false};
+    const std::string recording = BuildOrdFile(Version2Header(0), SensorPackets(37'000), Junk());
+    const TempDirectory directory;
+    DataProcessor processor(QuickSettings());
+    FaultyFileCalls calls;
+    calls.beforeRead = [&](unsigned readCount) {
+        if (readCount == 130) processor.cancelRequested.store(1);
+    };
+    std::wstring status;
+    const std::wstring input = PutRecording(directory, recording);
+    RunConversionJob(MakeJob(directory, {input}, options, processor, status));
+    EXPECT_EQ(status, L"Data processing canceled.");
+    const std::uint64_t samples = processor.recordsProcessed.load() * 70;
+    const std::uint64_t records = (samples + 511) / 512;
+    EXPECT_NE(records % 5000, 0U);
+    EXPECT_EQ(ReadFile(directory.Path(L"out/rec/Ultrasonic.vcs")).size(),
+              kOrdHeaderBytes + records * 1044);
+}
+
+}  // namespace
+}  // namespace stalwick::test

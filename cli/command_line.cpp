@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/exit_status.h"
+#include "cli/usage_error.h"
 #include "platform/paths.h"
 #include "platform/program_version.h"
 #include "platform/text_encoding.h"
@@ -40,20 +41,46 @@ std::string VersionLine() {
     return std::string(kProgram) + ' ' + kVersion + '\n';
 }
 
-// CLI11 itself takes "1x" for 1 in places, and a number beyond the type for the type's largest.
+// CLI11 itself takes "1x" for 1 in places, "010" for 8, and a number beyond the type for the type's
+// largest. It gets the number without leading zeros.
 CLI::Validator WholeNumber(std::uint32_t least, std::uint32_t most) {
     return CLI::Validator(
-        [least, most](const std::string& text) {
+        [least, most](std::string& text) {
             std::uint32_t value = 0;
             const char* const end = text.data() + text.size();
             const auto [stop, error] = std::from_chars(text.data(), end, value);
             if (error == std::errc() && stop == end && value >= least && value <= most) {
+                text = std::to_string(value);
                 return std::string();
             }
             return text + " is not a whole number from " + std::to_string(least) + " to " +
                    std::to_string(most);
         },
         "");
+}
+
+// CLI11 takes an argument in square brackets for a list. A character in front, which no option
+// begins with, hides the bracket from it.
+constexpr char kBracketCover = '\x1f';
+
+void CoverBrackets(std::vector<std::string>& arguments) {
+    for (std::string& argument : arguments) {
+        if (!argument.empty() && (argument.front() == '[' || argument.front() == kBracketCover)) {
+            argument.insert(argument.begin(), kBracketCover);
+        }
+    }
+}
+
+void UncoverBrackets(CLI::App& app) {
+    for (CLI::Option* const option : app.get_options()) {
+        // In front of the option's own checks.
+        option->transform(CLI::Validator(
+            [](std::string& value) {
+                if (!value.empty() && value.front() == kBracketCover) value.erase(0, 1);
+                return std::string();
+            },
+            ""));
+    }
 }
 
 void Declare(CLI::App& app, RawOptions& options) {
@@ -85,19 +112,20 @@ void Declare(CLI::App& app, RawOptions& options) {
                    "a channel file's record takes 1 KB, so the default needs up to 1.5 GB for 256 "
                    "channels and 64 less than 60 MB; the files are the same")
         ->type_name("N")
-        ->check(WholeNumber(1, kRecordsPerBlock))
+        ->transform(WholeNumber(1, kRecordsPerBlock))
         ->capture_default_str();
     app.add_option("-j,--jobs", options.jobs,
                    "files converted side by side, 1 to 64; each takes its own memory: 5.2 MB a "
                    "channel file and up to 60 MB, less with --block-records; files whose outputs "
                    "share a directory take turns")
         ->type_name("N")
-        ->check(WholeNumber(1, kMostJobs))
+        ->transform(WholeNumber(1, kMostJobs))
         ->capture_default_str();
     app.set_version_flag("--version", VersionLine());
     app.footer(
         "Exit status: 0 everything written; 1 a conversion failed or an output is "
         "incomplete;\n2 wrong usage or output directory; 130 or 143 canceled.");
+    UncoverBrackets(app);
 }
 
 // The directory part of a path as the window shows it: without the last separator.
@@ -143,6 +171,7 @@ ParsedArguments ParseArguments(std::vector<std::string> arguments) {
     RawOptions options;
     Declare(app, options);
     ParsedArguments parsed;
+    CoverBrackets(arguments);
     try {
         std::reverse(arguments.begin(), arguments.end());  // the order that CLI11 expects
         app.parse(arguments);
@@ -153,10 +182,10 @@ ParsedArguments ParseArguments(std::vector<std::string> arguments) {
         parsed.output = VersionLine();
         return parsed;
     } catch (const CLI::ParseError& error) {
-        return UsageError(error.what());
+        return UsageError(DescribeUsageError(app, error));
     }
     if (app.count("--output-dir") != 0 && options.outputDirectory.empty()) {
-        return UsageError("--output-dir: an empty directory name");
+        return UsageError("-o: an empty directory name");
     }
     parsed.proceed = true;
     parsed.commandLine = ToCommandLine(options);

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "cli/exit_status.h"
+#include "platform/text_encoding.h"
 
 namespace stalwick {
 namespace {
@@ -110,6 +111,55 @@ TEST(CommandLine, WrongUsageIsAnErrorOfOneLine) {
         EXPECT_EQ(parsed.output, "");
         EXPECT_NE(parsed.error.find("--help"), std::string::npos);
         EXPECT_EQ(parsed.error.find('\n'), std::string::npos);
+    }
+}
+
+TEST(CommandLine, UsageErrorsNameWhatIsWrongFirst) {
+    const struct {
+        std::vector<std::string> arguments;
+        std::string message;
+    } cases[] = {{{}, "no FILE was given"},
+                 {{"--raw"}, "no FILE was given"},
+                 {{"--bogus"}, "unknown option --bogus"},
+                 {{"--bogus", "a"}, "unknown option --bogus"},
+                 {{"--bogus=7", "a"}, "unknown option --bogus"},
+                 {{"-z", "a"}, "unknown option -z"},
+                 {{"-kz", "a"}, "unknown option -z"},
+                 {{"--bogus", "-o"}, "unknown option --bogus"},
+                 {{"--this", "a", "--that"}, "unknown options --this, --that"},
+                 {{"-o", "x", "-o", "y", "a"}, "give -o only once"},
+                 {{"--output-dir=x", "--output-dir=x", "a"}, "give -o only once"},
+                 {{"-j1", "a", "--jobs", "2"}, "give -j only once"},
+                 {{"a", "-o"}, "-o needs a value: -o DIR"},
+                 {{"a", "--jobs"}, "-j needs a value: -j N"},
+                 {{"--raw=7", "a"}, "--raw takes no value"},
+                 {{"-o", "", "a"}, "-o: an empty directory name"},
+                 {{"-j", "abc", "a"}, "--jobs: abc is not a whole number from 1 to 64"}};
+    for (const auto& one : cases) {
+        const ParsedArguments parsed = ParseArguments(one.arguments);
+        EXPECT_EQ(parsed.error,
+                  "stalwick-convert: " + one.message + "; see stalwick-convert --help");
+        EXPECT_EQ(parsed.exitStatus, kExitUsage);
+    }
+}
+
+TEST(CommandLine, NumbersAreDecimal) {
+    EXPECT_EQ(Parsed({"-j", "08", "a"}).jobs, 8U);
+    EXPECT_EQ(Parsed({"-j", "010", "a"}).jobs, 10U);
+    EXPECT_EQ(Parsed({"--jobs=0000000064", "a"}).jobs, 64U);
+    EXPECT_EQ(Parsed({"--block-records", "0100", "a"}).outputSettings.recordsPerBlock, 100U);
+    for (const char* wrong : {"0x8", "0b1", "1e1", "+8", " 8", "8 ", "1_0", "1'0", "00"}) {
+        EXPECT_EQ(ParseArguments({"-j", wrong, "a"}).exitStatus, kExitUsage) << wrong;
+    }
+}
+
+TEST(CommandLine, FileNamesAreTakenAsTheyStand) {
+    for (const std::string name : {"[a.ord]", "[a,b].ord", "[a,b]", "[]", "{}", "[[x]]", "a,b",
+                                   "\"a\"", "'a'", "*.ord", "/dev/stdin", "-", "a=b"}) {
+        EXPECT_EQ(Parsed({name}).inputFiles, std::vector<std::wstring>{FromUtf8(name)}) << name;
+        EXPECT_EQ(Parsed({"x", name, "y"}).inputFiles.size(), 3U) << name;
+        EXPECT_EQ(Parsed({"--", name}).inputFiles, std::vector<std::wstring>{FromUtf8(name)});
+        EXPECT_EQ(Parsed({"-o", name, "x"}).outputDirectory, FromUtf8(name));
     }
 }
 

@@ -1,0 +1,72 @@
+#include "cli/usage_error.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+namespace stalwick {
+
+namespace {
+
+// The name that a user types: the short one, if there is one.
+std::string NameOf(const CLI::Option& option) {
+    if (!option.get_snames().empty()) return "-" + option.get_snames().front();
+    if (!option.get_lnames().empty()) return "--" + option.get_lnames().front();
+    return option.get_name();
+}
+
+// Arguments that no option and no FILE took, without the values that stand in them.
+std::string Unknown(const std::vector<std::string>& arguments) {
+    std::string names;
+    for (const std::string& argument : arguments) {
+        names += (names.empty() ? "" : ", ") + argument.substr(0, argument.find('='));
+    }
+    return (arguments.size() == 1 ? "unknown option " : "unknown options ") + names;
+}
+
+const CLI::Option* FindRepeated(const CLI::App& app) {
+    for (const CLI::Option* option : app.get_options()) {
+        const int most = option->get_items_expected_max();
+        if (most > 0 && option->count() > static_cast<std::size_t>(most)) return option;
+    }
+    return nullptr;
+}
+
+// The option whose value is missing, of which the library tells only by its name in the text.
+const CLI::Option* FindWithoutValue(const CLI::App& app, const std::string& text) {
+    for (const CLI::Option* option : app.get_options()) {
+        const bool takesValue = option->get_items_expected_max() > 0;
+        if (takesValue && text.rfind(option->get_name() + ": ", 0) == 0) return option;
+    }
+    return nullptr;
+}
+
+std::string DescribeMismatch(const CLI::App& app, const std::string& text) {
+    if (const CLI::Option* repeated = FindRepeated(app)) {
+        return "give " + NameOf(*repeated) + " only once";
+    }
+    if (const CLI::Option* option = FindWithoutValue(app, text)) {
+        return NameOf(*option) + " needs a value: " + NameOf(*option) + ' ' +
+               option->get_type_name();
+    }
+    // A switch with a value; the text begins with its name.
+    return "--" + text.substr(0, text.find(' ')) + " takes no value";
+}
+
+}  // namespace
+
+std::string DescribeUsageError(const CLI::App& app, const CLI::ParseError& error) {
+    // The library looks at what it does not know last, and the user typed it.
+    const std::vector<std::string> unknown = app.remaining();
+    if (!unknown.empty()) return Unknown(unknown);
+    const std::string text = error.what();
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) return "no FILE was given";
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
+        return DescribeMismatch(app, text);
+    }
+    return text;
+}
+
+}  // namespace stalwick

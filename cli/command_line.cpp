@@ -124,7 +124,8 @@ void Declare(CLI::App& app, RawOptions& options) {
     app.set_version_flag("--version", VersionLine());
     app.footer(
         "Exit status: 0 everything written; 1 a conversion failed or an output is "
-        "incomplete;\n2 wrong usage or output directory; 130 or 143 canceled.");
+        "incomplete;\n2 wrong usage or output directory; 130, 143 or 129 canceled by\n"
+        "SIGINT, SIGTERM or SIGHUP.");
     UncoverBrackets(app);
 }
 

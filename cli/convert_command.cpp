@@ -61,9 +61,9 @@ bool EverythingWritten(const ConversionBatch& batch) {
 }
 
 int ExitStatus(const ConversionBatch& batch, Interruption interruption) {
-    if (!EverythingWritten(batch)) return kExitFailed;
-    if (!batch.Canceled()) return kExitComplete;
-    return interruption == Interruption::kTerminate ? kExitTerminated : kExitInterrupted;
+    // Also where a recording had failed before: whoever canceled knows that not all is done.
+    if (batch.Canceled()) return CancelExitStatus(interruption);
+    return EverythingWritten(batch) ? kExitComplete : kExitFailed;
 }
 
 // Runs the batch on a thread of its own while this one draws and listens for signals. Where no

@@ -13,7 +13,9 @@ int main(int argc, char** argv) {
     stalwick::PrepareProcess();
     stalwick::PrepareConsole();
     try {
-        return stalwick::RunConvertCommand(stalwick::ProgramArguments(argc, argv));
+        const int status = stalwick::RunConvertCommand(stalwick::ProgramArguments(argc, argv));
+        if (status == stalwick::kExitInterrupted) stalwick::EndByInterrupt();
+        return status;
     } catch (const std::bad_alloc&) {
         std::puts(stalwick::kStatusOutOfMemory);
     } catch (const std::exception& error) {

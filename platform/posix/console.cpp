@@ -1,6 +1,9 @@
 #include "platform/console.h"
 
+#include <array>
+#include <cerrno>
 #include <csignal>
+#include <cstdio>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -10,6 +13,8 @@ namespace stalwick {
 namespace {
 
 std::atomic<std::atomic<Interruption>*> interruptionTarget{nullptr};
+
+constexpr std::array kWatchedSignals = {SIGINT, SIGTERM, SIGHUP};
 
 extern "C" void StoreInterruption(int signal);
 
@@ -21,14 +26,20 @@ void StopWatching(int signal) {
     }
 }
 
+Interruption KindOf(int signal) {
+    if (signal == SIGINT) return Interruption::kInterrupt;
+    return signal == SIGHUP ? Interruption::kHangUp : Interruption::kTerminate;
+}
+
 extern "C" void StoreInterruption(int signal) {
     std::atomic<Interruption>* target = interruptionTarget.load(std::memory_order_relaxed);
     if (target == nullptr) return;
-    target->store(signal == SIGINT ? Interruption::kInterrupt : Interruption::kTerminate,
-                  std::memory_order_relaxed);
-    // Whatever comes next, of either kind, ends the process.
-    StopWatching(SIGINT);
-    StopWatching(SIGTERM);
+    // The thread that was stopped in the middle of its work may be about to look at its own.
+    const int savedError = errno;
+    target->store(KindOf(signal), std::memory_order_relaxed);
+    // Whatever comes next, of any kind, ends the process.
+    for (const int watched : kWatchedSignals) StopWatching(watched);
+    errno = savedError;
 }
 
 void Watch(int signal) {
@@ -47,8 +58,13 @@ void Watch(int signal) {
 void WatchInterruptions(std::atomic<Interruption>& target) {
     static_assert(std::atomic<Interruption>::is_always_lock_free);
     interruptionTarget.store(&target);
-    Watch(SIGINT);
-    Watch(SIGTERM);
+    for (const int signal : kWatchedSignals) Watch(signal);
+}
+
+void EndByInterrupt() {
+    std::fflush(nullptr);  // death by a signal does not
+    std::signal(SIGINT, SIG_DFL);
+    std::raise(SIGINT);
 }
 
 // Terminals take the bytes as they are.

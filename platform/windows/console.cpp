@@ -31,7 +31,10 @@ BOOL WINAPI HandleControl(DWORD event) {
         case CTRL_CLOSE_EVENT:
         case CTRL_LOGOFF_EVENT:
         case CTRL_SHUTDOWN_EVENT:
-            if (!Request(Interruption::kTerminate)) return FALSE;
+            if (!Request(event == CTRL_CLOSE_EVENT ? Interruption::kHangUp
+                                                   : Interruption::kTerminate)) {
+                return FALSE;
+            }
             // Returning would end the process at once. While this waits, the work is finished in
             // order; the system waits some seconds for it.
             ::Sleep(INFINITE);
@@ -57,6 +60,8 @@ void WatchInterruptions(std::atomic<Interruption>& target) {
     ::SetConsoleCtrlHandler(nullptr, FALSE);
     ::SetConsoleCtrlHandler(HandleControl, TRUE);
 }
+
+void EndByInterrupt() {}
 
 void PrepareConsole() {
     // Lines end as the program writes them, so that scripts read the same bytes everywhere.

@@ -61,8 +61,8 @@ void CommandProcess::RunChild(const std::vector<std::string>& arguments, const C
         ::_exit(126);
     }
     if (setup.largestFileBytes) LimitFileSize(*setup.largestFileBytes);
-    // A shell's background job, such as these tests may be, has it ignored.
-    std::signal(SIGINT, SIG_DFL);
+    // A shell's background job, such as these tests may be, has them ignored.
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_DFL);
     if (setup.prepare) setup.prepare();
     ::execv(words[0], words.data());
     ::_exit(127);

@@ -91,9 +91,72 @@ TEST(CommandSignal, InterruptCancelsAsTheCancelButtonDoes) {
     RunningCommand running;
     running.command.Signal(SIGINT);
     const CommandResult result = running.FeedUntilItEnds();
-    EXPECT_EQ(result.exitStatus, 130);
+    EXPECT_EQ(result.signal, SIGINT);  // a shell calls that 130
     EXPECT_EQ(result.output, "Data processing canceled.\n");
     ExpectFinishedInOrder(running);
+}
+
+TEST(CommandSignal, LossOfTheTerminalCancelsToo) {
+    RunningCommand running;
+    running.command.Signal(SIGHUP);
+    const CommandResult result = running.FeedUntilItEnds();
+    EXPECT_EQ(result.exitStatus, 129);
+    EXPECT_EQ(result.output, "Data processing canceled.\n");
+    ExpectFinishedInOrder(running);
+}
+
+TEST(CommandSignal, SecondSignalOfAnyKindEndsTheCommandAtOnce) {
+    RunningCommand running;
+    running.command.Signal(SIGTERM);
+    while (!running.command.Ended()) {
+        running.command.Signal(SIGHUP);
+        Pause();
+    }
+    EXPECT_EQ(running.command.Wait().signal, SIGHUP);
+}
+
+// The shell hears the Ctrl-C too, and goes on unless its command died of it.
+TEST(CommandSignal, InterruptStopsTheLoopOfAShell) {
+    const TempDirectory directory;
+    EndlessRecording recording(directory.Path(L"first.ord"));
+    WriteFile(directory.Path(L"second.ord"),
+              BuildOrdFile(Version1Header(1), std::vector<PacketPlan>(5)));
+    CommandSetup setup;
+    setup.workingDirectory = directory.Path();
+    setup.prepare = [] {
+        ::setpgid(0, 0);
+        ::execl("/bin/bash", "bash", "-c",
+                "for f in first second; do " STALWICK_CONVERT_COMMAND " -o out $f.ord; done",
+                nullptr);
+    };
+    CommandProcess shell({}, setup);
+    while (!Exists(directory.Path(L"out/first/Events.vev")) && !shell.Ended()) Pause();
+    ::kill(-shell.Pid(), SIGINT);
+    while (!shell.Ended()) {
+        recording.Feed();
+        Pause();
+    }
+    const CommandResult result = shell.Wait();
+    EXPECT_EQ(result.signal, SIGINT);
+    EXPECT_EQ(result.output, "Data processing canceled.\n");
+    EXPECT_FALSE(Exists(directory.Path(L"out/second")));
+}
+
+TEST(CommandSignal, CancelShowsInTheStatusAlsoAfterAFailureAndWithJobs) {
+    for (const char* jobs : {"-j1", "-j2"}) {
+        const TempDirectory directory;
+        EndlessRecording recording(directory.Path(L"endless.ord"));
+        WriteFile(directory.Path(L"broken.ord"), "");
+        CommandProcess command({"-k", jobs, "-o", ToUtf8(directory.Path(L"out")),
+                                ToUtf8(directory.Path(L"broken.ord")), recording.Path()});
+        while (!Exists(directory.Path(L"out/endless/Events.vev")) && !command.Ended()) Pause();
+        command.Signal(SIGTERM);
+        while (!command.Ended()) {
+            recording.Feed();
+            Pause();
+        }
+        EXPECT_EQ(command.Wait().exitStatus, 143) << jobs;
+    }
 }
 
 TEST(CommandSignal, RequestToTerminateCancelsToo) {
@@ -158,7 +221,7 @@ TEST(CommandSignal, FilesBehindTheCanceledOneGetHeadersAndNoData) {
         }
         Pause();
     }
-    EXPECT_EQ(command.Wait().exitStatus, 130);
+    EXPECT_EQ(command.Wait().signal, SIGINT);
     const auto files = FilesIn(directory.Path(L"out/second"));
     EXPECT_EQ(files.size(), 2U);
     for (const auto& [name, bytes] : files) EXPECT_EQ(bytes.size(), 16384U) << name;

@@ -106,11 +106,12 @@ package-windows: windows-app
 bench:
 	scripts/install-deps.sh build test bench
 	cmake --preset release -DSTALWICK_BUILD_BENCH=ON
-	cmake --build --preset release --target stalwick-convert ord_synth decoder_bench window_bench
+	cmake --build --preset release --target stalwick-convert ord_synth decoder_bench floor window_bench
 	build/release/bench/decoder_bench
 	bench/compare.sh build/release
 	bench/window.sh build/release
 	bench/memory.py build/release
+	bench/regressions.py build/release/bench/ratios.json
 
 screenshots:
 	scripts/install-deps.sh build test screenshots

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Times whole conversions for bench/compare.sh, which says what is measured."""
 
+import json
 import mmap
 import multiprocessing
 import os
@@ -14,9 +15,12 @@ from pathlib import Path
 
 REPEATS = int(os.environ.get("REPEATS", "7"))
 LONG = int(os.environ.get("SECONDS_LONG", "60"))
-CASES = os.environ.get("CASES", "channels blocks raw codecs length width short jobs").split()
+COLD_SECONDS = float(os.environ.get("COLD_SECONDS", "8"))
+CASES = os.environ.get("CASES", "channels raw cold codecs length width short jobs").split()
 build, work = Path(sys.argv[1]), Path(sys.argv[2])
 convert, synth = build / "cli/stalwick-convert", build / "tools/ord_synth/ord_synth"
+floor = build / "bench/floor"
+ratios = {}  # by name; less is better
 ONE_CORE = ["taskset", "-c", "1" if os.cpu_count() > 1 else "0"]
 
 
@@ -71,13 +75,25 @@ def remove(path):
         path.unlink(missing_ok=True)
 
 
-def interleave(commands, size):
-    """Runs {name: (its output, command)} in turns; the median of each figure by name."""
+def read_once(*paths):
+    """Brings what a run reads into memory, as the run before it may have pushed it out."""
+    for path in paths:
+        for file in path.rglob("*") if path.is_dir() else [path]:
+            if file.is_file():
+                file.read_bytes()
+
+
+def interleave(commands, size, inputs=()):
+    """Runs {name: (its output, command)} in turns; the median of each figure by name. A name that
+    ends in "cold" finds memory as it is some time after it was freed."""
     runs = {name: [] for name in commands}
     for _ in range(REPEATS):
         for name, (output, command) in commands.items():
             remove(output)
             warm(size * 4)
+            read_once(*inputs, *([work / "out"] if (work / "out").exists() else []))
+            if name.endswith("cold"):
+                time.sleep(COLD_SECONDS)
             runs[name].append(command())
     return {
         name: tuple(statistics.median(getattr(r, k) for r in list_) for k in ("wall", "cpu", "peak"))
@@ -109,30 +125,69 @@ def copying():
     return copy, run
 
 
-def against_cp(title, recording, *options):
+def at_the_floor(recording):
+    """The floor of a recording whose outputs are in work/out."""
+    sizes = work / f"{recording.stem}.sizes"
+    outputs = (work / "out" / recording.stem).iterdir()
+    sizes.write_text("".join(f"{p.stat().st_size} {p.name}\n" for p in sorted(outputs)))
+    target = work / "floor"
+
+    def run():
+        result = Run([floor, recording, target, sizes])
+        remove(target)
+        return result
+
+    return target, run
+
+
+def against_floor(title, recording, *options):
     size = converted([recording], *options)
     result = interleave(
         {
             "alone": converting([recording], *options, prefix=ONE_CORE),
             "threads": converting([recording], *options),
+            "floor": at_the_floor(recording),
             "cp": copying(),
         },
         size,
+        [recording],
     )
-    alone, threads, cp = result["alone"], result["threads"], result["cp"]
+    alone, threads, least, cp = (result[name] for name in ("alone", "threads", "floor", "cp"))
+    wall, cpu = threads[0] / least[0], alone[1] / least[1]
+    ratios[f"{title}: wall, all threads, of the floor's"] = wall
+    ratios[f"{title}: CPU, all threads, of the floor's"] = threads[1] / least[1]
+    ratios[f"{title}: CPU, 1 thread, of the floor's"] = cpu
+    ratios[f"{title}: peak memory, MB"] = threads[2]
     print(
-        f"| {title} | {alone[1] * 1e3:.0f} ms | {cp[1] * 1e3:.0f} ms | **{alone[1] / cp[1]:.2f}** "
-        f"| {threads[0] * 1e3:.0f} ms | {cp[0] * 1e3:.0f} ms | **{threads[0] / cp[0]:.2f}** "
+        f"| {title} | {least[0] * 1e3:.0f} ms | {threads[0] * 1e3:.0f} ms | **{wall:.2f}** "
+        f"| {least[1] * 1e3:.0f} ms | {alone[1] * 1e3:.0f} ms | **{cpu:.2f}** "
+        f"| {threads[1] / least[1]:.2f} | {cp[0] * 1e3:.0f} ms | {threads[0] / cp[0]:.2f} "
         f"| {threads[2]:.0f} MB |",
         flush=True,
     )
     remove(work / "out")
-    return result
 
 
 def table_head():
-    print("| recording, outputs | CPU, 1 thread | CPU, cp -r | ratio | wall, 2 threads | wall, cp -r | ratio | peak memory |")
-    print("|---|---|---|---|---|---|---|---|")
+    print("| recording, outputs | floor, wall | all threads, wall | ratio | floor, CPU | 1 thread, CPU "
+          "| ratio | all threads, CPU | cp -r, wall | all threads, wall | peak memory |")
+    print("|---|---|---|---|---|---|---|---|---|---|---|")
+
+
+def cold_memory(title, recording):
+    size = converted([recording])
+    runs = {}
+    for name, run in (("floor", at_the_floor(recording)), ("threads", converting([recording]))):
+        runs[f"{name}, warm"] = runs[f"{name}, cold"] = run
+    result = interleave(runs, size, [recording])
+    print("| memory | warm, wall | cold, wall | loss |\n|---|---|---|---|")
+    loss = {}
+    for name in ("floor", "threads"):
+        warmed, cold = result[f"{name}, warm"][0], result[f"{name}, cold"][0]
+        loss[name] = cold / warmed
+        print(f"| {title}, {name} | {warmed * 1e3:.0f} ms | {cold * 1e3:.0f} ms | {loss[name]:.2f} |", flush=True)
+    ratios[f"{title}: loss by cold memory, of the floor's"] = loss["threads"] / loss["floor"]
+    remove(work / "out")
 
 
 def codecs(recording, channels):
@@ -164,6 +219,8 @@ def codecs(recording, channels):
     own = result["stalwick-convert"][1]
     for name, (_, cpu, _) in result.items():
         print(f"| {name} | {cpu * 1e3:.0f} ms | {own / cpu:.2f} of it |", flush=True)
+        if name != "stalwick-convert":
+            ratios[f"{channels} channels: CPU, 1 thread, of {name}'s"] = own / cpu
     for left in work.glob("samples*"):
         left.unlink()
     remove(unpacked)
@@ -190,15 +247,19 @@ def jobs():
     size = converted(files)
     result = interleave(
         {
-            "one job, one thread": converting(files, prefix=ONE_CORE),
-            "one job, helper threads": converting(files),
-            "--jobs 2": converting(files, "--jobs", "2"),
+            "one job, one thread": converting(files, "--jobs", "1", prefix=ONE_CORE),
+            "one job, all threads": converting(files, "--jobs", "1"),
+            "a job for each core": converting(files, "--jobs", str(os.cpu_count())),
         },
         size,
+        files,
     )
     print("| 8 recordings of 10 s, 64 channels | wall | times as fast |\n|---|---|---|")
+    alone = result["one job, one thread"][0]
     for name, (wall, _, _) in result.items():
-        print(f"| {name} | {wall * 1e3:.0f} ms | {result['one job, one thread'][0] / wall:.2f} |", flush=True)
+        print(f"| {name} | {wall * 1e3:.0f} ms | {alone / wall:.2f} |", flush=True)
+    ratios["8 recordings: wall of a job for each core, of one thread's"] = (
+        result["a job for each core"][0] / alone)
     for path in files:
         path.unlink()
     remove(work / "out")
@@ -208,31 +269,35 @@ def main():
     cpu = re.search(r"model name\s*: (.*)", Path("/proc/cpuinfo").read_text())
     print(f"{cpu.group(1) if cpu else 'CPU'}, {os.cpu_count()} cores, {time.strftime('%Y-%m-%d')}, "
           f"load {os.getloadavg()[0]:.1f} at the start; medians of {REPEATS}\n")
-    c64 = record("c64", "-c", 64, "-s", LONG)
-    if {"channels", "blocks", "raw"} & set(CASES):
+    def c64():
+        return record("c64", "-c", 64, "-s", LONG)
+
+    def c256():
+        return record("c256", "-c", 256, "-s", LONG)
+
+    if {"channels", "raw"} & set(CASES):
         table_head()
     if "channels" in CASES:
-        against_cp(f"64 channels, {LONG} s, blocks of 5000", c64)
-        against_cp(f"256 channels, {LONG} s, blocks of 5000", record("c256", "-c", 256, "-s", LONG))
-    if "blocks" in CASES:
-        against_cp(f"64 channels, {LONG} s, blocks of 64", c64, "--block-records", "64")
-        against_cp(f"256 channels, {LONG} s, blocks of 64", record("c256", "-c", 256, "-s", LONG),
-                   "--block-records", "64")
+        against_floor(f"64 channels, {LONG} s", c64())
+        against_floor(f"256 channels, {LONG} s", c256())
     if "raw" in CASES:
-        against_cp(f"64 channels, {LONG} s, and the raw data file", c64, "--raw")
+        against_floor(f"64 channels, {LONG} s, and the raw data file", c64(), "--raw")
+    if "cold" in CASES:
+        print()
+        cold_memory(f"256 channels, {LONG} s", c256())
     if "codecs" in CASES:
         print()
-        codecs(c64, 64)
+        codecs(c64(), 64)
     if "length" in CASES:
         print()
         longer = record("c64long", "-c", 64, "-s", 4 * LONG)
         per_second = 64 * 30000
-        scaling("64 channels", {f"{LONG} s": (c64, LONG * per_second),
+        scaling("64 channels", {f"{LONG} s": (c64(), LONG * per_second),
                                 f"{4 * LONG} s": (longer, 4 * LONG * per_second)})
         longer.unlink()
     if "width" in CASES:
         print()
-        scaling("60 s" if LONG == 60 else f"{LONG} s",
+        scaling(f"{LONG} s",
                 {f"{n} channels": (record(f"c{n}", "-c", n, "-s", LONG), n * LONG * 30000)
                  for n in (32, 64, 128, 256)})
     if "short" in CASES:
@@ -241,6 +306,7 @@ def main():
     if "jobs" in CASES:
         print()
         jobs()
+    (build / "bench/ratios.json").write_text(json.dumps(ratios, indent=2) + "\n")
 
 
 main()

@@ -1,7 +1,5 @@
 #include "engine/data_processor.h"
 
-#include <iterator>
-
 #include "engine/file_conversion.h"
 
 namespace stalwick {
@@ -14,12 +12,18 @@ std::int32_t DataProcessor::ProcessFile(const std::vector<std::wstring>& files,
     bytesProcessed.store(0, std::memory_order_relaxed);
     bytesTotal.store(0, std::memory_order_relaxed);
     for (const std::wstring& path : files) {
-        FileConversion conversion(
-            *this, {path, outputDirectory, channelOptions, writeEvents == 1, writeRawData == 1},
-            settings_);
+        const FileConversionRequest request{path, outputDirectory, channelOptions, writeEvents == 1,
+                                            writeRawData == 1};
+        // Stands until there is a better one: what a conversion throws passes through.
+        lastAccount_ = {};
+        lastAccount_.failed = true;
+        lastAccount_.recording = path;
+        lastAccount_.outputDirectory = OutputDirectoryOf(request);
+        FileConversion conversion(*this, request, settings_);
         const std::int32_t status = conversion.Run();
-        const std::vector<ConversionDetail> details = conversion.TakeDetails();
-        details_.insert(details_.end(), details.begin(), details.end());
+        lastAccount_ = conversion.TakeAccount();
+        lastAccount_.failed = status != 0;
+        details_.insert(details_.end(), lastAccount_.details.begin(), lastAccount_.details.end());
         if (status != 0) return -1;
     }
     return 0;

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/conversion_detail.h"
+#include "engine/conversion_account.h"
 #include "writers/csc_file_writer_container.h"
 #include "writers/output_settings.h"
 
@@ -38,6 +38,11 @@ class DataProcessor {
     void ClearDetails() { details_.clear(); }
     std::vector<ConversionDetail> TakeDetails() { return std::exchange(details_, {}); }
 
+    // What became of the recording that was converted last; also where ProcessFile threw. The
+    // processor keeps an empty account when it is taken.
+    const ConversionAccount& LastAccount() const { return lastAccount_; }
+    ConversionAccount TakeAccount() { return std::exchange(lastAccount_, {}); }
+
     // Set to stop at the next block of data; the current file is then finished in order.
     std::atomic<std::uint8_t> cancelRequested{0};
     // Packets converted by the current call of ProcessFile.
@@ -50,6 +55,7 @@ class DataProcessor {
     OutputSettings settings_;
     std::wstring errorMessage_;
     std::vector<ConversionDetail> details_;
+    ConversionAccount lastAccount_;
 };
 
 }  // namespace stalwick

@@ -62,16 +62,24 @@ void CopyAsSigned(const Values& values, Target& target) {
 
 }  // namespace
 
+std::wstring OutputDirectoryOf(const FileConversionRequest& request) {
+    return request.outputDirectory + kPathSeparator + SplitPath(request.inputPath).name;
+}
+
 FileConversion::FileConversion(DataProcessor& processor, const FileConversionRequest& request,
                                const OutputSettings& settings)
     : processor_(processor),
       request_(request),
       conversionsAtOnce_(settings.conversionsAtOnce),
+      directory_(OutputDirectoryOf(request)),
       readsAhead_(UsesHelperThreads(settings)),
       queue_(MakeQueue(settings)),
       channelFiles_(settings, queue_.get()),
       eventFile_(settings),  // few and small blocks, whose failures end the conversion at once
-      rawDataFile_(settings, queue_.get()) {}
+      rawDataFile_(settings, queue_.get()) {
+    account_.recording = request.inputPath;
+    account_.outputDirectory = directory_;
+}
 
 std::int32_t FileConversion::Run() {
     if (PrepareOutputDirectory() != 0 || OpenInput() != 0 || OpenOutputs() != 0) return -1;
@@ -91,7 +99,6 @@ std::int32_t FileConversion::FailOutputs() {
 }
 
 std::int32_t FileConversion::PrepareOutputDirectory() {
-    directory_ = request_.outputDirectory + kPathSeparator + SplitPath(request_.inputPath).name;
     const SystemErrorCode code = EnsureOutputDirectory(directory_);
     if (code == 0) return 0;
     // The processor's error text stays as it was; only the detail tells.
@@ -109,8 +116,9 @@ std::int32_t FileConversion::OpenInput() {
                            L"; choose a recording that can be read");
         return Fail(reader_.GetErrorMessage());
     }
-    inputSize_ = reader_.FileSize();
-    processor_.bytesTotal.store(inputSize_, std::memory_order_relaxed);
+    account_.inputBytes = reader_.FileSize();
+    account_.adChannels = reader_.NumADChannels();
+    processor_.bytesTotal.store(account_.inputBytes, std::memory_order_relaxed);
     const bool tooManyChannels = reader_.NumADChannels() > kMostADChannels;
     if (!tooManyChannels && reader_.SamplingFrequency() != 0) return 0;
     // Nothing sane produces these; refused before an output file is made.
@@ -183,7 +191,10 @@ std::int32_t FileConversion::OpenRawDataFile() {
 std::int32_t FileConversion::ConvertSpans() {
     SpanReader spans(reader_, readsAhead_);
     for (bool endOfFile = false; !endOfFile;) {
-        if (processor_.cancelRequested.load(std::memory_order_relaxed) != 0) return 0;
+        if (processor_.cancelRequested.load(std::memory_order_relaxed) != 0) {
+            account_.canceled = true;
+            return 0;
+        }
         DecodedSpan& span = spans.Next();
         endOfFile = span.endOfFile;
         if (span.status != 0) {
@@ -194,6 +205,7 @@ std::int32_t FileConversion::ConvertSpans() {
         for (ORDDataPacket& packet : span.packets) {
             if (ConvertPacket(packet) != 0) return FailOutputs();
         }
+        account_.inputBytesRead = span.bytesRead;
         processor_.bytesProcessed.store(span.bytesRead, std::memory_order_relaxed);
     }
     ReportUnreadInput();
@@ -222,6 +234,7 @@ std::int32_t FileConversion::ConvertPacket(ORDDataPacket& packet) {
     // Ten samples' time whatever the packet holds. Kept (pinned by
     // FileConversion.RunningTimeCountsPacketsWithoutSamples).
     packetTime_ += recordPeriod_;
+    clock_.Count(packet.hardwareTimestamp);
     processor_.recordsProcessed.fetch_add(1, std::memory_order_relaxed);
     return 0;
 }
@@ -246,7 +259,7 @@ void FileConversion::WriteSensorValues(const ORDDataPacket& packet) {
 
 std::int32_t FileConversion::Finish() {
     if (channelFiles_.FinishCscFiles() != 0) return FailOutputs();
-    // What fails from here on changes no status text; TakeDetails tells of it.
+    // What fails from here on changes no status text; TakeAccount tells of it.
     if (request_.writeEvents) FinishEventFile();
     if (request_.writeRawData) rawDataFile_.Finish();
     reader_.Close();

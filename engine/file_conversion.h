@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "engine/data_processor.h"
+#include "engine/packet_clock.h"
 #include "ord/ord_file_reader.h"
 #include "writers/csc_file_writer_container.h"
 #include "writers/event_file_writer_container.h"
@@ -23,6 +24,9 @@ struct FileConversionRequest {
     bool writeRawData = false;
 };
 
+// The directory of the recording's outputs: named after it, below the request's.
+std::wstring OutputDirectoryOf(const FileConversionRequest& request);
+
 // The conversion of one recording: its reader, its writers, and the road of its packets. Lives as
 // long as that file is converted and is used by one thread. Others of its own may read ahead and
 // write behind.
@@ -35,14 +39,15 @@ class FileConversion {
     // is set only for the failures that have one.
     std::int32_t Run();
 
-    // Closes whatever is still open and says what the status text does not. Call it once, last.
-    std::vector<ConversionDetail> TakeDetails();
+    // Closes whatever is still open and says what became of the recording, but not whether it
+    // failed. Call it once, last.
+    ConversionAccount TakeAccount();
 
   private:
     std::int32_t Fail(const std::wstring& errorText);
     std::int32_t FailOutputs();
     void AddDetail(ConversionDetail::Kind kind, const std::wstring& text);
-    void AddInputDetail(ConversionDetail::Kind kind, const std::wstring& text);
+    ConversionDetail& AddInputDetail(ConversionDetail::Kind kind, const std::wstring& text);
 
     std::int32_t PrepareOutputDirectory();
     std::int32_t OpenInput();
@@ -59,6 +64,7 @@ class FileConversion {
     void ReportWhereItStopped(bool inLastBlock);
     void ReportUnreadInput();
     void ReportTrailingBytes();
+    void ReportOutputs();
     std::int32_t ConvertPacket(ORDDataPacket& packet);
     void WriteSensorValues(const ORDDataPacket& packet);
     std::int32_t Finish();
@@ -75,8 +81,7 @@ class FileConversion {
     EventFileWriterContainer eventFile_;
     RDFFileWriterContainer rawDataFile_;
     ORDFileReader reader_;
-    bool outputFailed_ = false;    // an output ended the conversion
-    std::uint64_t inputSize_ = 0;  // bytes when it was opened; 0 where that is not known
+    bool outputFailed_ = false;  // an output ended the conversion
 
     std::array<std::int16_t, kImuValues> baseImuValues_{};
     std::array<std::int16_t, kImuValues> afeImuValues_{};
@@ -84,7 +89,8 @@ class FileConversion {
     std::vector<std::uint8_t> ttlValues_;
     double packetTime_ = 0.0;    // microseconds, of the packet without a hardware timestamp
     double recordPeriod_ = 0.0;  // microseconds that ten samples span
-    std::vector<ConversionDetail> details_;
+    PacketClock clock_;
+    ConversionAccount account_;
 };
 
 }  // namespace stalwick

@@ -6,60 +6,72 @@
 
 #include "platform/system_error.h"
 #include "platform/text_encoding.h"
+#include "writers/timestamps.h"
 
 namespace stalwick {
 
-void FileConversion::AddDetail(ConversionDetail::Kind kind, const std::wstring& text) {
-    details_.push_back({kind, text});
+using Cause = ConversionDetail::Cause;
+using Kind = ConversionDetail::Kind;
+
+void FileConversion::AddDetail(Kind kind, const std::wstring& text) {
+    account_.details.push_back({kind, text});
 }
 
-void FileConversion::AddInputDetail(ConversionDetail::Kind kind, const std::wstring& text) {
+ConversionDetail& FileConversion::AddInputDetail(Kind kind, const std::wstring& text) {
     AddDetail(kind, OneLine(request_.inputPath) + L": " + text);
+    return account_.details.back();
 }
 
 void FileConversion::ReportOpenFileLimit(std::uint64_t needed, std::uint64_t limit) {
-    const bool besideOthers = conversionsAtOnce_ > 1;
-    AddInputDetail(ConversionDetail::Kind::kIncomplete,
-                   L"not converted: its " + std::to_wstring(CountOutputFiles()) +
-                       L" outputs are open at once" +
-                       (besideOthers ? L" beside those of the other jobs" : L"") +
-                       L", and this process may have " + std::to_wstring(limit) +
-                       L" files open; raise the limit (ulimit -n " + std::to_wstring(needed) +
-                       L") or choose fewer outputs" + (besideOthers ? L" or --jobs" : L""));
+    const wchar_t* const besideOthers =
+        conversionsAtOnce_ > 1 ? L" beside those of the other recordings" : L"";
+    ConversionDetail& detail = AddInputDetail(
+        Kind::kIncomplete, L"not converted: its " + std::to_wstring(CountOutputFiles()) +
+                               L" outputs are open at once" + besideOthers +
+                               L", and this process may have " + std::to_wstring(limit) +
+                               L" files open; raise the limit to " + std::to_wstring(needed) +
+                               L" or choose fewer outputs");
+    detail.cause = Cause::kOpenFileLimit;
+    detail.openFilesNeeded = needed;
 }
 
 void FileConversion::ReportWhereItStopped(bool inLastBlock) {
     const std::wstring reason = reader_.SystemError() != 0 ? SystemErrorText(reader_.SystemError())
                                                            : reader_.GetErrorMessage();
-    std::wstring advice =
-        L"; the outputs end with what had been written before and say that they were not closed; "
-        L"stalwick-convert --block-records 1 writes every whole record before it";
+    const std::wstring place = L"conversion stopped at byte " +
+                               std::to_wstring(reader_.NextPacketPosition()) + L": " + reason;
     if (inLastBlock && reader_.SystemError() == 0) {
         // Nothing is damaged: the last block has the one length that is refused.
-        advice =
-            L"; the recording ends there in a block of a length that is always refused: add one "
-            L"zero byte to the end of a copy and convert the copy; a packet that lacks just its "
-            L"last byte would take it for that";
+        AddInputDetail(
+            Kind::kIncomplete,
+            place +
+                L"; the recording ends there in a block of a length that is always refused: "
+                L"add one zero byte to the end of a copy and convert the copy; a packet that "
+                L"lacks just its last byte would take it for that");
+        return;
     }
-    AddInputDetail(ConversionDetail::Kind::kIncomplete,
-                   L"conversion stopped at byte " + std::to_wstring(reader_.NextPacketPosition()) +
-                       L": " + reason + advice);
+    AddInputDetail(Kind::kIncomplete,
+                   place +
+                       L"; the outputs end with what had been written before and say that "
+                       L"they were not closed; look for a whole copy of the recording")
+        .cause = Cause::kStoppedInTheMiddle;
 }
 
 void FileConversion::ReportUnreadInput() {
     const std::uint64_t bytesRead = reader_.BytesRead();
-    if (bytesRead < inputSize_) {
-        AddInputDetail(ConversionDetail::Kind::kIncomplete,
-                       L"it had " + std::to_wstring(inputSize_) + L" bytes and ended after " +
-                           std::to_wstring(bytesRead) +
+    if (bytesRead < account_.inputBytes) {
+        AddInputDetail(Kind::kIncomplete,
+                       L"it had " + std::to_wstring(account_.inputBytes) +
+                           L" bytes and ended after " + std::to_wstring(bytesRead) +
                            L": it was cut while it was read; convert it again from a whole copy");
     } else if (reader_.FileSize() > bytesRead) {
-        AddInputDetail(ConversionDetail::Kind::kIncomplete,
-                       L"it has grown while it was read, what came behind byte " +
+        AddInputDetail(Kind::kIncomplete,
+                       L"it has grown while it was read, what came after byte " +
                            std::to_wstring(bytesRead) +
                            L" is missing; convert it again when the recorder has finished it");
     } else if (bytesRead < kHeaderBlockSize) {
-        AddInputDetail(ConversionDetail::Kind::kNote,
+        // No recorder leaves that: every recording begins with a whole header block.
+        AddInputDetail(Kind::kLoss,
                        L"it ends after " + std::to_wstring(bytesRead) +
                            L" bytes, inside its header, and holds no data: the recording was cut "
                            L"short; look for a whole copy");
@@ -67,45 +79,59 @@ void FileConversion::ReportUnreadInput() {
     ReportTrailingBytes();
 }
 
-// No output is less than it should be: nobody can tell what these bytes were. The status stays.
 void FileConversion::ReportTrailingBytes() {
     if (reader_.UnconsumedBytes() == 0) return;
-    const wchar_t* const cause =
-        reader_.EndsInACutPacket()
-            ? L"the recording was cut short or is damaged there"
-            : L"no packet begins there: the recording is damaged, unless something else stands "
-              L"behind its end, and packets behind the damage are lost; look for a whole copy";
-    AddInputDetail(ConversionDetail::Kind::kNote,
-                   std::to_wstring(reader_.UnconsumedBytes()) + L" trailing bytes from byte " +
-                       std::to_wstring(reader_.NextPacketPosition()) +
-                       L" on were not a whole packet and were left out; " + cause);
+    const std::wstring position = std::to_wstring(reader_.NextPacketPosition());
+    const std::wstring trailing = std::to_wstring(reader_.UnconsumedBytes()) +
+                                  L" trailing bytes from byte " + position + L" on were left out";
+    if (reader_.EndsInACutPacket()) {
+        AddInputDetail(Kind::kNote, L"it ends inside a packet: " + trailing +
+                                        L"; that is all right if the recorder was switched off, "
+                                        L"else look for a whole copy");
+    } else {
+        AddInputDetail(Kind::kLoss,
+                       L"damaged at byte " + position + L", no packet begins there: " + trailing +
+                           L" and the packets in them are lost; look for a whole copy, unless "
+                           L"something else stands after the recording's end");
+    }
 }
 
-std::vector<ConversionDetail> FileConversion::TakeDetails() {
-    channelFiles_.fileIO.CloseAllOutputFiles();
-    eventFile_.fileIO.CloseAllOutputFiles();
+void FileConversion::ReportOutputs() {
     for (const auto* fileIO : {&channelFiles_.fileIO, &eventFile_.fileIO}) {
         for (const std::wstring& failure : fileIO->Failures()) {
-            AddDetail(ConversionDetail::Kind::kIncomplete, failure);
+            AddDetail(Kind::kIncomplete, failure);
         }
     }
     if (!rawDataFile_.Failure().empty()) {
-        AddDetail(ConversionDetail::Kind::kIncomplete,
-                  L"RawData.vrd is incomplete: " + rawDataFile_.Failure());
+        AddDetail(Kind::kIncomplete, L"RawData.vrd is incomplete: " + rawDataFile_.Failure());
     }
     if (outputFailed_) {
         // The files named above are not the only ones: nothing more was written to any.
-        AddInputDetail(ConversionDetail::Kind::kIncomplete,
-                       std::wstring(L"not converted whole: ") + kOutputsMayLackTheirEnd +
-                           L"; convert it again when the cause is removed");
+        AddInputDetail(Kind::kIncomplete, std::wstring(L"not converted whole: ") +
+                                              kOutputsMayLackTheirEnd +
+                                              L"; convert it again when the cause is removed");
     }
     if (channelFiles_.timestampsSaturated || eventFile_.timestampsSaturated ||
         rawDataFile_.timestampsSaturated) {
-        AddInputDetail(ConversionDetail::Kind::kNote,
-                       L"timestamps beyond the 64-bit range were held at its end; check "
-                       L"-UTCOffsetMicroseconds and -SamplingFrequency in its header");
+        AddInputDetail(Kind::kNote,
+                       L"timestamps beyond the 64-bit range were held at its end; "
+                       L"check -UTCOffsetMicroseconds and -SamplingFrequency in its "
+                       L"header");
     }
-    return std::move(details_);
+}
+
+ConversionAccount FileConversion::TakeAccount() {
+    channelFiles_.fileIO.CloseAllOutputFiles();
+    eventFile_.fileIO.CloseAllOutputFiles();
+    ReportOutputs();
+    OutputTotals totals = channelFiles_.fileIO.Totals();
+    totals += eventFile_.fileIO.Totals();
+    totals += rawDataFile_.Totals();
+    account_.outputFiles = totals.files;
+    account_.outputBytes = totals.bytes;
+    account_.packets = clock_.Packets();
+    account_.durationSeconds = clock_.Seconds(recordPeriod_ / kMicrosecondsPerSecond);
+    return std::move(account_);
 }
 
 }  // namespace stalwick

@@ -16,7 +16,7 @@ const wchar_t* AdviceFor(SystemErrorKind kind) {
         case SystemErrorKind::kNoSpace:
             return L"free some space or choose another directory";
         case SystemErrorKind::kTooManyOpenFiles:
-            return L"raise the limit of open files (ulimit -n)";
+            return L"raise the limit of open files";
         case SystemErrorKind::kAccessDenied:
             return L"choose a directory that you may write to";
         case SystemErrorKind::kAlreadyExists:
@@ -80,7 +80,7 @@ bool DataFile::Check(SystemErrorCode code, const wchar_t* action) noexcept {
 SystemErrorCode DataFile::Create(const std::wstring& path) {
     path_ = path;
     const SystemErrorCode code = file_.CreateExclusive(path);
-    Check(code, L"create");
+    created_ = Check(code, L"create");
     return code;
 }
 
@@ -94,7 +94,9 @@ bool DataFile::SetHeader(std::string_view text, std::size_t mostBytes) {
     if (!Sync()) return false;
     std::vector<char> block(kOutputHeaderSize);
     std::memcpy(block.data(), text.data(), text.size());
-    return Check(file_.WriteAt(0, block.data(), block.size()), L"write");
+    if (!Check(file_.WriteAt(0, block.data(), block.size()), L"write")) return false;
+    hasHeader_ = true;
+    return true;
 }
 
 bool DataFile::Sync() {
@@ -124,6 +126,11 @@ void DataFile::PerformAppend(const void* data, std::size_t size) noexcept {
     hasUnsyncedData_ = true;
     // The disk begins with it now, so that the wait before the final header is short.
     if (settings_.syncBeforeFinalHeader) file_.StartWriteBack(offset, size);
+}
+
+OutputTotals DataFile::Totals() const {
+    CompleteAppends();
+    return {created_ ? 1U : 0U, (hasHeader_ ? kOutputHeaderSize : 0) + dataSize_};
 }
 
 bool DataFile::Close() {

@@ -14,6 +14,18 @@ namespace stalwick {
 
 inline constexpr std::size_t kOutputHeaderSize = 16384;  // bytes of header text, zero padded
 
+// What was created and written, header blocks included.
+struct OutputTotals {
+    std::uint64_t files = 0;
+    std::uint64_t bytes = 0;
+
+    OutputTotals& operator+=(const OutputTotals& other) {
+        files += other.files;
+        bytes += other.bytes;
+        return *this;
+    }
+};
+
 // One output file: a header block that can be rewritten, and data that only grow behind it. Every
 // kind of output has this shape (docs/output-files.md).
 //
@@ -52,6 +64,9 @@ class DataFile final : private WriteTarget {
     // Waits until the appended data are on the disk, unless the settings say otherwise.
     bool Sync();
 
+    // Nothing where the file was never created; also after Close.
+    OutputTotals Totals() const;
+
   private:
     void PerformAppend(const void* data, std::size_t size) noexcept override;
     bool Failed() const { return failed_.load(std::memory_order_acquire); }
@@ -62,6 +77,8 @@ class DataFile final : private WriteTarget {
     WriteQueue* queue_;  // null: Append writes at once
     OutputFile file_;
     std::wstring path_;
+    bool created_ = false;
+    bool hasHeader_ = false;
     std::uint64_t dataSize_ = 0;
     bool hasUnsyncedData_ = false;
     // What failed, kept without a byte of memory: a full disk may come with a full memory.

@@ -45,6 +45,8 @@ class RDFFileWriterContainer : public FileWriterContainer {
     // Why the file is incomplete, in one line; empty while it is not.
     std::wstring Failure() const { return file_->FailureText(); }
 
+    OutputTotals Totals() const { return file_->Totals(); }
+
     std::uint32_t adChannelCount = 0;
     bool timestampsSaturated = false;
 

@@ -102,7 +102,9 @@ VtxRetVal VtxFileIO::SyncFiles() {
 VtxRetVal VtxFileIO::CloseAllOutputFiles() {
     bool succeeded = true;
     for (const auto& file : files_) {
-        if (file->Close()) continue;
+        const bool closed = file->Close();
+        closedTotals_ += file->Totals();
+        if (closed) continue;
         succeeded = false;
         closedFailures_.push_back(file->FailureText());
     }
@@ -116,6 +118,12 @@ std::vector<std::wstring> VtxFileIO::Failures() const {
         if (!file->FailureText().empty()) failures.push_back(file->FailureText());
     }
     return failures;
+}
+
+stalwick::OutputTotals VtxFileIO::Totals() const {
+    stalwick::OutputTotals totals = closedTotals_;
+    for (const auto& file : files_) totals += file->Totals();
+    return totals;
 }
 
 }  // namespace Veltrosyn

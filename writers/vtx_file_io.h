@@ -58,6 +58,9 @@ class VtxFileIO {
     // Why files of this object failed, a line each.
     std::vector<std::wstring> Failures() const;
 
+    // Of all files that this object created, also after they were closed.
+    stalwick::OutputTotals Totals() const;
+
   private:
     stalwick::DataFile* Find(int handle);
     VtxDataTypes::VtxRetVal Append(int handle, const void* records, int length);
@@ -66,6 +69,7 @@ class VtxFileIO {
     stalwick::WriteQueue* queue_;
     std::vector<std::unique_ptr<stalwick::DataFile>> files_;  // a handle is a position here
     std::vector<std::wstring> closedFailures_;
+    stalwick::OutputTotals closedTotals_;
 };
 
 }  // namespace Veltrosyn

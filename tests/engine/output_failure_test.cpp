@@ -100,7 +100,7 @@ TEST(OutputFailure, TooManyOpenFilesFailAndTellOfTheLimit) {
     };
     const EngineRun run = RunEngine(directory, FullRecording(), AllOutputs());
     EXPECT_EQ(run.statusText, L"Processing failed");
-    EXPECT_TRUE(Tells(run, L"ulimit -n")) << DetailsOf(run);
+    EXPECT_TRUE(Tells(run, L"raise the limit of open files")) << DetailsOf(run);
     EXPECT_EQ(run.files.size(), 19U);
     EXPECT_EQ(calls.openCount, 0U);
 }
@@ -115,10 +115,10 @@ TEST(OutputFailure, TooManyOpenFilesOfAllJobsTellHowManyAreNeeded) {
     const EngineRun run = RunEngine(directory, FullRecording(), AllOutputs(), settings);
     EXPECT_EQ(run.statusText, L"Processing failed");
     // 32 + 9 + 9 + 1 channel files, events, raw data and the recording; and 64 for all else.
-    EXPECT_TRUE(Tells(run, L"its 53 outputs are open at once beside those of the other jobs"))
+    EXPECT_TRUE(Tells(run, L"its 53 outputs are open at once beside those of the other recordings"))
         << DetailsOf(run);
-    EXPECT_TRUE(Tells(run, L"ulimit -n 108000000064) or choose fewer outputs or --jobs"))
-        << DetailsOf(run);
+    EXPECT_EQ(run.details.front().cause, ConversionDetail::Cause::kOpenFileLimit);
+    EXPECT_EQ(run.details.front().openFilesNeeded, 108'000'000'064U);
 }
 
 // The disk is full after so many bytes of records. Every outcome must be told.

@@ -135,7 +135,7 @@ TEST(StreamLength, TheAdviceTellsOfAPacketThatLacksOneByte) {
     EXPECT_TRUE(ConvertsLikeTheReference(recording, AllOutputs()));
 }
 
-TEST(StreamLength, DamageIsToldWithItsPlaceAndHowToKeepTheMostOfIt) {
+TEST(StreamLength, DamageIsReportedWithItsPlaceAndItsCause) {
     const std::string recording =
         Version1Header(32).Block() + PlainPackets(3) + std::string(60000, 'x');
     const TempDirectory directory;
@@ -143,7 +143,7 @@ TEST(StreamLength, DamageIsToldWithItsPlaceAndHowToKeepTheMostOfIt) {
     ASSERT_EQ(run.details.size(), 1U);
     const std::wstring& text = run.details[0].text;
     EXPECT_NE(text.find(L"stopped at byte " + std::to_wstring(16384 + 33)), std::wstring::npos);
-    EXPECT_NE(text.find(L"--block-records 1"), std::wstring::npos);
+    EXPECT_EQ(run.details[0].cause, ConversionDetail::Cause::kStoppedInTheMiddle);
 }
 
 TEST(StreamLength, BlocksOfOneRecordKeepEveryWholeRecordBeforeTheDamage) {
@@ -188,19 +188,20 @@ TEST(StreamLength, TrailingBytesAreNamedInTheDetails) {
                   ReferenceConvertOptions());
     EXPECT_EQ(run.statusText, L"Processing complete");
     ASSERT_EQ(run.details.size(), 1U);
-    EXPECT_EQ(run.details[0].kind, ConversionDetail::Kind::kNote);
+    EXPECT_EQ(run.details[0].kind, ConversionDetail::Kind::kLoss);
+    EXPECT_NE(run.details[0].text.find(L"damaged at byte 16417"), std::wstring::npos);
     EXPECT_NE(run.details[0].text.find(L"41 trailing bytes from byte 16417"), std::wstring::npos);
     EXPECT_NE(run.details[0].text.find(L"no packet begins there"), std::wstring::npos);
 }
 
-std::wstring DetailOfTrailing(const std::string& bytes) {
+ConversionDetail DetailOfTrailing(const std::string& bytes) {
     const TempDirectory directory;
     const EngineRun run =
         RunEngine(directory, Version1Header(256).Block() + PlainPackets(3) + bytes,
                   ReferenceConvertOptions());
     EXPECT_EQ(run.statusText, L"Processing complete");
     EXPECT_EQ(run.details.size(), 1U);
-    return run.details.empty() ? L"" : run.details[0].text;
+    return run.details.empty() ? ConversionDetail() : run.details[0];
 }
 
 TEST(StreamLength, PacketThatLacksItsEndIsToldApartFromDamage) {
@@ -209,15 +210,20 @@ TEST(StreamLength, PacketThatLacksItsEndIsToldApartFromDamage) {
     const std::string whole = EncodePacket(MakeRandomPacket(
         random, {3, {}, true, true, true, true, true, true, 40, std::uint8_t{15}, true}));
     for (const std::size_t length : {std::size_t{1}, std::size_t{10}, whole.size() - 1}) {
-        EXPECT_NE(DetailOfTrailing(whole.substr(0, length)).find(L"cut short or is damaged"),
+        const ConversionDetail detail = DetailOfTrailing(whole.substr(0, length));
+        EXPECT_EQ(detail.kind, ConversionDetail::Kind::kNote) << length;
+        EXPECT_NE(detail.text.find(L"it ends inside a packet: " + std::to_wstring(length) +
+                                   L" trailing bytes from byte 16417 on"),
                   std::wstring::npos)
             << length;
     }
-    // Longer than any packet, though it begins like one; and packets behind a byte too many.
+    // Longer than any packet, though it begins like one; and packets after a byte too many.
     std::string tooLong(5133, '\xff');
     tooLong.front() = '\x04';
     for (const std::string& damage : {tooLong, std::string(1, 'x').append(PlainPackets(100))}) {
-        EXPECT_NE(DetailOfTrailing(damage).find(L"no packet begins"), std::wstring::npos);
+        const ConversionDetail detail = DetailOfTrailing(damage);
+        EXPECT_EQ(detail.kind, ConversionDetail::Kind::kLoss);
+        EXPECT_NE(detail.text.find(L"no packet begins"), std::wstring::npos);
     }
 }
 
@@ -227,7 +233,7 @@ TEST(StreamLength, RecordingThatEndsInItsHeaderIsToldAsCut) {
         RunEngine(directory, Version1Header(4).Block().substr(0, 5000), ReferenceConvertOptions());
     EXPECT_EQ(run.statusText, L"Processing complete");
     ASSERT_EQ(run.details.size(), 1U);
-    EXPECT_EQ(run.details[0].kind, ConversionDetail::Kind::kNote);
+    EXPECT_EQ(run.details[0].kind, ConversionDetail::Kind::kLoss);
     EXPECT_NE(run.details[0].text.find(L"it ends after 5000 bytes, inside its header"),
               std::wstring::npos);
 }

@@ -82,25 +82,31 @@ bool ReadADSamples(ByteReader& bytes, std::uint32_t numChannels, std::uint32_t s
     return true;
 }
 
-// Reads everything behind the head; false when a block is cut short.
-bool ReadBlocks(ByteReader& bytes, std::uint8_t flags, ORDDataPacket& packet,
-                const DecodeOptions& options, bool samplesOverridden) {
+// Reads everything after the head; says which block is cut short, if one is.
+PacketRefusal ReadBlocks(ByteReader& bytes, std::uint8_t flags, ORDDataPacket& packet,
+                         const DecodeOptions& options, bool samplesOverridden) {
     const std::uint32_t numChannels = 32U << packet.channelCountCode;
     // A 256-channel packet has 5 state bytes, yet 10 samples a channel where the caller overrides.
     const std::uint32_t stateCount =
         numChannels == kMostADChannels ? kStatesPerWidestPacket : kSamplesPerPacket;
     const std::uint32_t sampleCount = samplesOverridden ? kSamplesPerPacket : stateCount;
 
-    if (PacketsCarryTimestamps(options) && !ReadTimestamp(bytes, packet)) return false;
+    using enum PacketRefusal;
+    if (PacketsCarryTimestamps(options) && !ReadTimestamp(bytes, packet)) return kCutInTimestamp;
     if ((flags & kFlagChannelMask) != 0 && !ReadChannelMask(bytes, numChannels / 8, packet)) {
-        return false;
+        return kCutInMask;
     }
     const bool statePerSample = (flags & kFlagStatePerSample) != 0;
-    if (!ReadStates(bytes, statePerSample ? stateCount : 1, packet)) return false;
-    if ((flags & kFlagBaseIMU) != 0 && !ReadValues(bytes, packet.baseIMU)) return false;
-    if ((flags & kFlagAfeIMU) != 0 && !ReadValues(bytes, packet.afeIMU)) return false;
-    if ((flags & kFlagUltrasonic) != 0 && !ReadValues(bytes, packet.ultrasonic)) return false;
-    return (flags & kFlagADSamples) == 0 || ReadADSamples(bytes, numChannels, sampleCount, packet);
+    if (!ReadStates(bytes, statePerSample ? stateCount : 1, packet)) return kCutInStates;
+    if ((flags & kFlagBaseIMU) != 0 && !ReadValues(bytes, packet.baseIMU)) return kCutInBaseIMU;
+    if ((flags & kFlagAfeIMU) != 0 && !ReadValues(bytes, packet.afeIMU)) return kCutInAfeIMU;
+    if ((flags & kFlagUltrasonic) != 0 && !ReadValues(bytes, packet.ultrasonic)) {
+        return kCutInUltrasonic;
+    }
+    if ((flags & kFlagADSamples) != 0 && !ReadADSamples(bytes, numChannels, sampleCount, packet)) {
+        return kCutInSamples;
+    }
+    return kNone;
 }
 
 }  // namespace
@@ -110,20 +116,28 @@ bool PacketsCarryTimestamps(const DecodeOptions& options) {
                                    options->fileVersionNumber >= kFirstTimestampVersion);
 }
 
+PacketParse TryParsePacket(std::span<const std::uint8_t> span, ORDDataPacket& packet,
+                           const DecodeOptions& options,
+                           std::optional<std::uint32_t> samplesOverride) {
+    packet.Reset();
+    const std::uint8_t* const start = span.data();
+    if (!span.empty() && *start != kDataPacketType) return {start, PacketRefusal::kWrongType};
+    if (span.size() < kShortestPacketSize) return {start, PacketRefusal::kTooShort};
+
+    ByteReader bytes(start, span.size());
+    const std::uint8_t flags = start[1];
+    ReadHead(bytes, packet);
+    const PacketRefusal refusal =
+        ReadBlocks(bytes, flags, packet, options, samplesOverride.has_value());
+    if (refusal == PacketRefusal::kNone) return {bytes.at(), refusal};
+    packet.Reset();
+    return {start, refusal};
+}
+
 const std::uint8_t* ParseDataPacket(const std::uint8_t* data, std::size_t length,
                                     ORDDataPacket& packet, const DecodeOptions& options,
                                     std::optional<std::uint32_t> samplesOverride) {
-    packet.Reset();
-    if (length < kShortestPacketSize || data[0] != kDataPacketType) return data;
-
-    ByteReader bytes(data, length);
-    const std::uint8_t flags = data[1];
-    ReadHead(bytes, packet);
-    if (!ReadBlocks(bytes, flags, packet, options, samplesOverride.has_value())) {
-        packet.Reset();
-        return data;
-    }
-    return bytes.at();
+    return TryParsePacket({data, length}, packet, options, samplesOverride).end;
 }
 
 namespace {

@@ -3,12 +3,34 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "ord/decode_options.h"
 #include "ord/ord_data_packet.h"
 
 namespace stalwick {
+
+// Why bytes were not taken as a packet: they do not begin with the packet type byte, or they end
+// inside a packet, and where.
+enum class PacketRefusal {
+    kNone,
+    kWrongType,
+    kTooShort,  // for a head and a state byte
+    kCutInTimestamp,
+    kCutInMask,
+    kCutInStates,
+    kCutInBaseIMU,
+    kCutInAfeIMU,
+    kCutInUltrasonic,
+    kCutInSamples
+};
+
+// The position after a packet; or, with the reason, the position where it should have begun.
+struct PacketParse {
+    const std::uint8_t* end = nullptr;
+    PacketRefusal refusal = PacketRefusal::kNone;
+};
 
 // Decodes whole packets from `data` until one is incomplete or does not begin with the packet
 // type byte; a packet must begin where the one before it ended. `packets` is reused: it ends with
@@ -29,8 +51,13 @@ const std::uint8_t* ProcessDataBuffer(const std::uint8_t* data, std::size_t leng
                                       std::optional<std::uint32_t> samplesOverride,
                                       std::vector<ORDDataPacket>& spares);
 
-// Decodes one packet and returns the position after it; `data`, with `packet` blank, when there
-// is no whole packet.
+// Decodes the packet that begins with the span; `packet` is blank when it was refused.
+[[nodiscard]] PacketParse TryParsePacket(std::span<const std::uint8_t> span, ORDDataPacket& packet,
+                                         const DecodeOptions& options,
+                                         std::optional<std::uint32_t> samplesOverride);
+
+// The same without the reason: returns the position after the packet; `data`, with `packet` blank,
+// when there is no whole packet.
 const std::uint8_t* ParseDataPacket(const std::uint8_t* data, std::size_t length,
                                     ORDDataPacket& packet, const DecodeOptions& options,
                                     std::optional<std::uint32_t> samplesOverride);

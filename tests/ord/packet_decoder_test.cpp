@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -238,6 +239,54 @@ TEST(PacketDecoder, ReusedPacketKeepsNothingOfTheOneBefore) {
     Process(bare, packets);
     ASSERT_EQ(packets.size(), 1U);
     EXPECT_EQ(packets[0], Parse(bare).packet);
+}
+
+// A packet of 32 channels with every block, and where each of its blocks begins.
+PacketPlan PlanWithEveryBlock() {
+    RandomPacketShape shape;
+    shape.hardwareTimestamp = 5;
+    shape.channelMask = shape.stateBytePerSample = true;
+    shape.baseImu = shape.afeImu = shape.ultrasonic = true;
+    return RandomPlan(shape);
+}
+
+PacketRefusal RefusalOf(std::string_view bytes) {
+    const std::vector<std::uint8_t> span(bytes.begin(), bytes.end());
+    ORDDataPacket packet;
+    const PacketParse parse = TryParsePacket(span, packet, kVersion2, 10);
+    EXPECT_EQ(parse.end == span.data(), parse.refusal != PacketRefusal::kNone);
+    return parse.refusal;
+}
+
+TEST(PacketDecoder, RefusalNamesTheBlockInWhichThePacketIsCut) {
+    const std::string bytes = EncodePacket(PlanWithEveryBlock());
+    struct Block {
+        PacketRefusal refusal;
+        std::size_t end;  // bytes from the packet's first one
+    };
+    // Head and state byte; timestamp, mask, states, two inertial units, ultrasonic; samples.
+    const std::vector<Block> blocks = {
+        {PacketRefusal::kTooShort, 11},           {PacketRefusal::kCutInTimestamp, 18},
+        {PacketRefusal::kCutInMask, 22},          {PacketRefusal::kCutInStates, 32},
+        {PacketRefusal::kCutInBaseIMU, 50},       {PacketRefusal::kCutInAfeIMU, 68},
+        {PacketRefusal::kCutInUltrasonic, 208},   {PacketRefusal::kCutInSamples, bytes.size()},
+        {PacketRefusal::kNone, bytes.size() + 1},
+    };
+    std::size_t length = 0;
+    for (const Block& block : blocks) {
+        for (; length < block.end; ++length) {
+            EXPECT_EQ(RefusalOf(std::string_view(bytes).substr(0, length)), block.refusal)
+                << length;
+        }
+    }
+}
+
+TEST(PacketDecoder, RefusalOfAnotherTypeByteIsItsOwnAtAnyLength) {
+    std::string bytes = EncodePacket(PlanWithEveryBlock());
+    bytes.front() = 5;
+    for (const std::size_t length : {std::size_t{1}, std::size_t{10}, bytes.size()}) {
+        EXPECT_EQ(RefusalOf(bytes.substr(0, length)), PacketRefusal::kWrongType);
+    }
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 
 #include "cli/exit_status.h"
 #include "cli/usage_error.h"
-#include "platform/paths.h"
 #include "platform/program_version.h"
 #include "platform/text_encoding.h"
 
@@ -93,8 +92,8 @@ void Declare(CLI::App& app, RawOptions& options) {
         "(.vev) and a raw data file (.vrd), in a directory of its own for each.");
     app.add_option("FILE", options.files, "recordings to convert, in this order")->required();
     app.add_option("-o,--output-dir", options.outputDirectory,
-                   "where the directories of the outputs go; default: the directory of the last "
-                   "FILE; one level is created")
+                   "where the directories of the outputs go, one level is created; default: that "
+                   "of each FILE beside it")
         ->type_name("DIR");
     app.add_flag("--no-csc", options.noCsc, "no channel files for the A/D channels");
     app.add_flag("--base-imu", options.baseImu, "channel files of the base inertial unit");
@@ -116,8 +115,7 @@ void Declare(CLI::App& app, RawOptions& options) {
         ->capture_default_str();
     app.add_option("-j,--jobs", options.jobs,
                    "files converted side by side, 1 to 64; each takes its own memory: 5.2 MB a "
-                   "channel file and up to 60 MB, less with --block-records; files whose outputs "
-                   "share a directory take turns")
+                   "channel file and up to 60 MB, less with --block-records")
         ->type_name("N")
         ->transform(WholeNumber(1, kMostJobs))
         ->capture_default_str();
@@ -129,21 +127,11 @@ void Declare(CLI::App& app, RawOptions& options) {
     UncoverBrackets(app);
 }
 
-// The directory part of a path as the window shows it: without the last separator.
-std::wstring DirectoryOf(const std::wstring& path) {
-    const PathParts parts = SplitPath(path);
-    std::wstring directory = parts.directory;
-    if (directory.size() > 1) directory.pop_back();
-    if (parts.drive.empty() && directory.empty()) return L".";
-    return parts.drive + directory;
-}
-
 CommandLine ToCommandLine(const RawOptions& options) {
     CommandLine line;
     std::transform(options.files.begin(), options.files.end(), std::back_inserter(line.inputFiles),
                    FromUtf8);
-    line.outputDirectory = options.outputDirectory.empty() ? DirectoryOf(line.inputFiles.back())
-                                                           : FromUtf8(options.outputDirectory);
+    line.outputDirectory = FromUtf8(options.outputDirectory);
     const auto on = [](bool value) { return static_cast<std::uint8_t>(value ? 1 : 0); };
     line.channelOptions = {on(!options.noCsc), on(options.baseImu || options.all),
                            on(options.afeImu || options.all),

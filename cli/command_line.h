@@ -10,7 +10,7 @@ namespace stalwick {
 // What the command was asked for.
 struct CommandLine {
     std::vector<std::wstring> inputFiles;
-    std::wstring outputDirectory;
+    std::wstring outputDirectory;  // empty: the outputs of each file go beside it
     ChannelOptions channelOptions{};
     bool writeRawData = false;
     bool keepGoing = false;

@@ -3,26 +3,16 @@
 #include <algorithm>
 #include <future>
 #include <new>
+#include <utility>
 
 #include "engine/conversion_job.h"
 #include "platform/file_system.h"
-#include "platform/paths.h"
 #include "platform/processor_count.h"
 #include "platform/text_encoding.h"
 
 namespace stalwick {
 
 namespace {
-
-// The name of the file's output directory, without regard to the case of ASCII letters: some file
-// systems have none either.
-std::wstring DirectoryKey(const std::wstring& path) {
-    std::wstring name = SplitPath(path).name;
-    for (wchar_t& c : name) {
-        if (c >= L'A' && c <= L'Z') c = static_cast<wchar_t>(c - L'A' + L'a');
-    }
-    return name;
-}
 
 ConversionDetail OutOfMemoryDetail(const std::wstring& path) {
     return {ConversionDetail::Kind::kIncomplete,
@@ -33,18 +23,20 @@ ConversionDetail OutOfMemoryDetail(const std::wstring& path) {
 
 }  // namespace
 
-ConversionBatch::ConversionBatch(const CommandLine& commandLine)
-    : commandLine_(commandLine), outcomes_(commandLine.inputFiles.size()), end_(outcomes_.size()) {
+ConversionBatch::ConversionBatch(const CommandLine& commandLine,
+                                 std::vector<PlannedRecording> recordings)
+    : commandLine_(commandLine),
+      recordings_(std::move(recordings)),
+      outcomes_(recordings_.size()),
+      end_(outcomes_.size()) {
     // Jobs keep the cores busy by themselves; threads that write would only be in their way.
     if (commandLine_.jobs * 2 > UsableProcessors() && commandLine_.jobs > 1) {
         commandLine_.outputSettings.helperThreads = HelperThreads::kOff;
     }
     commandLine_.outputSettings.conversionsAtOnce = JobsAtOnce();
-    for (const std::wstring& path : commandLine_.inputFiles) {
+    for (const PlannedRecording& recording : recordings_) {
         processors_.push_back(std::make_unique<DataProcessor>(commandLine_.outputSettings));
-        bytesTotal_ += QueryFileSize(path);
-        directoryKeys_.push_back(DirectoryKey(path));
-        waiting_.push_back(waiting_.size());
+        bytesTotal_ += QueryFileSize(recording.path);
     }
 }
 
@@ -66,57 +58,35 @@ void ConversionBatch::Run() {
 
 void ConversionBatch::ConvertFiles() {
     while (const std::optional<std::size_t> index = BeginNextFile()) {
-        try {
-            ConvertFile(*index);
-        } catch (...) {
-            EndFile(*index);  // or files of the same directory would be waited for without end
-            throw;
-        }
-        EndFile(*index);
+        ConvertFile(*index);
+        if (outcomes_[*index].converted || commandLine_.keepGoing) continue;
+        // Files that stand before it in the list are converted all the same.
+        const std::lock_guard<std::mutex> lock(mutex_);
+        end_ = std::min(end_, *index);
     }
 }
 
-// The first file that may be begun now; waits for one. None when no file is left.
+// The next file; none where all are begun, or one before it has failed.
 std::optional<std::size_t> ConversionBatch::BeginNextFile() {
-    std::unique_lock<std::mutex> lock(mutex_);
-    for (;;) {
-        const auto isFree = [this](std::size_t i) {
-            return !busyDirectories_.contains(directoryKeys_[i]);
-        };
-        const auto next = std::find_if(waiting_.begin(), waiting_.end(), isFree);
-        if (waiting_.empty() || waiting_.front() >= end_) return std::nullopt;
-        if (next != waiting_.end() && *next < end_) {
-            const std::size_t index = *next;
-            waiting_.erase(next);
-            busyDirectories_.insert(directoryKeys_[index]);
-            filesStarted_.fetch_add(1, std::memory_order_relaxed);
-            return index;
-        }
-        changed_.wait(lock);
-    }
-}
-
-void ConversionBatch::EndFile(std::size_t index) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    busyDirectories_.erase(directoryKeys_[index]);
-    // Files that stand before it in the list are converted all the same.
-    if (!outcomes_[index].converted && !commandLine_.keepGoing) end_ = std::min(end_, index);
-    changed_.notify_all();
+    if (next_ >= end_) return std::nullopt;
+    filesStarted_.fetch_add(1, std::memory_order_relaxed);
+    return next_++;
 }
 
 void ConversionBatch::ConvertFile(std::size_t index) {
     DataProcessor& processor = *processors_[index];
     FileOutcome& outcome = outcomes_[index];
     ConversionJob job;
-    job.inputFiles = {commandLine_.inputFiles[index]};
+    job.inputFiles = {recordings_[index].path};
     job.processor = &processor;
-    job.outputDirectory = commandLine_.outputDirectory;
+    job.outputDirectory = recordings_[index].outputDirectory;
     job.channelOptions = commandLine_.channelOptions;
     job.writeRawData = commandLine_.writeRawData;
     job.onFinished = [&](const std::wstring& status) { outcome.status = status; };
     // Made beforehand: where memory runs out there is none for them.
     std::wstring outOfMemory = FromUtf8(kStatusOutOfMemory);
-    std::vector<ConversionDetail> details = {OutOfMemoryDetail(commandLine_.inputFiles[index])};
+    std::vector<ConversionDetail> details = {OutOfMemoryDetail(recordings_[index].path)};
     try {
         RunConversionJob(std::move(job));
         details.clear();

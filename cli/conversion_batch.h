@@ -1,16 +1,15 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "cli/command_line.h"
+#include "cli/conversion_plan.h"
 #include "engine/data_processor.h"
 
 namespace stalwick {
@@ -33,12 +32,11 @@ struct BatchProgress {
     std::uint64_t bytesTotal = 0;  // 0 where a size is not known
 };
 
-// Converts the files of a command line, each in a job of its own, as many side by side as the
-// command line says. Files whose outputs go to the same directory are converted one after another
-// in the list's order, so that their outputs get the same names as without jobs.
+// Converts recordings, each in a job of its own, as many side by side as the command line says. No
+// two of them may have one directory for their outputs.
 class ConversionBatch {
   public:
-    explicit ConversionBatch(const CommandLine& commandLine);
+    ConversionBatch(const CommandLine& commandLine, std::vector<PlannedRecording> recordings);
 
     // Converts; returns when all is done. Behind a file that failed no further one is begun, unless
     // the command line says to keep going. Call it once.
@@ -58,20 +56,17 @@ class ConversionBatch {
     std::uint32_t JobsAtOnce() const;
     void ConvertFiles();
     std::optional<std::size_t> BeginNextFile();
-    void EndFile(std::size_t index);
     void ConvertFile(std::size_t index);
 
     CommandLine commandLine_;
+    std::vector<PlannedRecording> recordings_;
     std::vector<std::unique_ptr<DataProcessor>> processors_;  // one for each file
     std::vector<FileOutcome> outcomes_;
-    std::vector<std::wstring> directoryKeys_;  // equal for files that share an output directory
     std::uint64_t bytesTotal_ = 0;
 
-    std::mutex mutex_;                        // of the fields below
-    std::vector<std::size_t> waiting_;        // files not begun, in the list's order
-    std::set<std::wstring> busyDirectories_;  // keys
-    std::condition_variable changed_;
-    std::size_t end_ = 0;  // no file from here on is begun any more
+    std::mutex mutex_;      // of the fields below
+    std::size_t next_ = 0;  // the first file that is not begun
+    std::size_t end_ = 0;   // no file from here on is begun any more
 
     std::atomic<std::size_t> filesStarted_{0};
     std::atomic<bool> canceled_{false};

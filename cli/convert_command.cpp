@@ -4,9 +4,12 @@
 #include <cstdio>
 #include <future>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "cli/command_line.h"
 #include "cli/conversion_batch.h"
+#include "cli/conversion_plan.h"
 #include "cli/exit_status.h"
 #include "cli/progress_bar.h"
 #include "engine/conversion_job.h"
@@ -83,16 +86,26 @@ void RunWatched(ConversionBatch& batch, const std::atomic<Interruption>& interru
     done.get();
 }
 
+// What is refused before anything starts, with the reason on standard error.
+bool IsPossible(const CommandLine& commandLine, const std::vector<PlannedRecording>& recordings) {
+    if (const std::wstring shared = DescribeSharedDirectory(recordings); !shared.empty()) {
+        PrintLine(stderr, L"stalwick-convert: " + shared);
+        return false;
+    }
+    const std::wstring& directory = commandLine.outputDirectory;
+    if (directory.empty()) return true;
+    const SystemErrorCode code = EnsureOutputDirectory(directory);
+    if (code == 0) return true;
+    PrintLine(stderr, OutputDirectoryErrorText(directory) + L" (" + SystemErrorText(code) + L")");
+    return false;
+}
+
 int Convert(const CommandLine& commandLine) {
     static std::atomic<Interruption> interruption{Interruption::kNone};
-    if (const SystemErrorCode code = EnsureOutputDirectory(commandLine.outputDirectory);
-        code != 0) {
-        PrintLine(stderr, OutputDirectoryErrorText(commandLine.outputDirectory) + L" (" +
-                              SystemErrorText(code) + L")");
-        return kExitUsage;
-    }
+    std::vector<PlannedRecording> recordings = PlanRecordings(commandLine);
+    if (!IsPossible(commandLine, recordings)) return kExitUsage;
     WatchInterruptions(interruption);
-    ConversionBatch batch(commandLine);
+    ConversionBatch batch(commandLine, std::move(recordings));
     RunWatched(batch, interruption, !commandLine.quiet);
     if (!commandLine.quiet) PrintDetails(batch);
     if (commandLine.keepGoing && !commandLine.quiet) PrintRecap(commandLine, batch);

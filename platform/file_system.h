@@ -22,6 +22,11 @@ std::uint64_t QueryFileSize(const std::wstring& path);
 // system cannot say.
 std::wstring AbsolutePath(const std::wstring& path);
 
+// The absolute path without links, `.` and `..`, so that two of the same place are equal; of a path
+// that does not exist only what does exist is resolved. The path itself where the system cannot
+// say.
+std::wstring ResolvedPath(const std::wstring& path);
+
 // Creates one level; its parent must exist.
 SystemErrorCode CreateDirectoryLevel(const std::wstring& path);
 

@@ -31,6 +31,12 @@ std::wstring AbsolutePath(const std::wstring& path) {
     return failed ? path : FromUtf8(absolute.native());
 }
 
+std::wstring ResolvedPath(const std::wstring& path) {
+    std::error_code failed;
+    const auto resolved = std::filesystem::weakly_canonical(ToUtf8(path), failed);
+    return failed ? path : FromUtf8(resolved.native());
+}
+
 SystemErrorCode CreateDirectoryLevel(const std::wstring& path) {
     constexpr mode_t kAllForAll = 0777;  // less the process's umask
     return ::mkdir(ToUtf8(path).c_str(), kAllForAll) == 0 ? 0 : errno;

@@ -1,5 +1,8 @@
 #include "platform/file_system.h"
 
+#include <filesystem>
+#include <system_error>
+
 #include "platform/windows/system_path.h"
 #include "platform/windows/windows_api.h"
 
@@ -30,6 +33,12 @@ std::wstring AbsolutePath(const std::wstring& path) {
     if (length == 0 || length >= capacity) return path;
     absolute.resize(length);
     return absolute;
+}
+
+std::wstring ResolvedPath(const std::wstring& path) {
+    std::error_code failed;
+    const auto resolved = std::filesystem::weakly_canonical(AbsolutePath(path), failed);
+    return failed ? AbsolutePath(path) : resolved.native();
 }
 
 SystemErrorCode CreateDirectoryLevel(const std::wstring& path) {

@@ -83,10 +83,8 @@ TEST(CommandLine, OutputDirectoryIsUsedAsItWasGiven) {
     EXPECT_EQ(Parsed({"--output-dir=x", "a"}).outputDirectory, L"x");
 }
 
-TEST(CommandLine, OutputDirectoryDefaultsToThatOfTheLastFile) {
-    EXPECT_EQ(Parsed({"x/a", "y/z/b"}).outputDirectory, L"y/z");
-    EXPECT_EQ(Parsed({"x/a", "b"}).outputDirectory, L".");
-    EXPECT_EQ(Parsed({"/b"}).outputDirectory, L"/");
+TEST(CommandLine, WithoutAnOutputDirectoryThereIsNone) {
+    EXPECT_EQ(Parsed({"x/a", "y/z/b"}).outputDirectory, L"");
 }
 
 TEST(CommandLine, ShortAndLongNamesMeanTheSame) {

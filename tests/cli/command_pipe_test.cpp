@@ -75,7 +75,7 @@ TEST(CommandPipe, SizesOfTheInputsAreLearntWithoutOpeningThem) {
     line.inputFiles = {directory.Path(L"a.ord"), directory.Path(L"b.ord")};
     // Opening the pipe would wait for a writer, and none ever comes.
     ::alarm(120);
-    const ConversionBatch batch(line);
+    const ConversionBatch batch(line, PlanRecordings(line));
     ::alarm(0);
     EXPECT_EQ(batch.Progress().bytesTotal, 1234U);
 }

@@ -130,16 +130,54 @@ TEST(Command, ControlCharactersOfAnArgumentAreWrittenOut) {
     EXPECT_EQ(result.error.find('\x1b'), std::string::npos);
 }
 
-TEST(Command, DefaultOutputDirectoryIsThatOfTheLastFile) {
+TEST(Command, WithoutAnOutputDirectoryOutputsStandBesideTheirRecording) {
     const Workplace place;
-    MakeDirectory(place.directory.Path(L"a"));
-    MakeDirectory(place.directory.Path(L"b"));
-    const std::string first = place.Put(L"a/one.ord", Recording());
-    const std::string second = place.Put(L"b/two.ord", Recording());
-    EXPECT_EQ(RunCommand({first, second}).exitStatus, 0);
-    EXPECT_EQ(NamesIn(place.directory.Path(L"a")), std::set<std::string>{"one.ord"});
-    EXPECT_EQ(NamesIn(place.directory.Path(L"b")),
-              (std::set<std::string>{"one", "two", "two.ord"}));
+    MakeDirectory(place.directory.Path(L"x"));
+    CommandSetup setup;
+    setup.workingDirectory = place.directory.Path();
+    place.Put(L"day1.ord", Recording());
+    place.Put(L"x/day1.ord", Recording());
+    EXPECT_EQ(RunCommand({"day1.ord", "x/day1.ord"}, setup).exitStatus, 0);
+    EXPECT_EQ(NamesIn(place.directory.Path()), (std::set<std::string>{"day1", "day1.ord", "x"}));
+    for (const wchar_t* name : {L"day1", L"x/day1"}) EXPECT_EQ(place.Outputs(name).size(), 33U);
+}
+
+TEST(Command, HeadersHoldFullPaths) {
+    const Workplace place;
+    CommandSetup setup;
+    setup.workingDirectory = place.directory.Path();
+    place.Put(L"rec.ord", Recording());
+    ASSERT_EQ(RunCommand({"--raw", "rec.ord"}, setup).exitStatus, 0);
+    ASSERT_EQ(RunCommand({"--raw", "-o", "out", "rec.ord"}, setup).exitStatus, 0);
+    for (const std::wstring name : {L"rec", L"out/rec"}) {
+        for (const auto& [file, bytes] : place.Outputs(name)) {
+            EXPECT_NE(bytes.find("-OriginalFileName \"" + place.Path(name) + "/" + file + "\"\r\n"),
+                      std::string::npos)
+                << file;
+        }
+    }
+}
+
+TEST(Command, TwoRecordingsForOneDirectoryAreRefusedBeforeAnythingStarts) {
+    const Workplace place;
+    MakeDirectory(place.directory.Path(L"x"));
+    const std::string first = place.Put(L"day1.ord", Recording());
+    const std::string second = place.Put(L"x/day1.ord", Recording());
+    const std::string other = place.Put(L"other.ord", Recording());
+    const auto before = NamesIn(place.directory.Path());
+    for (const auto& arguments :
+         {std::vector<std::string>{"-k", "-o", place.out, other, first, second},
+          std::vector<std::string>{other, first, other}}) {
+        const CommandResult result = RunCommand(arguments);
+        EXPECT_EQ(result.exitStatus, 2);
+        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(LineCount(result.error), 1) << result.error;
+        const bool twice = arguments.size() == 3;
+        EXPECT_NE(result.error.find(twice ? other + " is given twice" : first + " and " + second),
+                  std::string::npos)
+            << result.error;
+        EXPECT_EQ(NamesIn(place.directory.Path()), before);
+    }
 }
 
 TEST(Command, FileWithoutADirectoryIsConvertedWhereTheCommandRuns) {

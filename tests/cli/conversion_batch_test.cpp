@@ -58,7 +58,8 @@ TEST(ConversionBatch, JobsGiveTheSameFilesAsOneAfterAnother) {
             files.push_back(PutFile(directory, i, L"r" + std::to_wstring(i) + L".ord",
                                     Recording(static_cast<std::uint64_t>(i))));
         }
-        ConversionBatch batch(LineFor(directory, files, jobs));
+        const CommandLine line = LineFor(directory, files, jobs);
+        ConversionBatch batch(line, PlanRecordings(line));
         batch.Run();
         EXPECT_EQ(batch.Status(), L"Processing complete");
         for (int i = 0; i < 7; ++i) {
@@ -79,37 +80,16 @@ TEST(ConversionBatch, JobsGiveTheSameFilesAsOneAfterAnother) {
     }
 }
 
-TEST(ConversionBatch, FilesThatShareADirectoryTakeTurnsInTheirOrder) {
-    const TempDirectory directory;
-    std::vector<std::wstring> files;
-    for (int i = 0; i < 2; ++i) {
-        files.push_back(
-            PutFile(directory, i, L"same.ord", Recording(static_cast<std::uint64_t>(i))));
-    }
-    ConversionBatch batch(LineFor(directory, files, 4));
-    batch.Run();
-    EXPECT_EQ(batch.Status(), L"Processing complete");
-    const auto outputs = Outputs(directory, L"same");
-    ASSERT_EQ(outputs.size(), 66U);
-    for (int i = 0; i < 2; ++i) {
-        ReferenceConvertInput input;
-        input.recording = Recording(static_cast<std::uint64_t>(i));
-        const std::string name = i == 0 ? "CSC1.vcs" : "CSC1_01.vcs";
-        EXPECT_TRUE(
-            SameBytes(outputs.at(name).substr(kOrdHeaderBytes),
-                      ReferenceConvert(input).files.at("CSC1.vcs").substr(kOrdHeaderBytes)));
-    }
-}
-
 TEST(ConversionBatch, StatusIsThatOfTheFirstFailureInTheListsOrder) {
     const TempDirectory directory;
     const std::wstring good = PutFile(directory, 0, L"good.ord", Recording(1));
+    const std::wstring last = PutFile(directory, 0, L"last.ord", Recording(1));
     const std::wstring noHeader = PutFile(directory, 1, L"empty.ord", "");
     const std::wstring missing = directory.Path(L"missing.ord");
     for (const std::uint32_t jobs : {1U, 4U}) {
-        CommandLine line = LineFor(directory, {good, noHeader, missing, good}, jobs);
+        CommandLine line = LineFor(directory, {good, noHeader, missing, last}, jobs);
         line.keepGoing = true;
-        ConversionBatch batch(line);
+        ConversionBatch batch(line, PlanRecordings(line));
         batch.Run();
         EXPECT_EQ(batch.Status(),
                   L"Processing failed - Error retrieving header field -NumADChannels");
@@ -128,7 +108,8 @@ TEST(ConversionBatch, FilesBeforeAFailureAreConvertedAndFarOnesBehindItAreNot) {
         files.push_back(PutFile(directory, i, name, i == 5 ? "" : Recording(1)));
     }
     for (const std::uint32_t jobs : {1U, 3U}) {
-        ConversionBatch batch(LineFor(directory, files, jobs));
+        const CommandLine line = LineFor(directory, files, jobs);
+        ConversionBatch batch(line, PlanRecordings(line));
         batch.Run();
         for (std::size_t i = 0; i < 5; ++i) EXPECT_TRUE(batch.Outcomes()[i].converted);
         EXPECT_FALSE(batch.Outcomes()[5].converted);

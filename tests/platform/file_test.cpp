@@ -210,6 +210,19 @@ TEST(FileSystem, PathStaysRelativeInADirectoryThatIsGone) {
     EXPECT_EQ(AbsolutePath(L"a.ord"), L"a.ord");
 }
 
+TEST(FileSystem, PathsOfOnePlaceResolveToOne) {
+    const TempDirectory directory;
+    const InDirectory inside(directory.Path());
+    MakeDirectory(directory.Path(L"d"));
+    const std::wstring expected = ResolvedPath(directory.Path(L"d")) + kPathSeparator + L"x";
+    for (const wchar_t* same : {L"d/x", L"./d/x", L"d/./x", L"d/../d//x"}) {
+        EXPECT_EQ(ResolvedPath(AbsolutePath(same)), expected) << ToUtf8(same);
+    }
+    if (kPathSeparator == L'\\') return;  // links need a privilege there
+    std::filesystem::create_symlink("d", "link");
+    EXPECT_EQ(ResolvedPath(directory.Path(L"link/x")), expected);
+}
+
 TEST(FileSystem, DirectoryIsMadeOneLevelDeep) {
     const TempDirectory directory;
     EXPECT_EQ(CreateDirectoryLevel(directory.Path(L"d")), 0);

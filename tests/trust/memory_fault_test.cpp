@@ -74,7 +74,7 @@ class MemoryFaultTest : public testing::TestWithParam<Scene> {
     // A status of failure comes with a detail that names the recording or one of its outputs.
     std::string Convert() const {
         try {
-            ConversionBatch batch(line_);
+            ConversionBatch batch(line_, PlanRecordings(line_));
             batch.Run();
             FailingAllocations::Stop();
             const std::string status = ToUtf8(batch.Status());

@@ -41,7 +41,7 @@ TEST(ThreadFault, JobsThatGetNoThreadAreDoneOneAfterAnother) {
     line.outputSettings = SettingsThatWantThreads();
     MakeDirectory(line.outputDirectory);
     const NoThreads scarcity;
-    ConversionBatch batch(line);
+    ConversionBatch batch(line, PlanRecordings(line));
     batch.Run();
     EXPECT_EQ(batch.Status(), L"Processing complete");
     EXPECT_GT(scarcity.RefusedCount(), 0U);

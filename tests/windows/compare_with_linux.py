@@ -109,7 +109,11 @@ class Comparison:
             for path, text in zip(self.inputs, windows_inputs):
                 status = status.replace(str(path), text)
             assert status == two.stdout.decode(), f"status texts differ: {said}"
-        return compare_trees(linux_out, windows_out, windows_text) if linux_out.exists() else 0
+        if not linux_out.exists():
+            return 0
+        # Headers hold full paths, however the directory was given.
+        full_text = windows_path(windows_out, self.drive or "Z:", self.root)
+        return compare_trees(linux_out, windows_out, full_text)
 
 
 def make_recordings(commands, directory):

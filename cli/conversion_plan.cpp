@@ -1,0 +1,68 @@
+#include "cli/conversion_plan.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+
+#include "platform/file_system.h"
+#include "platform/paths.h"
+
+namespace stalwick {
+
+namespace {
+
+// The directory part of a path as the window shows it: without the last separator.
+std::wstring DirectoryOf(const std::wstring& path) {
+    const PathParts parts = SplitPath(path);
+    std::wstring directory = parts.directory;
+    if (directory.size() > 1) directory.pop_back();
+    if (parts.drive.empty() && directory.empty()) return L".";
+    return parts.drive + directory;
+}
+
+std::wstring WithoutCase(std::wstring text) {
+    for (wchar_t& c : text) {
+        if (c >= L'A' && c <= L'Z') c = static_cast<wchar_t>(c - L'A' + L'a');
+    }
+    return text;
+}
+
+// Equal for recordings whose outputs would go into one directory.
+std::wstring DirectoryKey(const PlannedRecording& recording) {
+    return WithoutCase(ResolvedPath(recording.outputDirectory) + kPathSeparator +
+                       SplitPath(recording.path).name);
+}
+
+std::wstring DescribePair(const PlannedRecording& first, const PlannedRecording& second) {
+    if (first.name == second.name) return first.name + L" is given twice; give it once";
+    return first.name + L" and " + second.name + L" would be converted into one directory, " +
+           second.outputDirectory + kPathSeparator + SplitPath(second.path).name +
+           L"; convert them in two runs, each with an --output-dir of its own";
+}
+
+}  // namespace
+
+std::vector<PlannedRecording> PlanRecordings(const CommandLine& commandLine) {
+    const auto plan = [&](const std::wstring& name) {
+        const std::wstring path = AbsolutePath(name);
+        return PlannedRecording{name, path,
+                                commandLine.outputDirectory.empty()
+                                    ? DirectoryOf(path)
+                                    : AbsolutePath(commandLine.outputDirectory)};
+    };
+    std::vector<PlannedRecording> recordings;
+    std::transform(commandLine.inputFiles.begin(), commandLine.inputFiles.end(),
+                   std::back_inserter(recordings), plan);
+    return recordings;
+}
+
+std::wstring DescribeSharedDirectory(const std::vector<PlannedRecording>& recordings) {
+    std::map<std::wstring, const PlannedRecording*> taken;
+    for (const PlannedRecording& recording : recordings) {
+        const auto [first, isNew] = taken.emplace(DirectoryKey(recording), &recording);
+        if (!isNew) return DescribePair(*first->second, recording);
+    }
+    return {};
+}
+
+}  // namespace stalwick

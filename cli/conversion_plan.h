@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/command_line.h"
+
+namespace stalwick {
+
+// One FILE of a command line and where its outputs go.
+struct PlannedRecording {
+    std::wstring name;             // as the user gave it: messages use it
+    std::wstring path;             // the same, absolute
+    std::wstring outputDirectory;  // absolute; the outputs go into its subdirectory
+};
+
+// The FILEs in their order. Without --output-dir each one's outputs go beside it.
+std::vector<PlannedRecording> PlanRecordings(const CommandLine& commandLine);
+
+// Two recordings whose outputs would go into one directory, in one sentence; empty if there are
+// none. Names that differ in the case of their letters count as one: some file systems take them
+// for one.
+std::wstring DescribeSharedDirectory(const std::vector<PlannedRecording>& recordings);
+
+}  // namespace stalwick

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "platform/program_version.h"
+#include "platform/text_encoding.h"
 #include "writers/file_identity.h"
 
 namespace stalwick {
@@ -47,7 +48,7 @@ std::wstring BuildFileHeader(const FileWriterContainer& container, bool fileClos
            HeaderLine(L"-FileVersion", fileVersion) +
            HeaderLine(L"-FileUUID", FormatUuid(record.fileUuid)) +
            HeaderLine(L"-SessionUUID", container.sessionUuid) +
-           HeaderLine(L"-OriginalFileName", QuoteFileName(record.filePath)) +
+           HeaderLine(L"-OriginalFileName", QuoteFileName(OneLine(record.filePath))) +
            HeaderLine(L"-TimeCreated", record.timeCreated) +
            HeaderLine(L"-TimeClosed", fileClosed ? FormatLocalTime() : kNotClosed) + L"\r\n" +
            HeaderLine(L"-RecordSize", std::to_wstring(record.recordSize)) +

@@ -61,6 +61,17 @@ TEST(FileHeader, MissingValuesPrintAsNothingBehindTheirKeyAndBlank) {
     EXPECT_NE(text.find(L"-OriginalFileName \"\"\r\n"), std::wstring::npos);
 }
 
+TEST(FileHeader, ControlCharactersOfAPathAreWrittenOut) {
+    OutputFileRecord record;
+    record.filePath = L"out/a\r\n-SessionUUID forged\x1b[2J/CSC1.vcs";
+    const std::wstring text =
+        BuildFileHeader(FileWriterContainer{OutputSettings()}, false, record, 5, L"3.4");
+    EXPECT_NE(text.find(L"-OriginalFileName \"out/a\\r\\n-SessionUUID forged\\x1b[2J/"
+                        L"CSC1.vcs\"\r\n"),
+              std::wstring::npos);
+    EXPECT_EQ(text.find(L"\n-SessionUUID forged"), std::wstring::npos);
+}
+
 TEST(FileHeader, TypesHaveTheirNames) {
     const wchar_t* const names[] = {L"Invalid",
                                     L"SingleElectrode",

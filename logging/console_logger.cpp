@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "platform/console.h"
 #include "platform/text_encoding.h"
 
 namespace VtxLogging {
@@ -20,16 +21,15 @@ constexpr const wchar_t* kUnknownBanner = L"-* UNKNOWN *- ";
 std::wstreambuf* const standardBuffer = std::wcout.rdbuf();  // null before main()
 
 // The wide stream's own way to standard output fails for good at the first character that the
-// locale lacks, and behind narrow text it garbles it. So the text goes there as UTF-8, unless
-// somebody has put another buffer behind the stream.
+// locale lacks, and after narrow text it garbles it. So the text goes there as UTF-8, unless
+// somebody has put another buffer in place of the stream's.
 void WriteWide(const std::wstring& text) {
     if (standardBuffer != nullptr && std::wcout.rdbuf() != standardBuffer) {
         std::wcout << text;
         return;
     }
     const std::string bytes = stalwick::ToUtf8(text);
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size();
-    if (!written) std::fwrite(bytes.data(), 1, bytes.size(), stderr);
+    if (!stalwick::WriteToStandardOutput(bytes)) std::fwrite(bytes.data(), 1, bytes.size(), stderr);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <string_view>
 
 namespace stalwick {
 
@@ -20,6 +21,10 @@ void EndByInterrupt();
 
 // Prepares the standard streams for UTF-8 text.
 void PrepareConsole();
+
+// Writes the bytes to standard output after what is buffered for it. The stream is used by wide and
+// narrow text alike before and after. False where not all could be written.
+bool WriteToStandardOutput(std::string_view bytes);
 
 bool StandardErrorIsTerminal();
 

@@ -70,6 +70,18 @@ void EndByInterrupt() {
 // Terminals take the bytes as they are.
 void PrepareConsole() {}
 
+// Past the stream, whose first text makes it a wide or a narrow one for good.
+bool WriteToStandardOutput(std::string_view bytes) {
+    if (std::fflush(stdout) != 0) return false;
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(STDOUT_FILENO, bytes.data(), bytes.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
 bool StandardErrorIsTerminal() {
     return ::isatty(STDERR_FILENO) == 1;
 }

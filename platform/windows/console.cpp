@@ -1,5 +1,6 @@
 #include "platform/console.h"
 
+#include <cstdio>
 #include <cstdlib>
 
 #include <fcntl.h>
@@ -71,6 +72,11 @@ void PrepareConsole() {
     if (previousOutputCodePage == 0 || previousOutputCodePage == CP_UTF8) return;
     // The code page belongs to the console, which outlives the program.
     if (::SetConsoleOutputCP(CP_UTF8) != FALSE) std::atexit(RestoreOutputCodePage);
+}
+
+// Streams take wide and narrow text in turns there.
+bool WriteToStandardOutput(std::string_view bytes) {
+    return std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size();
 }
 
 bool StandardErrorIsTerminal() {

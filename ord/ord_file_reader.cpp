@@ -27,9 +27,7 @@ std::int32_t ORDFileReader::Open(std::wstring path) {
     if (systemError_ != 0) {
         return Fail(L"Error opening file, the file path(" + path + L") may be invalid.");
     }
-    bytesRead_ = 0;
-    unconsumedBytes_ = 0;
-    endedInHeader_ = false;
+    Reset();
     if (ReadHeader() != 0) return -1;
     return ReadRecordingHeader(headerText_, header_, errorMessage_);
 }
@@ -56,23 +54,44 @@ std::int32_t ORDFileReader::GetData(std::vector<ORDDataPacket>& records, bool& e
     endOfFile = false;
     if (!file_.IsOpen()) return Fail(L"Error getting ORD data, a ORD file is not open.");
 
+    systemError_ = readError_;
+    if (readError_ != 0) return Fail(kReadFailed);
+
     const std::size_t wanted = kDataBufferSize - bytesHeld_;
     std::size_t count = 0;
-    // What a short file grows by would be out of place: its packets begin behind a whole header.
-    if (!endedInHeader_) systemError_ = file_.Read(buffer_.data() + bytesHeld_, wanted, count);
-    if (systemError_ != 0) return Fail(kReadFailed);
+    // What a short file grows by would be out of place: its packets begin after a whole header.
+    if (!endedInHeader_) readError_ = file_.Read(buffer_.data() + bytesHeld_, wanted, count);
     bytesRead_ += count;
     unconsumedBytes_ += count;
+    if (readError_ != 0) return DecodeBeforeFailure(count, records);
     endOfFile = count < wanted;
     return DecodeBuffer(bytesHeld_ + static_cast<std::uint32_t>(count), records);
 }
 
-std::int32_t ORDFileReader::DecodeBuffer(std::uint32_t validBytes,
-                                         std::vector<ORDDataPacket>& records) {
+// Packets that were read whole before a read failed are given as if the failure came behind them:
+// it is the next call's.
+std::int32_t ORDFileReader::DecodeBeforeFailure(std::size_t count,
+                                                std::vector<ORDDataPacket>& records) {
+    if (count == 0) {
+        systemError_ = readError_;
+        return Fail(kReadFailed);
+    }
+    const std::uint32_t validBytes = bytesHeld_ + static_cast<std::uint32_t>(count);
+    unconsumedBytes_ = validBytes - Decode(validBytes, records);
+    return 0;
+}
+
+// Bytes of the buffer that made whole packets.
+std::uint32_t ORDFileReader::Decode(std::uint32_t validBytes, std::vector<ORDDataPacket>& records) {
     const std::uint8_t* const next =
         ProcessDataBuffer(buffer_.data(), validBytes, records, PacketDecodeOptions(header_),
                           kSamplesPerPacket, sparePackets_);
-    const auto consumed = static_cast<std::uint32_t>(next - buffer_.data());
+    return static_cast<std::uint32_t>(next - buffer_.data());
+}
+
+std::int32_t ORDFileReader::DecodeBuffer(std::uint32_t validBytes,
+                                         std::vector<ORDDataPacket>& records) {
+    const std::uint32_t consumed = Decode(validBytes, records);
     // The rest is counted to the end of the buffer, not of the valid bytes. The two differ only in
     // the last, short block: one of which nothing is consumed is no error, and one whose valid and
     // consumed bytes add up to the buffer's size is an error. Kept (pinned by
@@ -80,7 +99,7 @@ std::int32_t ORDFileReader::DecodeBuffer(std::uint32_t validBytes,
     const auto leftover = static_cast<std::uint32_t>(kDataBufferSize - consumed);
     if (validBytes == leftover) return Fail(L"Failed to process buffer. 0 bytes consumed.");
     unconsumedBytes_ = validBytes - consumed;
-    std::memmove(buffer_.data(), next, leftover);
+    std::memmove(buffer_.data(), buffer_.data() + consumed, leftover);
     bytesHeld_ = leftover;
     return 0;
 }
@@ -93,13 +112,21 @@ bool ORDFileReader::EndsInACutPacket() const {
 std::int32_t ORDFileReader::Close() {
     if (!file_.IsOpen()) return Fail(L"Error closing ORD file.");
     file_.Close();
+    Reset();
+    return 0;
+}
+
+void ORDFileReader::Reset() {
     headerText_.clear();
     bytesHeld_ = 0;
+    bytesRead_ = 0;
+    unconsumedBytes_ = 0;
+    endedInHeader_ = false;
+    readError_ = 0;
     RecordingHeader blank;
     blank.fileVersion = std::move(header_.fileVersion);
     blank.utcOffsetMicroseconds = header_.utcOffsetMicroseconds;
     header_ = std::move(blank);
-    return 0;
 }
 
 }  // namespace stalwick

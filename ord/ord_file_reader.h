@@ -34,7 +34,8 @@ class ORDFileReader {
     std::int32_t Close();
 
     // Reads the next block and decodes its whole packets into `records`, which is reused.
-    // `endOfFile` becomes true with the last block; the records of that call still count.
+    // `endOfFile` becomes true with the last block; the records of that call still count. Where a
+    // read fails, packets that were read whole before are given first: the next call fails.
     std::int32_t GetData(std::vector<ORDDataPacket>& records, bool& endOfFile);
 
     std::wstring GetHeaderText() const { return headerText_; }
@@ -74,6 +75,9 @@ class ORDFileReader {
   private:
     std::int32_t Fail(const std::wstring& message);
     std::int32_t ReadHeader();
+    void Reset();
+    std::int32_t DecodeBeforeFailure(std::size_t count, std::vector<ORDDataPacket>& records);
+    std::uint32_t Decode(std::uint32_t validBytes, std::vector<ORDDataPacket>& records);
     std::int32_t DecodeBuffer(std::uint32_t validBytes, std::vector<ORDDataPacket>& records);
 
     std::wstring errorMessage_;
@@ -85,7 +89,8 @@ class ORDFileReader {
     std::vector<ORDDataPacket> sparePackets_;  // memory for blocks of more packets
     std::uint64_t bytesRead_ = 0;
     std::uint64_t unconsumedBytes_ = 0;
-    bool endedInHeader_ = false;  // the file was shorter than its header block
+    bool endedInHeader_ = false;     // the file was shorter than its header block
+    SystemErrorCode readError_ = 0;  // every further call of GetData fails with it
     SystemErrorCode systemError_ = 0;
 };
 

@@ -220,6 +220,100 @@ TEST(ORDFileReader, FailedReadOfTheHeaderIsReported) {
     EXPECT_EQ(reader.Close(), 0);
 }
 
+// A disk that fails at this byte of the file.
+struct FailingDisk {
+    explicit FailingDisk(std::uint64_t byte) {
+        calls.mostBytesPerCall = 1;
+        calls.readError = SystemErrorFor(SystemErrorKind::kOther);
+        calls.readsUntilError = byte;
+    }
+    FaultyFileCalls calls;
+};
+
+TEST(ORDFileReader, BytesReadBeforeAFailureAreDecodedBeforeItIsReported) {
+    const TempDirectory directory;
+    WriteFile(directory.Path(L"rec.ord"),
+              BuildOrdFile(Version1Header(32), std::vector<PacketPlan>(300)));
+    const FailingDisk disk(16384 + 7 * 11 + 5);
+    ORDFileReader reader;
+    ASSERT_EQ(reader.Open(directory.Path(L"rec.ord")), 0);
+    std::vector<ORDDataPacket> records;
+    bool endOfFile = true;
+    EXPECT_EQ(reader.GetData(records, endOfFile), 0);
+    EXPECT_FALSE(endOfFile);
+    EXPECT_EQ(records.size(), 7U);
+    EXPECT_EQ(reader.NextPacketPosition(), 16384U + 7 * 11);
+    EXPECT_EQ(reader.UnconsumedBytes(), 5U);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(reader.GetData(records, endOfFile), -1);
+        EXPECT_FALSE(endOfFile);
+        EXPECT_EQ(reader.GetErrorMessage(), L"Failed to process input file");
+        EXPECT_EQ(reader.SystemError(), disk.calls.readError);
+    }
+}
+
+TEST(ORDFileReader, HalfABufferBeforeAFailedReadIsDecodedLikeAnyOther) {
+    // The one length that is refused in the last block is none here: the file goes on.
+    const TempDirectory directory;
+    std::vector<PacketPlan> plans(2273);
+    for (std::size_t i = 0; i < 8; ++i) plans[i].baseImu.emplace().fill(1);  // 29 bytes, not 11
+    const std::size_t size = EncodePackets(plans).size();
+    WriteFile(directory.Path(L"rec.ord"),
+              BuildOrdFile(Version1Header(32), plans, std::string(25000, '\4')));
+    const FailingDisk disk(16384 + 25000);
+    ORDFileReader reader;
+    ASSERT_EQ(reader.Open(directory.Path(L"rec.ord")), 0);
+    std::vector<ORDDataPacket> records;
+    bool endOfFile = false;
+    EXPECT_EQ(reader.GetData(records, endOfFile), 0);
+    EXPECT_GE(records.size(), 25000 * plans.size() / size);
+    EXPECT_EQ(reader.GetData(records, endOfFile), -1);
+}
+
+TEST(ORDFileReader, NextFileIsReadAfterOneWhoseReadFailed) {
+    OpenRecording recording(BuildOrdFile(Version1Header(32), std::vector<PacketPlan>(300)));
+    ASSERT_EQ(recording.reader.Close(), 0);
+    {
+        const FailingDisk disk(16384 + 100);
+        ASSERT_EQ(recording.reader.Open(recording.path), 0);
+        EXPECT_EQ(recording.reader.GetData(recording.records, recording.endOfFile), 0);
+        EXPECT_EQ(recording.reader.GetData(recording.records, recording.endOfFile), -1);
+        ASSERT_EQ(recording.reader.Close(), 0);
+    }
+    ASSERT_EQ(recording.reader.Open(recording.path), 0);
+    EXPECT_EQ(recording.reader.GetData(recording.records, recording.endOfFile), 0);
+    EXPECT_EQ(recording.records.size(), 300U);
+}
+
+TEST(ORDFileReader, RefusedOpenLeavesTheOpenFileAsItWas) {
+    // Shorter than its header block, so that no further read sets the state anew.
+    OpenRecording recording(OrdHeaderText().Text());
+    ASSERT_EQ(recording.status, 0);
+    ASSERT_EQ(recording.reader.Open(recording.path), -1);
+    EXPECT_EQ(recording.reader.NumADChannels(), 32U);
+    EXPECT_EQ(recording.reader.GetData(recording.records, recording.endOfFile), 0);
+    EXPECT_TRUE(recording.endOfFile);
+    EXPECT_EQ(recording.reader.SystemError(), 0);
+}
+
+TEST(ORDFileReader, OpenAfterARefusedOneHasNothingOfIt) {
+    // Refused at its last required field: all before it were read, and bytes were held before.
+    OpenRecording recording(BuildOrdFile(Version1Header(32), {PacketPlan()}, "\4tail"));
+    ASSERT_EQ(recording.reader.GetData(recording.records, recording.endOfFile), 0);
+    ASSERT_EQ(recording.reader.Close(), 0);
+    WriteFile(recording.path, Version1Header(64).Remove("-FileVersion").Block());
+    ASSERT_EQ(recording.reader.Open(recording.path), -1);
+    ASSERT_EQ(recording.reader.Close(), 0);
+    EXPECT_EQ(recording.reader.NumADChannels(), 0U);
+    EXPECT_EQ(recording.reader.BytesRead(), 0U);
+    EXPECT_EQ(recording.reader.UnconsumedBytes(), 0U);
+    WriteFile(recording.path, OrdHeaderText().Text());
+    ASSERT_EQ(recording.reader.Open(recording.path), 0);
+    EXPECT_EQ(recording.reader.GetData(recording.records, recording.endOfFile), 0);
+    EXPECT_TRUE(recording.endOfFile && recording.records.empty());
+    EXPECT_EQ(recording.reader.UnconsumedBytes(), 0U);
+}
+
 TEST(ORDFileReader, ShortAndInterruptedReadsGiveTheSamePackets) {
     const TempDirectory directory;
     WriteFile(directory.Path(L"rec.ord"),

@@ -36,6 +36,8 @@ class FileCalls {
     // Asks for the range to be brought to the disk soon, without waiting for it.
     virtual SystemErrorCode StartWriteBack(FileHandle handle, std::uint64_t offset,
                                            std::uint64_t size) = 0;
+    // Cuts a file to its first `size` bytes; it has at least as many.
+    virtual SystemErrorCode Truncate(FileHandle handle, std::uint64_t size) = 0;
     // Returns when everything written to the file is on the disk.
     virtual SystemErrorCode SyncData(FileHandle handle) = 0;
     // Whether the open file has lost its name: nobody will find it once it is closed. False where

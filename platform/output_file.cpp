@@ -17,6 +17,16 @@ bool IsInterrupted(SystemErrorCode code) {
     return ClassifySystemError(code) == SystemErrorKind::kInterrupted;
 }
 
+// Makes the call until no signal interrupts it.
+template <typename Call>
+SystemErrorCode Continue(const Call& call) {
+    SystemErrorCode code = 0;
+    do {
+        code = call(CurrentFileCalls());
+    } while (IsInterrupted(code));
+    return code;
+}
+
 }  // namespace
 
 OutputFile::~OutputFile() {
@@ -35,11 +45,7 @@ OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
 }
 
 SystemErrorCode OutputFile::CreateExclusive(const std::wstring& path) {
-    SystemErrorCode code = 0;
-    do {
-        code = CurrentFileCalls().CreateExclusive(path, handle_);
-    } while (IsInterrupted(code));
-    return code;
+    return Continue([&](FileCalls& calls) { return calls.CreateExclusive(path, handle_); });
 }
 
 SystemErrorCode OutputFile::WriteAt(std::uint64_t offset, const void* data, std::size_t size) {
@@ -59,16 +65,16 @@ SystemErrorCode OutputFile::WriteAt(std::uint64_t offset, const void* data, std:
     return 0;
 }
 
+SystemErrorCode OutputFile::Truncate(std::uint64_t size) {
+    return Continue([&](FileCalls& calls) { return calls.Truncate(handle_, size); });
+}
+
 void OutputFile::StartWriteBack(std::uint64_t offset, std::uint64_t size) {
     CurrentFileCalls().StartWriteBack(handle_, offset, size);
 }
 
 SystemErrorCode OutputFile::SyncData() {
-    SystemErrorCode code = 0;
-    do {
-        code = CurrentFileCalls().SyncData(handle_);
-    } while (IsInterrupted(code));
-    return code;
+    return Continue([&](FileCalls& calls) { return calls.SyncData(handle_); });
 }
 
 bool OutputFile::IsRemoved() const {

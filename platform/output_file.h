@@ -24,6 +24,9 @@ class OutputFile {
     // Writes all of `data` at `offset` bytes from the file's start.
     SystemErrorCode WriteAt(std::uint64_t offset, const void* data, std::size_t size);
 
+    // Cuts the file to its first `size` bytes; it has at least as many.
+    SystemErrorCode Truncate(std::uint64_t size);
+
     // Asks for a written range to be brought to the disk soon. Advice: it has no result.
     void StartWriteBack(std::uint64_t offset, std::uint64_t size);
 

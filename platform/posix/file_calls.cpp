@@ -74,6 +74,10 @@ class PosixFileCalls final : public FileCalls {
 #endif
     }
 
+    SystemErrorCode Truncate(FileHandle handle, std::uint64_t size) override {
+        return ::ftruncate(Descriptor(handle), static_cast<off_t>(size)) == 0 ? 0 : errno;
+    }
+
     SystemErrorCode SyncData(FileHandle handle) override {
         return ::fdatasync(Descriptor(handle)) == 0 ? 0 : errno;
     }

@@ -92,6 +92,13 @@ class WindowsFileCalls final : public FileCalls {
     // The system has no such request; its own lazy writer starts within a second.
     SystemErrorCode StartWriteBack(FileHandle, std::uint64_t, std::uint64_t) override { return 0; }
 
+    SystemErrorCode Truncate(FileHandle handle, std::uint64_t size) override {
+        FILE_END_OF_FILE_INFO end{};
+        end.EndOfFile.QuadPart = static_cast<LONGLONG>(size);
+        return ResultOf(
+            ::SetFileInformationByHandle(Native(handle), FileEndOfFileInfo, &end, sizeof end));
+    }
+
     SystemErrorCode SyncData(FileHandle handle) override {
         return ResultOf(::FlushFileBuffers(Native(handle)));
     }

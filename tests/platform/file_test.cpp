@@ -244,6 +244,21 @@ TEST(SystemError, EveryKindHasANumberOfItsOwn) {
     EXPECT_NE(SystemErrorText(SystemErrorFor(SystemErrorKind::kNoSpace)), L"");
 }
 
+TEST(OutputFile, TruncationKeepsTheBeginningAndIsContinuedAfterInterruptions) {
+    const TempDirectory directory;
+    FaultyFileCalls calls;
+    calls.interruptionsPerCall = 2;
+    OutputFile file;
+    ASSERT_EQ(file.CreateExclusive(directory.Path(L"a")), 0);
+    ASSERT_EQ(file.WriteAt(0, "abcdef", 6), 0);
+    EXPECT_EQ(file.Truncate(4), 0);
+    EXPECT_EQ(calls.truncateCount, 1U);
+    EXPECT_EQ(ReadFile(directory.Path(L"a")), "abcd");
+    calls.truncateError = SystemErrorFor(SystemErrorKind::kOther);
+    EXPECT_EQ(file.Truncate(1), calls.truncateError);
+    EXPECT_EQ(ReadFile(directory.Path(L"a")), "abcd");
+}
+
 TEST(MemoryMapping, MemoryIsZeroAndStaysWithItsLastOwner) {
     MemoryMapping first(100'000);
     ASSERT_NE(first.data(), nullptr);

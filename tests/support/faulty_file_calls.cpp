@@ -67,6 +67,13 @@ SystemErrorCode FaultyFileCalls::WriteAt(FileHandle handle, std::uint64_t offset
     return SystemFileCalls().WriteAt(handle, offset, data, taken, transferred);
 }
 
+SystemErrorCode FaultyFileCalls::Truncate(FileHandle handle, std::uint64_t size) {
+    const Lock lock(mutex_);
+    if (Interrupts()) return SystemErrorFor(SystemErrorKind::kInterrupted);
+    ++truncateCount;
+    return truncateError != 0 ? truncateError : SystemFileCalls().Truncate(handle, size);
+}
+
 SystemErrorCode FaultyFileCalls::SyncData(FileHandle handle) {
     const Lock lock(mutex_);
     if (Interrupts()) return SystemErrorFor(SystemErrorKind::kInterrupted);

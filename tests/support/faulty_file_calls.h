@@ -30,6 +30,7 @@ class FaultyFileCalls final : public ForwardingFileCalls {
     std::function<bool(const std::wstring& path)> createFails;  // absent: every one
     SystemErrorCode writeError = 0;
     std::function<bool(std::uint64_t offset)> writeFails;  // absent: every one
+    SystemErrorCode truncateError = 0;
     SystemErrorCode syncError = 0;
     SystemErrorCode closeError = 0;
     // Called after each read with what it gave, 0 at the end of the file.
@@ -40,6 +41,7 @@ class FaultyFileCalls final : public ForwardingFileCalls {
     unsigned openCount = 0;  // files open at this moment
     unsigned readCount = 0;
     unsigned writeCount = 0;
+    unsigned truncateCount = 0;
     unsigned syncCount = 0;
 
     SystemErrorCode OpenForReading(const std::wstring& path, FileHandle& handle) override;
@@ -48,6 +50,7 @@ class FaultyFileCalls final : public ForwardingFileCalls {
     SystemErrorCode CreateExclusive(const std::wstring& path, FileHandle& handle) override;
     SystemErrorCode WriteAt(FileHandle handle, std::uint64_t offset, const void* data,
                             std::size_t size, std::size_t& transferred) override;
+    SystemErrorCode Truncate(FileHandle handle, std::uint64_t size) override;
     SystemErrorCode SyncData(FileHandle handle) override;
     SystemErrorCode Close(FileHandle handle) override;
 

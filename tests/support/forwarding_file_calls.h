@@ -38,6 +38,9 @@ class ForwardingFileCalls : public FileCalls {
                                    std::uint64_t size) override {
         return SystemFileCalls().StartWriteBack(handle, offset, size);
     }
+    SystemErrorCode Truncate(FileHandle handle, std::uint64_t size) override {
+        return SystemFileCalls().Truncate(handle, size);
+    }
     SystemErrorCode SyncData(FileHandle handle) override {
         return SystemFileCalls().SyncData(handle);
     }

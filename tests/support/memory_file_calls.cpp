@@ -61,6 +61,12 @@ SystemErrorCode MemoryFileCalls::StartWriteBack(FileHandle /*handle*/, std::uint
     return 0;
 }
 
+SystemErrorCode MemoryFileCalls::Truncate(FileHandle handle, std::uint64_t size) {
+    const std::scoped_lock lock(mutex_);
+    At(handle).bytes->resize(size);
+    return 0;
+}
+
 SystemErrorCode MemoryFileCalls::SyncData(FileHandle /*handle*/) {
     return 0;
 }

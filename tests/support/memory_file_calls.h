@@ -29,6 +29,7 @@ class MemoryFileCalls final : public ForwardingFileCalls {
                             std::size_t size, std::size_t& transferred) override;
     SystemErrorCode StartWriteBack(FileHandle handle, std::uint64_t offset,
                                    std::uint64_t size) override;
+    SystemErrorCode Truncate(FileHandle handle, std::uint64_t size) override;
     SystemErrorCode SyncData(FileHandle handle) override;
     SystemErrorCode QueryRemoved(FileHandle handle, bool& removed) override;
     SystemErrorCode Close(FileHandle handle) override;

@@ -76,6 +76,12 @@ SystemErrorCode NthFaultFileCalls::StartWriteBack(FileHandle /*handle*/, std::ui
     return 0;
 }
 
+SystemErrorCode NthFaultFileCalls::Truncate(FileHandle handle, std::uint64_t size) {
+    const std::scoped_lock lock(mutex_);
+    const Outcome outcome = Count({FileOperation::kTruncate, open_.at(handle).path, size});
+    return outcome == Outcome::kFailed ? fault_.code : SystemFileCalls().Truncate(handle, size);
+}
+
 SystemErrorCode NthFaultFileCalls::SyncData(FileHandle handle) {
     const std::scoped_lock lock(mutex_);
     const Outcome outcome = Count({FileOperation::kSync, open_.at(handle).path});

@@ -11,7 +11,16 @@
 
 namespace stalwick::test {
 
-enum class FileOperation { kOpenForReading, kRead, kQuerySize, kCreate, kWrite, kSync, kClose };
+enum class FileOperation {
+    kOpenForReading,
+    kRead,
+    kQuerySize,
+    kCreate,
+    kWrite,
+    kTruncate,
+    kSync,
+    kClose
+};
 
 /** One call as it was asked for. */
 struct FileCallRecord {
@@ -55,6 +64,7 @@ class NthFaultFileCalls final : public ForwardingFileCalls {
                             std::size_t size, std::size_t& transferred) override;
     SystemErrorCode StartWriteBack(FileHandle handle, std::uint64_t offset,
                                    std::uint64_t size) override;
+    SystemErrorCode Truncate(FileHandle handle, std::uint64_t size) override;
     SystemErrorCode SyncData(FileHandle handle) override;
     SystemErrorCode Close(FileHandle handle) override;
 

@@ -26,6 +26,9 @@ class FileCalls {
     // Reads up to `size` bytes at the file's position; `transferred` 0 is the end of the file.
     virtual SystemErrorCode Read(FileHandle handle, void* data, std::size_t size,
                                  std::size_t& transferred) = 0;
+    // The same at an offset of a regular file; where Read() goes on afterwards is not defined.
+    virtual SystemErrorCode ReadAt(FileHandle handle, std::uint64_t offset, void* data,
+                                   std::size_t size, std::size_t& transferred) = 0;
     // Size in bytes; 0 where the file has none (a pipe).
     virtual SystemErrorCode QuerySize(FileHandle handle, std::uint64_t& size) = 0;
 

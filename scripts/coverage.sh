@@ -6,7 +6,7 @@ set -euo pipefail
 build=$(cd "$1" && pwd)
 cd "$(dirname "$0")/.."
 
-gcovr --root . "$build" --filter ord/ --filter writers/ --filter engine/ \
+gcovr --root . "$build" --filter ord/ --filter writers/ --filter outputs/ --filter engine/ \
     --exclude-throw-branches --exclude-unreachable-branches \
     --html-details "$build/report.html" --txt "$build/report.txt" --print-summary \
     --fail-under-line 97 --fail-under-branch 90

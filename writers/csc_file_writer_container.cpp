@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "outputs/output_format.h"
 #include "writers/file_header.h"
 #include "writers/sample_scaling.h"
 #include "writers/timestamps.h"
@@ -14,13 +15,7 @@ namespace {
 using VtxDataTypes::CRRec;
 using VtxDataTypes::kSamplesPerRecord;
 
-constexpr wchar_t kExtension[] = L".vcs";
-constexpr wchar_t kFileVersion[] = L"3.4";
-constexpr double kImuFrequency = 3000.0;           // samples per second
-constexpr double kUltrasonicFrequency = 210000.0;  // samples per second
-constexpr double kADBitVolts = 4e-06;              // printed for every file
 constexpr int kADBitVoltsDigits = 24;
-constexpr double kInputRange = 131072.0;       // printed for every file
 constexpr std::size_t kPrefetchDistance = 64;  // samples
 constexpr std::size_t kFewestSpareBlocks = 2;
 constexpr std::size_t kSpareBytes = std::size_t{32} << 20U;
@@ -61,11 +56,11 @@ std::wstring ChannelHeaderLines(const CSCFileWriterContainer& container, double 
            HeaderLine(L"-ReferenceChannel", L"\"External Hardware Reference\"") +
            HeaderLine(L"-SamplingFrequency", FormatGeneral(samplingFrequency)) +
            HeaderLine(L"-ADMaxValue", std::to_wstring(container.adMaxValue)) +
-           HeaderLine(L"-ADBitVolts",
-                      FormatDouble(kADBitVolts, std::chars_format::fixed, kADBitVoltsDigits)) +
+           HeaderLine(L"-ADBitVolts", FormatDouble(kChannelADBitVolts, std::chars_format::fixed,
+                                                   kADBitVoltsDigits)) +
            HeaderLine(L"-NumADChannels", L"1") +
            HeaderLine(L"-ADChannel", std::to_wstring(channelIndex)) +
-           HeaderLine(L"-InputRange", FormatGeneral(kInputRange));
+           HeaderLine(L"-InputRange", FormatGeneral(kChannelInputRange));
 }
 
 std::int32_t CSCFileWriterContainer::OpenChannelFile(const std::wstring& directory,
@@ -74,7 +69,7 @@ std::int32_t CSCFileWriterContainer::OpenChannelFile(const std::wstring& directo
                                                      std::uint32_t channelIndex, double frequency) {
     OpenedFile opened{0, L"", namePart1 + namePart2, channelIndex, frequency};
     const std::int32_t result = CreateUnderFreeName(
-        [&] { return BuildOutputFilePath(directory, namePart1, namePart2, kExtension); },
+        [&] { return BuildOutputFilePath(directory, namePart1, namePart2, kChannelFileExtension); },
         [&](const std::wstring& path) -> std::int32_t {
             return fileIO.OpenVtxOutputFile(path.c_str(), VtxDataTypes::kCSC, opened.handle, 0);
         },
@@ -127,22 +122,24 @@ std::int32_t CSCFileWriterContainer::InitializeCscFiles(const std::wstring& outp
     if (IsOn(options, ChannelGroup::kAD)) {
         for (std::uint32_t n = 1; n <= numAdChannels; ++n) {
             const std::wstring number = std::to_wstring(n);
-            if (OpenChannelFile(outputDirectory, L"CSC", number, n - 1, samplingFrequency) != 0) {
+            if (OpenChannelFile(outputDirectory, kADChannelPrefix, number, n - 1,
+                                samplingFrequency) != 0) {
                 return -1;
             }
         }
     }
     if (IsOn(options, ChannelGroup::kBaseIMU)) {
         baseImuFirst = position();
-        if (OpenInertialFiles(outputDirectory, L"Base_") != 0) return -1;
+        if (OpenInertialFiles(outputDirectory, kBaseImuPrefix) != 0) return -1;
     }
     if (IsOn(options, ChannelGroup::kAfeIMU)) {
         afeImuFirst = position();
-        if (OpenInertialFiles(outputDirectory, L"AFE_") != 0) return -1;
+        if (OpenInertialFiles(outputDirectory, kAfeImuPrefix) != 0) return -1;
     }
     if (IsOn(options, ChannelGroup::kUltrasonic)) {
         ultrasonicFirst = position();
-        if (OpenChannelFile(outputDirectory, L"Ultrasonic", L"", 0, kUltrasonicFrequency) != 0) {
+        if (OpenChannelFile(outputDirectory, kUltrasonicEntity, L"", 0, kUltrasonicFrequency) !=
+            0) {
             return -1;
         }
     }
@@ -153,7 +150,7 @@ std::int32_t CSCFileWriterContainer::InitializeCscFiles(const std::wstring& outp
 std::int32_t CSCFileWriterContainer::SetHeaders(bool fileClosed) {
     for (const OutputFileRecord& record : records) {
         const std::wstring text =
-            BuildFileHeader(*this, fileClosed, record, VtxDataTypes::kCSC, kFileVersion) +
+            BuildFileHeader(*this, fileClosed, record, VtxDataTypes::kCSC, kChannelFileVersion) +
             ChannelHeaderLines(*this, record.samplingFrequency, record.channelIndex);
         if (fileIO.SetHeader(record.handle, text.c_str()) != 0) return -1;
     }

@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-#include "writers/channel_options.h"
+#include "outputs/channel_options.h"
 #include "writers/file_writer_container.h"
 #include "writers/output_naming.h"
 #include "writers/record_pool.h"

@@ -6,13 +6,12 @@
 #include <string>
 #include <string_view>
 
+#include "outputs/output_format.h"
 #include "platform/output_file.h"
 #include "writers/output_settings.h"
 #include "writers/write_queue.h"
 
 namespace stalwick {
-
-inline constexpr std::size_t kOutputHeaderSize = 16384;  // bytes of header text, zero padded
 
 // What was created and written, header blocks included.
 struct OutputTotals {

@@ -1,5 +1,6 @@
 #include "writers/event_file_writer_container.h"
 
+#include "outputs/output_format.h"
 #include "writers/file_header.h"
 #include "writers/output_naming.h"
 #include "writers/timestamps.h"
@@ -10,16 +11,14 @@ namespace {
 
 using VtxDataTypes::EventRec;
 
-constexpr wchar_t kName[] = L"Events";
-constexpr wchar_t kExtension[] = L".vev";
-constexpr wchar_t kFileVersion[] = L"3.2";
-
 }  // namespace
 
 std::int32_t EventFileWriterContainer::Open(const std::wstring& outputDirectory) {
-    OpenedFile opened{0, L"", kName, 0, static_cast<double>(samplingFrequency)};
+    OpenedFile opened{0, L"", kEventEntity, 0, static_cast<double>(samplingFrequency)};
     const std::int32_t result = CreateUnderFreeName(
-        [&] { return BuildOutputFilePath(outputDirectory, kName, L"", kExtension); },
+        [&] {
+            return BuildOutputFilePath(outputDirectory, kEventEntity, L"", kEventFileExtension);
+        },
         [&](const std::wstring& path) -> std::int32_t {
             return fileIO.OpenVtxOutputFile(path.c_str(), VtxDataTypes::kEvent, opened.handle, 0);
         },
@@ -40,7 +39,7 @@ std::int32_t EventFileWriterContainer::Open(const std::wstring& outputDirectory)
 std::int32_t EventFileWriterContainer::SetHeader() {
     for (const OutputFileRecord& record : records) {
         const std::wstring text =
-            BuildFileHeader(*this, false, record, VtxDataTypes::kEvent, kFileVersion);
+            BuildFileHeader(*this, false, record, VtxDataTypes::kEvent, kEventFileVersion);
         if (fileIO.SetHeader(record.handle, text.c_str()) != 0) return -1;
     }
     return 0;

@@ -1,34 +1,11 @@
 #include "writers/file_header.h"
 
-#include <array>
-
 #include "platform/program_version.h"
 #include "platform/text_encoding.h"
-#include "writers/file_identity.h"
 
 namespace stalwick {
 
 namespace {
-
-constexpr wchar_t kNotClosed[] = L"File was not closed properly";
-
-constexpr std::array<const wchar_t*, 17> kDataTypeNames = {L"Invalid",
-                                                           L"SingleElectrode",
-                                                           L"Stereotrode",
-                                                           L"Timestamp",
-                                                           L"Tetrode",
-                                                           L"CSC",
-                                                           L"Event",
-                                                           L"Video",
-                                                           L"Raw",
-                                                           L"MClustTS",
-                                                           L"VCC",
-                                                           L"SessionIndex",
-                                                           L"Subject",
-                                                           L"DataProcessingErrors",
-                                                           L"PersystLayout",
-                                                           L"PersystData",
-                                                           L"StimulationData"};
 
 std::wstring ApplicationAndVersion() {
     return std::wstring(L"\"Veltrosyn Stalwick\" \"") + kWideVersion + L'"';
@@ -36,15 +13,10 @@ std::wstring ApplicationAndVersion() {
 
 }  // namespace
 
-std::wstring HeaderLine(const std::wstring& key, const std::wstring& value) {
-    return key + L' ' + value + L"\r\n";
-}
-
 std::wstring BuildFileHeader(const FileWriterContainer& container, bool fileClosed,
                              const OutputFileRecord& record, std::uint8_t fileType,
                              const std::wstring& fileVersion) {
-    return L"######## Veltrosyn Data File Header\r\n" +
-           HeaderLine(L"-FileType", DataTypeName(fileType)) +
+    return std::wstring(kHeaderTitle) + L"\r\n" + HeaderLine(L"-FileType", DataTypeName(fileType)) +
            HeaderLine(L"-FileVersion", fileVersion) +
            HeaderLine(L"-FileUUID", FormatUuid(record.fileUuid)) +
            HeaderLine(L"-SessionUUID", container.sessionUuid) +
@@ -55,36 +27,6 @@ std::wstring BuildFileHeader(const FileWriterContainer& container, bool fileClos
            HeaderLine(L"-ApplicationName", ApplicationAndVersion()) +
            HeaderLine(L"-AcquisitionSystem", L"Unknown " + container.acquisitionSystem) +
            HeaderLine(L"-AcqEntName", record.acqEntName);
-}
-
-std::wstring DataTypeName(std::uint8_t fileType) {
-    return kDataTypeNames[fileType < kDataTypeNames.size() ? fileType : 0];
-}
-
-std::wstring FormatUuid(const Uuid& bytes) {
-    constexpr wchar_t kDigits[] = L"0123456789abcdef";
-    std::wstring text;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        text += kDigits[bytes[i] >> 4U];
-        text += kDigits[bytes[i] & 0x0FU];
-        if (i == 3 || i == 5 || i == 7 || i == 9) text += L'-';
-    }
-    return text;
-}
-
-std::wstring QuoteFileName(const std::wstring& text) {
-    constexpr wchar_t kQuote = L'"';
-    std::wstring quoted = text;
-    if (text.empty() || text.front() != kQuote) quoted.insert(quoted.begin(), kQuote);
-    if (text.empty() || text.back() != kQuote) quoted += kQuote;
-    return quoted;
-}
-
-std::wstring FormatDouble(double value, std::chars_format notation, int precision) {
-    std::array<char, 512> digits;
-    const auto result =
-        std::to_chars(digits.data(), digits.data() + digits.size(), value, notation, precision);
-    return {digits.data(), result.ptr};
 }
 
 }  // namespace stalwick

@@ -4,9 +4,9 @@
 #include <span>
 #include <string>
 
-#include "writers/file_identity.h"
+#include "outputs/file_identity.h"
+#include "outputs/vtx_data_types.h"
 #include "writers/record_buffer.h"
-#include "writers/vtx_data_types.h"
 
 namespace stalwick {
 

@@ -1,9 +1,9 @@
 #include "writers/output_naming.h"
 
+#include "outputs/file_identity.h"
 #include "platform/file_system.h"
 #include "platform/paths.h"
 #include "platform/text_encoding.h"
-#include "writers/file_identity.h"
 
 namespace stalwick {
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <functional>
-#include <numeric>
 
+#include "outputs/output_format.h"
+#include "outputs/raw_record.h"
 #include "platform/text_encoding.h"
 #include "writers/file_header.h"
 #include "writers/output_naming.h"
@@ -15,26 +15,17 @@ namespace stalwick {
 
 namespace {
 
-constexpr wchar_t kName[] = L"RawData";
-constexpr wchar_t kExtension[] = L".vrd";
-constexpr wchar_t kFileVersion[] = L"3.4";
-constexpr wchar_t kADMaxValue[] = L"8388608";
-constexpr double kADBitVolts = 1.5625e-8;
-
-constexpr std::uint32_t kStartMarker = 2048;
-constexpr std::uint32_t kRecordId = 1;
-constexpr std::uint32_t kWordsBeforeSamples = 17;
-constexpr std::uint32_t kWordsBesideSamples = kWordsBeforeSamples + 1;  // and the checksum
-constexpr std::uint32_t kSizeWordsBesideSamples = 10;  // as the size word counts them
-constexpr std::size_t kSpareBuffers = 2;               // filled while another one is written
-constexpr std::size_t kWidestRecordWords = kMostPacketChannels + kWordsBesideSamples;
+constexpr std::size_t kSpareBuffers = 2;  // filled while another one is written
+constexpr std::size_t kWidestRecordWords = RawRecordWords(kMostPacketChannels);
 
 }  // namespace
 
 std::int32_t RDFFileWriterContainer::Open(const std::wstring& outputDirectory) {
-    OpenedFile opened{0, L"", kName, 0, static_cast<double>(samplingFrequency)};
+    OpenedFile opened{0, L"", kRawDataEntity, 0, static_cast<double>(samplingFrequency)};
     const std::int32_t result = CreateUnderFreeName(
-        [&] { return BuildOutputFilePath(outputDirectory, kName, L"", kExtension); },
+        [&] {
+            return BuildOutputFilePath(outputDirectory, kRawDataEntity, L"", kRawDataFileExtension);
+        },
         [&](const std::wstring& path) -> std::int32_t {
             file_ = std::make_unique<DataFile>(settings, queue_);
             return CreationResult(file_->Create(path), path);
@@ -43,7 +34,7 @@ std::int32_t RDFFileWriterContainer::Open(const std::wstring& outputDirectory) {
     if (result != 0) return -1;
 
     OutputFileRecord record;
-    const std::size_t recordWords = std::size_t{adChannelCount} + kWordsBesideSamples;
+    const std::size_t recordWords = RawRecordWords(adChannelCount);
     blockWords_ = recordWords * settings.recordsPerBlock;
     const std::size_t words = std::max(blockWords_, kWidestRecordWords);
     record.rawBuffer = RecordBuffer<std::uint32_t>(words);
@@ -57,12 +48,12 @@ std::int32_t RDFFileWriterContainer::Open(const std::wstring& outputDirectory) {
 std::int32_t RDFFileWriterContainer::WriteHeader(bool closing) {
     for (const OutputFileRecord& record : records) {
         const std::wstring text =
-            BuildFileHeader(*this, closing, record, VtxDataTypes::kRaw, kFileVersion) +
+            BuildFileHeader(*this, closing, record, VtxDataTypes::kRaw, kRawDataFileVersion) +
             HeaderLine(L"-SamplingFrequency",
                        FormatDouble(record.samplingFrequency, std::chars_format::general, 6)) +
-            HeaderLine(L"-ADMaxValue", kADMaxValue) +
+            HeaderLine(L"-ADMaxValue", std::to_wstring(kRawADMaxValue)) +
             HeaderLine(L"-ADBitVolts",
-                       FormatDouble(kADBitVolts, std::chars_format::scientific, 6)) +
+                       FormatDouble(kRawADBitVolts, std::chars_format::scientific, 6)) +
             HeaderLine(L"-NumADChannels", std::to_wstring(adChannelCount));
         // The terminating zero counts: the block always ends in one.
         if (!file_->SetHeader(ToUtf8(text), kOutputHeaderSize - 1)) return -1;
@@ -103,23 +94,21 @@ void RDFFileWriterContainer::AppendRecord(OutputFileRecord& record,
                                           std::span<const std::uint16_t> samples,
                                           std::uint32_t sampleIndex, std::uint8_t ttlValue) {
     const std::size_t channels = samples.size() / kPacketSamples;
-    const std::size_t words = channels + kWordsBesideSamples;
+    const std::size_t words = channels + kRawWordsBesideSamples;
     // Packets with another channel count than the header's give records of another length.
     if (record.bufferedCount + words > record.rawBuffer.size()) FlushBuffer(record);
 
-    // Words 5, the status, and 7 to 16 are 0.
-    const std::array<std::uint32_t, kWordsBeforeSamples> head = {
-        kStartMarker,
-        kRecordId,
-        adChannelCount + kSizeWordsBesideSamples,
-        static_cast<std::uint32_t>(record.runningTimestamp >> 32U),
-        static_cast<std::uint32_t>(record.runningTimestamp),
-        0,
-        ttlValue};
+    std::array<std::uint32_t, kRawFirstSampleWord> head{};
+    head[kRawStartMarkerWord] = kRawStartMarker;
+    head[kRawRecordIdWord] = kRawRecordId;
+    head[kRawSizeWord] = adChannelCount + kRawSizeBesideSamples;
+    head[kRawTimestampHighWord] = static_cast<std::uint32_t>(record.runningTimestamp >> 32U);
+    head[kRawTimestampLowWord] = static_cast<std::uint32_t>(record.runningTimestamp);
+    head[kRawStatusWord] = kRawStatus;
+    head[kRawTtlWord] = ttlValue;
     std::uint32_t* const start = record.rawBuffer.data() + record.bufferedCount;
     std::uint32_t* const values = std::copy(head.begin(), head.end(), start);
-    std::uint32_t checksum =
-        std::accumulate(head.begin(), head.end(), std::uint32_t{0}, std::bit_xor<>());
+    std::uint32_t checksum = RawChecksum(head);
     const std::uint16_t* sample = samples.data() + sampleIndex;
     for (std::size_t channel = 0; channel < channels; ++channel, sample += kPacketSamples) {
         const std::int32_t value = ScaleRawSample(static_cast<std::int16_t>(*sample));

@@ -4,8 +4,8 @@
 #include <span>
 #include <vector>
 
+#include "outputs/vtx_data_types.h"
 #include "platform/memory_mapping.h"
-#include "writers/vtx_data_types.h"
 
 namespace stalwick {
 

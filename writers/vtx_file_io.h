@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "outputs/vtx_data_types.h"
 #include "writers/data_file.h"
-#include "writers/vtx_data_types.h"
 
 namespace Veltrosyn {
 

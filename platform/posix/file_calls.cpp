@@ -38,6 +38,14 @@ class PosixFileCalls final : public FileCalls {
         return 0;
     }
 
+    SystemErrorCode ReadAt(FileHandle handle, std::uint64_t offset, void* data, std::size_t size,
+                           std::size_t& transferred) override {
+        const ssize_t count = ::pread(Descriptor(handle), data, size, static_cast<off_t>(offset));
+        if (count < 0) return errno;
+        transferred = static_cast<std::size_t>(count);
+        return 0;
+    }
+
     SystemErrorCode QuerySize(FileHandle handle, std::uint64_t& size) override {
         struct stat status {};
         if (::fstat(Descriptor(handle), &status) != 0) return errno;

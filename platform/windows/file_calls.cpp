@@ -28,6 +28,14 @@ DWORD TransferSize(std::size_t size) {
     return static_cast<DWORD>(std::min(size, kLargestTransfer));
 }
 
+OVERLAPPED PositionAt(std::uint64_t offset) {
+    constexpr unsigned kHalf = 32;
+    OVERLAPPED position{};
+    position.Offset = static_cast<DWORD>(offset);
+    position.OffsetHigh = static_cast<DWORD>(offset >> kHalf);
+    return position;
+}
+
 SystemErrorCode Store(HANDLE opened, FileHandle& handle) {
     if (opened == INVALID_HANDLE_VALUE) return LastError();
     handle = reinterpret_cast<FileHandle>(opened);
@@ -61,6 +69,16 @@ class WindowsFileCalls final : public FileCalls {
         return code == ERROR_BROKEN_PIPE || code == ERROR_HANDLE_EOF ? 0 : code;
     }
 
+    SystemErrorCode ReadAt(FileHandle handle, std::uint64_t offset, void* data, std::size_t size,
+                           std::size_t& transferred) override {
+        OVERLAPPED position = PositionAt(offset);
+        DWORD count = 0;
+        const SystemErrorCode code =
+            ResultOf(::ReadFile(Native(handle), data, TransferSize(size), &count, &position));
+        transferred = count;
+        return code == ERROR_HANDLE_EOF ? 0 : code;
+    }
+
     SystemErrorCode QuerySize(FileHandle handle, std::uint64_t& size) override {
         size = 0;
         if (::GetFileType(Native(handle)) != FILE_TYPE_DISK) return 0;
@@ -78,10 +96,7 @@ class WindowsFileCalls final : public FileCalls {
 
     SystemErrorCode WriteAt(FileHandle handle, std::uint64_t offset, const void* data,
                             std::size_t size, std::size_t& transferred) override {
-        constexpr unsigned kHalf = 32;
-        OVERLAPPED position{};
-        position.Offset = static_cast<DWORD>(offset);
-        position.OffsetHigh = static_cast<DWORD>(offset >> kHalf);
+        OVERLAPPED position = PositionAt(offset);
         DWORD count = 0;
         const SystemErrorCode code =
             ResultOf(::WriteFile(Native(handle), data, TransferSize(size), &count, &position));

@@ -131,6 +131,55 @@ TEST(InputFile, FailedReadIsItsError) {
     EXPECT_EQ(file.Read(&byte, 1, count), 5);
 }
 
+TEST(InputFile, ReadsAtAnyPlace) {
+    const TempDirectory directory;
+    const std::string text = Text(1000);
+    WriteFile(directory.Path(L"a"), text);
+    InputFile file;
+    ASSERT_EQ(file.Open(directory.Path(L"a")), 0);
+    std::string bytes(100, ' ');
+    std::size_t count = 0;
+    for (const std::size_t offset : {900U, 0U, 450U, 0U}) {
+        ASSERT_EQ(file.ReadAt(offset, bytes.data(), bytes.size(), count), 0);
+        EXPECT_EQ(count, 100U);
+        EXPECT_EQ(bytes, text.substr(offset, 100));
+    }
+}
+
+TEST(InputFile, ReadAcrossOrBehindTheEndGivesWhatIsThere) {
+    const TempDirectory directory;
+    WriteFile(directory.Path(L"a"), Text(100));
+    InputFile file;
+    ASSERT_EQ(file.Open(directory.Path(L"a")), 0);
+    std::string bytes(100, ' ');
+    std::size_t count = 0;
+    EXPECT_EQ(file.ReadAt(60, bytes.data(), 100, count), 0);
+    EXPECT_EQ(count, 40U);
+    EXPECT_EQ(file.ReadAt(100, bytes.data(), 100, count), 0);
+    EXPECT_EQ(count, 0U);
+    EXPECT_EQ(file.ReadAt(5'000'000'000U, bytes.data(), 100, count), 0);
+    EXPECT_EQ(count, 0U);
+}
+
+TEST(InputFile, MovedFileIsClosedOnce) {
+    const TempDirectory directory;
+    WriteFile(directory.Path(L"a"), Text(100));
+    WriteFile(directory.Path(L"b"), "b");
+    FaultyFileCalls calls;
+    InputFile file;
+    ASSERT_EQ(file.Open(directory.Path(L"a")), 0);
+    InputFile other(std::move(file));
+    EXPECT_TRUE(other.IsOpen());
+    EXPECT_EQ(calls.openCount, 1U);
+    InputFile third;
+    ASSERT_EQ(third.Open(directory.Path(L"b")), 0);
+    third = std::move(other);
+    EXPECT_EQ(third.Size(), 100U);
+    EXPECT_EQ(calls.openCount, 1U);
+    EXPECT_EQ(third.Close(), 0);
+    EXPECT_EQ(calls.openCount, 0U);
+}
+
 TEST(InputFile, DirectoriesAndMissingFilesCannotBeOpened) {
     const TempDirectory directory;
     InputFile file;

@@ -24,6 +24,10 @@ class ForwardingFileCalls : public FileCalls {
                          std::size_t& transferred) override {
         return SystemFileCalls().Read(handle, data, size, transferred);
     }
+    SystemErrorCode ReadAt(FileHandle handle, std::uint64_t offset, void* data, std::size_t size,
+                           std::size_t& transferred) override {
+        return SystemFileCalls().ReadAt(handle, offset, data, size, transferred);
+    }
     SystemErrorCode QuerySize(FileHandle handle, std::uint64_t& size) override {
         return SystemFileCalls().QuerySize(handle, size);
     }

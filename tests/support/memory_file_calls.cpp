@@ -25,11 +25,24 @@ SystemErrorCode MemoryFileCalls::Read(FileHandle handle, void* data, std::size_t
                                       std::size_t& transferred) {
     const std::scoped_lock lock(mutex_);
     OpenFile& file = At(handle);
-    const std::size_t left = file.bytes->size() - std::min(file.position, file.bytes->size());
-    transferred = std::min({size, left, mostBytesPerRead});
-    std::memcpy(data, file.bytes->data() + file.position, transferred);
+    transferred = Copy(*file.bytes, file.position, data, size);
     file.position += transferred;
     return 0;
+}
+
+SystemErrorCode MemoryFileCalls::ReadAt(FileHandle handle, std::uint64_t offset, void* data,
+                                        std::size_t size, std::size_t& transferred) {
+    const std::scoped_lock lock(mutex_);
+    transferred = Copy(*At(handle).bytes, static_cast<std::size_t>(offset), data, size);
+    return 0;
+}
+
+std::size_t MemoryFileCalls::Copy(const std::string& bytes, std::size_t position, void* data,
+                                  std::size_t size) const {
+    const std::size_t left = bytes.size() - std::min(position, bytes.size());
+    const std::size_t count = std::min({size, left, mostBytesPerRead});
+    std::memcpy(data, bytes.data() + std::min(position, bytes.size()), count);
+    return count;
 }
 
 SystemErrorCode MemoryFileCalls::QuerySize(FileHandle handle, std::uint64_t& size) {

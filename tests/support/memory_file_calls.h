@@ -23,6 +23,8 @@ class MemoryFileCalls final : public ForwardingFileCalls {
     SystemErrorCode OpenForReading(const std::wstring& path, FileHandle& handle) override;
     SystemErrorCode Read(FileHandle handle, void* data, std::size_t size,
                          std::size_t& transferred) override;
+    SystemErrorCode ReadAt(FileHandle handle, std::uint64_t offset, void* data, std::size_t size,
+                           std::size_t& transferred) override;
     SystemErrorCode QuerySize(FileHandle handle, std::uint64_t& size) override;
     SystemErrorCode CreateExclusive(const std::wstring& path, FileHandle& handle) override;
     SystemErrorCode WriteAt(FileHandle handle, std::uint64_t offset, const void* data,
@@ -40,6 +42,8 @@ class MemoryFileCalls final : public ForwardingFileCalls {
         std::size_t position = 0;
     };
     FileHandle Add(std::string& bytes);
+    std::size_t Copy(const std::string& bytes, std::size_t position, void* data,
+                     std::size_t size) const;
     OpenFile& At(FileHandle handle) { return opened_.at(static_cast<std::size_t>(handle)); }
 
     std::mutex mutex_;

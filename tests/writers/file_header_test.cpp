@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include "outputs/vtx_data_types.h"
 #include "tests/support/fixed_identity.h"
 #include "writers/csc_file_writer_container.h"
-#include "writers/vtx_data_types.h"
 
 namespace stalwick::test {
 namespace {
@@ -72,52 +72,11 @@ TEST(FileHeader, ControlCharactersOfAPathAreWrittenOut) {
     EXPECT_EQ(text.find(L"\n-SessionUUID forged"), std::wstring::npos);
 }
 
-TEST(FileHeader, TypesHaveTheirNames) {
-    const wchar_t* const names[] = {L"Invalid",
-                                    L"SingleElectrode",
-                                    L"Stereotrode",
-                                    L"Timestamp",
-                                    L"Tetrode",
-                                    L"CSC",
-                                    L"Event",
-                                    L"Video",
-                                    L"Raw",
-                                    L"MClustTS",
-                                    L"VCC",
-                                    L"SessionIndex",
-                                    L"Subject",
-                                    L"DataProcessingErrors",
-                                    L"PersystLayout",
-                                    L"PersystData",
-                                    L"StimulationData"};
-    for (std::uint8_t type = 0; type < 17; ++type) EXPECT_EQ(DataTypeName(type), names[type]);
-}
-
 TEST(FileHeader, TypeBeyondTheListIsInvalid) {
     EXPECT_EQ(DataTypeName(17), L"Invalid");
     EXPECT_EQ(DataTypeName(255), L"Invalid");
     EXPECT_NE(HeaderOf(false, 0).find(L"-FileType Invalid\r\n"), std::wstring::npos);
     EXPECT_NE(HeaderOf(false, 17).find(L"-FileType Invalid\r\n"), std::wstring::npos);
-}
-
-TEST(FileHeader, QuotesThatAreThereAreNotRepeated) {
-    EXPECT_EQ(QuoteFileName(L"a b"), L"\"a b\"");
-    EXPECT_EQ(QuoteFileName(L"\"a b\""), L"\"a b\"");
-    EXPECT_EQ(QuoteFileName(L"\"a b"), L"\"a b\"");
-    EXPECT_EQ(QuoteFileName(L"a b\""), L"\"a b\"");
-}
-
-TEST(FileHeader, NumbersPrintAsStreamsPrintThem) {
-    const auto general = [](double value) {
-        return FormatDouble(value, std::chars_format::general, 6);
-    };
-    EXPECT_EQ(general(30000.0), L"30000");
-    EXPECT_EQ(general(210000.0), L"210000");
-    EXPECT_EQ(general(1234567.0), L"1.23457e+06");
-    EXPECT_EQ(general(4294967295.0), L"4.29497e+09");
-    EXPECT_EQ(general(131072.0), L"131072");
-    EXPECT_EQ(FormatDouble(1.5625e-8, std::chars_format::scientific, 6), L"1.562500e-08");
-    EXPECT_EQ(FormatDouble(4e-06, std::chars_format::fixed, 24), L"0.000003999999999999999819");
 }
 
 TEST(FileHeader, ChannelLinesStandInTheirOrder) {

@@ -4,13 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include "outputs/file_identity.h"
 #include "platform/paths.h"
 #include "platform/system_error.h"
 #include "platform/text_encoding.h"
 #include "tests/support/fixed_identity.h"
 #include "tests/support/temp_directory.h"
 #include "writers/file_header.h"
-#include "writers/file_identity.h"
 
 namespace stalwick::test {
 namespace {

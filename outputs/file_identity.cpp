@@ -1,4 +1,4 @@
-#include "writers/file_identity.h"
+#include "outputs/file_identity.h"
 
 #include <algorithm>
 #include <random>

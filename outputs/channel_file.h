@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "outputs/record_file.h"
+
+namespace stalwick {
+
+// Reads a channel file (.vcs), docs/output-files.md.
+class ChannelFile : public RecordFile {
+  public:
+    // With kCutRecord the file is open all the same, after any other error it is not.
+    RecordFileError Open(const std::wstring& path);
+
+    // Fills `records` with those from `first` on, counted from 0; all of them must be there.
+    RecordFileError ReadRecords(std::uint64_t first, std::span<VtxDataTypes::CRRec> records) const;
+};
+
+}  // namespace stalwick

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "outputs/record_file.h"
+
+namespace stalwick {
+
+// Reads an event file (.vev), docs/output-files.md. Its header never says that it was closed.
+class EventFile : public RecordFile {
+  public:
+    // With kCutRecord the file is open all the same, after any other error it is not.
+    RecordFileError Open(const std::wstring& path);
+
+    // Fills `records` with those from `first` on, counted from 0; all of them must be there.
+    RecordFileError ReadRecords(std::uint64_t first,
+                                std::span<VtxDataTypes::EventRec> records) const;
+};
+
+}  // namespace stalwick

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <string>
+
+#include "outputs/file_identity.h"
+
+namespace stalwick {
+
+// The parts of an output's header text; docs/output-files.md lists its lines.
+
+inline constexpr wchar_t kHeaderTitle[] = L"######## Veltrosyn Data File Header";
+inline constexpr wchar_t kNotClosed[] = L"File was not closed properly";
+
+// A header line: key, blank, value, CR LF.
+std::wstring HeaderLine(const std::wstring& key, const std::wstring& value);
+
+// Name of a VtxDataType; "Invalid" for any other value.
+std::wstring DataTypeName(std::uint8_t fileType);
+
+// Lower-case hexadecimal in groups of 8-4-4-4-12.
+std::wstring FormatUuid(const Uuid& bytes);
+
+// `text` between double quotes; a quote that is there already is not repeated.
+std::wstring QuoteFileName(const std::wstring& text);
+
+// The number as streams print it in that notation; `precision` 6 of `general` is their default.
+// The same digits on every platform.
+std::wstring FormatDouble(double value, std::chars_format notation, int precision);
+
+}  // namespace stalwick

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace stalwick {
+
+// The header of an output file as a value: its lines of key and value (docs/output-files.md).
+class OutputHeader {
+  public:
+    // Reads a header block of kOutputHeaderSize bytes. Returns what is wrong with it ("its header
+    // has no -FileType line"), or nothing. After a fault the header is as before.
+    [[nodiscard]] std::wstring Read(std::string_view block);
+
+    // The whole text, every line with its end.
+    const std::wstring& Text() const { return text_; }
+
+    // What stands after the key and one blank on the first line with that key; none without such a
+    // line. A key begins with "-".
+    std::optional<std::wstring> Find(std::wstring_view key) const;
+
+    // The same where the line is known to be there: those that every header has.
+    std::wstring Value(std::wstring_view key) const { return Find(key).value_or(L""); }
+    // The same as a whole number; none for anything else.
+    std::optional<std::uint64_t> Number(std::wstring_view key) const;
+
+    // Whether -TimeClosed holds a time. The event file's never does.
+    bool SaysClosed() const;
+
+  private:
+    std::wstring text_;
+};
+
+}  // namespace stalwick

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "outputs/record_file.h"
+
+namespace stalwick {
+
+// Reads a raw data file (.vrd), docs/output-files.md. It takes every record to have as many samples
+// as the header has A/D channels. Packets that carry another number of channels leave records of
+// another length: such a file most likely ends inside a record, and start markers are missing.
+class RawDataFile : public RecordFile {
+  public:
+    // With kCutRecord the file is open all the same, after any other error it is not.
+    RecordFileError Open(const std::wstring& path);
+
+    std::uint32_t ADChannelCount() const { return adChannelCount_; }
+    std::size_t RecordWords() const { return RecordSize() / sizeof(std::uint32_t); }
+
+    // Fills `words` with whole records from `first` on, counted from 0; all of them must be there,
+    // and the size of `words` be a multiple of RecordWords(). RawRecordView reads one.
+    RecordFileError ReadRecords(std::uint64_t first, std::span<std::uint32_t> words) const;
+
+  private:
+    std::uint32_t adChannelCount_ = 0;
+};
+
+}  // namespace stalwick

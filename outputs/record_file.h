@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "outputs/output_header.h"
+#include "outputs/vtx_data_types.h"
+#include "platform/input_file.h"
+
+namespace stalwick {
+
+// Why an output file, or a part of it, cannot be read; false where it can.
+struct [[nodiscard]] RecordFileError {
+    enum class Kind {
+        kNone,
+        kUnreadable,  // the system's reason; or no record stands there
+        kHeader,      // the header block is cut or damaged
+        kWrongType,   // an output of another kind, or none
+        kCutRecord    // the file ends inside a record; the whole ones can be read
+    };
+    Kind kind = Kind::kNone;
+    std::wstring text;  // one line: which file, where, why
+
+    explicit operator bool() const { return kind != Kind::kNone; }
+};
+
+// A finished output file, opened for reading: its header, and records of one size after it. Moved,
+// not copied; closes itself. Used by one thread. ChannelFile, EventFile and RawDataFile open it.
+class RecordFile {
+  public:
+    // All of these are blank until a file is open.
+    const std::wstring& Path() const { return path_; }
+    const OutputHeader& Header() const { return header_; }
+    bool IsClosed() const { return header_.SaysClosed(); }
+
+    std::size_t RecordSize() const { return recordSize_; }      // bytes
+    std::uint64_t RecordCount() const { return recordCount_; }  // whole records
+    std::uint64_t CutBytes() const { return cutBytes_; }        // after the last whole record
+    // Where in the file a record begins.
+    std::uint64_t RecordPosition(std::uint64_t record) const;
+
+  protected:
+    // What the header of a kind of output says of it.
+    struct Kind {
+        VtxDataTypes::VtxDataType type;
+        std::uint32_t printedRecordSize;  // bytes
+    };
+
+    RecordFileError OpenHeader(const std::wstring& path, const Kind& kind);
+    // Counts the records of a file whose header is read.
+    RecordFileError CountRecords(std::size_t recordSize);
+    RecordFileError ReadRecordBytes(std::uint64_t first, std::uint64_t count, void* target) const;
+    RecordFileError Error(RecordFileError::Kind kind, const std::wstring& why) const;
+
+  private:
+    RecordFileError ReadBytes(std::uint64_t offset, void* target, std::size_t size) const;
+    RecordFileError ReadHeader(const Kind& kind);
+
+    std::wstring path_;
+    InputFile file_;
+    OutputHeader header_;
+    std::size_t recordSize_ = 0;
+    std::uint64_t recordCount_ = 0;
+    std::uint64_t cutBytes_ = 0;
+};
+
+}  // namespace stalwick

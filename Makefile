@@ -129,6 +129,7 @@ format:
 check-format:
 	scripts/install-deps.sh check
 	scripts/format.sh --check
+	scripts/check-python.sh
 
 clean:
 	rm -rf build

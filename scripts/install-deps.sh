@@ -10,8 +10,9 @@ packages_of() {
         build) echo g++ cmake ninja-build make git \
                     libboost-dev libcli11-dev libhwy-dev qt6-base-dev libgl-dev ;;
         test) echo libgtest-dev libgmock-dev librapidcheck-dev python3 xvfb xauth xdotool openbox \
-                   x11-utils desktop-file-utils appstream shared-mime-info libsm-dev libice-dev ;;
-        check) echo clang clang-format libclang-rt-14-dev ;;
+                   x11-utils desktop-file-utils appstream shared-mime-info libsm-dev libice-dev \
+                   python3-numpy python3-pytest ;;
+        check) echo clang clang-format libclang-rt-14-dev mypy flake8 python3-numpy ;;
         fuzz) echo clang libclang-rt-14-dev ;;
         bench) echo libbenchmark-dev zstd flac python3 ;;
         coverage) echo gcovr ;;

@@ -1,0 +1,44 @@
+"""Reads what Veltrosyn Stalwick writes: channel, event and raw data files.
+
+    import stalwick
+    session = stalwick.open_session("recording")
+    volts = session.traces(["CSC1", "CSC2"], 0, 30000, units="uV")
+
+The files are mapped into memory; only what is asked for is read and copied. Damaged files raise
+a StalwickError that names file, record and byte. python/README.md says more.
+"""
+
+from .channel_group import ChannelGroup
+from .continuous_file import ContinuousFile, open_vcs
+from .errors import (
+    DamagedFileError,
+    IncompleteFileError,
+    InconsistentSetError,
+    StalwickError,
+    StalwickWarning,
+)
+from .event_file import EventFile, Events, open_vev
+from .raw_file import RawFile, open_vrd
+from .record_layout import Gap
+from .session import Session, open_session
+
+__version__ = "1.2.0.1941"
+
+__all__ = [
+    "ChannelGroup",
+    "ContinuousFile",
+    "DamagedFileError",
+    "EventFile",
+    "Events",
+    "Gap",
+    "IncompleteFileError",
+    "InconsistentSetError",
+    "RawFile",
+    "Session",
+    "StalwickError",
+    "StalwickWarning",
+    "open_session",
+    "open_vcs",
+    "open_vev",
+    "open_vrd",
+]

@@ -45,21 +45,21 @@ ProgressDlg::ProgressDlg(QWidget* parent)
     setWindowTitle(QStringLiteral("Data Conversion"));
     auto* title = Identify(new QLabel(QStringLiteral("Data conversion in progress...")),
                            ControlId::kProgressTitle);
-    auto* cancel = Identify(new QPushButton(QStringLiteral("&Cancel")), ControlId::kCancel,
-                            QStringLiteral("Cancel"));
-    cancel->setAutoDefault(false);  // Enter cancels nothing
-    connect(cancel, &QPushButton::clicked, this, &ProgressDlg::OnCancel);
+    cancel_ = Identify(new QPushButton(QStringLiteral("&Cancel")), ControlId::kCancel,
+                       QStringLiteral("Cancel"));
+    cancel_->setAutoDefault(false);  // Enter cancels nothing
+    connect(cancel_, &QPushButton::clicked, this, &ProgressDlg::OnCancel);
 
     auto* lower = new QHBoxLayout;
     lower->addWidget(recordLabel_, 1);
-    lower->addWidget(cancel);
+    lower->addWidget(cancel_);
 
     auto* all = new QVBoxLayout(this);
     all->addWidget(title);
     all->addWidget(MakeMarquee());
     all->addLayout(lower);
     all->setSizeConstraint(QLayout::SetFixedSize);
-    cancel->setFocus();
+    cancel_->setFocus();
 }
 
 void ProgressDlg::SetCancelAction(std::function<void()> cancelAction) {
@@ -73,6 +73,8 @@ void ProgressDlg::SetProcessor(DataProcessor* processor) {
         return;
     }
     recordLabel_->clear();
+    cancel_->setEnabled(true);
+    cancel_->setFocus();
     if (timerId_ == 0) timerId_ = startTimer(kTimerPeriodMs);
     CenterOnParent();
 }
@@ -88,6 +90,7 @@ void ProgressDlg::timerEvent(QTimerEvent* event) {
 void ProgressDlg::OnCancel() {
     if (!cancelAction_) return;
     StopTimer();
+    cancel_->setEnabled(false);
     cancelAction_();
 }
 

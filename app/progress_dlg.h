@@ -7,6 +7,7 @@
 #include "engine/data_processor.h"
 
 class QLabel;
+class QPushButton;
 
 namespace stalwick {
 
@@ -17,7 +18,8 @@ class ProgressDlg : public QDialog {
   public:
     explicit ProgressDlg(QWidget* parent);
 
-    // Called on "Cancel", after the timer was stopped. Without one, "Cancel" does nothing.
+    // Called on "Cancel", after the timer was stopped. Without one, "Cancel" does nothing; with one
+    // it is disabled from then on, until the next processor.
     void SetCancelAction(std::function<void()> cancelAction);
 
     // The processor to watch, not owned; null ends the watching.
@@ -40,6 +42,7 @@ class ProgressDlg : public QDialog {
     int timerId_ = 0;
     DataProcessor* processor_ = nullptr;
     QLabel* recordLabel_ = nullptr;
+    QPushButton* cancel_ = nullptr;
 };
 
 }  // namespace stalwick

@@ -1,8 +1,8 @@
 #include "app/stalwick_dlg.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QDropEvent>
-#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QSessionManager>
 #include <QTreeWidget>
+#include <QWindow>
 
 #include "app/about_dlg.h"
 #include "app/app_identity.h"
@@ -29,6 +30,16 @@ namespace {
 constexpr std::uint32_t kAboutCommand = 16;
 // The system uses the lowest four bits of a command for itself.
 constexpr std::uint32_t kCommandMask = 0xFFF0;
+
+// Whatever action the keys propose: a file manager deletes what it has moved.
+void AcceptAsCopy(QDropEvent& event) {
+    event.setDropAction(Qt::CopyAction);
+    event.accept();
+}
+
+bool OffersACopy(const QDropEvent& event) {
+    return (event.possibleActions() & Qt::CopyAction) != 0;
+}
 
 }  // namespace
 
@@ -50,16 +61,15 @@ void StalwickDlg::OnInitDialog() {
     setAcceptDrops(true);
     progressDlg_ = new ProgressDlg(this);
     ConnectControls();
+    windowHandle()->installEventFilter(this);
 }
 
 void StalwickDlg::ConnectControls() {
     connect(controls_.about, &QAction::triggered, this, &StalwickDlg::ShowAbout);
-    connect(controls_.selectInputFiles, &QPushButton::clicked, this,
-            &StalwickDlg::OnSelectInputFiles);
-    connect(controls_.selectOutputDirectory, &QPushButton::clicked, this,
-            &StalwickDlg::OnSelectOutputDirectory);
-    connect(controls_.clearList, &QPushButton::clicked, this, &StalwickDlg::OnClearList);
-    connect(controls_.createNewFiles, &QPushButton::clicked, this, &StalwickDlg::StartConversion);
+    ConnectButton(controls_.selectInputFiles, &StalwickDlg::OnSelectInputFiles);
+    ConnectButton(controls_.selectOutputDirectory, &StalwickDlg::OnSelectOutputDirectory);
+    ConnectButton(controls_.clearList, &StalwickDlg::OnClearList);
+    ConnectButton(controls_.createNewFiles, &StalwickDlg::StartConversion);
     connect(controls_.outputDirectory, &QLineEdit::textChanged, this, &StalwickDlg::UpdateButtons);
 
     QTreeWidget* list = controls_.fileList;
@@ -73,6 +83,19 @@ void StalwickDlg::ConnectControls() {
 
     connect(qGuiApp, &QGuiApplication::commitDataRequest, this, &StalwickDlg::OnCommitData,
             Qt::DirectConnection);
+}
+
+// A button that its mnemonic pressed acts a moment later; by then another one may have opened a
+// dialog or started a conversion. A conversion below a modal dialog could not be canceled.
+void StalwickDlg::ConnectButton(QPushButton* button, void (StalwickDlg::*act)()) {
+    connect(button, &QPushButton::clicked, this, [this, act] {
+        if (!IsBlocked()) (this->*act)();
+    });
+}
+
+bool StalwickDlg::IsBlocked() const {
+    const QWidget* const modal = QApplication::activeModalWidget();
+    return converting_ || (modal != nullptr && modal != this);
 }
 
 void StalwickDlg::OnSelectInputFiles() {
@@ -124,18 +147,31 @@ void StalwickDlg::OnFileListClick(int item) {
 
 bool StalwickDlg::OnSysCommand(std::uint32_t command) {
     if ((command & kCommandMask) != kAboutCommand) return false;
-    // The system menu works on a disabled dialog; a modal box would keep "Cancel" from the user.
-    if (!converting_) ShowAbout();
+    ShowAbout();
     return true;
 }
 
+// The system menu works on a disabled dialog; a modal box would keep "Cancel" from the user.
 void StalwickDlg::ShowAbout() {
-    CAboutDlg(this).exec();
+    if (!converting_) CAboutDlg(this).exec();
 }
 
 // Called for every close of the window; not closed, it stays open.
 void StalwickDlg::reject() {
-    if (!converting_) QDialog::reject();
+    if (converting_) {
+        RaiseProgress();
+    } else {
+        QDialog::reject();
+    }
+}
+
+// Of the window's own events, before any control has them: a disabled button keeps its clicks. The
+// frame and the taskbar can make the disabled dialog active.
+bool StalwickDlg::eventFilter(QObject* watched, QEvent* event) {
+    const bool reached =
+        event->type() == QEvent::MouseButtonPress || event->type() == QEvent::FocusIn;
+    if (converting_ && reached) RaiseProgress();
+    return QDialog::eventFilter(watched, event);
 }
 
 // Escape would close the dialog.
@@ -148,15 +184,20 @@ void StalwickDlg::keyPressEvent(QKeyEvent* event) {
 }
 
 void StalwickDlg::dragEnterEvent(QDragEnterEvent* event) {
-    if (!converting_ && !DroppedRecordings(event->mimeData()).empty())
-        event->acceptProposedAction();
+    if (converting_ || !OffersACopy(*event)) return;
+    if (!DroppedRecordings(event->mimeData()).empty()) AcceptAsCopy(*event);
+}
+
+// Each movement comes with a proposal of its own.
+void StalwickDlg::dragMoveEvent(QDragMoveEvent* event) {
+    if (!converting_ && OffersACopy(*event)) AcceptAsCopy(*event);
 }
 
 void StalwickDlg::dropEvent(QDropEvent* event) {
     const auto paths = DroppedRecordings(event->mimeData());
-    if (converting_ || paths.empty()) return;
+    if (converting_ || !OffersACopy(*event) || paths.empty()) return;
     SelectFiles(paths);
-    event->acceptProposedAction();
+    AcceptAsCopy(*event);
 }
 
 bool StalwickDlg::nativeEvent(const QByteArray& eventType, void* message, qintptr* result) {

@@ -11,6 +11,7 @@
 #include "engine/conversion_job.h"
 #include "engine/data_processor.h"
 
+class QPushButton;
 class QSessionManager;
 
 namespace stalwick {
@@ -20,8 +21,8 @@ class ProgressDlg;
 // The program's window: the input files and their headers, the output directory, the kinds of
 // output, and the start of a conversion. Used by the window's thread.
 //
-// While a conversion runs the dialog is disabled and refuses to be closed. It must outlive the
-// conversion, which uses its processor.
+// While a conversion runs the dialog is disabled and refuses to be closed; whoever comes to it gets
+// the progress dialog. It must outlive the conversion, which uses its processor.
 class StalwickDlg : public QDialog {
     Q_OBJECT
   public:
@@ -57,7 +58,9 @@ class StalwickDlg : public QDialog {
     void reject() override;
 
   protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     bool nativeEvent(const QByteArray& eventType, void* message, qintptr* result) override;
@@ -72,8 +75,11 @@ class StalwickDlg : public QDialog {
 
     void OnInitDialog();
     void ConnectControls();
+    void ConnectButton(QPushButton* button, void (StalwickDlg::*act)());
+    bool IsBlocked() const;
     ConversionJob MakeJob(const std::wstring& outputDirectory);
     void ShowProgress();
+    void RaiseProgress();
     void CancelConversion();
     Outcome MakeOutcome(const std::wstring& status) const;
     // The window as it was before the conversion.

@@ -72,6 +72,11 @@ void StalwickDlg::ShowProgress() {
     progressDlg_->SetProcessor(&processor_);
 }
 
+void StalwickDlg::RaiseProgress() {
+    progressDlg_->raise();
+    progressDlg_->activateWindow();
+}
+
 void StalwickDlg::CancelConversion() {
     processor_.cancelRequested = 1;
     progressDlg_->SetProcessor(nullptr);

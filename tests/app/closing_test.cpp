@@ -12,6 +12,7 @@ class ClosingTest : public QObject {
     void CloseAfterCancelWaitsForTheWorker();
     void QuitWhileConvertingIsRefused();
     void EscapeWhileConvertingChangesNothing();
+    void CloseWhileConvertingRaisesTheProgressDialog();
 };
 
 namespace {
@@ -81,6 +82,16 @@ void ClosingTest::EscapeWhileConvertingChangesNothing() {
     QVERIFY(converting.window.Progress()->isVisible());
     converting.window.gate.AllowAll();
     QCOMPARE(TakeMessage().value_or(SeenMessage{}).text, "Processing complete");
+}
+
+void ClosingTest::CloseWhileConvertingRaisesTheProgressDialog() {
+    Converting converting;
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&other));
+    QVERIFY(!converting.window.dialog.close());
+    QTRY_COMPARE(QApplication::activeWindow(), converting.window.Progress());
 }
 
 STALWICK_WINDOW_TEST_MAIN(ClosingTest)

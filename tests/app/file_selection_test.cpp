@@ -1,5 +1,7 @@
+#include <QDropEvent>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QPlainTextEdit>
 #include <QTextDocumentFragment>
 #include <QTreeWidget>
@@ -28,6 +30,9 @@ class FileSelectionTest : public QObject {
     void DropWithoutARecordingChangesNothing();
     void DropOnAnyPartOfTheWindowCounts();
     void DropWhileConvertingChangesNothing();
+    void DropIsACopyWhateverTheKeysAskFor_data();
+    void DropIsACopyWhateverTheKeysAskFor();
+    void DropThatMayOnlyMoveIsRefused();
     void DropOfALargeSelectionKeepsItsOrder();
     void ToolTipsShowPathsAsTheyStand_data();
     void ToolTipsShowPathsAsTheyStand();
@@ -213,6 +218,47 @@ void FileSelectionTest::DropWhileConvertingChangesNothing() {
     QCOMPARE(ListedNames(window), QStringList("a.ord"));
     window.gate.AllowAll();
     QVERIFY(TakeMessage());
+}
+
+void FileSelectionTest::DropIsACopyWhateverTheKeysAskFor_data() {
+    QTest::addColumn<Qt::KeyboardModifiers>("keys");
+    QTest::newRow("none") << Qt::KeyboardModifiers();
+    QTest::newRow("Shift: move") << Qt::KeyboardModifiers(Qt::ShiftModifier);
+    QTest::newRow("Ctrl: copy") << Qt::KeyboardModifiers(Qt::ControlModifier);
+    QTest::newRow("both: link") << (Qt::ControlModifier | Qt::ShiftModifier);
+}
+
+// A file manager deletes what it has moved. The events take the window's own way to the widget.
+void FileSelectionTest::DropIsACopyWhateverTheKeysAskFor() {
+    QFETCH(Qt::KeyboardModifiers, keys);
+    const Qt::DropActions offered = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
+    TestWindow window;
+    QMimeData data;
+    data.setUrls({Url(window.AddRecording(L"a.ord", 1))});
+    const QPoint place = window.dialog.rect().center();
+    QDragEnterEvent enter(place, offered, &data, Qt::LeftButton, keys);
+    QDragMoveEvent move(place, offered, &data, Qt::LeftButton, keys);
+    QDropEvent drop(place, offered, &data, Qt::LeftButton, keys);
+    for (QDropEvent* event : {static_cast<QDropEvent*>(&enter), static_cast<QDropEvent*>(&move),
+                              static_cast<QDropEvent*>(&drop)}) {
+        QCoreApplication::sendEvent(window.dialog.windowHandle(), event);
+        QVERIFY(event->isAccepted());
+        QCOMPARE(event->dropAction(), Qt::CopyAction);
+    }
+    QCOMPARE(ListedNames(window), QStringList("a.ord"));
+}
+
+void FileSelectionTest::DropThatMayOnlyMoveIsRefused() {
+    TestWindow window;
+    const QUrl url = Url(window.AddRecording(L"a.ord", 1));
+    QVERIFY(!Drop(window.dialog, {url}, Qt::MoveAction));
+    QMimeData data;
+    data.setUrls({url});
+    QDropEvent drop({}, Qt::MoveAction, &data, Qt::LeftButton, {});
+    drop.ignore();
+    QCoreApplication::sendEvent(&window.dialog, &drop);
+    QVERIFY(!drop.isAccepted());
+    QCOMPARE(ListedNames(window), QStringList());
 }
 
 void FileSelectionTest::DropOfALargeSelectionKeepsItsOrder() {

@@ -23,6 +23,8 @@ class ProgressDialogTest : public QObject {
     void TimerEventWithoutAProcessorChangesNothing();
     void CancelWithoutAnActionDoesNothing();
     void CancelStopsTheTimerAndThenCallsTheAction();
+    void CancelIsDisabledOncePressedUntilTheNextProcessor();
+    void CancelIsEnabledAndHasTheFocusInTheNextConversion();
     void NewCancelActionReplacesTheOldOne();
     void LabelStaysStillAfterCancelWhileTheWorkerGoesOn();
     void NumberRestartsWithEveryFile();
@@ -159,6 +161,39 @@ void ProgressDialogTest::CancelStopsTheTimerAndThenCallsTheAction() {
     QCOMPARE(calls, 1);
     QCOMPARE(timerAtCall, 0);
     QVERIFY(open.dialog.isVisible());
+}
+
+void ProgressDialogTest::CancelIsDisabledOncePressedUntilTheNextProcessor() {
+    OpenProgress open;
+    const auto* cancel = Find<QPushButton>(open.dialog, ControlId::kCancel);
+    int calls = 0;
+    open.dialog.SetCancelAction([&] { ++calls; });
+    open.dialog.SetProcessor(&open.processor);
+    Click(open.dialog, ControlId::kCancel);
+    QVERIFY(!cancel->isEnabled());
+    Click(open.dialog, ControlId::kCancel);
+    QCOMPARE(calls, 1);
+    open.dialog.SetProcessor(nullptr);
+    QVERIFY(!cancel->isEnabled());
+    open.dialog.SetProcessor(&open.processor);
+    QVERIFY(cancel->isEnabled());
+}
+
+void ProgressDialogTest::CancelIsEnabledAndHasTheFocusInTheNextConversion() {
+    TestWindow window;
+    window.AddRecording(L"a.ord", 5);
+    window.SelectInputFiles({"a.ord"});
+    auto* cancel = Find<QPushButton>(*window.Progress(), ControlId::kCancel);
+    for (int run = 0; run < 2; ++run) {
+        window.gate.Allow(0);
+        window.ClickStart();
+        QVERIFY(cancel->isEnabled());
+        QCOMPARE(window.Progress()->focusWidget(), cancel);
+        QTest::keyClick(cancel, Qt::Key_Space);
+        QVERIFY(!cancel->isEnabled());
+        window.gate.AllowAll();
+        QCOMPARE(TakeMessage().value_or(SeenMessage{}).text, "Data processing canceled.");
+    }
 }
 
 void ProgressDialogTest::NewCancelActionReplacesTheOldOne() {

@@ -68,14 +68,14 @@ QString PlainText(const QString& text) {
     return plain.remove(QLatin1Char('&'));
 }
 
-bool Drop(QWidget& target, const QList<QUrl>& urls) {
+bool Drop(QWidget& target, const QList<QUrl>& urls, Qt::DropActions offered) {
     QMimeData data;
     data.setUrls(urls);
-    QDragEnterEvent enter({}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QDragEnterEvent enter({}, offered, &data, Qt::LeftButton, Qt::NoModifier);
     enter.ignore();
     QCoreApplication::sendEvent(&target, &enter);
     if (!enter.isAccepted()) return false;
-    QDropEvent drop({}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QDropEvent drop({}, offered, &data, Qt::LeftButton, Qt::NoModifier);
     drop.ignore();
     QCoreApplication::sendEvent(&target, &drop);
     return drop.isAccepted();

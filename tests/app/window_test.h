@@ -62,7 +62,7 @@ void WhenShown(std::function<void(Dialog&)> act) {
 }
 
 /** Drops URLs on the widget; true when it took them. */
-bool Drop(QWidget& target, const QList<QUrl>& urls);
+bool Drop(QWidget& target, const QList<QUrl>& urls, Qt::DropActions offered = Qt::CopyAction);
 
 /** The main dialog, shown, in a directory of its own with recordings; one time and one UUID for
  * all outputs. */

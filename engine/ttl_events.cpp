@@ -35,14 +35,6 @@ void FillEvent(VtxDataTypes::EventRec& event, std::uint64_t timestamp, std::uint
 
 }  // namespace
 
-void JoinTtlValues(const ORDDataPacket& packet, std::vector<std::uint8_t>& ttlValues) {
-    ttlValues.assign(packet.stateHigh.begin(), packet.stateHigh.end());
-    if (packet.stateLow.size() != ttlValues.size()) return;
-    for (std::size_t i = 0; i < ttlValues.size(); ++i) {
-        ttlValues[i] = static_cast<std::uint8_t>(packet.stateHigh[i] | (packet.stateLow[i] << 4U));
-    }
-}
-
 std::int32_t WriteTtlEvents(EventFileWriterContainer& eventFile,
                             const std::vector<std::uint8_t>& ttlValues, const PacketTime& time) {
     OutputFileRecord& record = eventFile.records.front();

@@ -18,4 +18,12 @@ void ORDDataPacket::Reset() {
     adSamples.reset();
 }
 
+void JoinTtlValues(const ORDDataPacket& packet, std::vector<std::uint8_t>& ttlValues) {
+    ttlValues.assign(packet.stateHigh.begin(), packet.stateHigh.end());
+    if (packet.stateLow.size() != ttlValues.size()) return;
+    for (std::size_t i = 0; i < ttlValues.size(); ++i) {
+        ttlValues[i] = static_cast<std::uint8_t>(packet.stateHigh[i] | (packet.stateLow[i] << 4U));
+    }
+}
+
 }  // namespace stalwick

@@ -42,4 +42,8 @@ struct ORDDataPacket {
     friend bool operator==(const ORDDataPacket&, const ORDDataPacket&) = default;
 };
 
+// The TTL input of each sample, 8 bits, from a packet's nibble lists: the high nibbles are bits 0
+// to 3. Where the lists differ in length the high nibbles stand alone.
+void JoinTtlValues(const ORDDataPacket& packet, std::vector<std::uint8_t>& ttlValues);
+
 }  // namespace stalwick

@@ -1,0 +1,115 @@
+#pragma once
+
+#include <bitset>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "ord/ord_data_packet.h"
+#include "ord/packet_decoder.h"
+#include "ord/recording_header.h"
+#include "ord/step_clock.h"
+#include "ord/stream_window.h"
+#include "platform/input_file.h"
+
+namespace stalwick {
+
+// A stretch of a recording's stream.
+struct StreamPart {
+    enum class Kind {
+        kPacket,
+        kDamage,  // bytes that are no certain packets; those after it are
+        kEnd      // the file's end, with the bytes of a packet that lacks its own
+    };
+    Kind kind = Kind::kEnd;
+    std::uint64_t position = 0;  // of its first byte in the file
+    std::uint64_t size = 0;      // bytes
+    // Of damage and a cut end: why there is no packet at `noticedAt`. For damage kNone says that
+    // what begins there does not follow what is before it, and a cut that it would reach beyond the
+    // end of the file.
+    PacketRefusal refusal = PacketRefusal::kNone;
+    std::uint64_t noticedAt = 0;  // byte of the file
+};
+
+// Reads a recording's packets one by one as if the whole file were in memory, goes on after damage,
+// and says where in the file everything is.
+//
+// A packet is certain when the file ends with it, or when what follows it begins like a packet of
+// this recording: type byte, channel code and blocks as before, timestamp whole steps later. Where
+// that does not hold, a longer look decides: several packets in a row are no accident. Damage
+// begins with the last packet that is not certain and ends where packets follow each other
+// plausibly, the first of them whole steps after the last certain one; without timestamps at least
+// eight have to follow each other.
+//
+// ORDFileReader reads spans of 50,000 bytes instead, ends at damage, and may take other bytes for a
+// packet of width 0 that is cut by a span's end. Where a recording has neither both give the same.
+//
+// Used by one thread at a time.
+class PacketStream {
+  public:
+    PacketStream() = default;
+    PacketStream(const PacketStream&) = delete;
+    PacketStream& operator=(const PacketStream&) = delete;
+
+    // Opens a recording and reads its header, once. Returns 0, or -1 with the reason in
+    // GetErrorMessage() and, where the system gave one, in SystemError().
+    [[nodiscard]] std::int32_t Open(const std::wstring& path);
+
+    const RecordingHeader& Header() const { return header_; }
+    const std::wstring& HeaderText() const { return headerText_; }
+    const std::wstring& GetErrorMessage() const { return errorMessage_; }
+    bool PacketsCarryTimestamps() const { return stalwick::PacketsCarryTimestamps(options_); }
+    std::uint64_t FileSize() const { return file_.Size(); }  // bytes; 0: not known
+
+    // The next part of the stream, parts without a space between them. `packet` holds what a part
+    // of kind kPacket decodes to; for others its content means nothing. After kEnd there is none.
+    [[nodiscard]] StreamPart Next(ORDDataPacket& packet);
+
+    // Leaves everything before this byte of the file out and goes on where eight packets follow
+    // each other. False when there is no such place, or when the system refuses; only for regular
+    // files.
+    [[nodiscard]] bool SkipTo(std::uint64_t position);
+
+    // The system's reason when the stream ends because a read failed; else 0.
+    SystemErrorCode SystemError() const;
+
+  private:
+    // What is known of a packet from its first bytes.
+    struct Head {
+        std::uint8_t flags = 0;
+        std::optional<std::uint64_t> timestamp;  // nanoseconds
+    };
+    struct Chain {
+        std::size_t packets = 0;
+        std::size_t end = 0;  // bytes from the window's first one
+        bool atEnd = false;   // it ends with the file, or with a packet that lacks its end
+    };
+
+    std::optional<Head> HeadAt(std::size_t offset) const;
+    bool FollowsPlausibly(const Head& head, const Head& next) const;
+    bool IsCertain(const ORDDataPacket& packet, std::uint8_t flags, std::size_t end);
+    Chain FollowChain(std::size_t offset, std::size_t wanted, bool plausiblyOnly);
+    bool BeginsSoundChain(std::size_t offset);
+    bool IsPlaceToGoOn(std::size_t offset, std::uint64_t skipped);
+    bool FindPlaceToGoOn();
+    StreamPart TakePacket(const ORDDataPacket& packet, std::uint8_t flags, std::size_t size);
+    StreamPart SkipDamage(PacketRefusal refusal, std::uint64_t noticedAt);
+    StreamPart TakeRest(PacketRefusal refusal);
+
+    std::wstring errorMessage_;
+    InputFile file_;
+    std::wstring headerText_;
+    RecordingHeader header_;
+    DecodeOptions options_;
+    SystemErrorCode systemError_ = 0;
+    std::optional<StreamWindow> window_;
+    StepClock clock_;
+    std::bitset<256> knownFlags_;             // of the packets so far
+    std::optional<std::uint64_t> lastStamp_;  // of the last packet
+    std::uint64_t packetBytes_ = 0;           // of all packets so far
+    std::uint64_t packetCount_ = 0;
+    std::uint64_t soundUntil_ = 0;  // packets that begin before this byte were looked at already
+    ORDDataPacket scratch_;
+};
+
+}  // namespace stalwick

@@ -102,8 +102,9 @@ void Declare(CLI::App& app, RawOptions& options) {
     app.add_flag("--raw", options.raw, "the raw data file");
     app.add_flag("--all", options.all, "every one of these further outputs");
     app.add_flag("-k,--keep-going", options.keepGoing,
-                 "a file that fails does not stop the others; a recap names what failed");
-    app.add_flag("-q,--quiet", options.quiet, "no progress, no details");
+                 "a file that fails does not stop the others");
+    app.add_flag("-q,--quiet", options.quiet,
+                 "no progress, no notes, no lines of recordings that are whole");
     app.add_flag("--no-sync", options.noSync,
                  "do not wait for the disk before a file is marked as closed");
     app.add_option("--block-records", options.recordsPerBlock,
@@ -121,9 +122,9 @@ void Declare(CLI::App& app, RawOptions& options) {
         ->capture_default_str();
     app.set_version_flag("--version", VersionLine());
     app.footer(
-        "Exit status: 0 everything written; 1 a conversion failed or an output is "
-        "incomplete;\n2 wrong usage or output directory; 130, 143 or 129 canceled by\n"
-        "SIGINT, SIGTERM or SIGHUP.");
+        "Exit status: 0 all whole; 1 a conversion failed or an output is incomplete; 2 wrong\n"
+        "usage or output directory; 3 all written, but a recording itself lost data; 130, 143\n"
+        "or 129 canceled by SIGINT, SIGTERM or SIGHUP.");
     UncoverBrackets(app);
 }
 

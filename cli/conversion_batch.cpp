@@ -16,9 +16,8 @@ namespace {
 
 ConversionDetail OutOfMemoryDetail(const std::wstring& path) {
     return {ConversionDetail::Kind::kIncomplete,
-            OneLine(path) + L": not converted whole: not enough memory; " +
-                kOutputsMayLackTheirEnd +
-                L"; convert it again with fewer outputs, fewer --jobs or --block-records 64"};
+            OneLine(path) + L": not converted whole: not enough memory; " + kOutputsMayLackTheirEnd,
+            ConversionDetail::Cause::kOutOfMemory};
 }
 
 }  // namespace
@@ -44,21 +43,22 @@ std::uint32_t ConversionBatch::JobsAtOnce() const {
     return static_cast<std::uint32_t>(std::min<std::size_t>(commandLine_.jobs, outcomes_.size()));
 }
 
-void ConversionBatch::Run() {
+void ConversionBatch::Run(const OnEnded& onEnded) {
     const std::uint32_t jobs = JobsAtOnce();
     std::vector<std::future<void>> others;
     for (std::uint32_t i = 1; i < jobs; ++i) {
         // Where no further thread can be had, its share is done at the end by this one.
         others.push_back(
-            std::async(std::launch::async | std::launch::deferred, [this] { ConvertFiles(); }));
+            std::async(std::launch::async | std::launch::deferred, [&] { ConvertFiles(onEnded); }));
     }
-    ConvertFiles();
+    ConvertFiles(onEnded);
     for (std::future<void>& other : others) other.get();
 }
 
-void ConversionBatch::ConvertFiles() {
+void ConversionBatch::ConvertFiles(const OnEnded& onEnded) {
     while (const std::optional<std::size_t> index = BeginNextFile()) {
         ConvertFile(*index);
+        if (onEnded) onEnded(*index);
         if (outcomes_[*index].converted || commandLine_.keepGoing) continue;
         // Files that stand before it in the list are converted all the same.
         const std::lock_guard<std::mutex> lock(mutex_);
@@ -76,7 +76,7 @@ std::optional<std::size_t> ConversionBatch::BeginNextFile() {
 
 void ConversionBatch::ConvertFile(std::size_t index) {
     DataProcessor& processor = *processors_[index];
-    FileOutcome& outcome = outcomes_[index];
+    RecordingOutcome& outcome = outcomes_[index];
     ConversionJob job;
     job.inputFiles = {recordings_[index].path};
     job.processor = &processor;
@@ -93,8 +93,8 @@ void ConversionBatch::ConvertFile(std::size_t index) {
     } catch (const std::bad_alloc&) {
         outcome.status = std::move(outOfMemory);
     }
-    outcome.details = processor.TakeDetails();
-    if (outcome.details.empty()) outcome.details = std::move(details);
+    outcome.account = processor.TakeAccount();
+    if (outcome.account.details.empty()) outcome.account.details = std::move(details);
     outcome.converted = outcome.status == kStatusComplete || outcome.status == kStatusCanceled;
 }
 
@@ -117,9 +117,10 @@ BatchProgress ConversionBatch::Progress() const {
 }
 
 std::wstring ConversionBatch::Status() const {
-    const auto failed = std::find_if(
-        outcomes_.begin(), outcomes_.end(),
-        [](const FileOutcome& outcome) { return !outcome.converted && !outcome.status.empty(); });
+    const auto failed =
+        std::find_if(outcomes_.begin(), outcomes_.end(), [](const RecordingOutcome& outcome) {
+            return !outcome.converted && !outcome.status.empty();
+        });
     if (failed != outcomes_.end()) return failed->status;
     return Canceled() ? kStatusCanceled : kStatusComplete;
 }

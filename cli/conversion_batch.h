@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -10,19 +11,13 @@
 
 #include "cli/command_line.h"
 #include "cli/conversion_plan.h"
+#include "cli/recording_outcome.h"
 #include "engine/data_processor.h"
 
 namespace stalwick {
 
 // The status of a file for which there was not enough memory. Narrow: printing it takes none.
 inline constexpr char kStatusOutOfMemory[] = "Processing failed - Not enough memory";
-
-// What became of one file.
-struct FileOutcome {
-    bool converted = false;  // false also for a file that was not reached
-    std::wstring status;     // empty for a file that was not reached
-    std::vector<ConversionDetail> details;
-};
 
 // How far the batch is; readable from any thread.
 struct BatchProgress {
@@ -38,9 +33,13 @@ class ConversionBatch {
   public:
     ConversionBatch(const CommandLine& commandLine, std::vector<PlannedRecording> recordings);
 
-    // Converts; returns when all is done. Behind a file that failed no further one is begun, unless
+    // Called with the place in the list of a recording that has ended, on the thread that converted
+    // it; with jobs, several threads may call it at once.
+    using OnEnded = std::function<void(std::size_t index)>;
+
+    // Converts; returns when all is done. After a file that failed no further one is begun, unless
     // the command line says to keep going. Call it once.
-    void Run();
+    void Run(const OnEnded& onEnded = {});
 
     // From any thread: the running file is finished in order, later ones get empty outputs.
     void Cancel();
@@ -49,19 +48,20 @@ class ConversionBatch {
 
     // After Run(): the final status text, that of the first failure in the list's order.
     std::wstring Status() const;
-    const std::vector<FileOutcome>& Outcomes() const { return outcomes_; }
+    const std::vector<RecordingOutcome>& Outcomes() const { return outcomes_; }
+    const std::vector<PlannedRecording>& Recordings() const { return recordings_; }
     bool Canceled() const { return canceled_.load(std::memory_order_relaxed); }
 
   private:
     std::uint32_t JobsAtOnce() const;
-    void ConvertFiles();
+    void ConvertFiles(const OnEnded& onEnded);
     std::optional<std::size_t> BeginNextFile();
     void ConvertFile(std::size_t index);
 
     CommandLine commandLine_;
     std::vector<PlannedRecording> recordings_;
     std::vector<std::unique_ptr<DataProcessor>> processors_;  // one for each file
-    std::vector<FileOutcome> outcomes_;
+    std::vector<RecordingOutcome> outcomes_;
     std::uint64_t bytesTotal_ = 0;
 
     std::mutex mutex_;      // of the fields below

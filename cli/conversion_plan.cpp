@@ -20,6 +20,16 @@ std::wstring DirectoryOf(const std::wstring& path) {
     return parts.drive + directory;
 }
 
+// Where its outputs go, without making anything absolute.
+std::wstring ShownOutputs(const std::wstring& name, std::wstring outputDirectory) {
+    const PathParts parts = SplitPath(name);
+    if (outputDirectory.empty()) return parts.drive + parts.directory + parts.name;
+    if (LastSeparator(outputDirectory) + 1 != outputDirectory.size()) {
+        outputDirectory += kPathSeparator;
+    }
+    return outputDirectory + parts.name;
+}
+
 std::wstring WithoutCase(std::wstring text) {
     for (wchar_t& c : text) {
         if (c >= L'A' && c <= L'Z') c = static_cast<wchar_t>(c - L'A' + L'a');
@@ -45,10 +55,10 @@ std::wstring DescribePair(const PlannedRecording& first, const PlannedRecording&
 std::vector<PlannedRecording> PlanRecordings(const CommandLine& commandLine) {
     const auto plan = [&](const std::wstring& name) {
         const std::wstring path = AbsolutePath(name);
+        const std::wstring& directory = commandLine.outputDirectory;
         return PlannedRecording{name, path,
-                                commandLine.outputDirectory.empty()
-                                    ? DirectoryOf(path)
-                                    : AbsolutePath(commandLine.outputDirectory)};
+                                directory.empty() ? DirectoryOf(path) : AbsolutePath(directory),
+                                ShownOutputs(name, directory)};
     };
     std::vector<PlannedRecording> recordings;
     std::transform(commandLine.inputFiles.begin(), commandLine.inputFiles.end(),

@@ -12,6 +12,7 @@ struct PlannedRecording {
     std::wstring name;             // as the user gave it: messages use it
     std::wstring path;             // the same, absolute
     std::wstring outputDirectory;  // absolute; the outputs go into its subdirectory
+    std::wstring shownOutputs;     // that subdirectory as the user would write it
 };
 
 // The FILEs in their order. Without --output-dir each one's outputs go beside it.

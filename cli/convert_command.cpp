@@ -11,8 +11,10 @@
 #include "cli/conversion_batch.h"
 #include "cli/conversion_plan.h"
 #include "cli/exit_status.h"
+#include "cli/print_line.h"
 #include "cli/progress_bar.h"
-#include "engine/conversion_job.h"
+#include "cli/recap.h"
+#include "cli/recording_line.h"
 #include "engine/output_directory.h"
 #include "platform/console.h"
 #include "platform/system_error.h"
@@ -22,11 +24,6 @@ namespace stalwick {
 
 namespace {
 
-void PrintLine(std::FILE* stream, const std::wstring& text) {
-    const std::string line = ToUtf8(OneLine(text)) + "\n";
-    std::fwrite(line.data(), 1, line.size(), stream);
-}
-
 bool PrintStatus(const std::wstring& status) {
     PrintLine(stdout, status);
     if (std::fflush(stdout) == 0) return true;
@@ -34,49 +31,17 @@ bool PrintStatus(const std::wstring& status) {
     return false;
 }
 
-void PrintDetails(const ConversionBatch& batch) {
-    for (const FileOutcome& outcome : batch.Outcomes()) {
-        for (const ConversionDetail& detail : outcome.details) PrintLine(stderr, detail.text);
-    }
-}
-
-void PrintRecap(const CommandLine& commandLine, const ConversionBatch& batch) {
-    std::size_t failed = 0;
-    for (const FileOutcome& outcome : batch.Outcomes()) failed += outcome.converted ? 0 : 1;
-    if (failed == 0) return;
-    PrintLine(stderr, std::to_wstring(failed) + L" of " + std::to_wstring(batch.Outcomes().size()) +
-                          L" files failed:");
-    for (std::size_t i = 0; i < batch.Outcomes().size(); ++i) {
-        const FileOutcome& outcome = batch.Outcomes()[i];
-        if (outcome.converted) continue;
-        PrintLine(stderr, commandLine.inputFiles[i] + L": " + outcome.status);
-    }
-}
-
-bool EverythingWritten(const ConversionBatch& batch) {
-    for (const FileOutcome& outcome : batch.Outcomes()) {
-        if (!outcome.converted) return false;
-        for (const ConversionDetail& detail : outcome.details) {
-            if (detail.kind == ConversionDetail::Kind::kIncomplete) return false;
-        }
-    }
-    return true;
-}
-
-int ExitStatus(const ConversionBatch& batch, Interruption interruption) {
-    // Also where a recording had failed before: whoever canceled knows that not all is done.
-    if (batch.Canceled()) return CancelExitStatus(interruption);
-    return EverythingWritten(batch) ? kExitComplete : kExitFailed;
-}
-
 // Runs the batch on a thread of its own while this one draws and listens for signals. Where no
 // thread can be had this one converts: a first signal then has no effect, a second one ends it.
-void RunWatched(ConversionBatch& batch, const std::atomic<Interruption>& interruption,
-                bool showProgress) {
+void RunWatched(ConversionBatch& batch, const std::atomic<Interruption>& interruption, bool quiet) {
     constexpr std::chrono::milliseconds kPollPeriod(100);
-    ProgressBar bar(showProgress);
+    ProgressBar bar(!quiet);
+    const auto print = [&](std::size_t index) {
+        bar.PrintLines(
+            DescribeRecording(batch.Recordings()[index], batch.Outcomes()[index], quiet));
+    };
     std::future<void> done =
-        std::async(std::launch::async | std::launch::deferred, [&] { batch.Run(); });
+        std::async(std::launch::async | std::launch::deferred, [&] { batch.Run(print); });
     while (done.wait_for(kPollPeriod) == std::future_status::timeout) {
         if (interruption.load(std::memory_order_relaxed) != Interruption::kNone) batch.Cancel();
         bar.Show(batch.Progress());
@@ -106,11 +71,14 @@ int Convert(const CommandLine& commandLine) {
     if (!IsPossible(commandLine, recordings)) return kExitUsage;
     WatchInterruptions(interruption);
     ConversionBatch batch(commandLine, std::move(recordings));
-    RunWatched(batch, interruption, !commandLine.quiet);
-    if (!commandLine.quiet) PrintDetails(batch);
-    if (commandLine.keepGoing && !commandLine.quiet) PrintRecap(commandLine, batch);
-    if (!PrintStatus(batch.Status())) return kExitFailed;
-    return ExitStatus(batch, interruption.load());
+    RunWatched(batch, interruption, commandLine.quiet);
+    for (const std::wstring& line :
+         DescribeAll(batch.Recordings(), batch.Outcomes(), commandLine.quiet)) {
+        PrintLine(stderr, line);
+    }
+    const bool printed = PrintStatus(batch.Status());
+    const int status = ExitStatus(batch.Outcomes(), batch.Canceled(), interruption.load());
+    return printed || batch.Canceled() ? status : kExitFailed;
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "cli/print_line.h"
 #include "platform/console.h"
 
 namespace stalwick {
@@ -63,7 +64,24 @@ ProgressBar::ProgressBar(bool enabled)
     : enabled_(enabled && StandardErrorIsTerminal()), start_(std::chrono::steady_clock::now()) {}
 
 void ProgressBar::Show(const BatchProgress& progress) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (enabled_) Draw(progress);
+}
+
+void ProgressBar::PrintLines(const std::vector<std::wstring>& lines) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (!lines.empty()) Erase();
+    for (const std::wstring& line : lines) PrintLine(stderr, line);
+}
+
+void ProgressBar::Finish(const BatchProgress& progress) {
+    const std::lock_guard<std::mutex> lock(mutex_);
     if (!enabled_) return;
+    Draw(progress);
+    std::fputc('\n', stderr);
+}
+
+void ProgressBar::Draw(const BatchProgress& progress) {
     std::string line =
         FormatProgress(progress, std::chrono::steady_clock::now() - start_, TerminalWidth());
     // An unchanged line is not drawn again: no flicker.
@@ -75,10 +93,10 @@ void ProgressBar::Show(const BatchProgress& progress) {
     shown_ = std::move(line);
 }
 
-void ProgressBar::Finish(const BatchProgress& progress) {
-    if (!enabled_) return;
-    Show(progress);
-    std::fputc('\n', stderr);
+void ProgressBar::Erase() {
+    if (shown_.empty()) return;
+    std::fprintf(stderr, "\r%*s\r", static_cast<int>(shown_.size()), "");
+    shown_.clear();
 }
 
 }  // namespace stalwick

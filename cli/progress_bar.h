@@ -1,7 +1,9 @@
 #pragma once
 
 #include <chrono>
+#include <mutex>
 #include <string>
+#include <vector>
 
 #include "cli/conversion_batch.h"
 
@@ -13,17 +15,24 @@ std::string FormatProgress(const BatchProgress& progress, std::chrono::duration<
                            int width);
 
 // Draws the progress on standard error, and nothing when that is no terminal. The last line stays.
+// Any thread may call any operation.
 class ProgressBar {
   public:
     explicit ProgressBar(bool enabled);
 
     void Show(const BatchProgress& progress);
+    // Prints the lines on standard error, above the progress.
+    void PrintLines(const std::vector<std::wstring>& lines);
     void Finish(const BatchProgress& progress);
 
   private:
+    void Draw(const BatchProgress& progress);
+    void Erase();
+
     bool enabled_;
     std::chrono::steady_clock::time_point start_;
-    std::string shown_;
+    std::mutex mutex_;   // of what is on the terminal
+    std::string shown_;  // the progress that stands there
 };
 
 }  // namespace stalwick

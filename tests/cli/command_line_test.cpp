@@ -165,7 +165,7 @@ TEST(CommandLine, VersionAndHelpAreOutputAndSuccess) {
     for (const char* option : {"--version", "--help"}) {
         const ParsedArguments parsed = ParseArguments({option});
         EXPECT_FALSE(parsed.proceed);
-        EXPECT_EQ(parsed.exitStatus, kExitComplete);
+        EXPECT_EQ(parsed.exitStatus, kExitWhole);
         EXPECT_NE(parsed.output, "");
         EXPECT_EQ(parsed.error, "");
     }

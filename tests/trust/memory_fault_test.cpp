@@ -87,7 +87,7 @@ class MemoryFaultTest : public testing::TestWithParam<Scene> {
     }
 
     bool TellsWhere(const ConversionBatch& batch) const {
-        const auto& details = batch.Outcomes()[0].details;
+        const auto& details = batch.Outcomes()[0].account.details;
         return std::any_of(details.begin(), details.end(), [&](const ConversionDetail& detail) {
             return detail.kind == ConversionDetail::Kind::kIncomplete &&
                    (detail.text.find(line_.inputFiles[0]) != std::wstring::npos ||

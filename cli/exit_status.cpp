@@ -1,0 +1,35 @@
+#include "cli/exit_status.h"
+
+namespace stalwick {
+
+namespace {
+
+int CancelExitStatus(Interruption interruption) {
+    switch (interruption) {
+        case Interruption::kTerminate:
+            return kExitTerminated;
+        case Interruption::kHangUp:
+            return kExitHungUp;
+        default:
+            return kExitInterrupted;
+    }
+}
+
+}  // namespace
+
+int ExitStatus(const std::vector<RecordingOutcome>& outcomes, bool canceled,
+               Interruption interruption) {
+    // Also where a recording had failed before: whoever canceled knows that not all is done.
+    if (canceled || interruption == Interruption::kInterrupt) {
+        return CancelExitStatus(interruption);
+    }
+    int status = kExitWhole;
+    for (const RecordingOutcome& outcome : outcomes) {
+        const Verdict verdict = VerdictOf(outcome);
+        if (verdict == Verdict::kWithLosses) status = kExitLosses;
+        if (verdict != Verdict::kWhole && verdict != Verdict::kWithLosses) return kExitFailed;
+    }
+    return status;
+}
+
+}  // namespace stalwick

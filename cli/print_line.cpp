@@ -1,0 +1,12 @@
+#include "cli/print_line.h"
+
+#include "platform/text_encoding.h"
+
+namespace stalwick {
+
+void PrintLine(std::FILE* stream, const std::wstring& text) {
+    const std::string line = ToUtf8(OneLine(text)) + "\n";
+    std::fwrite(line.data(), 1, line.size(), stream);
+}
+
+}  // namespace stalwick

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/conversion_plan.h"
+#include "cli/recording_outcome.h"
+
+namespace stalwick {
+
+// The account of several recordings: a line of counts, then one for each that is not whole. Empty
+// for a single one, and, if quiet, where all are whole.
+std::vector<std::wstring> DescribeAll(const std::vector<PlannedRecording>& recordings,
+                                      const std::vector<RecordingOutcome>& outcomes, bool quiet);
+
+}  // namespace stalwick

@@ -1,0 +1,26 @@
+#include "cli/recording_outcome.h"
+
+#include <algorithm>
+
+namespace stalwick {
+
+namespace {
+
+bool Has(const RecordingOutcome& outcome, ConversionDetail::Kind kind) {
+    const auto& details = outcome.account.details;
+    return std::any_of(details.begin(), details.end(),
+                       [kind](const ConversionDetail& detail) { return detail.kind == kind; });
+}
+
+}  // namespace
+
+Verdict VerdictOf(const RecordingOutcome& outcome) {
+    if (outcome.status.empty()) return Verdict::kNotBegun;
+    if (!outcome.converted || Has(outcome, ConversionDetail::Kind::kIncomplete)) {
+        return Verdict::kFailed;
+    }
+    if (outcome.account.canceled) return Verdict::kCanceled;
+    return Has(outcome, ConversionDetail::Kind::kLoss) ? Verdict::kWithLosses : Verdict::kWhole;
+}
+
+}  // namespace stalwick

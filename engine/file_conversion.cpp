@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "engine/output_directory.h"
+#include "engine/recording_check.h"
 #include "engine/span_reader.h"
 #include "engine/ttl_events.h"
 #include "platform/open_file_limit.h"
@@ -119,15 +120,11 @@ std::int32_t FileConversion::OpenInput() {
     account_.inputBytes = reader_.FileSize();
     account_.adChannels = reader_.NumADChannels();
     processor_.bytesTotal.store(account_.inputBytes, std::memory_order_relaxed);
-    const bool tooManyChannels = reader_.NumADChannels() > kMostADChannels;
-    if (!tooManyChannels && reader_.SamplingFrequency() != 0) return 0;
-    // Nothing sane produces these; refused before an output file is made.
-    const std::wstring text = std::wstring(L"Invalid header field ") +
-                              (tooManyChannels ? L"-NumADChannels" : L"-SamplingFrequency");
-    AddInputDetail(ConversionDetail::Kind::kIncomplete,
-                   L"not converted: " + text + (tooManyChannels ? L" is above 256" : L" is 0") +
-                       L"; check the recording's header");
-    return Fail(text);
+    const RecordingRefusal refusal = CheckHeader(reader_.Header());
+    if (!refusal) return 0;
+    // Refused before an output file is made.
+    AddInputDetail(ConversionDetail::Kind::kIncomplete, L"not converted: " + refusal.reason);
+    return Fail(refusal.errorText);
 }
 
 std::uint64_t FileConversion::CountOutputFiles() const {

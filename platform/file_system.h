@@ -13,6 +13,10 @@ enum class PathKind { kMissing, kFile, kDirectory };
 // is taken.
 PathKind QueryPath(const std::wstring& path);
 
+// Whether an ordinary file stands at the path, links followed: reading one never waits for another
+// program, as reading a pipe or a device can. Nothing is opened.
+bool IsOrdinaryFile(const std::wstring& path);
+
 // Bytes of the file at the path; 0 for anything else (a directory, a pipe) and where that is not
 // known. The file is not opened: a pipe that was opened and closed would lose its writer.
 std::uint64_t QueryFileSize(const std::wstring& path);

@@ -19,6 +19,11 @@ PathKind QueryPath(const std::wstring& path) {
     return S_ISDIR(status.st_mode) ? PathKind::kDirectory : PathKind::kFile;
 }
 
+bool IsOrdinaryFile(const std::wstring& path) {
+    struct stat status {};
+    return ::stat(ToUtf8(path).c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 std::uint64_t QueryFileSize(const std::wstring& path) {
     struct stat status {};
     if (::stat(ToUtf8(path).c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;

@@ -15,6 +15,11 @@ PathKind QueryPath(const std::wstring& path) {
     return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? PathKind::kDirectory : PathKind::kFile;
 }
 
+// Pipes and devices stand outside of the directories from which recordings are chosen.
+bool IsOrdinaryFile(const std::wstring& path) {
+    return QueryPath(path) == PathKind::kFile;
+}
+
 std::uint64_t QueryFileSize(const std::wstring& path) {
     constexpr unsigned kHalf = 32;
     WIN32_FILE_ATTRIBUTE_DATA data{};

@@ -1,6 +1,7 @@
 #include "writers/output_naming.h"
 
 #include "outputs/file_identity.h"
+#include "outputs/output_names.h"
 #include "platform/file_system.h"
 #include "platform/paths.h"
 #include "platform/text_encoding.h"
@@ -11,10 +12,6 @@ namespace {
 
 bool IsTaken(const std::wstring& path) {
     return QueryPath(path) == PathKind::kFile;
-}
-
-std::wstring NumberSuffix(std::int32_t number) {
-    return L'_' + PadWithZeros(number, 2);
 }
 
 }  // namespace

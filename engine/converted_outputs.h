@@ -1,0 +1,36 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+#include "engine/wanted_outputs.h"
+
+namespace stalwick {
+
+// Whether a recording's outputs are there and whole.
+struct ConvertedOutputs {
+    bool whole = false;
+    std::wstring reason;      // why not, one line: the first output that is not as it should be
+    std::uint64_t files = 0;  // of a whole set
+    std::uint64_t bytes = 0;  // of all of them
+};
+
+struct ConvertedOutputsRequest {
+    std::wstring recordingPath;
+    std::wstring directory;  // where its outputs are
+    WantedOutputs wanted;
+};
+
+// Looks for a whole set of the wanted outputs, made from this recording: every one has a whole
+// header with the recording's -SessionUUID and a time of closing (the event file never has one),
+// and exactly as many records, and samples in the last one, as the packets of the recording give,
+// which are all read and decoded for that. An output under a later name (CSC1_01.vcs) counts as
+// well. Sample values and timestamps are not compared.
+//
+// A recording that itself lost data never counts, so that its losses are reported each time; nor
+// does one without -SessionUUID, or one that is no ordinary file.
+[[nodiscard]] ConvertedOutputs FindConvertedOutputs(
+    const ConvertedOutputsRequest& request, const std::atomic<std::uint8_t>& cancelRequested);
+
+}  // namespace stalwick

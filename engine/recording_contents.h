@@ -1,0 +1,44 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engine/wanted_outputs.h"
+#include "ord/ord_file_reader.h"
+
+namespace stalwick {
+
+// How much of each output a recording's packets give, counted without making one.
+class RecordingContents {
+  public:
+    void Count(const ORDDataPacket& packet);
+
+    // Samples of a channel file.
+    std::uint64_t Samples(ChannelGroup group, std::uint32_t channel) const;
+    std::uint64_t Events() const { return ttlChanges_; }
+    // Of all raw records, without the header.
+    std::uint64_t RawBytes() const;
+    // Channels that the widest packet with A/D samples describes.
+    std::uint32_t MostADChannels() const;
+
+  private:
+    std::array<std::uint64_t, 4> adPackets_{};  // by channel-count code
+    std::uint64_t baseImuPackets_ = 0;
+    std::uint64_t afeImuPackets_ = 0;
+    std::uint64_t ultrasonicPackets_ = 0;
+    std::uint64_t ttlChanges_ = 0;
+    std::optional<std::uint8_t> lastTtl_;
+    std::vector<std::uint8_t> ttlValues_;
+};
+
+// Reads an open recording to its end and counts its packets. Returns nothing if all of it was
+// counted and no data are lost; else why not, in words that follow "the recording".
+[[nodiscard]] std::wstring CountRecording(ORDFileReader& reader,
+                                          const std::atomic<std::uint8_t>& cancelRequested,
+                                          RecordingContents& contents);
+
+}  // namespace stalwick

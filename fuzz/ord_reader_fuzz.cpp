@@ -5,7 +5,6 @@
 #include "ord/ord_file_reader.h"
 #include "tests/support/memory_file_calls.h"
 #include "tests/support/plain_packet.h"
-#include "tests/support/reference_header.h"
 
 namespace stalwick::fuzz {
 
@@ -13,14 +12,13 @@ namespace {
 
 constexpr wchar_t kPath[] = L"in.ord";
 
-// Few pieces of a kilobyte and more, or many small ones.
+// What one call of the system gives: everything, or little.
 std::size_t PieceSize(std::uint8_t options) {
-    return options % 8 == 0 ? SIZE_MAX : std::size_t{1000} * (options % 8);
+    return options % 8 == 0 ? SIZE_MAX : std::size_t{100} * (options % 8);
 }
 
-void CompareHeader(const ORDFileReader& reader, bool opened) {
-    const test::ReferenceHeaderFields expected =
-        test::ReferenceReadHeaderFields(reader.GetHeaderText());
+void CompareHeader(const ORDFileReader& reader, bool opened,
+                   const test::ReferenceHeaderFields& expected) {
     Require(opened == expected.errorText.empty(), "the header was taken otherwise");
     if (!opened) {
         Require(reader.GetErrorMessage() == expected.errorText, "another error text");
@@ -39,11 +37,13 @@ void CompareHeader(const ORDFileReader& reader, bool opened) {
     Require(reader.UltrasonicAvailable() == expected.ultrasonicAvailable, "another flag");
 }
 
-void CompareStream(ORDFileReader& reader, const std::string& recording) {
-    const std::size_t headerSize = std::min(recording.size(), kHeaderBlockSize);
+void CompareStream(ORDFileReader& reader, const RecordingInput& input) {
+    const std::string& recording = input.recording;
+    const std::size_t headerSize = std::min(recording.size(), input.sizes.header);
     test::ReferenceSpanReader expected(recording.substr(headerSize),
-                                       VersionStringToNumber(reader.FileVersion()));
-    std::vector<ORDDataPacket> packets;
+                                       VersionStringToNumber(reader.FileVersion()),
+                                       input.sizes.span);
+    static std::vector<ORDDataPacket> packets;  // reused, as the conversion does
     for (bool endOfFile = false; !endOfFile;) {
         const bool failed = reader.GetData(packets, endOfFile) != 0;
         const test::ReferenceSpanReader::Result span = expected.GetData();
@@ -77,12 +77,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     test::MemoryFileCalls disk;
     disk.mostBytesPerRead = fuzz::PieceSize(input.options);
     disk.files[fuzz::kPath] = input.recording;
+    SetReadSizes(input.sizes);
     {
         ORDFileReader reader;
         const bool opened = reader.Open(fuzz::kPath) == 0;
-        if (fuzz::SuitsTheReference(input.recording)) fuzz::CompareHeader(reader, opened);
+        if (fuzz::IsForThePatterns(input)) {
+            fuzz::CompareHeader(reader, opened, fuzz::FieldsByThePatterns(input));
+        }
         if (opened) {
-            fuzz::CompareStream(reader, input.recording);
+            fuzz::CompareStream(reader, input);
             fuzz::Require(reader.Close() == 0, "the file could not be closed");
         }
     }

@@ -1,10 +1,13 @@
-// The packet decoder on a span of bytes, held against the bit-at-a-time one.
+// The packet decoder on a span of bytes, with each of its kernels, held against the bit-at-a-time
+// one.
 
 #include <memory>
 #include <optional>
 #include <random>
+#include <span>
 
 #include "fuzz/fuzz_target.h"
+#include "ord/ad_block_kernel.h"
 #include "ord/packet_decoder.h"
 #include "tests/support/ord_builder.h"
 #include "tests/support/plain_packet.h"
@@ -23,6 +26,18 @@ Plan PlanOf(std::uint8_t byte) {
     if ((byte & 1U) != 0) plan.version = 20;
     if ((byte & 2U) == 0) plan.samplesOverride = 10;
     return plan;
+}
+
+void Decode(std::span<const std::uint8_t> bytes, const Plan& plan,
+            const test::ReferenceSpan& expected) {
+    static std::vector<ORDDataPacket> packets;  // reused, as the conversion does
+    const std::uint8_t* const next = ProcessDataBuffer(
+        bytes.data(), bytes.size(), packets, PacketFormat{0, plan.version}, plan.samplesOverride);
+    Require(next == bytes.data() + expected.consumedBytes, "other bytes were consumed");
+    Require(packets.size() == expected.packets.size(), "another number of packets");
+    for (std::size_t i = 0; i < packets.size(); ++i) {
+        Require(test::ToReference(packets[i]) == expected.packets[i], "another packet");
+    }
 }
 
 }  // namespace
@@ -57,15 +72,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto bytes = std::make_unique<std::uint8_t[]>(span.size());
     std::copy(span.begin(), span.end(), bytes.get());
 
-    static std::vector<ORDDataPacket> packets;  // reused, as the conversion does
-    const std::uint8_t* next = ProcessDataBuffer(
-        bytes.get(), span.size(), packets, PacketFormat{0, plan.version}, plan.samplesOverride);
     const test::ReferenceSpan expected = test::ReferenceProcessDataBuffer(
         span, test::ReferenceDecodeOptions{0, plan.version}, plan.samplesOverride);
-    fuzz::Require(next == bytes.get() + expected.consumedBytes, "other bytes were consumed");
-    fuzz::Require(packets.size() == expected.packets.size(), "another number of packets");
-    for (std::size_t i = 0; i < packets.size(); ++i) {
-        fuzz::Require(test::ToReference(packets[i]) == expected.packets[i], "another packet");
+    for (const ADBlockKernel& kernel : AvailableADBlockKernels()) {
+        SetADBlockKernel(&kernel);
+        fuzz::Decode({bytes.get(), span.size()}, plan, expected);
     }
+    SetADBlockKernel(nullptr);
     return 0;
 }

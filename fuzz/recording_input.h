@@ -5,26 +5,38 @@
 #include <vector>
 
 #include "fuzz/fuzz_target.h"
+#include "ord/read_sizes.h"
+#include "tests/support/reference_header.h"
 
 namespace stalwick::fuzz {
 
 /**
  * An input that stands for a whole recording:
  *
- *     options | channels | n | n bytes of header lines | packet stream
+ *     options | channels | span | n | n bytes of header lines | packet stream
  *
  * The lines come before a complete header and so outweigh its own, unless the highest bit of the
- * options asks for no such header.
+ * options asks for no such header. The one below it leaves the padding of the header block out.
+ * The recording is read in small pieces: a short input has as many spans as a long recording.
  */
 struct RecordingInput {
-    std::uint8_t options = 0;  // the target's to read, but for the highest bit
+    std::uint8_t options = 0;  // the target's to read, but for the two highest bits
+    ReadSizes sizes;           // for SetReadSizes
     std::string recording;     // the bytes of the `.ord` file
 };
 
 RecordingInput ReadRecordingInput(const std::uint8_t* data, std::size_t size);
 
-/** False for a header that the plain reference would take ages to read. */
-bool SuitsTheReference(const std::string& recording);
+/**
+ * True for a share of the recordings, whose headers are read by the reference's patterns too. These
+ * take a hundred times as long as everything else, and ages for some headers, which are left out.
+ */
+bool IsForThePatterns(const RecordingInput& input);
+
+/** The fields as the program reads them, in the reference's form. */
+test::ReferenceHeaderFields FieldsByTheProgram(const RecordingInput& input);
+/** The fields by the reference's patterns. */
+test::ReferenceHeaderFields FieldsByThePatterns(const RecordingInput& input);
 
 /** Inputs made of small recordings of every kind, with these options. */
 std::vector<std::string> MakeRecordingSeeds(std::uint8_t options);

@@ -35,10 +35,10 @@ std::int32_t ORDFileReader::Open(std::wstring path) {
 std::int32_t ORDFileReader::ReadHeader() {
     std::array<char, kHeaderBlockSize> block;
     std::size_t count = 0;
-    systemError_ = file_.Read(block.data(), block.size(), count);
+    systemError_ = file_.Read(block.data(), sizes_.header, count);
     if (systemError_ != 0) return Fail(L"Error reading header from file.");
     bytesRead_ += count;
-    endedInHeader_ = count < block.size();
+    endedInHeader_ = count < sizes_.header;
 
     headerText_.clear();
     const std::string_view bytes(block.data(), count);
@@ -57,7 +57,7 @@ std::int32_t ORDFileReader::GetData(std::vector<ORDDataPacket>& records, bool& e
     systemError_ = readError_;
     if (readError_ != 0) return Fail(kReadFailed);
 
-    const std::size_t wanted = kDataBufferSize - bytesHeld_;
+    const std::size_t wanted = sizes_.span - bytesHeld_;
     std::size_t count = 0;
     // What a short file grows by would be out of place: its packets begin after a whole header.
     if (!endedInHeader_) readError_ = file_.Read(buffer_.data() + bytesHeld_, wanted, count);
@@ -96,7 +96,7 @@ std::int32_t ORDFileReader::DecodeBuffer(std::uint32_t validBytes,
     // the last, short block: one of which nothing is consumed is no error, and one whose valid and
     // consumed bytes add up to the buffer's size is an error. Kept (pinned by
     // ORDFileReader.LastBlockOfHalfTheBufferIsReportedAsNotConsumed).
-    const auto leftover = static_cast<std::uint32_t>(kDataBufferSize - consumed);
+    const auto leftover = static_cast<std::uint32_t>(sizes_.span - consumed);
     if (validBytes == leftover) return Fail(L"Failed to process buffer. 0 bytes consumed.");
     unconsumedBytes_ = validBytes - consumed;
     std::memmove(buffer_.data(), buffer_.data() + consumed, leftover);

@@ -7,6 +7,7 @@
 
 #include "ord/ord_data_packet.h"
 #include "ord/ord_format.h"
+#include "ord/read_sizes.h"
 #include "ord/recording_header.h"
 #include "platform/input_file.h"
 
@@ -80,6 +81,7 @@ class ORDFileReader {
     std::uint32_t Decode(std::uint32_t validBytes, std::vector<ORDDataPacket>& records);
     std::int32_t DecodeBuffer(std::uint32_t validBytes, std::vector<ORDDataPacket>& records);
 
+    const ReadSizes sizes_ = CurrentReadSizes();
     std::wstring errorMessage_;
     InputFile file_;
     std::wstring headerText_;

@@ -184,5 +184,25 @@ TEST(ORDFileReader, PositionsTellWhereTheNextPacketBegins) {
     EXPECT_EQ(reader.NextPacketPosition(), 16384U + 33);
 }
 
+TEST(ORDFileReader, SmallerReadSizesCutTheSameRecordingIntoMoreSpans) {
+    const TempDirectory directory;
+    const std::string header = Version1Header(32).Text() + std::string(30, '\0');
+    const std::string stream = EncodePackets(std::vector<PacketPlan>(100));  // 11 bytes each
+    WriteFile(directory.Path(L"rec.ord"), header + stream);
+    SetReadSizes({header.size(), 110});
+    ORDFileReader reader;
+    SetReadSizes({});
+    ASSERT_EQ(reader.Open(directory.Path(L"rec.ord")), 0);
+    std::vector<ORDDataPacket> records;
+    bool endOfFile = false;
+    for (int span = 0; span < 10; ++span) {
+        EXPECT_FALSE(endOfFile);
+        ASSERT_EQ(reader.GetData(records, endOfFile), 0);
+        EXPECT_EQ(records.size(), 10U);
+    }
+    ASSERT_EQ(reader.GetData(records, endOfFile), 0);
+    EXPECT_TRUE(endOfFile && records.empty());
+}
+
 }  // namespace
 }  // namespace stalwick::test

@@ -6,10 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/reference_decoder.h"
-#include "tests/support/reference_header.h"
-#include "tests/support/reference_writers.h"
-
 namespace stalwick::test {
 namespace {
 
@@ -63,9 +59,7 @@ void WriteGroup(std::vector<ReferenceChannelFile>& files, const std::vector<std:
 class Conversion {
   public:
     explicit Conversion(const ReferenceConvertInput& input)
-        : input_(input),
-          fields_(ReferenceReadHeaderFields(
-              ReferenceHeaderText(std::string_view(input.recording).substr(0, kHeaderBytes)))) {}
+        : input_(input), fields_(input.fields ? *input.fields : ReadFields(input)) {}
 
     ReferenceConvertResult Run() {
         result_.status = Convert() ? 0 : -1;
@@ -84,6 +78,12 @@ class Conversion {
     }
 
   private:
+    static ReferenceHeaderFields ReadFields(const ReferenceConvertInput& input) {
+        const std::string_view recording(input.recording);
+        return ReferenceReadHeaderFields(
+            ReferenceHeaderText(recording.substr(0, input.headerBytes)));
+    }
+
     bool Convert() {
         if (!AcceptHeader() || !OpenFiles() || !ConvertSpans()) return false;
         Finish();
@@ -107,6 +107,7 @@ class Conversion {
     void Prepare(ReferenceOutputFile& file, const std::string& entity,
                  const std::string& extension) {
         file.fileName = FreeName(input_.takenNames, entity + extension);
+        file.recordsPerWrite = input_.recordsPerWrite;
         file.lines.fileUuid = input_.uuidText;
         file.lines.sessionUuid = ReferenceUtf8(fields_.sessionUuid);
         file.lines.path = input_.outputDirectory + input_.separator + NameWithoutExtension(input_) +
@@ -213,9 +214,9 @@ class Conversion {
     }
 
     bool ConvertSpans() {
-        const std::size_t streamStart = std::min(kHeaderBytes, input_.recording.size());
-        ReferenceSpanReader reader(input_.recording.substr(streamStart),
-                                   ReferenceVersionNumber(fields_.fileVersion));
+        const std::size_t streamStart = std::min(input_.headerBytes, input_.recording.size());
+        ReferenceSpanReader reader(input_.recording.substr(streamStart), fields_.versionNumber,
+                                   input_.spanBytes);
         for (std::size_t spans = 0;; ++spans) {
             if (input_.spansUntilCancel && spans >= *input_.spansUntilCancel) {
                 canceled_ = true;

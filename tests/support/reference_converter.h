@@ -7,6 +7,10 @@
 #include <string>
 #include <string_view>
 
+#include "tests/support/reference_decoder.h"
+#include "tests/support/reference_header.h"
+#include "tests/support/reference_writers.h"
+
 // A second, plain conversion of a whole recording in memory (docs/output-files.md). It shares no
 // code with the program. The tests hold the program's files against these, byte for byte.
 
@@ -33,6 +37,11 @@ struct ReferenceConvertInput {
     std::set<std::string> takenNames;
     /** The conversion is canceled after so many spans of 50,000 bytes. */
     std::optional<std::size_t> spansUntilCancel;
+    std::size_t headerBytes = 16384;
+    std::size_t spanBytes = kReferenceSpanBytes;
+    std::size_t recordsPerWrite = kReferenceRecordsPerWrite;
+    /** The header's fields where the caller knows them; else they are read here. */
+    std::optional<ReferenceHeaderFields> fields;
 };
 
 struct ReferenceConvertResult {

@@ -6,8 +6,6 @@
 namespace stalwick::test {
 namespace {
 
-constexpr std::size_t kSpanBytes = 50000;
-
 std::uint8_t ByteAt(std::string_view bytes, std::size_t index) {
     return static_cast<std::uint8_t>(bytes.at(index));
 }
@@ -225,12 +223,13 @@ ReferenceSpan ReferenceProcessDataBuffer(std::string_view bytes,
     }
 }
 
-ReferenceSpanReader::ReferenceSpanReader(std::string stream, std::int32_t versionNumber)
-    : stream_(std::move(stream)), versionNumber_(versionNumber) {}
+ReferenceSpanReader::ReferenceSpanReader(std::string stream, std::int32_t versionNumber,
+                                         std::size_t spanBytes)
+    : stream_(std::move(stream)), versionNumber_(versionNumber), spanBytes_(spanBytes) {}
 
 ReferenceSpanReader::Result ReferenceSpanReader::GetData() {
     Result result;
-    const std::size_t wanted = kSpanBytes - held_.size();
+    const std::size_t wanted = spanBytes_ - held_.size();
     const std::string read = stream_.substr(position_, wanted);
     position_ += read.size();
     // The end shows only in a read that gets less than it asked for.
@@ -241,7 +240,7 @@ ReferenceSpanReader::Result ReferenceSpanReader::GetData() {
     result.packets = std::move(processed.packets);
     // Counted to the end of the buffer, not of the data: a last, short span of which exactly the
     // right number of bytes was consumed fails too, and one of which nothing was consumed does not.
-    const std::size_t leftoverCount = kSpanBytes - processed.consumedBytes;
+    const std::size_t leftoverCount = spanBytes_ - processed.consumedBytes;
     result.failed = span.size() == leftoverCount;
     if (!result.failed) held_ = span.substr(processed.consumedBytes);
     return result;

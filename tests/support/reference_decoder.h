@@ -66,11 +66,14 @@ ReferenceSpan ReferenceProcessDataBuffer(std::string_view bytes,
                                          const std::optional<ReferenceDecodeOptions>& options,
                                          const std::optional<std::uint32_t>& samplesOverride);
 
-/** Reads a packet stream in the 50,000-byte spans that decide what becomes of a damaged packet. */
+inline constexpr std::size_t kReferenceSpanBytes = 50000;
+
+/** Reads a packet stream in the spans that decide what becomes of a damaged packet. */
 class ReferenceSpanReader {
   public:
     /** `stream`: the bytes of the recording behind its header block. */
-    ReferenceSpanReader(std::string stream, std::int32_t versionNumber);
+    ReferenceSpanReader(std::string stream, std::int32_t versionNumber,
+                        std::size_t spanBytes = kReferenceSpanBytes);
 
     struct Result {
         bool failed = false;  // "Failed to process buffer. 0 bytes consumed."
@@ -84,6 +87,7 @@ class ReferenceSpanReader {
     std::string stream_;
     std::size_t position_ = 0;
     std::int32_t versionNumber_;
+    std::size_t spanBytes_;
     std::string held_;
 };
 

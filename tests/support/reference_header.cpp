@@ -1,6 +1,7 @@
 #include "tests/support/reference_header.h"
 
 #include <locale>
+#include <map>
 #include <optional>
 #include <regex>
 #include <sstream>
@@ -14,6 +15,20 @@ std::wregex CompilePattern(const std::wstring& pattern, std::regex::flag_type fl
     compiled.imbue(std::locale::classic());
     compiled.assign(pattern, flags);
     return compiled;
+}
+
+// Compiling takes longer than reading a header. What \s and \d mean for wide text depends on the C
+// library, so these are written out.
+const std::wregex& LinePattern(const std::wstring& key) {
+    static std::map<std::wstring, std::wregex> patterns;
+    auto pattern = patterns.find(key);
+    if (pattern == patterns.end()) {
+        pattern = patterns
+                      .emplace(key, CompilePattern(L"[ \\t\\n\\v\\f\\r]+" + key + L"([^\r\n#]+)",
+                                                   std::regex::ECMAScript | std::regex::icase))
+                      .first;
+    }
+    return pattern->second;
 }
 
 template <typename Value>
@@ -47,7 +62,8 @@ bool TakeRequiredFields(const std::wstring& headerText, ReferenceHeaderFields& f
     if (!TakeField(headerText, L"-ADBitVolts", fields.adBitVolts, error)) return false;
     if (!TakeField(headerText, L"-InputRange", fields.inputRange, error)) return false;
     if (!TakeField(headerText, L"-FileVersion", fields.fileVersion, error)) return false;
-    if (ReferenceVersionNumber(fields.fileVersion) < 20) return true;
+    fields.versionNumber = ReferenceVersionNumber(fields.fileVersion);
+    if (fields.versionNumber < 20) return true;
     return TakeField(headerText, L"-UTCOffsetMicroseconds", fields.utcOffsetMicroseconds, error);
 }
 
@@ -95,10 +111,8 @@ std::vector<std::vector<std::wstring>> ReferenceHeaderFieldValues(const std::wst
                                                                   const std::wstring& key) {
     std::vector<std::vector<std::wstring>> lines;
     if (key.empty() || key[0] != L'-') return lines;
-    // Written out, since what \s and \d mean for wide text depends on the C library.
-    const std::wregex linePattern = CompilePattern(L"[ \\t\\n\\v\\f\\r]+" + key + L"([^\r\n#]+)",
-                                                   std::regex::ECMAScript | std::regex::icase);
-    const std::wregex tokenPattern = CompilePattern(
+    const std::wregex& linePattern = LinePattern(key);
+    static const std::wregex tokenPattern = CompilePattern(
         L"[ \\t\\n\\v\\f\\r]+\"([^\"]+)\"|([^ \\t\\n\\v\\f\\r]+)", std::regex::ECMAScript);
     using Matches = std::wsregex_iterator;
     for (Matches line(headerText.begin(), headerText.end(), linePattern); line != Matches();
@@ -114,8 +128,8 @@ std::vector<std::vector<std::wstring>> ReferenceHeaderFieldValues(const std::wst
 }
 
 std::int32_t ReferenceVersionNumber(const std::wstring& text) {
-    if (!std::regex_match(text, CompilePattern(L"(([0-9]+)(.?))+", std::regex::ECMAScript)))
-        return -1;
+    static const std::wregex version = CompilePattern(L"(([0-9]+)(.?))+", std::regex::ECMAScript);
+    if (!std::regex_match(text, version)) return -1;
     std::wstring digits;
     for (const wchar_t character : text) {
         if (character != L'.') digits.push_back(character);

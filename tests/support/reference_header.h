@@ -24,6 +24,7 @@ struct ReferenceHeaderFields {
     double adBitVolts = 0.0;
     std::uint32_t inputRange = 0;
     std::wstring fileVersion = L"1.0";
+    std::int32_t versionNumber = 10;  // of fileVersion
     std::int64_t utcOffsetMicroseconds = 0;
     std::wstring sessionUuid;
     std::wstring acquisitionSystem;

@@ -10,7 +10,6 @@ namespace stalwick::test {
 namespace {
 
 constexpr std::size_t kHeaderBytes = 16384;
-constexpr std::size_t kRecordsPerWrite = 5000;
 constexpr std::size_t kSamplesPerRecord = 512;
 
 void AppendLittleEndian(std::string& bytes, std::uint64_t value, unsigned byteCount) {
@@ -139,7 +138,7 @@ void ReferenceChannelFile::CompleteRecord(bool hasBaseTimestamp) {
     pending += RecordBytes();
     recordSamples.clear();
     ++completeCount;
-    if (completeCount == kRecordsPerWrite) {
+    if (completeCount == recordsPerWrite) {
         WritePending();
         completeCount = 0;
     }
@@ -193,7 +192,7 @@ void ReferenceEventFile::WriteTtlValues(const std::vector<std::uint8_t>& ttlValu
             record += "TTL Change.";
             record.resize(184, '\0');
             pending += record;
-            if (++pendingCount == kRecordsPerWrite) {
+            if (++pendingCount == recordsPerWrite) {
                 WritePending();
                 pendingCount = 0;
             }
@@ -211,7 +210,7 @@ void ReferenceRawFile::WriteRecords(const std::vector<std::uint16_t>& samples,
         const double microseconds = static_cast<double>(*packetTimestamp) / 1000.0;
         runningTimestamp = SaturatedUnsigned(microseconds) + timestampOffset;
     }
-    const std::size_t bufferBytes = (std::size_t{adChannelCount} + 18) * kRecordsPerWrite * 4;
+    const std::size_t bufferBytes = (std::size_t{adChannelCount} + 18) * recordsPerWrite * 4;
     std::uint8_t ttl = 0;
     for (std::size_t instant = 0; instant < 10; ++instant) {
         if (instant < ttlValues.size()) ttl = ttlValues[instant];

@@ -12,6 +12,8 @@
 
 namespace stalwick::test {
 
+inline constexpr std::size_t kReferenceRecordsPerWrite = 5000;
+
 /** Truncated; below 0 or not a number gives 0, from 2^64 on the largest value. */
 std::uint64_t SaturatedUnsigned(double value);
 
@@ -40,6 +42,7 @@ struct ReferenceOutputFile {
     std::string headerText;
     std::string written;
     std::string pending;
+    std::size_t recordsPerWrite = kReferenceRecordsPerWrite;
 
     void WritePending();
     /** Header block and written records; empty while no header was written. */

@@ -45,6 +45,7 @@ class RecordLayout:
         self.counts = counts
         self.times = times
         self.rate = rate
+        self._heads: tuple[int, int, NDArray[np.uint32]] | None = None
         self.starts = np.zeros(len(counts) + 1, dtype=np.int64)
         np.cumsum(counts, out=self.starts[1:])
         #: Every record but the last is full: positions are divisions.
@@ -57,6 +58,21 @@ class RecordLayout:
     def first(self, records: int) -> RecordLayout:
         """The layout of that many records from the beginning."""
         return RecordLayout(self.counts[:records], self.times[:records], self.rate)
+
+    def heads(self, first: int, last: int) -> NDArray[np.uint32]:
+        """The words before the samples of records first to last, with 0 for the channel.
+
+        The last answer is kept: every channel of a group asks for the same.
+        """
+        kept = self._heads
+        if kept is not None and kept[:2] == (first, last):
+            return kept[2]
+        heads = np.zeros((last - first, 5), dtype="<u4")
+        heads[:, :2] = self.times[first:last].astype("<i8").view("<u4").reshape(-1, 2)
+        heads[:, 3] = self.rate
+        heads[:, 4] = self.counts[first:last]
+        self._heads = (first, last, heads)
+        return heads
 
     def record_range(self, start: int, stop: int) -> tuple[int, int]:
         """The records (first, behind the last) that hold samples start to stop, start < stop."""

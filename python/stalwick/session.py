@@ -12,6 +12,7 @@ from typing import Any, Self
 import numpy as np
 from numpy.typing import NDArray
 
+from .binary_file import BinaryType, to_binary
 from .channel_group import ChannelGroup, Channels
 from .continuous_file import ContinuousFile, Units
 from .errors import InconsistentSetError, StalwickError
@@ -121,6 +122,37 @@ class Session:
     def times(self, start: int | None = None, stop: int | None = None) -> NDArray[np.int64]:
         """Microseconds of A/D samples start to stop."""
         return self.ad.times(start, stop)
+
+    def to_binary(
+        self,
+        path: str | os.PathLike[str],
+        dtype: BinaryType = "int16",
+        channels: Channels = None,
+        *,
+        start: int | None = None,
+        stop: int | None = None,
+        progress: bool | None = None,
+        overwrite: bool = False,
+    ) -> Path:
+        """Writes A/D samples start to stop as a flat file, all channels of one sample after the
+        other, and what is needed to read it to path.json: rate, gain, channel names, gaps.
+
+        dtype      "int16", the files' values, or "float32", microvolts
+        progress   a bar on standard error; default: where that is a terminal
+        overwrite  whether files of these names may be replaced
+
+        Both files are whole or not there. Returns path.
+        """
+        return to_binary(
+            self.ad,
+            path,
+            dtype=dtype,
+            channels=channels,
+            start=start,
+            stop=stop,
+            progress=progress,
+            overwrite=overwrite,
+        )
 
     def frames_at(self, times: NDArray[np.int64]) -> NDArray[np.int64]:
         """The last A/D sample at or before each time in microseconds; -1 before the first."""

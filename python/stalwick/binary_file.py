@@ -1,0 +1,244 @@
+"""The flat binary file that spike sorters take: all channels of one sample after the other."""
+
+from __future__ import annotations
+
+import json
+import os
+import sys
+import time
+from collections import deque
+from collections.abc import Iterator
+from concurrent.futures import Future, ThreadPoolExecutor
+from dataclasses import dataclass
+from pathlib import Path
+from typing import Any, BinaryIO, Literal
+
+import numpy as np
+from numpy.typing import NDArray
+
+from .channel_group import ChannelGroup, Channels
+from .errors import StalwickError
+from .layout import SAMPLES_PER_RECORD
+from .record_layout import check_range
+
+BinaryType = Literal["int16", "float32"]
+
+#: Bytes of samples that are turned round in one go, at most, and records a channel, at least:
+#: large enough that the work on each channel is mostly copying.
+_CHUNK_BYTES = 16 << 20
+_CHUNK_RECORDS = 16
+_MAKERS = 3
+#: Samples that are turned round while they fit into a processor's nearest caches.
+_TILE = 512
+#: Samples of 16 bits that move together as one number of 128 bits.
+_PACK = 8
+
+
+@dataclass(frozen=True)
+class BinaryExport:
+    """What is written: channels and samples of one group, and where to."""
+
+    group: ChannelGroup
+    channels: list[str]
+    start: int
+    stop: int
+    dtype: BinaryType
+    path: Path
+
+    @property
+    def size(self) -> int:
+        """Bytes of the binary file."""
+        itemsize = np.dtype(self.dtype).itemsize
+        return (self.stop - self.start) * len(self.channels) * itemsize
+
+    @property
+    def chunk_samples(self) -> int:
+        """Samples of each channel that are read, turned round and written in one go."""
+        record = SAMPLES_PER_RECORD * max(1, len(self.channels)) * 2
+        return SAMPLES_PER_RECORD * max(_CHUNK_RECORDS, _CHUNK_BYTES // record)
+
+    @property
+    def sidecar(self) -> Path:
+        return self.path.with_name(self.path.name + ".json")
+
+    def description(self) -> dict[str, Any]:
+        """The sidecar: what whoever reads the binary file must know."""
+        group = self.group
+        gain = float(group.get_channel_gains()[0]) if self.dtype == "int16" else 1.0
+        has_samples = self.stop > self.start
+        start_time = int(group.times(self.start, self.start + 1)[0]) if has_samples else None
+        return {
+            "file": self.path.name,
+            "dtype": self.dtype,
+            "byte_order": "little",
+            "order": "sample by sample, in each the channels as listed",
+            "sampling_frequency": group.sampling_frequency,
+            "num_samples": self.stop - self.start,
+            "num_channels": len(self.channels),
+            "channel_names": self.channels,
+            "gain_to_uv": gain,
+            "offset_to_uv": 0.0,
+            "start_frame": self.start,
+            "start_time_microseconds": start_time,
+            "gaps": [
+                {
+                    "after_sample": gap.start_frame - self.start,
+                    "before_sample": gap.end_frame - self.start,
+                    "missing_samples": gap.missing_samples,
+                }
+                for gap in group.gaps
+                if self.start < gap.end_frame < self.stop
+            ],
+        }
+
+
+def to_binary(
+    group: ChannelGroup,
+    path: str | os.PathLike[str],
+    *,
+    dtype: BinaryType = "int16",
+    channels: Channels = None,
+    start: int | None = None,
+    stop: int | None = None,
+    progress: bool | None = None,
+    overwrite: bool = False,
+) -> Path:
+    """Writes samples start to stop of channels to path, and path.json beside it; see Session."""
+    if dtype not in ("int16", "float32"):
+        raise ValueError(f'dtype is "int16" or "float32", not {dtype!r}')
+    names = [file.name for file in group.select(channels)]
+    first, last = check_range(start, stop, group.num_samples)
+    export = BinaryExport(group, names, first, last, dtype, Path(path))
+    targets = [export.path, export.sidecar]
+    _refuse_existing(targets, overwrite)
+    parts = [target.with_name(target.name + ".part") for target in targets]
+    made: list[Path] = []
+    try:
+        with open(parts[0], "xb", buffering=0) as file:
+            made.append(parts[0])
+            _write_samples(export, file, _Bar(export.size, progress))
+        with open(parts[1], "x", encoding="utf-8") as text:
+            made.append(parts[1])
+            json.dump(export.description(), text, indent=1)
+            text.write("\n")
+        _refuse_existing(targets, overwrite)
+        for part, target in zip(parts, targets):
+            part.replace(target)
+    except FileExistsError as error:
+        # Not ours: another export may be at work on it.
+        _remove(made)
+        reason = "it exists; remove it if nothing writes it"
+        raise StalwickError(f"{error.filename}: {reason}") from None
+    except BaseException:
+        _remove(made)
+        raise
+    return export.path
+
+
+def _remove(paths: list[Path]) -> None:
+    for path in paths:
+        path.unlink(missing_ok=True)
+
+
+def _refuse_existing(targets: list[Path], overwrite: bool) -> None:
+    for target in targets:
+        if target.exists() and not overwrite:
+            raise StalwickError(f"{target}: it exists; choose another name or pass overwrite=True")
+
+
+def _write_samples(export: BinaryExport, file: BinaryIO, bar: _Bar) -> None:
+    """Two threads make the next chunks while this one writes the last."""
+    makers = [_ChunkMaker(export) for _ in range(_MAKERS)]
+    waiting: deque[Future[NDArray[Any]]] = deque()
+    with ThreadPoolExecutor(_MAKERS - 1) as helpers:
+        for number, (start, stop) in enumerate(_chunks(export)):
+            # A maker's memory is free again once its last chunk was written.
+            if len(waiting) == _MAKERS - 1:
+                bar.add(_write(file, waiting.popleft().result()))
+            waiting.append(helpers.submit(makers[number % _MAKERS].make, start, stop))
+        while waiting:
+            bar.add(_write(file, waiting.popleft().result()))
+    bar.end()
+
+
+def _chunks(export: BinaryExport) -> Iterator[tuple[int, int]]:
+    """Ranges of samples; all but the first begin where a record does, to copy whole records."""
+    step = export.chunk_samples
+    border = export.start - export.start % SAMPLES_PER_RECORD
+    for start in range(border, export.stop, step):
+        yield max(start, export.start), min(start + step, export.stop)
+
+
+class _ChunkMaker:
+    """Makes chunks [sample, channel] in memory of its own, valid until the next one."""
+
+    def __init__(self, export: BinaryExport) -> None:
+        shape = (len(export.channels), min(export.chunk_samples, export.stop - export.start))
+        self._group = export.group
+        self._files = export.group.select(export.channels)
+        self._rows = np.empty(shape, dtype=export.dtype)
+        self._turned = np.empty(shape[::-1], dtype=export.dtype)
+
+    def make(self, start: int, stop: int) -> NDArray[Any]:
+        rows = self._rows[:, : stop - start]
+        turned = self._turned[: stop - start]
+        for row, file in zip(rows, self._files):
+            file.read_into(row, start, self._group.layout)
+        if rows.dtype == np.int16:
+            turn_round(rows, turned)
+        else:
+            turned[:] = rows.T
+        return turned
+
+
+def turn_round(rows: NDArray[np.int16], out: NDArray[np.int16]) -> None:
+    """Copies rows[channel, sample] to out[sample, channel], several times as fast as NumPy does:
+    eight samples of a channel move as one number, and then, within the cache, one by one."""
+    channels, samples = rows.shape
+    packed = np.empty((_TILE // _PACK, channels), dtype=np.complex128)
+    for start in range(0, samples, _TILE):
+        stop = min(start + _TILE, samples)
+        if stop - start < _TILE:
+            out[start:stop] = rows[:, start:stop].T
+            break
+        tile = rows[:, start:stop]
+        np.copyto(packed, tile.view(np.complex128).T)
+        groups = packed.view(np.int16).reshape(-1, channels, _PACK)
+        np.copyto(out[start:stop].reshape(-1, _PACK, channels), groups.transpose(0, 2, 1))
+
+
+def _write(file: BinaryIO, chunk: NDArray[Any]) -> int:
+    little_endian = chunk.astype(chunk.dtype.newbyteorder("<"), copy=False)
+    data = little_endian.reshape(-1).view(np.uint8).data
+    written = 0
+    while written < len(data):
+        written += file.write(data[written:])
+    return written
+
+
+class _Bar:
+    """A progress bar on standard error; by default only where that is a terminal."""
+
+    def __init__(self, total: int, shown: bool | None) -> None:
+        self._total = total
+        self._done = 0
+        self._start = time.monotonic()
+        self._shown = sys.stderr.isatty() if shown is None else shown
+
+    def add(self, amount: int) -> None:
+        self._done += amount
+        if not self._shown:
+            return
+        seconds = max(time.monotonic() - self._start, 1e-6)
+        part = self._done / self._total
+        print(
+            f"\r[{'#' * int(30 * part):30}] {100 * part:3.0f} %  "
+            f"{self._done / seconds / 1e6:.0f} MB/s  {seconds * (1 / part - 1):.0f} s left ",
+            end="",
+            file=sys.stderr,
+            flush=True,
+        )
+
+    def end(self) -> None:
+        if self._shown:
+            print(file=sys.stderr)

@@ -1,0 +1,14 @@
+#include "engine/out_of_memory.h"
+
+#include "platform/text_encoding.h"
+
+namespace stalwick {
+
+ConversionDetail OutOfMemoryDetail(const std::wstring& recording) {
+    return {ConversionDetail::Kind::kIncomplete,
+            OneLine(recording) + L": not converted whole: not enough memory; " +
+                kOutputsMayLackTheirEnd + L"; convert it again with fewer outputs",
+            ConversionDetail::Cause::kOutOfMemory};
+}
+
+}  // namespace stalwick

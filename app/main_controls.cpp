@@ -13,7 +13,9 @@
 #include <QMenuBar>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QSplitter>
+#include <QStyle>
 #include <QTreeWidget>
 
 #include "app/app_identity.h"
@@ -40,6 +42,8 @@ QFont FixedPitchFont() {
 constexpr int kFilenameColumnWidth = 260;
 constexpr int kHeaderColumns = 64;  // characters of the header that are seen at first
 constexpr int kHeaderLines = 16;
+constexpr int kLeastHeaderColumns = 24;
+constexpr int kLeastLines = 4;
 
 QLineEdit* MakeDirectoryBox(ControlId id, const QString& accessibleName) {
     auto* box = Identify(new QLineEdit, id, accessibleName);
@@ -71,7 +75,13 @@ QTreeWidget* MakeFileList() {
     list->setTextElideMode(Qt::ElideMiddle);
     list->setSelectionMode(QAbstractItemView::SingleSelection);
     list->setMinimumWidth(kFilenameColumnWidth + 2 * list->frameWidth());
+    list->setMinimumHeight(list->fontMetrics().lineSpacing() * kLeastLines);
     return list;
+}
+
+QSize TextSize(const QWidget& widget, int columns, int lines) {
+    const QFontMetrics metrics = widget.fontMetrics();
+    return {metrics.averageCharWidth() * columns, metrics.lineSpacing() * lines};
 }
 
 QPlainTextEdit* MakeFileHeader() {
@@ -83,9 +93,7 @@ QPlainTextEdit* MakeFileHeader() {
     header->setTabChangesFocus(true);
     header->setLineWrapMode(QPlainTextEdit::NoWrap);
     header->setAcceptDrops(false);
-    const QFontMetrics metrics = header->fontMetrics();
-    header->setMinimumSize(metrics.averageCharWidth() * kHeaderColumns,
-                           metrics.lineSpacing() * kHeaderLines);
+    header->setMinimumSize(TextSize(*header, kLeastHeaderColumns, kLeastLines));
     return header;
 }
 
@@ -171,6 +179,7 @@ QSplitter* MakeMiddle(const MainControls& controls) {
     splitter->addWidget(MakeFileListGroup(controls));
     splitter->addWidget(MakeFileHeaderGroup(controls));
     splitter->setChildrenCollapsible(false);
+    splitter->setSizes({1, QWIDGETSIZE_MAX});  // the header's lines are longer than the names
     splitter->setStretchFactor(0, 1);
     splitter->setStretchFactor(1, 1);
     return splitter;
@@ -221,7 +230,27 @@ void SetTabOrder(const MainControls& controls) {
     for (std::size_t i = 1; i < std::size(order); ++i) QWidget::setTabOrder(order[i - 1], order[i]);
 }
 
+// Room for a beginning of the header, as far as the screen has it.
+void SetFirstSize(QDialog& dialog, const MainControls& controls) {
+    const QSize more = TextSize(*controls.fileHeader, kHeaderColumns, kHeaderLines) -
+                       controls.fileHeader->minimumSize();
+    const QSize frame(0, dialog.style()->pixelMetric(QStyle::PM_TitleBarHeight));
+    dialog.resize((dialog.minimumSizeHint() + more)
+                      .boundedTo(dialog.screen()->availableSize() - frame)
+                      .expandedTo(dialog.minimumSizeHint()));
+}
+
 }  // namespace
+
+void LookReadOnly(const MainControls& controls, const QPalette& palette) {
+    for (QWidget* box : {static_cast<QWidget*>(controls.inputDirectory),
+                         static_cast<QWidget*>(controls.outputDirectory),
+                         static_cast<QWidget*>(controls.fileHeader)}) {
+        QPalette own;
+        own.setBrush(QPalette::Base, palette.window());
+        box->setPalette(own);
+    }
+}
 
 MainControls MakeMainControls(QDialog& dialog) {
     MainControls controls;
@@ -235,6 +264,8 @@ MainControls MakeMainControls(QDialog& dialog) {
     all->addWidget(controls.legalNotice);
     AlignButtons(controls);
     SetTabOrder(controls);
+    LookReadOnly(controls, dialog.palette());
+    SetFirstSize(dialog, controls);
     controls.selectInputFiles->setFocus();
     return controls;
 }

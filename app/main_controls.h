@@ -5,6 +5,7 @@ class QCheckBox;
 class QDialog;
 class QLabel;
 class QLineEdit;
+class QPalette;
 class QPlainTextEdit;
 class QPushButton;
 class QTreeWidget;
@@ -32,5 +33,8 @@ struct MainControls {
 
 // Makes the controls and lays them out in `dialog`. Tab order is reading order.
 MainControls MakeMainControls(QDialog& dialog);
+
+// Gives the boxes that nobody can type into the dialog's own background. Again for each palette.
+void LookReadOnly(const MainControls& controls, const QPalette& palette);
 
 }  // namespace stalwick

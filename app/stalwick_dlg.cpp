@@ -1,5 +1,7 @@
 #include "app/stalwick_dlg.h"
 
+#include <algorithm>
+
 #include <QApplication>
 #include <QCheckBox>
 #include <QDropEvent>
@@ -20,6 +22,7 @@
 #include "app/progress_dlg.h"
 #include "app/qt_text.h"
 #include "ord/ord_file_reader.h"
+#include "platform/file_system.h"
 #include "platform/paths.h"
 #include "platform/system_menu.h"
 
@@ -30,6 +33,11 @@ namespace {
 constexpr std::uint32_t kAboutCommand = 16;
 // The system uses the lowest four bits of a command for itself.
 constexpr std::uint32_t kCommandMask = 0xFFF0;
+
+// The part before the last separator; of a file in the root directory, that separator.
+std::wstring DirectoryOf(const std::wstring& path) {
+    return path.substr(0, std::max<std::size_t>(LastSeparator(path), 1));
+}
 
 // Whatever action the keys propose: a file manager deletes what it has moved.
 void AcceptAsCopy(QDropEvent& event) {
@@ -113,7 +121,7 @@ void StalwickDlg::SelectFiles(const std::vector<std::wstring>& paths) {
         auto* item = new QTreeWidgetItem({ToQString(path.substr(separator + 1))});
         item->setToolTip(0, PathToolTip(ToQString(path)));
         controls_.fileList->addTopLevelItem(item);
-        directory = ToQString(path.substr(0, separator));
+        directory = ToQString(DirectoryOf(path));
     }
     controls_.outputDirectory->setText(directory);
     controls_.inputDirectory->setText(directory);
@@ -139,8 +147,10 @@ void StalwickDlg::UpdateButtons() {
 
 void StalwickDlg::OnFileListClick(int item) {
     if (item < 0 || static_cast<std::size_t>(item) >= inputPaths_.size()) return;
+    const std::wstring& path = inputPaths_[static_cast<std::size_t>(item)];
+    if (!IsOrdinaryFile(path)) return;  // a pipe or a device could keep the window waiting
     ORDFileReader reader;
-    if (reader.Open(inputPaths_[static_cast<std::size_t>(item)]) != 0) return;
+    if (reader.Open(path) != 0) return;
     controls_.fileHeader->setPlainText(HeaderViewText(reader.GetHeaderText()));
     reader.Close();
 }
@@ -172,6 +182,13 @@ bool StalwickDlg::eventFilter(QObject* watched, QEvent* event) {
         event->type() == QEvent::MouseButtonPress || event->type() == QEvent::FocusIn;
     if (converting_ && reached) RaiseProgress();
     return QDialog::eventFilter(watched, event);
+}
+
+void StalwickDlg::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::PaletteChange && controls_.fileHeader != nullptr) {
+        LookReadOnly(controls_, palette());
+    }
+    QDialog::changeEvent(event);
 }
 
 // Escape would close the dialog.

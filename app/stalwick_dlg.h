@@ -59,6 +59,7 @@ class StalwickDlg : public QDialog {
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -70,7 +71,7 @@ class StalwickDlg : public QDialog {
     struct Outcome {
         QString status;
         QString details;
-        bool incomplete = false;  // an output is missing or incomplete
+        bool dataMissing = false;  // in an output, or in the recording itself
     };
 
     void OnInitDialog();
@@ -81,7 +82,11 @@ class StalwickDlg : public QDialog {
     void ShowProgress();
     void RaiseProgress();
     void CancelConversion();
-    Outcome MakeOutcome(const std::wstring& status) const;
+    void Convert(ConversionJob job);
+    static Outcome MakeOutcome(const std::wstring& status,
+                               const std::vector<ConversionDetail>& details);
+    // From any thread: ends the conversion on the window's.
+    void ReportFinish(const Outcome& outcome);
     // The window as it was before the conversion.
     void EndConversion();
     void OnConversionFinished(const Outcome& outcome);

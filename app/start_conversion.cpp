@@ -1,5 +1,6 @@
 // The part of the main dialog that starts a conversion and ends it.
 
+#include <new>
 #include <system_error>
 #include <thread>
 
@@ -11,7 +12,9 @@
 #include "app/progress_dlg.h"
 #include "app/qt_text.h"
 #include "app/stalwick_dlg.h"
+#include "engine/out_of_memory.h"
 #include "engine/output_directory.h"
+#include "platform/system_error.h"
 #include "platform/text_encoding.h"
 
 namespace stalwick {
@@ -19,10 +22,12 @@ namespace stalwick {
 void StalwickDlg::StartConversion() {
     const std::wstring outputDirectory = ToWide(controls_.outputDirectory->text());
     ConversionJob job = MakeJob(outputDirectory);
-    if (EnsureOutputDirectory(outputDirectory) != 0) {
+    if (const SystemErrorCode code = EnsureOutputDirectory(outputDirectory); code != 0) {
         ShowMessage(this, QMessageBox::Critical,
                     {.caption = QStringLiteral("Data Directory Error"),
-                     .text = ToQString(OneLine(OutputDirectoryErrorText(outputDirectory)))});
+                     .text = ToQString(OneLine(OutputDirectoryErrorText(outputDirectory))),
+                     .details = ToQString(L"cannot create directory " + OneLine(outputDirectory) +
+                                          L": " + SystemErrorText(code))});
         return;
     }
     converting_ = true;
@@ -32,7 +37,7 @@ void StalwickDlg::StartConversion() {
     processor_.recordsProcessed = 0;
     processor_.cancelRequested = 0;
     try {
-        std::thread(RunConversionJob, std::move(job)).detach();
+        std::thread([this, job = std::move(job)]() mutable { Convert(std::move(job)); }).detach();
     } catch (const std::system_error& error) {  // no thread is to be had
         EndConversion();
         ShowMessage(this, QMessageBox::Critical,
@@ -57,11 +62,26 @@ ConversionJob StalwickDlg::MakeJob(const std::wstring& outputDirectory) {
     job.writeRawData = controls_.rawDataFileOutput->isChecked();
     // Runs on the worker's thread, which does not wait for the message box.
     job.onFinished = [this](const std::wstring& status) {
-        const Outcome outcome = MakeOutcome(status);
-        QMetaObject::invokeMethod(
-            this, [this, outcome] { OnConversionFinished(outcome); }, Qt::QueuedConnection);
+        ReportFinish(MakeOutcome(status, processor_.Details()));
     };
     return job;
+}
+
+// The worker's thread. A lack of memory ends the conversion, not the program; what the conversion
+// had is free again.
+void StalwickDlg::Convert(ConversionJob job) {
+    try {
+        RunConversionJob(std::move(job));
+    } catch (const std::bad_alloc&) {
+        std::vector<ConversionDetail> details = processor_.Details();
+        details.push_back(OutOfMemoryDetail(processor_.LastAccount().recording));
+        ReportFinish(MakeOutcome(FromUtf8(kStatusOutOfMemory), details));
+    }
+}
+
+void StalwickDlg::ReportFinish(const Outcome& outcome) {
+    QMetaObject::invokeMethod(
+        this, [this, outcome] { OnConversionFinished(outcome); }, Qt::QueuedConnection);
 }
 
 void StalwickDlg::ShowProgress() {
@@ -82,13 +102,14 @@ void StalwickDlg::CancelConversion() {
     progressDlg_->SetProcessor(nullptr);
 }
 
-StalwickDlg::Outcome StalwickDlg::MakeOutcome(const std::wstring& status) const {
+StalwickDlg::Outcome StalwickDlg::MakeOutcome(const std::wstring& status,
+                                              const std::vector<ConversionDetail>& details) {
     Outcome outcome;
     outcome.status = ToQString(OneLine(status));
     QStringList lines;
-    for (const ConversionDetail& detail : processor_.Details()) {
+    for (const ConversionDetail& detail : details) {
         lines += ToQString(OneLine(detail.text));
-        outcome.incomplete |= detail.kind == ConversionDetail::Kind::kIncomplete;
+        outcome.dataMissing |= detail.kind != ConversionDetail::Kind::kNote;
     }
     outcome.details = lines.join(QLatin1Char('\n'));
     return outcome;
@@ -106,12 +127,12 @@ void StalwickDlg::EndConversion() {
 
 void StalwickDlg::OnConversionFinished(const Outcome& outcome) {
     EndConversion();
-    // An incomplete output changes no status text; its details must not stay behind a button.
+    // What is missing changes no status text; it must not stay behind a button.
     ShowMessage(this, QMessageBox::NoIcon,
                 {.caption = ApplicationName(),
                  .text = outcome.status,
                  .details = outcome.details,
-                 .showDetails = outcome.incomplete});
+                 .showDetails = outcome.dataMissing});
 }
 
 }  // namespace stalwick

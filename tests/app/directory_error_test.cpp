@@ -1,6 +1,9 @@
+#include <system_error>
+
 #include <QLineEdit>
 
 #include "app/qt_text.h"
+#include "platform/paths.h"
 #include "tests/app/window_test.h"
 
 using namespace stalwick;
@@ -14,6 +17,7 @@ class DirectoryErrorTest : public QObject {
     void OutputDirectoryWithoutAParentIsADirectoryError();
     void EmptyDirectoryBoxIsADirectoryError();
     void DirectoryErrorIsOneLineWhateverTheDirectorysName();
+    void DirectoryErrorHasTheSystemsReasonInItsDetails();
 };
 
 namespace {
@@ -67,6 +71,21 @@ void DirectoryErrorTest::DirectoryErrorIsOneLineWhateverTheDirectorysName() {
     window.AddRecording(L"a.ord", 20);
     window.SelectInputFiles({"a.ord"});
     VerifyDirectoryError(window, ToQString(window.PathOf(L"missing\nlines") + L"/level"));
+}
+
+void DirectoryErrorTest::DirectoryErrorHasTheSystemsReasonInItsDetails() {
+    TestWindow window;
+    const QString missing = ToQString(window.PathOf(L"missing") + L"/level");
+    Find<QLineEdit>(window.dialog, ControlId::kOutputDirectory)->setText(missing);
+    window.dialog.StartConversion();
+    const auto message = TakeMessage();
+    QVERIFY(message);
+    const QString reason = QString::fromStdString(
+        std::make_error_code(std::errc::no_such_file_or_directory).message());
+    QVERIFY2(message->details.contains(missing), qPrintable(message->details));
+    if (kPathSeparator == L'/') {
+        QVERIFY2(message->details.endsWith(reason), qPrintable(message->details));
+    }
 }
 
 STALWICK_WINDOW_TEST_MAIN(DirectoryErrorTest)

@@ -1,14 +1,18 @@
 #include <QDropEvent>
+#include <QFile>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPlainTextEdit>
+#include <QProcess>
 #include <QTextDocumentFragment>
 #include <QTreeWidget>
 
 #include "app/offered_files.h"
 #include "app/qt_text.h"
 #include "platform/paths.h"
+#include "platform/system_error.h"
 #include "tests/app/window_test.h"
 
 using namespace stalwick;
@@ -34,6 +38,9 @@ class FileSelectionTest : public QObject {
     void DropIsACopyWhateverTheKeysAskFor();
     void DropThatMayOnlyMoveIsRefused();
     void DropOfALargeSelectionKeepsItsOrder();
+    void RecordingInTheRootDirectoryShowsIt();
+    void InputDialogOpensWideEnoughForItsColumns();
+    void ClickOnAPipeOrADeviceOpensNothing();
     void ToolTipsShowPathsAsTheyStand_data();
     void ToolTipsShowPathsAsTheyStand();
 };
@@ -302,6 +309,65 @@ void FileSelectionTest::ToolTipsShowPathsAsTheyStand() {
     for (const ControlId box : {ControlId::kInputDirectory, ControlId::kOutputDirectory}) {
         QCOMPARE(Shown(Box(window, box)->toolTip()), ToQString(directory));
     }
+}
+
+void FileSelectionTest::RecordingInTheRootDirectoryShowsIt() {
+    if (kPathSeparator != L'/') QSKIP("there a drive stands before the separator");
+    TestWindow window;
+    window.dialog.SelectFiles({L"/a.ord"});
+    QCOMPARE(ListedNames(window), QStringList("a.ord"));
+    QCOMPARE(Box(window, ControlId::kInputDirectory)->text(), "/");
+    QCOMPARE(Box(window, ControlId::kOutputDirectory)->text(), "/");
+    QVERIFY(Find<QWidget>(window.dialog, ControlId::kCreateNewFiles)->isEnabled());
+}
+
+void FileSelectionTest::InputDialogOpensWideEnoughForItsColumns() {
+    TestWindow window;
+    int columns = 0;
+    int room = 0;
+    WhenShown<QFileDialog>([&](QFileDialog& dialog) {
+        auto* list = dialog.findChild<QTreeView*>(QStringLiteral("treeView"));
+        columns = list->header()->length();
+        room = list->viewport()->width();
+        dialog.reject();
+    });
+    Click(window.dialog, ControlId::kSelectInputFiles);
+    QVERIFY(columns > 0);
+    QVERIFY2(columns <= room, qPrintable(QStringLiteral("%1 of %2").arg(room).arg(columns)));
+}
+
+namespace {
+
+// Refuses to open anything; notes that somebody wanted to.
+class OpenRefusals final : public ForwardingFileCalls {
+  public:
+    int count = 0;
+
+    SystemErrorCode OpenForReading(const std::wstring& /*path*/, FileHandle& /*handle*/) override {
+        ++count;
+        return SystemErrorFor(SystemErrorKind::kAccessDenied);
+    }
+};
+
+}  // namespace
+
+// To open a pipe is to wait for its writer.
+void FileSelectionTest::ClickOnAPipeOrADeviceOpensNothing() {
+    if (kPathSeparator != L'/') QSKIP("no such files there");
+    TestWindow window;
+    const std::wstring pipe = window.PathOf(L"pipe.ord");
+    const std::wstring device = window.PathOf(L"device.ord");
+    QCOMPARE(QProcess::execute("mkfifo", {ToQString(pipe)}), 0);
+    QVERIFY(QFile::link("/dev/tty", ToQString(device)));
+    QVERIFY(Drop(window.dialog, {Url(pipe), Url(device), Url(window.AddRecording(L"a.ord", 1))}));
+    OpenRefusals refusals;
+    for (const int item : {0, 1}) {
+        window.ClickListItem(item);
+        QCOMPARE(refusals.count, 0);
+    }
+    QCOMPARE(window.HeaderText(), "");
+    window.ClickListItem(2);
+    QCOMPARE(refusals.count, 1);
 }
 
 STALWICK_WINDOW_TEST_MAIN(FileSelectionTest)

@@ -31,6 +31,8 @@ class KeyboardAndLayoutTest : public QObject {
     void EscapeDoesNotCloseTheMainDialog();
     void HeaderBoxAndFileListGrowWithTheWindow();
     void NothingIsCutOffAtTheSmallestSize();
+    void WindowShrinksTo640By480AndIsWhole();
+    void ReadOnlyBoxesHaveTheWindowsBackground();
     void WindowHasItsTitleAndLegalNotice();
 };
 
@@ -264,10 +266,9 @@ void KeyboardAndLayoutTest::HeaderBoxAndFileListGrowWithTheWindow() {
     QCOMPARE(start->size(), startBefore);
 }
 
-void KeyboardAndLayoutTest::NothingIsCutOffAtTheSmallestSize() {
-    TestWindow window;
-    window.dialog.resize(1, 1);
-    QCoreApplication::processEvents();
+namespace {
+
+void VerifyNothingIsCutOff(const TestWindow& window) {
     for (auto* button : window.dialog.findChildren<QAbstractButton*>()) {
         if (button->objectName().isEmpty() || button->text().isEmpty()) continue;
         QVERIFY2(button->width() >= button->minimumSizeHint().width(), qPrintable(button->text()));
@@ -278,6 +279,58 @@ void KeyboardAndLayoutTest::NothingIsCutOffAtTheSmallestSize() {
         if (label->window() != &window.dialog || label->wordWrap()) continue;
         QVERIFY2(label->width() >= label->sizeHint().width(), qPrintable(label->text()));
     }
+}
+
+}  // namespace
+
+void KeyboardAndLayoutTest::NothingIsCutOffAtTheSmallestSize() {
+    TestWindow window;
+    window.dialog.resize(1, 1);
+    QCoreApplication::processEvents();
+    VerifyNothingIsCutOff(window);
+}
+
+// 640 by 450 pixels less a title bar is what 200 % leave of a screen of 1280 by 900.
+void KeyboardAndLayoutTest::WindowShrinksTo640By480AndIsWhole() {
+    TestWindow window;
+    for (const QSize size : {QSize(640, 480), QSize(640, 420)}) {
+        window.dialog.resize(size);
+        QCoreApplication::processEvents();
+        QCOMPARE(window.dialog.size(), size);
+        VerifyNothingIsCutOff(window);
+        auto* notice = Find<QLabel>(window.dialog, ControlId::kLegalNotice);
+        QVERIFY(notice->height() >= notice->heightForWidth(notice->width()));
+        for (const ControlId id : kReadingOrder) {
+            const auto* control = Find<QWidget>(window.dialog, id);
+            const QRect place(control->mapTo(&window.dialog, QPoint()), control->size());
+            QVERIFY2(window.dialog.rect().contains(place), qPrintable(control->objectName()));
+        }
+    }
+}
+
+namespace {
+
+QRgb MiddleOf(QWidget& widget) {
+    const QImage image = widget.grab().toImage();
+    return image.pixel(image.rect().center());
+}
+
+}  // namespace
+
+void KeyboardAndLayoutTest::ReadOnlyBoxesHaveTheWindowsBackground() {
+    TestWindow window;
+    const QPalette before = QApplication::palette();
+    for (const QColor& background : {before.color(QPalette::Window), QColor(0x20, 0x30, 0x40)}) {
+        QPalette palette = before;
+        palette.setColor(QPalette::Window, background);
+        QApplication::setPalette(palette);
+        for (const ControlId id :
+             {ControlId::kInputDirectory, ControlId::kOutputDirectory, ControlId::kFileHeader}) {
+            QTRY_COMPARE(MiddleOf(*Find<QWidget>(window.dialog, id)), background.rgb());
+        }
+        QVERIFY(MiddleOf(*Find<QWidget>(window.dialog, ControlId::kFileList)) != background.rgb());
+    }
+    QApplication::setPalette(before);
 }
 
 void KeyboardAndLayoutTest::WindowHasItsTitleAndLegalNotice() {

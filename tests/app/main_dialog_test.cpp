@@ -21,7 +21,7 @@ class MainDialogTest : public QObject {
     void SystemCommandShowsTheAboutBox();
     void OtherSystemCommandsAreLeftToTheToolkit();
     void HelpMenuShowsTheAboutBox();
-    void PaintDrawsTheDialog();
+    void PaintDrawsEveryControl();
     void MinimisedWindowIsShownByTheIcon();
     void ClickOnSelectInputFilesFillsTheList();
     void ClickOnSelectOutputDirectoryFillsItsBox();
@@ -117,14 +117,24 @@ void MainDialogTest::HelpMenuShowsTheAboutBox() {
     QVERIFY(seen);
 }
 
-void MainDialogTest::PaintDrawsTheDialog() {
+void MainDialogTest::PaintDrawsEveryControl() {
     TestWindow window;
     const QImage image = window.dialog.grab().toImage();
-    QSet<QRgb> colours;
-    for (int y = 0; y < image.height(); y += 10) {
-        for (int x = 0; x < image.width(); ++x) colours.insert(image.pixel(x, y));
+    const QRgb background = window.dialog.palette().color(QPalette::Window).rgb();
+    int controls = 0;
+    for (QWidget* control : window.dialog.findChildren<QWidget*>()) {
+        if (control->window() != &window.dialog || control->objectName().toInt() < 1000) continue;
+        const QRect place(control->mapTo(&window.dialog, QPoint()), control->size());
+        bool drawn = false;
+        for (int y = place.top(); y <= place.bottom(); ++y) {
+            for (int x = place.left(); x <= place.right(); ++x) {
+                drawn |= image.pixel(x, y) != background;
+            }
+        }
+        QVERIFY2(drawn, qPrintable(control->objectName()));
+        ++controls;
     }
-    QVERIFY(colours.size() > 2);
+    QCOMPARE(controls, 14);
 }
 
 void MainDialogTest::MinimisedWindowIsShownByTheIcon() {

@@ -5,17 +5,23 @@
 
 #include <QDir>
 #include <QDropEvent>
+#include <QFileDialog>
 #include <QLabel>
 #include <QMimeData>
 #include <QStyle>
 #include <QStyleFactory>
+#include <QTimer>
 #include <QTreeWidget>
 
 #include "app/about_dlg.h"
+#include "app/app_identity.h"
 #include "app/control_ids.h"
+#include "app/message_box.h"
 #include "app/progress_dlg.h"
+#include "app/qt_text.h"
 #include "app/stalwick_app.h"
 #include "app/stalwick_dlg.h"
+#include "engine/output_directory.h"
 
 namespace {
 
@@ -70,6 +76,38 @@ void SelectFirst(StalwickDlg& dialog) {
     dialog.OnFileListClick(0);
 }
 
+// Boxes with a text of one word and with one that needs more than a line.
+void SaveBoxes(Screenshots& screenshots, StalwickDlg& dialog) {
+    QMessageBox* box = ShowMessage(&dialog, QMessageBox::NoIcon,
+                                   {.caption = ApplicationName(),
+                                    .text = QStringLiteral("Processing complete"),
+                                    .details = QStringLiteral("rat07.ord: 41 trailing bytes")});
+    screenshots.Save(*box, QStringLiteral("box-complete"));
+    box->close();
+    const QString directory = QStringLiteral("/data/") + QString(120, QLatin1Char('n'));
+    box = ShowMessage(&dialog, QMessageBox::Critical,
+                      {.caption = QStringLiteral("Data Directory Error"),
+                       .text = ToQString(OutputDirectoryErrorText(ToWide(directory))),
+                       .details = QStringLiteral("cannot create directory: File name too long"),
+                       .showDetails = true});
+    screenshots.Save(*box, QStringLiteral("box-error"));
+    box->close();
+}
+
+// The file dialog runs an event loop of its own.
+void SaveFileDialog(Screenshots& screenshots, StalwickDlg& dialog) {
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, &watch, [&] {
+        auto* files = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+        if (files == nullptr) return;
+        watch.stop();
+        screenshots.Save(*files, QStringLiteral("file-dialog"));
+        files->reject();
+    });
+    watch.start(500);  // by then it lists the directory
+    dialog.OnSelectInputFiles();
+}
+
 bool SaveAll(const QString& directory, const QString& theme, const QStringList& recordings) {
     Screenshots screenshots(directory, theme);
     StalwickDlg dialog;
@@ -78,6 +116,12 @@ bool SaveAll(const QString& directory, const QString& theme, const QStringList& 
     Drop(dialog, recordings);
     SelectFirst(dialog);
     screenshots.Save(dialog, QStringLiteral("main-filled"));
+    const QSize firstSize = dialog.size();
+    dialog.resize(640, 480);
+    screenshots.Save(dialog, QStringLiteral("main-640x480"));
+    dialog.resize(firstSize);
+    SaveBoxes(screenshots, dialog);
+    SaveFileDialog(screenshots, dialog);
 
     DataProcessor processor;
     processor.recordsProcessed = 128394;
@@ -98,6 +142,7 @@ bool SaveAll(const QString& directory, const QString& theme, const QStringList& 
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     StalwickApp app(argumentCount, arguments);
     const QStringList given = app.arguments();
     if (given.size() < 4) {

@@ -286,7 +286,7 @@ void StartConversionTest::StartResetsTheCancelOfTheLastJob() {
 
 void StartConversionTest::DetailsStandBehindTheButton() {
     TestWindow window;
-    window.AddFile(L"a.ord", BuildOrdFile(Version2Header(32), {}, "cut packet"));
+    window.AddFile(L"a.ord", BuildOrdFile(Version2Header(32), {}, EncodePacket({}).substr(0, 10)));
     window.SelectInputFiles({"a.ord"});
     window.ClickStart();
     const auto message = TakeMessage();

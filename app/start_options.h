@@ -1,0 +1,13 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace stalwick {
+
+// What the program prints in place of opening its window: for --version or --help among its
+// arguments, up to "--". Needs no display.
+std::optional<std::string> AnswerOnStandardOutput(const std::vector<std::string>& arguments);
+
+}  // namespace stalwick

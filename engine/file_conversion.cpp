@@ -85,8 +85,10 @@ FileConversion::FileConversion(DataProcessor& processor, const FileConversionReq
 std::int32_t FileConversion::Run() {
     if (PrepareOutputDirectory() != 0 || OpenInput() != 0 || OpenOutputs() != 0) return -1;
     recordPeriod_ = kMicrosecondsPerSecond / reader_.SamplingFrequency() * 10.0;
-    if (ConvertSpans() != 0) return -1;
-    return Finish();
+    ReportHeader();
+    const std::int32_t status = ConvertSpans();
+    ReportPackets();
+    return status == 0 ? Finish() : -1;
 }
 
 std::int32_t FileConversion::Fail(const std::wstring& errorText) {
@@ -97,6 +99,12 @@ std::int32_t FileConversion::Fail(const std::wstring& errorText) {
 std::int32_t FileConversion::FailOutputs() {
     outputFailed_ = true;
     return -1;
+}
+
+std::int32_t FileConversion::FailInput(bool inLastBlock) {
+    ReportWhereItStopped(inLastBlock);
+    const std::wstring reason = reader_.GetErrorMessage();
+    return Fail(reason.empty() ? L"Failed to process input file" : reason);
 }
 
 std::int32_t FileConversion::PrepareOutputDirectory() {
@@ -194,13 +202,12 @@ std::int32_t FileConversion::ConvertSpans() {
         }
         DecodedSpan& span = spans.Next();
         endOfFile = span.endOfFile;
-        if (span.status != 0) {
-            ReportWhereItStopped(endOfFile);
-            const std::wstring reason = reader_.GetErrorMessage();
-            return Fail(reason.empty() ? L"Failed to process input file" : reason);
-        }
+        if (span.status != 0) return FailInput(endOfFile);
         for (ORDDataPacket& packet : span.packets) {
-            if (ConvertPacket(packet) != 0) return FailOutputs();
+            if (ConvertPacket(packet) == 0) continue;
+            FailOutputs();
+            // The disk of the recording had failed before, and no later than this it is said.
+            return span.readFailedAfter ? FailInput(spans.Next().endOfFile) : -1;
         }
         account_.inputBytesRead = span.bytesRead;
         processor_.bytesProcessed.store(span.bytesRead, std::memory_order_relaxed);
@@ -232,6 +239,7 @@ std::int32_t FileConversion::ConvertPacket(ORDDataPacket& packet) {
     // FileConversion.RunningTimeCountsPacketsWithoutSamples).
     packetTime_ += recordPeriod_;
     clock_.Count(packet.hardwareTimestamp);
+    census_.Count(packet);
     processor_.recordsProcessed.fetch_add(1, std::memory_order_relaxed);
     return 0;
 }

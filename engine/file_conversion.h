@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "engine/data_processor.h"
+#include "engine/packet_census.h"
 #include "engine/packet_clock.h"
 #include "ord/ord_file_reader.h"
 #include "writers/csc_file_writer_container.h"
@@ -46,6 +47,7 @@ class FileConversion {
   private:
     std::int32_t Fail(const std::wstring& errorText);
     std::int32_t FailOutputs();
+    std::int32_t FailInput(bool inLastBlock);
     void AddDetail(ConversionDetail::Kind kind, const std::wstring& text);
     ConversionDetail& AddInputDetail(ConversionDetail::Kind kind, const std::wstring& text);
 
@@ -64,6 +66,10 @@ class FileConversion {
     void ReportWhereItStopped(bool inLastBlock);
     void ReportUnreadInput();
     void ReportTrailingBytes();
+    void ReportHeader();
+    void ReportAbsentGroups();
+    void ReportPackets();
+    void ReportChannels();
     void ReportOutputs();
     std::int32_t ConvertPacket(ORDDataPacket& packet);
     void WriteSensorValues(const ORDDataPacket& packet);
@@ -90,6 +96,7 @@ class FileConversion {
     double packetTime_ = 0.0;    // microseconds, of the packet without a hardware timestamp
     double recordPeriod_ = 0.0;  // microseconds that ten samples span
     PacketClock clock_;
+    PacketCensus census_;
     ConversionAccount account_;
 };
 

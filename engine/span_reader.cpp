@@ -31,6 +31,7 @@ void SpanReader::Read(DecodedSpan& span) noexcept {
         span.exception = std::current_exception();
     }
     span.bytesRead = reader_.BytesRead();
+    span.readFailedAfter = reader_.ReadHasFailed();
 }
 
 void SpanReader::Work() {

@@ -19,6 +19,7 @@ struct DecodedSpan {
     bool endOfFile = false;
     std::vector<ORDDataPacket> packets;
     std::uint64_t bytesRead = 0;   // of the file so far, with the header span
+    bool readFailedAfter = false;  // the next span is the failure
     std::exception_ptr exception;  // what the call threw
 
     bool IsLast() const { return status != 0 || endOfFile; }

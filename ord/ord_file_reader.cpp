@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "ord/packet_decoder.h"
+#include "ord/version_check.h"
 #include "platform/text_encoding.h"
 
 namespace stalwick {
@@ -83,6 +84,11 @@ std::int32_t ORDFileReader::DecodeBeforeFailure(std::size_t count,
 
 // Bytes of the buffer that made whole packets.
 std::uint32_t ORDFileReader::Decode(std::uint32_t validBytes, std::vector<ORDDataPacket>& records) {
+    const bool isFirstBlock = bytesRead_ == kHeaderBlockSize + validBytes;
+    if (isFirstBlock) {
+        contradictsVersion_ =
+            PacketsContradictVersion(buffer_.data(), validBytes, PacketDecodeOptions(header_));
+    }
     const std::uint8_t* const next =
         ProcessDataBuffer(buffer_.data(), validBytes, records, PacketDecodeOptions(header_),
                           kSamplesPerPacket, sparePackets_);
@@ -122,6 +128,7 @@ void ORDFileReader::Reset() {
     bytesRead_ = 0;
     unconsumedBytes_ = 0;
     endedInHeader_ = false;
+    contradictsVersion_ = false;
     readError_ = 0;
     RecordingHeader blank;
     blank.fileVersion = std::move(header_.fileVersion);

@@ -70,6 +70,10 @@ class ORDFileReader {
     std::uint64_t NextPacketPosition() const { return bytesRead_ - unconsumedBytes_; }
     // Behind the last block: whether the unconsumed bytes can be a packet that lacks its end.
     bool EndsInACutPacket() const;
+    // Whether a read failed after the bytes of the last block: the next call of GetData fails.
+    bool ReadHasFailed() const { return readError_ != 0; }
+    // Of the stream's first block: see PacketsContradictVersion.
+    bool ContradictsVersion() const { return contradictsVersion_; }
     // The operating system's reason when a read failed; 0 otherwise.
     SystemErrorCode SystemError() const { return systemError_; }
 
@@ -91,7 +95,8 @@ class ORDFileReader {
     std::vector<ORDDataPacket> sparePackets_;  // memory for blocks of more packets
     std::uint64_t bytesRead_ = 0;
     std::uint64_t unconsumedBytes_ = 0;
-    bool endedInHeader_ = false;     // the file was shorter than its header block
+    bool endedInHeader_ = false;  // the file was shorter than its header block
+    bool contradictsVersion_ = false;
     SystemErrorCode readError_ = 0;  // every further call of GetData fails with it
     SystemErrorCode systemError_ = 0;
 };

@@ -1,5 +1,8 @@
 #include "ord/recording_header.h"
 
+#include <locale>
+#include <sstream>
+#include <type_traits>
 #include <vector>
 
 #include "ord/header_fields.h"
@@ -9,10 +12,23 @@ namespace stalwick {
 
 namespace {
 
+std::wstring TakenAs(double value) {
+    std::wostringstream text;
+    text.imbue(std::locale::classic());
+    text << value;
+    return text.str();
+}
+
+template <typename Integer>
+std::wstring TakenAs(Integer value) {
+    return std::to_wstring(value);
+}
+
 // The text of a header whose fields are read, and where a missing one is reported.
 struct HeaderLookup {
     const std::wstring& text;
     std::wstring& errorMessage;
+    std::vector<UnreadableNumber>& unreadableNumbers;
 
     template <typename Target>
     bool Read(const std::wstring& key, Target& target) const {
@@ -22,7 +38,10 @@ struct HeaderLookup {
             return false;
         }
         // A value that cannot be read is not an error: the field is there.
-        ConvertToken(lines.front().front(), target);
+        const bool converted = ConvertToken(lines.front().front(), target);
+        if constexpr (std::is_arithmetic_v<Target>) {
+            if (!converted) unreadableNumbers.push_back({key, TakenAs(target)});
+        }
         return true;
     }
 };
@@ -60,7 +79,8 @@ void ReadAvailabilityFlags(const std::wstring& text, RecordingHeader& header) {
 
 std::int32_t ReadRecordingHeader(const std::wstring& headerText, RecordingHeader& header,
                                  std::wstring& errorMessage) {
-    const HeaderLookup lookup{headerText, errorMessage};
+    header.unreadableNumbers.clear();
+    const HeaderLookup lookup{headerText, errorMessage, header.unreadableNumbers};
     if (!lookup.Read(L"-NumADChannels", header.numADChannels) ||
         !lookup.Read(L"-SamplingFrequency", header.samplingFrequency) ||
         !lookup.Read(L"-ADMaxValue", header.adMaxValue) ||

@@ -2,10 +2,17 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "ord/decode_options.h"
 
 namespace stalwick {
+
+// A required number whose text cannot be read as one.
+struct UnreadableNumber {
+    std::wstring key;
+    std::wstring takenAs;  // what the conversion goes on with
+};
 
 // The fields of a recording's header, as docs/ord-format.md describes them. A field that the header
 // does not have keeps the value that it has here.
@@ -22,6 +29,7 @@ struct RecordingHeader {
     bool baseImuAvailable = false;
     bool afeImuAvailable = false;
     bool ultrasonicAvailable = false;
+    std::vector<UnreadableNumber> unreadableNumbers;
 };
 
 // Reads the fields of `headerText` into `header`. Returns 0, or -1 at the first required field that

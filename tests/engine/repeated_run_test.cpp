@@ -1,5 +1,6 @@
 // Existing outputs are never overwritten.
 
+#include <algorithm>
 #include <string>
 #include <thread>
 
@@ -26,6 +27,13 @@ std::string Numbered(const std::string& name, int number) {
     std::string numbered = name.substr(0, point);
     numbered += number < 10 ? "_0" : "_";
     return numbered.append(std::to_string(number)).append(name.substr(point));
+}
+
+// Packets carry more channels than the header announces, which is said too.
+bool IsWhole(const std::vector<ConversionDetail>& details) {
+    return std::none_of(details.begin(), details.end(), [](const ConversionDetail& detail) {
+        return detail.kind == ConversionDetail::Kind::kIncomplete;
+    });
 }
 
 TEST(RepeatedRun, TwentyRunsLeaveTwentySets) {
@@ -76,7 +84,7 @@ TEST(RepeatedRun, NameTakenAtTheLastMomentIsChosenAgain) {
     const EngineRun run =
         RunEngine(directory, FullRecording(), {true, false, false, true, true, true});
     EXPECT_EQ(run.statusText, L"Processing complete");
-    EXPECT_TRUE(run.details.empty());
+    EXPECT_TRUE(IsWhole(run.details));
     ASSERT_EQ(stolen.size(), 5U);
     for (const char* name :
          {"CSC1.vcs", "CSC2.vcs", "Ultrasonic.vcs", "Events.vev", "RawData.vrd"}) {
@@ -93,7 +101,7 @@ TEST(RepeatedRun, TwoConversionsAtOnceDestroyNothing) {
         for (int run = 0; run < kRuns; ++run) {
             DataProcessor processor(QuickSettings());
             RunConversionJob(MakeJob(directory, {input}, AllOutputs(), processor, status));
-            if (status != L"Processing complete" || !processor.Details().empty()) {
+            if (status != L"Processing complete" || !IsWhole(processor.Details())) {
                 status = L"not complete";
                 return;
             }

@@ -44,7 +44,7 @@ class CancelTest : public testing::TestWithParam<bool> {
     }
 
     TempDirectory directory_;
-    std::string recording_ = MakeFullRecording(3, 400);
+    std::string recording_ = MakeFullRecording(3, 1000);
 };
 
 TEST_P(CancelTest, AtEachBlockTheFilesAreClosedAndLaterOnesEmpty) {

@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kPackets = 200;  // several blocks of data
+constexpr std::size_t kPackets = 600;  // several blocks of data
 
 /** Does something to the recording before its n-th block is read. */
 class ChangingInput final {

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+#include "ord/ord_data_packet.h"
+
+namespace stalwick {
+
+// Which A/D channels the packets of a recording carry.
+class PacketCensus {
+  public:
+    void Count(const ORDDataPacket& packet) {
+        if (!packet.adSamples) return;
+        const std::uint32_t channels = 32U << packet.channelCountCode;
+        mostDescribed_ = std::max(mostDescribed_, channels);
+        mostCarried_ = std::max(mostCarried_, HighestEnabled(packet, channels));
+    }
+
+    // Channels that the widest packet describes, also those that its mask leaves out.
+    std::uint32_t MostDescribed() const { return mostDescribed_; }
+    // Position, from 1, of the last channel that any packet had samples of; 0: none had.
+    std::uint32_t MostCarried() const { return mostCarried_; }
+
+  private:
+    // The mask's first byte has the highest channels.
+    static std::uint32_t HighestEnabled(const ORDDataPacket& packet, std::uint32_t channels) {
+        if (packet.channelMask->empty()) return channels;
+        std::uint32_t end = channels;
+        for (std::uint8_t bits : *packet.channelMask) {
+            for (std::uint32_t channel = end; bits != 0; --channel, bits <<= 1U) {
+                if ((bits & 0x80U) != 0) return channel;
+            }
+            end -= 8;
+        }
+        return 0;
+    }
+
+    std::uint32_t mostDescribed_ = 0;
+    std::uint32_t mostCarried_ = 0;
+};
+
+}  // namespace stalwick

@@ -1,0 +1,87 @@
+// What a conversion says of its recording: where its header and its packets do not agree with what
+// was asked for, or with each other.
+
+#include <string>
+
+#include "engine/file_conversion.h"
+#include "ord/header_fields.h"
+#include "platform/text_encoding.h"
+
+namespace stalwick {
+
+using Kind = ConversionDetail::Kind;
+
+namespace {
+
+// "channel 3", "channels 3 to 7".
+std::wstring ChannelRange(std::uint32_t first, std::uint32_t last) {
+    if (first == last) return L"channel " + std::to_wstring(first);
+    return L"channels " + std::to_wstring(first) + L" to " + std::to_wstring(last);
+}
+
+}  // namespace
+
+void FileConversion::ReportHeader() {
+    const RecordingHeader& header = reader_.Header();
+    for (const UnreadableNumber& number : header.unreadableNumbers) {
+        AddInputDetail(Kind::kNote, L"its header's " + number.key +
+                                        L" cannot be read as a number and counts as " +
+                                        number.takenAs + L"; correct it in a copy");
+    }
+    if (VersionStringToNumber(header.fileVersion) < 0) {
+        AddInputDetail(Kind::kNote, L"its header's -FileVersion \"" + OneLine(header.fileVersion) +
+                                        L"\" cannot be read; its packets count as ones without "
+                                        L"timestamps");
+    }
+    ReportAbsentGroups();
+}
+
+void FileConversion::ReportAbsentGroups() {
+    constexpr std::array<const wchar_t*, 4> kNames = {L"A/D channels", L"base IMU", L"AFE IMU",
+                                                      L"ultrasonic sensor"};
+    std::wstring absent;
+    for (std::size_t i = 0; i < kNames.size(); ++i) {
+        if (request_.channelOptions[i] == 0 || switches_[i] != 0) continue;
+        absent += (absent.empty() ? L"" : L", ") + std::wstring(kNames[i]);
+    }
+    if (absent.empty()) return;
+    AddInputDetail(Kind::kNote,
+                   L"its header announces none of these, so they have no files: " + absent);
+}
+
+void FileConversion::ReportPackets() {
+    if (!reader_.ContradictsVersion()) return ReportChannels();
+    const bool stated = PacketsCarryTimestamps(PacketDecodeOptions(reader_.Header()));
+    AddInputDetail(Kind::kLoss,
+                   L"its packets contradict its header's -FileVersion " +
+                       OneLine(reader_.FileVersion()) + L": they carry " +
+                       (stated ? L"no timestamps" : L"timestamps") +
+                       L", so the outputs are not what was recorded; set -FileVersion " +
+                       (stated ? L"1.0" : L"2.0") + L" in a copy and convert the copy");
+}
+
+void FileConversion::ReportChannels() {
+    const std::uint32_t announced = reader_.NumADChannels();
+    const std::uint32_t carried = census_.MostCarried();
+    const bool asked = request_.channelOptions[0] != 0 || request_.writeRawData;
+    if (asked && carried > announced) {
+        AddInputDetail(Kind::kLoss,
+                       L"its header announces " + std::to_wstring(announced) +
+                           L" A/D channels, its packets carry " + std::to_wstring(carried) + L": " +
+                           ChannelRange(announced + 1, carried) + L" have no channel files" +
+                           (request_.writeRawData
+                                ? L", and the raw data file has longer records than its header says"
+                                : L"") +
+                           L"; correct -NumADChannels in a copy and convert the copy");
+    }
+    // A recording without a packet lacks them all; it says so in other ways.
+    const std::uint32_t described = census_.MostDescribed();
+    if (IsOn(ChannelGroup::kAD) && described != 0 && described < announced && !account_.canceled) {
+        AddInputDetail(Kind::kNote, L"its header announces " + std::to_wstring(announced) +
+                                        L" A/D channels, its packets carry " +
+                                        std::to_wstring(described) + L": the files of " +
+                                        ChannelRange(described + 1, announced) + L" are empty");
+    }
+}
+
+}  // namespace stalwick

@@ -75,6 +75,7 @@ void StalwickDlg::Convert(ConversionJob job) {
     } catch (const std::bad_alloc&) {
         std::vector<ConversionDetail> details = processor_.Details();
         details.push_back(OutOfMemoryDetail(processor_.LastAccount().recording));
+        details.back().text += L"; convert it again with fewer outputs";
         ReportFinish(MakeOutcome(FromUtf8(kStatusOutOfMemory), details));
     }
 }

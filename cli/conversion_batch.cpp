@@ -6,21 +6,12 @@
 #include <utility>
 
 #include "engine/conversion_job.h"
+#include "engine/out_of_memory.h"
 #include "platform/file_system.h"
 #include "platform/processor_count.h"
 #include "platform/text_encoding.h"
 
 namespace stalwick {
-
-namespace {
-
-ConversionDetail OutOfMemoryDetail(const std::wstring& path) {
-    return {ConversionDetail::Kind::kIncomplete,
-            OneLine(path) + L": not converted whole: not enough memory; " + kOutputsMayLackTheirEnd,
-            ConversionDetail::Cause::kOutOfMemory};
-}
-
-}  // namespace
 
 ConversionBatch::ConversionBatch(const CommandLine& commandLine,
                                  std::vector<PlannedRecording> recordings)

@@ -16,9 +16,6 @@
 
 namespace stalwick {
 
-// The status of a file for which there was not enough memory. Narrow: printing it takes none.
-inline constexpr char kStatusOutOfMemory[] = "Processing failed - Not enough memory";
-
 // How far the batch is; readable from any thread.
 struct BatchProgress {
     std::size_t currentFile = 0;  // from 1

@@ -2,9 +2,9 @@
 #include <exception>
 #include <new>
 
-#include "cli/conversion_batch.h"
 #include "cli/convert_command.h"
 #include "cli/exit_status.h"
+#include "engine/out_of_memory.h"
 #include "platform/console.h"
 #include "platform/process_setup.h"
 #include "platform/program_arguments.h"

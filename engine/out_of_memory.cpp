@@ -7,7 +7,7 @@ namespace stalwick {
 ConversionDetail OutOfMemoryDetail(const std::wstring& recording) {
     return {ConversionDetail::Kind::kIncomplete,
             OneLine(recording) + L": not converted whole: not enough memory; " +
-                kOutputsMayLackTheirEnd + L"; convert it again with fewer outputs",
+                kOutputsMayLackTheirEnd,
             ConversionDetail::Cause::kOutOfMemory};
 }
 

@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::uint16_t kTtlChangeId = 21;
 constexpr std::string_view kTtlChangeText = "TTL Change.";
+static_assert(kTtlChangeText.size() < VtxDataTypes::kEventStringSize);  // and its zero
 
 // Time of the packet's first sample in microseconds.
 std::uint64_t FirstSampleTime(EventFileWriterContainer& eventFile, const PacketTime& time) {

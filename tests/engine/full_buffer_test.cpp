@@ -7,6 +7,7 @@
 #include "platform/system_error.h"
 #include "tests/support/engine_run.h"
 #include "tests/support/faulty_file_calls.h"
+#include "tests/support/forwarding_file_calls.h"
 #include "tests/support/ord_builder.h"
 
 namespace stalwick::test {
@@ -35,39 +36,44 @@ std::string RecordingWithChanges(std::size_t changes) {
     return BuildOrdFile(Version1Header(1), plans);
 }
 
-struct EventWrites {
-    std::size_t fileSize = 0;
-    unsigned writeCount = 0;  // the headers' included
+// The system's calls; notes how long each write is. For one thread.
+class NotingWrites final : public ForwardingFileCalls {
+  public:
+    std::vector<std::size_t> sizes;
+
+    SystemErrorCode WriteAt(FileHandle handle, std::uint64_t offset, const void* data,
+                            std::size_t size, std::size_t& transferred) override {
+        sizes.push_back(size);
+        return ForwardingFileCalls::WriteAt(handle, offset, data, size, transferred);
+    }
 };
 
-EventWrites ConvertEvents(std::size_t changes) {
+// The lengths of all writes to the event file, the header's first.
+std::vector<std::size_t> WritesOfEvents(std::size_t changes) {
     const TempDirectory directory;
     const std::string recording = RecordingWithChanges(changes);
-    FaultyFileCalls calls;
+    NotingWrites calls;
     const EngineRun run =
         RunEngine(directory, recording, {false, false, false, false, true, false});
     EXPECT_EQ(run.statusText, L"Processing complete");
-    EXPECT_EQ(calls.openCount, 0U);
-    return {run.files.at("Events.vev").size(), calls.writeCount};
+    return calls.sizes;
 }
 
-TEST(FullBuffer, ExactlyFiveThousandChangesMakeOneFullWrite) {
-    const EventWrites writes = ConvertEvents(5000);
-    EXPECT_EQ(writes.fileSize, kHeaderBytes + 5000 * kEventBytes);
-    // The header and one block; the remainder of 0 bytes needs no call.
-    EXPECT_EQ(writes.writeCount, 2U);
+TEST(FullBuffer, ExactlyFiveThousandChangesMakeOneFullWriteAndNoRemainder) {
+    EXPECT_EQ(WritesOfEvents(5000), (std::vector<std::size_t>{kHeaderBytes, 5000 * kEventBytes}));
 }
 
 TEST(FullBuffer, OneChangeMoreMakesARemainderOfOneRecord) {
-    const EventWrites writes = ConvertEvents(5001);
-    EXPECT_EQ(writes.fileSize, kHeaderBytes + 5001 * kEventBytes);
-    EXPECT_EQ(writes.writeCount, 3U);
+    EXPECT_EQ(WritesOfEvents(5001),
+              (std::vector<std::size_t>{kHeaderBytes, 5000 * kEventBytes, kEventBytes}));
 }
 
 TEST(FullBuffer, OneChangeFewerIsWrittenAtTheEnd) {
-    const EventWrites writes = ConvertEvents(4999);
-    EXPECT_EQ(writes.fileSize, kHeaderBytes + 4999 * kEventBytes);
-    EXPECT_EQ(writes.writeCount, 2U);
+    EXPECT_EQ(WritesOfEvents(4999), (std::vector<std::size_t>{kHeaderBytes, 4999 * kEventBytes}));
+}
+
+TEST(FullBuffer, NoChangeWritesTheHeaderAlone) {
+    EXPECT_EQ(WritesOfEvents(0), (std::vector<std::size_t>{kHeaderBytes}));
 }
 
 TEST(FullBuffer, EventsConvertLikeTheReference) {
@@ -112,6 +118,23 @@ TEST(FullBuffer, ChannelFileOfMoreThanFiveThousandRecordsConvertsLikeTheReferenc
     }
     EXPECT_TRUE(ConvertsLikeTheReference(UltrasonicRecording(37000, true),
                                          {false, false, false, true, false, false}));
+}
+
+// Ten samples a packet of one channel: 51.2 packets fill a record.
+std::string OneChannelRecording(std::size_t packetCount) {
+    PacketPlan plan;
+    plan.channelMask = MakeChannelMask(32, {0});
+    plan.adBlock = PlanAdBlock(std::vector<std::uint16_t>(320, 4), 32, 10, 1);
+    return BuildOrdFile(Version1Header(1), std::vector<PacketPlan>(packetCount, plan));
+}
+
+TEST(FullBuffer, RecordingThatEndsWithFiveThousandWholeRecordsHasNothingAfterThem) {
+    const ReferenceConvertOptions channelsOnly = {true, false, false, false, false, false};
+    const std::string recording = OneChannelRecording(256'000);  // 5000 x 512 samples
+    const TempDirectory directory;
+    const EngineRun run = RunEngine(directory, recording, channelsOnly);
+    EXPECT_EQ(run.files.at("CSC1.vcs").size(), kHeaderBytes + 5'220'000);
+    EXPECT_TRUE(SameFiles(run.files, RunReference(directory, recording, channelsOnly).files));
 }
 
 TEST(FullBuffer, RawDataOfMoreThanFiveThousandRecordsConvertsLikeTheReference) {

@@ -79,8 +79,10 @@ TEST(ORDFileReader, PathWithAnyCharactersOpens) {
 }
 
 TEST(ORDFileReader, FileShorterThanTheHeaderBlockIsReadAsItIs) {
-    OpenRecording recording(OrdHeaderText().Text());
+    const std::string text = OrdHeaderText().Text();
+    OpenRecording recording(text);
     ASSERT_EQ(recording.status, 0);
+    EXPECT_EQ(recording.reader.GetHeaderText(), std::wstring(text.begin(), text.end()));
     EXPECT_EQ(recording.reader.NumADChannels(), 32U);
     EXPECT_EQ(recording.reader.GetData(recording.records, recording.endOfFile), 0);
     EXPECT_TRUE(recording.endOfFile);

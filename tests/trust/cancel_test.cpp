@@ -34,13 +34,25 @@ class CancelTest : public testing::TestWithParam<bool> {
     std::map<std::string, std::string> Files(const std::wstring& name) const {
         return FilesIn(directory_.Path(L"out") + kPathSeparator + name);
     }
-    // Whether the files are those of a conversion canceled at this block. One that reads ahead
-    // sees the flag at an earlier block than the one that is being read.
-    testing::AssertionResult AreFilesUntil(std::size_t block) const {
-        const auto files = Files(L"a");
-        const auto exact = SameFiles(files, Reference("a.ord", block).files);
-        if (exact || !hasHelpers() || block == 0) return exact;
-        return AreFilesUntil(block - 1);
+    // The block before which the conversion ended: the one that the packets in its account say. One
+    // that reads ahead sees the flag at an earlier block than the one that is being read.
+    std::size_t LastBlock(std::size_t block, const ConversionAccount& account) const {
+        while (hasHelpers() && block > 0 &&
+               Reference("a.ord", block).packetCount > account.packets) {
+            --block;
+        }
+        return block;
+    }
+    // Whether the files, and the account, are those of a conversion that ended before a block.
+    testing::AssertionResult EndedBefore(std::size_t block,
+                                         const ConversionAccount& account) const {
+        const ReferenceConvertResult expected = Reference("a.ord", block);
+        if (!account.canceled) return testing::AssertionFailure() << "not said to be canceled";
+        if (account.packets != expected.packetCount) {
+            return testing::AssertionFailure()
+                   << account.packets << " packets for " << expected.packetCount;
+        }
+        return SameFiles(Files(L"a"), expected.files);
     }
 
     TempDirectory directory_;
@@ -60,18 +72,19 @@ TEST_P(CancelTest, AtEachBlockTheFilesAreClosedAndLaterOnesEmpty) {
         settings.helperThreads = hasHelpers() ? HelperThreads::kOn : HelperThreads::kOff;
         DataProcessor processor(settings);
         std::wstring status;
-        const ConversionJob job =
-            MakeJob(directory_, {first, second}, AllOutputs(), processor, status);
         FaultyFileCalls disk;
         // The header is the first read, each block the next; the flag is looked at before it.
         if (block == 0) processor.cancelRequested = 1;
         disk.beforeRead = [&](unsigned readCount) {
             if (readCount == block) processor.cancelRequested = 1;
         };
-        RunConversionJob(job);
+        RunConversionJob(MakeJob(directory_, {first}, AllOutputs(), processor, status));
+        EXPECT_EQ(status, L"Data processing canceled.");
+        const ConversionAccount account = processor.TakeAccount();
+        RunConversionJob(MakeJob(directory_, {second}, AllOutputs(), processor, status));
         EXPECT_EQ(status, L"Data processing canceled.");
         EXPECT_EQ(disk.openCount, 0U);
-        EXPECT_TRUE(AreFilesUntil(block));
+        EXPECT_TRUE(EndedBefore(LastBlock(block, account), account));
         EXPECT_TRUE(SameFiles(Files(L"b"), Reference("b.ord", 0).files));
         for (const auto& entry : Files(L"b")) EXPECT_EQ(entry.second.size(), kHeaderBytes);
         const ExpectedFiles whole = ExpectFiles(Reference("a.ord", SIZE_MAX));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -301,8 +302,10 @@ TEST(CSCFileWriterContainer, TimestampBeyondTheRangeIsHeldAtItsEndAndTold) {
     channels.container.records[0].interpolationFrequency = 0.0;
     channels.container.records[0].lastBaseTimestamp = 5;
     channels.container.records[0].phase = 1;
+    channels.container.records[0].timestampOffset = 0;
     channels.Write(1, {});
     EXPECT_TRUE(channels.container.timestampsSaturated);
+    EXPECT_EQ(channels.TimeOf(0, 0), std::numeric_limits<std::uint64_t>::max());
 }
 
 }  // namespace

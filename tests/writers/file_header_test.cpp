@@ -79,6 +79,14 @@ TEST(FileHeader, TypeBeyondTheListIsInvalid) {
     EXPECT_NE(HeaderOf(false, 17).find(L"-FileType Invalid\r\n"), std::wstring::npos);
 }
 
+TEST(FileHeader, PathWithQuotesIsNotQuotedTwiceInTheHeader) {
+    OutputFileRecord record = ChannelThree();
+    record.filePath = L"\"out/rec/CSC3.vcs\"";
+    const FileWriterContainer container{OutputSettings()};
+    const std::wstring text = BuildFileHeader(container, false, record, 5, L"3.4");
+    EXPECT_NE(text.find(L"\r\n-OriginalFileName \"out/rec/CSC3.vcs\"\r\n"), std::wstring::npos);
+}
+
 TEST(FileHeader, ChannelLinesStandInTheirOrder) {
     CSCFileWriterContainer container{OutputSettings()};
     container.adMaxValue = 32767;

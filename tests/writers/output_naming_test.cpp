@@ -192,9 +192,14 @@ TEST(OutputNaming, EveryUuidIsOfVersionFourAndVariantOne) {
     }
 }
 
-TEST(OutputNaming, FilesOfTheSameSecondHaveDifferentUuids) {
+TEST(OutputNaming, FilesOfTheSameSecondHaveOneTimeAndDifferentUuids) {
+    const LocalTimeSource before =
+        SetLocalTimeSource([] { return LocalTime{2021, 3, 4, 9, 5, 7}; });
     const OutputFileRecord first = InitializedRecord();
     const OutputFileRecord second = InitializedRecord();
+    SetLocalTimeSource(before);
+    EXPECT_EQ(first.timeCreated, L"2021/03/04 09:05:07");
+    EXPECT_EQ(second.timeCreated, first.timeCreated);
     EXPECT_NE(first.fileUuid, second.fileUuid);
 }
 

@@ -30,11 +30,6 @@ struct OpenLibrary {
     int handle = -1;
 };
 
-TEST(VtxFileIO, RecordsHaveTheirFixedSizes) {
-    EXPECT_EQ(sizeof(CRRec), 1044U);
-    EXPECT_EQ(sizeof(EventRec), 184U);
-}
-
 TEST(VtxFileIO, FileIsItsHeaderBlockAndTheRecordsAsHandedOver) {
     OpenLibrary file;
     EXPECT_EQ(file.library.SetHeader(file.handle, L"\u00B5 head"), 0);

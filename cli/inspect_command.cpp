@@ -1,0 +1,127 @@
+#include "cli/inspect_command.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include <CLI/CLI.hpp>
+
+#include "cli/exit_status.h"
+#include "cli/info_json.h"
+#include "cli/info_table.h"
+#include "cli/print_line.h"
+#include "cli/usage_error.h"
+#include "platform/program_version.h"
+#include "platform/text_encoding.h"
+#include "survey/survey_recording.h"
+
+namespace stalwick {
+
+namespace {
+
+constexpr char kProgram[] = "stalwick-inspect";
+
+struct InfoOptions {
+    std::vector<std::string> files;
+    bool json = false;
+    bool quick = false;
+};
+
+void DeclareInfo(CLI::App& app, InfoOptions& options) {
+    app.option_defaults()->disable_flag_override();
+    app.add_option("FILE", options.files, "recordings to look at, in this order")->required();
+    app.add_flag("--json", options.json, "one JSON document a recording, each on a line");
+    app.add_flag("--quick", options.quick, "read the header and the packets at both ends only");
+    app.footer(
+        "Exit status: 0 all whole; 1 a FILE cannot be read; 2 wrong usage; 3 a recording is\n"
+        "damaged. Gaps and a recording that ends inside a packet are no damage.");
+}
+
+bool Flush() {
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
+    PrintLine(stderr, L"stalwick-inspect: cannot write to standard output");
+    return false;
+}
+
+void Print(const RecordingSurvey& survey, bool json) {
+    if (json) {
+        const std::string line = SurveyAsJson(survey) + "\n";
+        std::fwrite(line.data(), 1, line.size(), stdout);
+        return;
+    }
+    for (const std::wstring& line : SurveyAsTable(survey)) PrintLine(stdout, line);
+}
+
+// What is wrong is also reported where it cannot be overlooked.
+void ReportLosses(const RecordingSurvey& survey) {
+    if (!survey.readError.empty()) {
+        PrintLine(stderr, survey.path + L": could not be read to its end: " + survey.readError +
+                              L"; look for a whole copy");
+    }
+    if (survey.damage.empty()) return;
+    PrintLine(stderr, survey.path + L": damaged from byte " +
+                          std::to_wstring(survey.damage.front().position) + L" on: " +
+                          std::to_wstring(survey.damagedBytes) +
+                          L" bytes hold no certain packets; look for a whole copy");
+}
+
+int ShowInfo(const InfoOptions& options) {
+    bool failed = false;
+    bool damaged = false;
+    for (const std::string& file : options.files) {
+        const RecordingSurvey survey = SurveyRecording(
+            FromUtf8(file), options.quick ? SurveyDepth::kQuick : SurveyDepth::kWhole);
+        if (!survey.error.empty()) {
+            PrintLine(stderr, survey.path + L": not looked at: " + survey.error +
+                                  L"; give a recording that can be read");
+            failed = true;
+            continue;
+        }
+        Print(survey, options.json);
+        if (!Flush()) return kExitFailed;
+        ReportLosses(survey);
+        failed = failed || !survey.readError.empty();
+        damaged = damaged || !survey.damage.empty();
+    }
+    if (failed) return kExitFailed;
+    return damaged ? kExitLosses : kExitWhole;
+}
+
+int PrintText(const std::string& text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    return Flush() ? kExitWhole : kExitFailed;
+}
+
+int ReportUsage(const std::string& what) {
+    PrintLine(stderr,
+              FromUtf8(std::string(kProgram) + ": " + what + "; see " + kProgram + " --help"));
+    return kExitUsage;
+}
+
+}  // namespace
+
+int RunInspectCommand(const std::vector<std::string>& arguments) {
+    CLI::App app("Looks at wireless recordings (.ord).", kProgram);
+    app.allow_windows_style_options(false);
+    app.set_help_flag("-h,--help", "Print this help message and exit");
+    const std::string version = std::string(kProgram) + ' ' + kVersion + '\n';
+    app.set_version_flag("--version", version);
+    app.require_subcommand(1);
+    CLI::App* const info = app.add_subcommand("info", "What recordings hold");
+    InfoOptions infoOptions;
+    DeclareInfo(*info, infoOptions);
+    try {
+        std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+        app.parse(reversed);
+    } catch (const CLI::CallForHelp&) {
+        return PrintText(app.help());
+    } catch (const CLI::CallForVersion&) {
+        return PrintText(version);
+    } catch (const CLI::ParseError& error) {
+        if (info->parsed()) return ReportUsage(DescribeUsageError(*info, error));
+        if (!app.remaining().empty()) return ReportUsage(DescribeUsageError(app, error));
+        return ReportUsage("say what to do: info FILE...");
+    }
+    return ShowInfo(infoOptions);
+}
+
+}  // namespace stalwick

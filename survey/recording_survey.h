@@ -1,0 +1,116 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ord/packet_decoder.h"
+#include "ord/recording_header.h"
+
+namespace stalwick {
+
+// What a recording holds: plain values, nothing of it printed. Times are seconds from the first
+// sample; positions are bytes of the file.
+
+// Samples that the recorder did not get: a step of the timestamps that is too long.
+struct RecordingGap {
+    std::uint64_t position = 0;  // of the packet after it
+    double atSeconds = 0.0;      // of the first missing sample
+    double seconds = 0.0;
+    std::uint64_t missingSamples = 0;  // a channel
+};
+
+// A timestamp before the one of the packet before.
+struct BackwardTimestamp {
+    std::uint64_t position = 0;
+    std::uint64_t nanoseconds = 0;  // by how much
+};
+
+// Bytes that are no certain packets, and what they stood for as far as timestamps tell.
+struct DamagedStretch {
+    std::uint64_t position = 0;
+    std::uint64_t bytes = 0;
+    PacketRefusal refusal = PacketRefusal::kNone;  // as StreamPart has it
+    std::uint64_t noticedAt = 0;
+    std::optional<double> atSeconds;  // without timestamps: as if nothing had been lost before
+    std::optional<std::uint64_t> missingSamples;  // a channel
+};
+
+// Of the samples that were recorded of one channel, in the header's volts a step.
+struct ChannelStatistics {
+    std::uint32_t channel = 0;  // from 0; its file is CSC1 for 0
+    std::uint64_t samples = 0;
+    double minMicrovolts = 0.0;
+    double maxMicrovolts = 0.0;
+    double meanMicrovolts = 0.0;
+    double rmsMicrovolts = 0.0;        // about 0, not about the mean
+    std::uint64_t atRangeEnds = 0;     // samples of the smallest or the largest value there is
+    std::uint64_t longestFlatRun = 0;  // samples in a row of one value, at most to a gap or damage
+};
+
+// How many packets have each block.
+struct BlockCounts {
+    std::uint64_t adSamples = 0;
+    std::uint64_t baseImu = 0;
+    std::uint64_t afeImu = 0;
+    std::uint64_t ultrasonic = 0;
+    std::uint64_t channelMask = 0;
+    std::uint64_t statePerSample = 0;
+    std::uint64_t hardwareTimestamp = 0;
+};
+
+// An output that a conversion with every switch on would make.
+struct OutputSize {
+    std::wstring name;
+    std::uint64_t records = 0;
+    std::uint64_t bytes = 0;
+};
+
+inline constexpr std::size_t kTtlLines = 8;
+
+struct RecordingSurvey {
+    std::wstring error;  // why there is nothing else here; empty when there is
+    std::wstring path;
+    std::uint64_t fileSize = 0;  // bytes
+    RecordingHeader header;
+    bool hasTimestamps = false;
+    bool quick = false;  // of the packets only the first and the last ones were read
+
+    std::uint64_t packets = 0;      // that were read
+    std::uint64_t packetBytes = 0;  // of these
+    double durationSeconds = 0.0;   // gaps included; without timestamps that of the samples alone
+    std::optional<std::uint64_t> firstTimestampNs;
+    std::optional<std::uint64_t> lastTimestampNs;
+    std::optional<double> measuredRate;  // samples per second by the timestamps
+    std::optional<double> driftPpm;      // of it against the header's
+
+    BlockCounts blocks;
+    std::array<std::uint64_t, 4> packetsByChannelCode{};  // of 32, 64, 128 and 256 channels
+    std::uint32_t channelsCarried = 0;                    // of the widest packet
+    std::uint32_t channelsMasked = 0;                     // of these, never recorded
+    std::array<std::uint64_t, kTtlLines> ttlChanges{};
+    std::uint64_t ttlEvents = 0;  // samples at which any line changed
+
+    std::vector<RecordingGap> gaps;
+    std::uint64_t missingSamples = 0;  // in all gaps, a channel
+    double gapSeconds = 0.0;
+    std::uint64_t repeatedTimestamps = 0;
+    std::uint64_t shortSteps = 0;  // timestamps that came too early, yet not back in time
+    std::vector<BackwardTimestamp> backwardTimestamps;
+
+    std::vector<DamagedStretch> damage;
+    std::uint64_t damagedBytes = 0;
+    std::uint64_t cutEndBytes = 0;  // of a last packet that lacks its end
+    PacketRefusal cutEndRefusal = PacketRefusal::kNone;
+    std::wstring readError;  // the system's reason when the file could not be read to its end
+
+    std::vector<ChannelStatistics> channelStatistics;  // of channels with samples
+    // Of the packets before the first damage, where a conversion ends.
+    std::vector<OutputSize> outputs;
+
+    bool LostData() const { return !damage.empty() || !readError.empty(); }
+};
+
+}  // namespace stalwick

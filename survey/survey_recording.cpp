@@ -1,0 +1,202 @@
+#include "survey/survey_recording.h"
+
+#include <algorithm>
+#include <bit>
+#include <memory>
+#include <optional>
+
+#include "ord/packet_stream.h"
+#include "platform/system_error.h"
+#include "survey/channel_collector.h"
+#include "survey/output_sizes.h"
+#include "survey/time_line.h"
+
+namespace stalwick {
+
+namespace {
+
+constexpr double kMicrovoltsPerVolt = 1e6;
+constexpr std::uint64_t kQuickPackets = 64;             // at the beginning
+constexpr std::uint64_t kQuickEndBytes = 128U * 1024U;  // more than ten of the longest packets
+
+// A survey under way. Some 60 KB: kept off the stack.
+class Surveyor {
+  public:
+    Surveyor(PacketStream& stream, RecordingSurvey& survey)
+        : stream_(stream), survey_(survey), timeLine_(stream.Header().samplingFrequency) {}
+
+    void ReadAll() {
+        while (ReadPart()) {
+        }
+    }
+    void ReadBothEnds(std::uint64_t fileSize);
+    void Finish();
+
+  private:
+    bool ReadPart();
+    void TakePacket(const StreamPart& part);
+    void TakeTtl();
+    void TakeDamage(const StreamPart& part);
+    void CountBlocks();
+    void FindMaskedChannels();
+    double SamplesSeconds() const;
+
+    PacketStream& stream_;
+    RecordingSurvey& survey_;
+    ORDDataPacket packet_;
+    TimeLine timeLine_;
+    ChannelCollector channels_;
+    OutputCounter outputs_;
+    std::vector<std::uint8_t> ttlValues_;
+    std::optional<std::uint8_t> lastTtl_;
+    std::optional<std::size_t> damageBefore_;  // the packet that comes next
+};
+
+// False when there was nothing more.
+bool Surveyor::ReadPart() {
+    const StreamPart part = stream_.Next(packet_);
+    switch (part.kind) {
+        case StreamPart::Kind::kPacket:
+            TakePacket(part);
+            return true;
+        case StreamPart::Kind::kDamage:
+            TakeDamage(part);
+            return true;
+        case StreamPart::Kind::kEnd:
+            survey_.cutEndBytes = part.size;
+            survey_.cutEndRefusal = part.refusal;
+            break;
+    }
+    return false;
+}
+
+void Surveyor::TakePacket(const StreamPart& part) {
+    ++survey_.packets;
+    survey_.packetBytes += part.size;
+    ++survey_.packetsByChannelCode[packet_.channelCountCode];
+    CountBlocks();
+    const bool follows = !damageBefore_.has_value();
+    bool isRegular = follows;
+    if (packet_.hardwareTimestamp) {
+        const auto step = timeLine_.Take(*packet_.hardwareTimestamp, part.position, damageBefore_);
+        isRegular = follows && step == TimeLine::Step::kRegular;
+    }
+    damageBefore_.reset();
+    if (!isRegular) channels_.BreakRuns();
+    if (packet_.adSamples) channels_.Take(packet_);
+    // A conversion ends at the first damage.
+    if (survey_.damage.empty()) outputs_.Take(packet_);
+    TakeTtl();
+}
+
+void Surveyor::CountBlocks() {
+    BlockCounts& blocks = survey_.blocks;
+    if (packet_.adSamples) ++blocks.adSamples;
+    if (packet_.baseIMU) ++blocks.baseImu;
+    if (packet_.afeIMU) ++blocks.afeImu;
+    if (packet_.ultrasonic) ++blocks.ultrasonic;
+    if (packet_.channelMask && !packet_.channelMask->empty()) ++blocks.channelMask;
+    if (packet_.stateHigh.size() > 1) ++blocks.statePerSample;
+    if (packet_.hardwareTimestamp) ++blocks.hardwareTimestamp;
+}
+
+void Surveyor::TakeTtl() {
+    JoinTtlValues(packet_, ttlValues_);
+    std::uint64_t events = 0;
+    for (const std::uint8_t value : ttlValues_) {
+        const unsigned changed = static_cast<unsigned>(value ^ lastTtl_.value_or(value));
+        lastTtl_ = value;
+        if (changed == 0) continue;
+        ++events;
+        for (unsigned bits = changed; bits != 0; bits &= bits - 1) {
+            ++survey_.ttlChanges[static_cast<std::size_t>(std::countr_zero(bits))];
+        }
+    }
+    survey_.ttlEvents += events;
+    if (survey_.damage.empty()) outputs_.TakeEvents(events);
+}
+
+void Surveyor::TakeDamage(const StreamPart& part) {
+    DamagedStretch damage{part.position, part.size, part.refusal, part.noticedAt, {}, {}};
+    if (survey_.packets > 0) {
+        damage.atSeconds = survey_.hasTimestamps ? static_cast<double>(timeLine_.ElapsedNs()) / 1e9
+                                                 : SamplesSeconds();
+    }
+    survey_.damagedBytes += part.size;
+    damageBefore_ = survey_.damage.size();
+    survey_.damage.push_back(damage);
+}
+
+double Surveyor::SamplesSeconds() const {
+    const std::uint32_t frequency = survey_.header.samplingFrequency;
+    if (frequency == 0) return 0.0;
+    return static_cast<double>(survey_.packets) * kSamplesPerPacket / frequency;
+}
+
+// Of a long file only a few packets at each end; what is between counts as not looked at.
+void Surveyor::ReadBothEnds(std::uint64_t fileSize) {
+    const std::uint64_t head = kQuickPackets * kLongestPacketSize;
+    if (fileSize < kHeaderBlockSize + head + 2 * kQuickEndBytes) return ReadAll();
+    survey_.quick = true;
+    for (std::uint64_t i = 0; i < kQuickPackets; ++i) {
+        if (!ReadPart()) return;
+    }
+    if (!stream_.SkipTo(fileSize - kQuickEndBytes)) return;
+    ReadAll();
+}
+
+void Surveyor::FindMaskedChannels() {
+    for (std::size_t code = 0; code < survey_.packetsByChannelCode.size(); ++code) {
+        if (survey_.packetsByChannelCode[code] != 0) survey_.channelsCarried = 32U << code;
+    }
+    if (survey_.blocks.adSamples == 0) survey_.channelsCarried = 0;
+    const auto recorded = static_cast<std::uint32_t>(survey_.channelStatistics.size());
+    survey_.channelsMasked = survey_.channelsCarried - std::min(recorded, survey_.channelsCarried);
+}
+
+void Surveyor::Finish() {
+    survey_.durationSeconds = SamplesSeconds();
+    if (survey_.quick && survey_.packetBytes != 0) {
+        // As if the packets between were like these; timestamps know better.
+        survey_.durationSeconds *= static_cast<double>(survey_.fileSize - kHeaderBlockSize) /
+                                   static_cast<double>(survey_.packetBytes);
+    }
+    timeLine_.Finish(survey_);
+    survey_.channelStatistics = channels_.Finish(survey_.header.adBitVolts * kMicrovoltsPerVolt);
+    survey_.outputs = outputs_.Finish(survey_.header);
+    FindMaskedChannels();
+    if (stream_.SystemError() != 0) survey_.readError = SystemErrorText(stream_.SystemError());
+    if (!survey_.quick) return;
+    // The step from one end to the other is no gap, and these are not the recording's.
+    survey_.gaps.clear();
+    survey_.missingSamples = 0;
+    survey_.gapSeconds = 0.0;
+    survey_.outputs.clear();
+    survey_.channelStatistics.clear();
+}
+
+}  // namespace
+
+RecordingSurvey SurveyRecording(const std::wstring& path, SurveyDepth depth) {
+    RecordingSurvey survey;
+    survey.path = path;
+    PacketStream stream;
+    if (stream.Open(path) != 0) {
+        const SystemErrorCode code = stream.SystemError();
+        survey.error = code != 0 ? SystemErrorText(code) : stream.GetErrorMessage();
+        return survey;
+    }
+    survey.fileSize = stream.FileSize();
+    survey.header = stream.Header();
+    survey.hasTimestamps = stream.PacketsCarryTimestamps();
+    const auto surveyor = std::make_unique<Surveyor>(stream, survey);
+    if (depth == SurveyDepth::kQuick) {
+        surveyor->ReadBothEnds(survey.fileSize);
+    } else {
+        surveyor->ReadAll();
+    }
+    surveyor->Finish();
+    return survey;
+}
+
+}  // namespace stalwick

@@ -123,6 +123,7 @@ void FileConversion::ReportOutputs() {
 ConversionAccount FileConversion::TakeAccount() {
     channelFiles_.fileIO.CloseAllOutputFiles();
     eventFile_.fileIO.CloseAllOutputFiles();
+    rawDataFile_.Close();
     ReportOutputs();
     OutputTotals totals = channelFiles_.fileIO.Totals();
     totals += eventFile_.fileIO.Totals();

@@ -42,6 +42,9 @@ class RDFFileWriterContainer : public FileWriterContainer {
     // Failures show in Failure() only.
     void Finish();
 
+    // Closes the file where Finish did not; a failure of that shows in Failure() too.
+    void Close() { file_->Close(); }
+
     // Why the file is incomplete, in one line; empty while it is not.
     std::wstring Failure() const { return file_->FailureText(); }
 

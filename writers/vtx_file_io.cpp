@@ -81,6 +81,7 @@ VtxRetVal VtxFileIO::CompleteWrites() {
 
 VtxRetVal VtxFileIO::SyncFiles() {
     if (!settings_.syncBeforeFinalHeader) return kSuccess;
+    CompleteWrites();  // the queue is for one caller, not for all the threads below
     // Every so-many-th file; no two threads are in one file.
     const auto syncFrom = [this](std::size_t first) {
         bool synced = true;

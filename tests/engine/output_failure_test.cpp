@@ -220,6 +220,17 @@ TEST(OutputFailure, FailingCloseIsToldForEveryKindOfFile) {
     EXPECT_TRUE(Tells(raw, L"RawData.vrd")) << DetailsOf(raw);
 }
 
+TEST(OutputFailure, FailingCloseOfTheRawDataIsReportedAfterAFailedConversionToo) {
+    const TempDirectory directory;
+    FaultyFileCalls calls;
+    calls.closeError = SystemErrorFor(SystemErrorKind::kNoSpace);
+    const EngineRun run = RunEngine(directory, FullRecording() + std::string(60000, 'x'),
+                                    {false, false, false, false, false, true});
+    EXPECT_EQ(run.errorText, L"Failed to process buffer. 0 bytes consumed.");
+    EXPECT_TRUE(Tells(run, L"RawData.vrd is incomplete: cannot close")) << DetailsOf(run);
+    EXPECT_EQ(calls.openCount, 0U);
+}
+
 TEST(OutputFailure, FailingSyncKeepsTheHeaderThatSaysNotClosed) {
     const TempDirectory directory;
     FaultyFileCalls calls;

@@ -44,6 +44,7 @@ constexpr int kHeaderColumns = 64;  // characters of the header that are seen at
 constexpr int kHeaderLines = 16;
 constexpr int kLeastHeaderColumns = 24;
 constexpr int kLeastLines = 4;
+constexpr int kFrameWidth = 8;  // of a window, both sides together
 
 QLineEdit* MakeDirectoryBox(ControlId id, const QString& accessibleName) {
     auto* box = Identify(new QLineEdit, id, accessibleName);
@@ -179,7 +180,7 @@ QSplitter* MakeMiddle(const MainControls& controls) {
     splitter->addWidget(MakeFileListGroup(controls));
     splitter->addWidget(MakeFileHeaderGroup(controls));
     splitter->setChildrenCollapsible(false);
-    splitter->setSizes({1, QWIDGETSIZE_MAX});  // the header's lines are longer than the names
+    splitter->setSizes({400, 600});  // the header's lines are longer than the names
     splitter->setStretchFactor(0, 1);
     splitter->setStretchFactor(1, 1);
     return splitter;
@@ -234,7 +235,7 @@ void SetTabOrder(const MainControls& controls) {
 void SetFirstSize(QDialog& dialog, const MainControls& controls) {
     const QSize more = TextSize(*controls.fileHeader, kHeaderColumns, kHeaderLines) -
                        controls.fileHeader->minimumSize();
-    const QSize frame(0, dialog.style()->pixelMetric(QStyle::PM_TitleBarHeight));
+    const QSize frame(kFrameWidth, dialog.style()->pixelMetric(QStyle::PM_TitleBarHeight));
     dialog.resize((dialog.minimumSizeHint() + more)
                       .boundedTo(dialog.screen()->availableSize() - frame)
                       .expandedTo(dialog.minimumSizeHint()));

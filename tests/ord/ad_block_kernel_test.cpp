@@ -58,6 +58,12 @@ std::string RandomBlock(unsigned channels, unsigned samplesPerChannel,
     return test::EncodeAdBlock(plan, channels, mask);
 }
 
+// What an earlier block left on the stack must not stand in for bytes that were not copied there.
+[[gnu::noinline]] void SoilStack() {
+    volatile std::uint8_t soil[32768];
+    for (volatile std::uint8_t& byte : soil) byte = 0x5A;
+}
+
 class ADBlockKernelTest : public testing::TestWithParam<std::string> {
   protected:
     void SetUp() override {
@@ -77,6 +83,7 @@ class ADBlockKernelTest : public testing::TestWithParam<std::string> {
             test::ReferenceDecodeADBlock(span, channels, samplesPerChannel, maskBytes);
         const std::uint8_t* const data = guarded_.Hold(span);
         samples_.assign(std::size_t{channels} * samplesPerChannel, kGarbage);
+        SoilStack();
         const std::uint8_t* const end =
             DecodeADBlock(data, span.size(), channels, samplesPerChannel, maskBytes, samples_);
         ASSERT_EQ(samples_, expected.samples);

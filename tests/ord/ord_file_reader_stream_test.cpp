@@ -184,6 +184,37 @@ TEST(ORDFileReader, PositionsTellWhereTheNextPacketBegins) {
     EXPECT_EQ(reader.NextPacketPosition(), 16384U + 33);
 }
 
+// A packet with every block: 256 channels, and 15 bits for each of their steps.
+std::string LongestPacket() {
+    PacketPlan plan;
+    plan.channelCountCode = 3;
+    plan.hardwareTimestamp = 1;
+    plan.channelMask.emplace(32, std::uint8_t{0xFF});
+    plan.stateBytePerSample = true;
+    plan.stateBytes.assign(5, 0);
+    plan.baseImu.emplace();
+    plan.afeImu.emplace();
+    plan.ultrasonic.emplace();
+    plan.adBlock = PlanAdBlock(std::vector<std::uint16_t>(2560, 8), 256, 10, 15);
+    return EncodePacket(plan);
+}
+
+TEST(ORDFileReader, LongestPacketThatLacksItsLastByteIsACutOne) {
+    const TempDirectory directory;
+    const std::string longest = LongestPacket();
+    ASSERT_EQ(longest.size(), kLongestPacketSize);
+    WriteFile(directory.Path(L"rec.ord"),
+              Version2Header(256).Block() + longest + longest.substr(0, longest.size() - 1));
+    ORDFileReader reader;
+    ASSERT_EQ(reader.Open(directory.Path(L"rec.ord")), 0);
+    std::vector<ORDDataPacket> records;
+    bool endOfFile = false;
+    ASSERT_EQ(reader.GetData(records, endOfFile), 0);
+    EXPECT_EQ(records.size(), 1U);
+    EXPECT_EQ(reader.UnconsumedBytes(), kLongestPacketSize - 1);
+    EXPECT_TRUE(reader.EndsInACutPacket());
+}
+
 TEST(ORDFileReader, SmallerReadSizesCutTheSameRecordingIntoMoreSpans) {
     const TempDirectory directory;
     const std::string header = Version1Header(32).Text() + std::string(30, '\0');

@@ -47,14 +47,14 @@ TEST(WindowsConsoleTest, CtrlBreakAsksForCancelAndTheProcessGoesOn) {
 }
 
 // In a process of its own: the system's thread is held back for good.
-TEST(WindowsConsoleDeathTest, ClosingTheConsoleAsksForTheEndAndHoldsTheSystemBack) {
+TEST(WindowsConsoleDeathTest, ClosingTheConsoleIsALostTerminalAndHoldsTheSystemBack) {
     constexpr int kHeldBack = 78;
     const auto closeConsole = [] {
         Watch();
         const HANDLE thread = SendControlEvent(CTRL_CLOSE_EVENT);
         while (target.load() == Interruption::kNone) ::Sleep(1);
         const bool heldBack = ::WaitForSingleObject(thread, 100) == WAIT_TIMEOUT;
-        std::_Exit(heldBack && target.load() == Interruption::kTerminate ? kHeldBack : 0);
+        std::_Exit(heldBack && target.load() == Interruption::kHangUp ? kHeldBack : 0);
     };
     EXPECT_EXIT(closeConsole(), testing::ExitedWithCode(kHeldBack), "");
 }

@@ -1,6 +1,7 @@
 // Signals to the command, on a recording that never ends: a named pipe that the test feeds.
 
 #include <csignal>
+#include <fstream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -75,6 +76,13 @@ TEST(CommandSignal, SecondSignalOfAnyKindEndsTheCommandAtOnce) {
     EXPECT_EQ(running.command.Wait().signal, SIGHUP);
 }
 
+bool Sleeps(pid_t process) {
+    std::ifstream stat("/proc/" + std::to_string(process) + "/stat");
+    std::string number, name, state;
+    stat >> number >> name >> state;
+    return state == "S";
+}
+
 // The shell hears the Ctrl-C too, and goes on unless its command died of it.
 TEST(CommandSignal, InterruptStopsTheLoopOfAShell) {
     const TempDirectory directory;
@@ -91,6 +99,7 @@ TEST(CommandSignal, InterruptStopsTheLoopOfAShell) {
     };
     CommandProcess shell({}, setup);
     while (!Exists(directory.Path(L"out/first/Events.vev")) && !shell.Ended()) Pause();
+    while (!Sleeps(shell.Pid())) Pause();  // a shell that does not wait yet ends by itself
     ::kill(-shell.Pid(), SIGINT);
     while (!shell.Ended()) {
         recording.Feed();

@@ -303,7 +303,8 @@ TEST(Command, TwentyRunsLeaveTwentySets) {
     const Workplace place;
     const std::string recording = place.Put(L"rec.ord", Recording(72, 1));
     for (int run = 0; run < 20; ++run) {
-        ASSERT_EQ(RunCommand({"--raw", "-o", place.out, recording}).exitStatus, 0);
+        // Its packets hold more channels than its header names: lost, and said so.
+        ASSERT_EQ(RunCommand({"--raw", "-o", place.out, recording}).exitStatus, 3);
     }
     const auto files = place.Outputs();
     EXPECT_EQ(files.size(), 60U);

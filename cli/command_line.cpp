@@ -30,6 +30,7 @@ struct RawOptions {
     bool raw = false;
     bool all = false;
     bool keepGoing = false;
+    bool skipConverted = false;
     bool quiet = false;
     bool noSync = false;
     std::uint32_t recordsPerBlock = kRecordsPerBlock;
@@ -103,6 +104,8 @@ void Declare(CLI::App& app, RawOptions& options) {
     app.add_flag("--all", options.all, "every one of these further outputs");
     app.add_flag("-k,--keep-going", options.keepGoing,
                  "a file that fails does not stop the others");
+    app.add_flag("--skip-converted", options.skipConverted,
+                 "pass over a FILE whose wanted outputs are there and whole");
     app.add_flag("-q,--quiet", options.quiet,
                  "no progress, no notes, no lines of recordings that are whole");
     app.add_flag("--no-sync", options.noSync,
@@ -139,6 +142,7 @@ CommandLine ToCommandLine(const RawOptions& options) {
                            on(options.ultrasonic || options.all)};
     line.writeRawData = options.raw || options.all;
     line.keepGoing = options.keepGoing;
+    line.skipConverted = options.skipConverted;
     line.quiet = options.quiet;
     line.jobs = options.jobs;
     line.outputSettings.syncBeforeFinalHeader = !options.noSync;

@@ -14,6 +14,7 @@ struct CommandLine {
     ChannelOptions channelOptions{};
     bool writeRawData = false;
     bool keepGoing = false;
+    bool skipConverted = false;  // pass over recordings whose outputs are there and whole
     bool quiet = false;
     std::uint32_t jobs = 1;  // files converted side by side
     OutputSettings outputSettings;

@@ -5,6 +5,7 @@
 #include <new>
 #include <utility>
 
+#include "cli/before_conversion.h"
 #include "engine/conversion_job.h"
 #include "engine/out_of_memory.h"
 #include "platform/file_system.h"
@@ -68,6 +69,7 @@ std::optional<std::size_t> ConversionBatch::BeginNextFile() {
 void ConversionBatch::ConvertFile(std::size_t index) {
     DataProcessor& processor = *processors_[index];
     RecordingOutcome& outcome = outcomes_[index];
+    if (!NeedsConversion(recordings_[index], commandLine_, processor, outcome)) return;
     ConversionJob job;
     job.inputFiles = {recordings_[index].path};
     job.processor = &processor;

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "cli/before_conversion.h"
 #include "cli/command_line.h"
 #include "cli/conversion_batch.h"
 #include "cli/conversion_plan.h"
@@ -58,7 +59,8 @@ bool IsPossible(const CommandLine& commandLine, const std::vector<PlannedRecordi
         return false;
     }
     const std::wstring& directory = commandLine.outputDirectory;
-    if (directory.empty()) return true;
+    // No directory is made for recordings none of which can be converted.
+    if (directory.empty() || !AnyCanBeConverted(recordings)) return true;
     const SystemErrorCode code = EnsureOutputDirectory(directory);
     if (code == 0) return true;
     PrintLine(stderr, OutputDirectoryErrorText(directory) + L" (" + SystemErrorText(code) + L")");

@@ -26,8 +26,9 @@ int ExitStatus(const std::vector<RecordingOutcome>& outcomes, bool canceled,
     int status = kExitWhole;
     for (const RecordingOutcome& outcome : outcomes) {
         const Verdict verdict = VerdictOf(outcome);
-        if (verdict == Verdict::kWithLosses) status = kExitLosses;
-        if (verdict != Verdict::kWhole && verdict != Verdict::kWithLosses) return kExitFailed;
+        if (IsWhole(verdict)) continue;
+        if (verdict != Verdict::kWithLosses) return kExitFailed;
+        status = kExitLosses;
     }
     return status;
 }

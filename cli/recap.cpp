@@ -30,6 +30,9 @@ std::size_t Count(const std::vector<RecordingOutcome>& outcomes, Verdict verdict
 std::wstring DescribeCounts(const std::vector<RecordingOutcome>& outcomes) {
     std::wstring text = Counted(outcomes.size(), L"recording") + L": " +
                         std::to_wstring(Count(outcomes, Verdict::kWhole)) + L" converted";
+    if (const std::size_t passedOver = Count(outcomes, Verdict::kPassedOver); passedOver != 0) {
+        text += L", " + std::to_wstring(passedOver) + L" passed over";
+    }
     for (const VerdictName& named : kNamedVerdicts) {
         const std::size_t count = Count(outcomes, named.verdict);
         // Nothing stays behind unless something failed.
@@ -43,7 +46,9 @@ std::wstring DescribeCounts(const std::vector<RecordingOutcome>& outcomes) {
 
 std::vector<std::wstring> DescribeAll(const std::vector<PlannedRecording>& recordings,
                                       const std::vector<RecordingOutcome>& outcomes, bool quiet) {
-    const bool allWhole = Count(outcomes, Verdict::kWhole) == outcomes.size();
+    const bool allWhole =
+        std::all_of(outcomes.begin(), outcomes.end(),
+                    [](const RecordingOutcome& outcome) { return IsWhole(VerdictOf(outcome)); });
     if (outcomes.size() < 2 || (quiet && allWhole)) return {};
     std::vector<std::wstring> lines = {DescribeCounts(outcomes)};
     for (const VerdictName& named : kNamedVerdicts) {

@@ -94,7 +94,10 @@ std::wstring DescribeHowFar(const ConversionAccount& account) {
 
 std::vector<std::wstring> DescribeRecording(const PlannedRecording& recording,
                                             const RecordingOutcome& outcome, bool quiet) {
-    if (quiet && VerdictOf(outcome) == Verdict::kWhole) return {};
+    if (quiet && IsWhole(VerdictOf(outcome))) return {};
+    if (!outcome.withoutConversion.empty()) {
+        return {recording.name + L": " + outcome.withoutConversion};
+    }
     auto [line, kind] = Summarize(recording, outcome);
     std::vector<ConversionDetail> details = outcome.account.details;
     // The first detail that says why stands in the line.

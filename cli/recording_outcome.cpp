@@ -16,6 +16,7 @@ bool Has(const RecordingOutcome& outcome, ConversionDetail::Kind kind) {
 
 Verdict VerdictOf(const RecordingOutcome& outcome) {
     if (outcome.status.empty()) return Verdict::kNotBegun;
+    if (outcome.passedOver) return Verdict::kPassedOver;
     if (!outcome.converted || Has(outcome, ConversionDetail::Kind::kIncomplete)) {
         return Verdict::kFailed;
     }

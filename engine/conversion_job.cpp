@@ -2,14 +2,9 @@
 
 namespace stalwick {
 
-namespace {
-
-std::wstring FailureStatus(const DataProcessor& processor) {
-    const std::wstring& reason = processor.GetErrorMessage();
-    return reason.empty() ? L"Processing failed" : L"Processing failed - " + reason;
+std::wstring FailureStatus(const std::wstring& errorText) {
+    return errorText.empty() ? L"Processing failed" : L"Processing failed - " + errorText;
 }
-
-}  // namespace
 
 void RunConversionJob(ConversionJob job) {
     DataProcessor& processor = *job.processor;
@@ -19,7 +14,7 @@ void RunConversionJob(ConversionJob job) {
             processor.ProcessFile({path}, job.outputDirectory, job.channelOptions,
                                   job.writeEvents ? 1 : 0, job.writeRawData ? 1 : 0);
         if (job.onFinished && status != 0) {
-            job.onFinished(FailureStatus(processor));
+            job.onFinished(FailureStatus(processor.GetErrorMessage()));
             return;
         }
     }

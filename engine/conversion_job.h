@@ -24,6 +24,9 @@ struct ConversionJob {
 inline constexpr wchar_t kStatusComplete[] = L"Processing complete";
 inline constexpr wchar_t kStatusCanceled[] = L"Data processing canceled.";
 
+// "Processing failed", with " - " and the error text where there is one.
+std::wstring FailureStatus(const std::wstring& errorText);
+
 // Converts every file of the job. With `onFinished` set it stops at the first failure and reports
 // kStatusComplete, kStatusCanceled or "Processing failed", the last with " - " and the
 // processor's error text where there is one; without it, failures stop nothing and

@@ -131,7 +131,7 @@ std::int32_t FileConversion::OpenInput() {
     const RecordingRefusal refusal = CheckHeader(reader_.Header());
     if (!refusal) return 0;
     // Refused before an output file is made.
-    AddInputDetail(ConversionDetail::Kind::kIncomplete, L"not converted: " + refusal.reason);
+    AddInputDetail(ConversionDetail::Kind::kIncomplete, refusal.reason);
     return Fail(refusal.errorText);
 }
 

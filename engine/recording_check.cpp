@@ -13,6 +13,7 @@ namespace stalwick {
 namespace {
 
 constexpr wchar_t kFieldMissing[] = L"Error retrieving header field ";
+constexpr wchar_t kNotConverted[] = L"not converted: ";
 
 RecordingRefusal Refuse(const std::wstring& errorText, const std::wstring& reason) {
     return {true, errorText, reason};
@@ -21,10 +22,10 @@ RecordingRefusal Refuse(const std::wstring& errorText, const std::wstring& reaso
 RecordingRefusal DescribeOpenFailure(const ORDFileReader& reader) {
     const std::wstring error = reader.GetErrorMessage();
     if (reader.SystemError() != 0) {
-        return Refuse(error, SystemErrorText(reader.SystemError()) +
+        return Refuse(error, kNotConverted + SystemErrorText(reader.SystemError()) +
                                  L"; choose a recording that can be read");
     }
-    if (!error.starts_with(kFieldMissing)) return Refuse(error, error);
+    if (!error.starts_with(kFieldMissing)) return Refuse(error, kNotConverted + error);
     return Refuse(error, L"not an .ord recording (no " +
                              error.substr(std::wstring(kFieldMissing).size()) +
                              L" in its header; empty, cut short, or another kind of file)");
@@ -43,11 +44,11 @@ RecordingRefusal CheckHeader(const RecordingHeader& header) {
     constexpr wchar_t kAdvice[] = L"; check the recording's header";
     if (header.numADChannels > kMostADChannels) {
         const std::wstring text = std::wstring(kInvalid) + L"-NumADChannels";
-        return Refuse(text, text + L" is above 256" + kAdvice);
+        return Refuse(text, kNotConverted + text + L" is above 256" + kAdvice);
     }
     if (header.samplingFrequency == 0) {
         const std::wstring text = std::wstring(kInvalid) + L"-SamplingFrequency";
-        return Refuse(text, text + L" is 0" + kAdvice);
+        return Refuse(text, kNotConverted + text + L" is 0" + kAdvice);
     }
     return {};
 }
@@ -56,7 +57,8 @@ RecordingRefusal CheckRecording(const std::wstring& path, const std::wstring& ou
     const PathKind kind = QueryPath(path);
     if (kind == PathKind::kFile && WouldReplaceItself(path, outputDirectory)) {
         return Refuse(L"",
-                      L"it has no extension, so the directory of its outputs would have its own "
+                      L"not converted: it has no extension, so the directory of its outputs would "
+                      L"have its own "
                       L"name; choose another output directory, or name it " +
                           OneLine(SplitPath(path).name) + L".ord");
     }

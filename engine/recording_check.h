@@ -10,7 +10,7 @@ namespace stalwick {
 struct RecordingRefusal {
     bool refused = false;
     std::wstring errorText;  // what the conversion's status gives; may be empty also if refused
-    std::wstring reason;     // one line without the recording's name: why, and what to do
+    std::wstring reason;     // one line, after the recording's name: why, and what to do
 
     explicit operator bool() const { return refused; }
 };

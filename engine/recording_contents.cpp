@@ -15,6 +15,7 @@ std::uint32_t ChannelsOf(std::size_t channelCountCode) {
 }  // namespace
 
 void RecordingContents::Count(const ORDDataPacket& packet) {
+    census_.Count(packet);
     if (packet.adSamples) ++adPackets_[packet.channelCountCode];
     if (packet.baseIMU) ++baseImuPackets_;
     if (packet.afeIMU) ++afeImuPackets_;
@@ -53,14 +54,6 @@ std::uint64_t RecordingContents::RawBytes() const {
     return words * sizeof(std::uint32_t);
 }
 
-std::uint32_t RecordingContents::MostADChannels() const {
-    std::uint32_t most = 0;
-    for (std::size_t code = 0; code < adPackets_.size(); ++code) {
-        if (adPackets_[code] != 0) most = ChannelsOf(code);
-    }
-    return most;
-}
-
 std::wstring CountRecording(ORDFileReader& reader, const std::atomic<std::uint8_t>& cancelRequested,
                             RecordingContents& contents) {
     std::vector<ORDDataPacket> packets;
@@ -72,6 +65,7 @@ std::wstring CountRecording(ORDFileReader& reader, const std::atomic<std::uint8_
         for (const ORDDataPacket& packet : packets) contents.Count(packet);
     }
     if (reader.BytesRead() < kHeaderBlockSize) return L"ends inside its header";
+    if (reader.ContradictsVersion()) return L"has packets that contradict its -FileVersion";
     // One that was switched off ends inside a packet, and lost nothing else.
     if (reader.UnconsumedBytes() == 0 || reader.EndsInACutPacket()) return {};
     return L"is damaged at byte " + std::to_wstring(reader.NextPacketPosition());

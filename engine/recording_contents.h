@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/packet_census.h"
 #include "engine/wanted_outputs.h"
 #include "ord/ord_file_reader.h"
 
@@ -22,10 +23,11 @@ class RecordingContents {
     std::uint64_t Events() const { return ttlChanges_; }
     // Of all raw records, without the header.
     std::uint64_t RawBytes() const;
-    // Channels that the widest packet with A/D samples describes.
-    std::uint32_t MostADChannels() const;
+    // Position, from 1, of the last A/D channel that any packet had samples of.
+    std::uint32_t MostADChannels() const { return census_.MostCarried(); }
 
   private:
+    PacketCensus census_;
     std::array<std::uint64_t, 4> adPackets_{};  // by channel-count code
     std::uint64_t baseImuPackets_ = 0;
     std::uint64_t afeImuPackets_ = 0;

@@ -164,7 +164,7 @@ TEST_F(CommandAccount, FailureSaysHowFarItCameAndWhy) {
 
 TEST_F(CommandAccount, FailureThatMadeNoOutputSaysWhy) {
     Put(L"empty.ord", "");
-    EXPECT_TRUE(BeginsWith(Run({"-q", "empty.ord"}).error, "empty.ord: not converted: "));
+    EXPECT_TRUE(BeginsWith(Run({"-q", "empty.ord"}).error, "empty.ord: not an .ord recording ("));
     EXPECT_TRUE(BeginsWith(Run({"-q", "none.ord"}).error,
                            "none.ord: not converted: No such file or directory; "));
 }

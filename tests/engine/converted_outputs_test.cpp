@@ -221,6 +221,26 @@ TEST_F(ConvertedOutputsTest, RecordingWithMoreChannelsThanItsHeaderIsNeverPassed
     EXPECT_EQ(Reason(), L"the recording has packets of more channels than its header announces");
 }
 
+TEST_F(ConvertedOutputsTest, ChannelsThatAMaskLeavesOutNeedNoOutputs) {
+    RandomRecordingShape shape;
+    shape.packetCount = 60;
+    auto packets = MakeRandomPackets(3, shape);
+    for (PacketPlan& packet : packets) packet.channelMask = MakeChannelMask(32, {0, 5, 19});
+    const std::string recording = BuildOrdFile(Version2Header(20), packets);
+    Put(recording, recording);
+    EXPECT_EQ(Find().reason, L"");
+    EXPECT_EQ(Find().files, 20U + 9 + 9 + 1 + 2);
+}
+
+TEST_F(ConvertedOutputsTest, RecordingThatContradictsItsVersionIsNeverPassedOver) {
+    RandomRecordingShape shape;
+    shape.packetCount = 60;
+    const std::string recording =
+        BuildOrdFile(Version2Header(32).Set("-FileVersion", "1.0"), MakeRandomPackets(3, shape));
+    Put(recording, recording);
+    EXPECT_FALSE(Find().whole);
+}
+
 TEST_F(ConvertedOutputsTest, CancelEndsTheLook) {
     Put(Recording(), Recording());
     const std::atomic<std::uint8_t> canceled{1};

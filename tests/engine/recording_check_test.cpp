@@ -54,7 +54,8 @@ TEST_F(RecordingCheck, MissingFileIsRefusedWithTheSystemsReason) {
     const std::wstring path = directory_.Path(L"*.ord");
     const RecordingRefusal refusal = Check(path);
     ASSERT_TRUE(refusal);
-    EXPECT_EQ(refusal.reason, SystemErrorText(SystemErrorFor(SystemErrorKind::kNotFound)) +
+    EXPECT_EQ(refusal.reason, L"not converted: " +
+                                  SystemErrorText(SystemErrorFor(SystemErrorKind::kNotFound)) +
                                   L"; choose a recording that can be read");
     ExpectTheEnginesStatus(path);
 }
@@ -96,11 +97,13 @@ TEST_F(RecordingCheck, FileWithoutARequiredFieldIsNoRecording) {
 TEST_F(RecordingCheck, HeaderThatTheEngineRefusesIsRefused) {
     const std::wstring wide = Put(Version2Header(32).Set("-NumADChannels", "257").Block());
     EXPECT_EQ(Check(wide).reason,
-              L"Invalid header field -NumADChannels is above 256; check the recording's header");
+              L"not converted: Invalid header field -NumADChannels is above 256; check the "
+              L"recording's header");
     ExpectTheEnginesStatus(wide);
     const std::wstring still = Put(Version2Header(32).Set("-SamplingFrequency", "0").Block());
     EXPECT_EQ(Check(still).reason,
-              L"Invalid header field -SamplingFrequency is 0; check the recording's header");
+              L"not converted: Invalid header field -SamplingFrequency is 0; check the recording's "
+              L"header");
     ExpectTheEnginesStatus(still);
 }
 
@@ -110,7 +113,8 @@ TEST_F(RecordingCheck, FileWithoutExtensionCannotHaveItsDirectoryBesideIt) {
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal.errorText, L"");
     EXPECT_EQ(refusal.reason,
-              L"it has no extension, so the directory of its outputs would have its own name; "
+              L"not converted: it has no extension, so the directory of its outputs would have its "
+              L"own name; "
               L"choose another output directory, or name it rec.ord");
     EXPECT_FALSE(Check(path));
 }

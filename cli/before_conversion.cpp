@@ -1,0 +1,77 @@
+#include "cli/before_conversion.h"
+
+#include <algorithm>
+
+#include "cli/readable_figures.h"
+#include "engine/conversion_job.h"
+#include "engine/converted_outputs.h"
+#include "engine/recording_check.h"
+#include "platform/file_system.h"
+#include "platform/paths.h"
+#include "platform/text_encoding.h"
+
+namespace stalwick {
+
+namespace {
+
+std::wstring OutputsOf(const PlannedRecording& recording) {
+    return recording.outputDirectory + kPathSeparator + SplitPath(recording.path).name;
+}
+
+ConversionAccount AccountOf(const PlannedRecording& recording) {
+    ConversionAccount account;
+    account.recording = recording.path;
+    account.outputDirectory = OutputsOf(recording);
+    return account;
+}
+
+void Refuse(const PlannedRecording& recording, const RecordingRefusal& refusal,
+            RecordingOutcome& outcome) {
+    outcome.status = FailureStatus(refusal.errorText);
+    outcome.withoutConversion = refusal.reason;
+    outcome.account = AccountOf(recording);
+    outcome.account.failed = true;
+    outcome.account.details.push_back(
+        {ConversionDetail::Kind::kIncomplete, OneLine(recording.path) + L": " + refusal.reason});
+}
+
+void PassOver(const PlannedRecording& recording, const ConvertedOutputs& found,
+              DataProcessor& processor, RecordingOutcome& outcome) {
+    outcome.converted = true;
+    outcome.passedOver = true;
+    outcome.status = kStatusComplete;
+    outcome.withoutConversion = L"passed over, its outputs are whole -> " + recording.shownOutputs +
+                                L" (" + Counted(found.files, L"file") + L", " +
+                                ReadableBytes(found.bytes) + L")";
+    outcome.account = AccountOf(recording);
+    outcome.account.outputFiles = found.files;
+    outcome.account.outputBytes = found.bytes;
+    processor.bytesProcessed.store(QueryFileSize(recording.path), std::memory_order_relaxed);
+}
+
+}  // namespace
+
+bool NeedsConversion(const PlannedRecording& recording, const CommandLine& commandLine,
+                     DataProcessor& processor, RecordingOutcome& outcome) {
+    const RecordingRefusal refusal = CheckRecording(recording.path, recording.outputDirectory);
+    if (refusal) {
+        Refuse(recording, refusal, outcome);
+        return false;
+    }
+    if (!commandLine.skipConverted) return true;
+    const ConvertedOutputsRequest request = {
+        recording.path,
+        OutputsOf(recording),
+        {commandLine.channelOptions, true, commandLine.writeRawData}};
+    const ConvertedOutputs found = FindConvertedOutputs(request, processor.cancelRequested);
+    if (found.whole) PassOver(recording, found, processor, outcome);
+    return !found.whole;
+}
+
+bool AnyCanBeConverted(const std::vector<PlannedRecording>& recordings) {
+    return std::any_of(recordings.begin(), recordings.end(), [](const PlannedRecording& recording) {
+        return !CheckRecording(recording.path, recording.outputDirectory);
+    });
+}
+
+}  // namespace stalwick

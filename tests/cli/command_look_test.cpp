@@ -1,0 +1,141 @@
+// What the command sees before it converts: recordings that are none, and those converted already.
+
+#include <string>
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "platform/text_encoding.h"
+#include "tests/cli/command_process.h"
+#include "tests/support/ord_builder.h"
+
+namespace stalwick::test {
+namespace {
+
+std::string Recording(std::size_t packets = 60) {
+    RandomRecordingShape shape;
+    shape.packetCount = packets;
+    return BuildOrdFile(Version2Header(32), MakeRandomPackets(7, shape));
+}
+
+class CommandLook : public testing::Test {
+  protected:
+    std::string Path(const std::wstring& name) const { return ToUtf8(directory_.Path(name)); }
+    std::string Put(const std::wstring& name, const std::string& bytes) const {
+        WriteFile(directory_.Path(name), bytes);
+        return Path(name);
+    }
+    CommandResult Convert(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), {"-o", Path(L"out")});
+        return RunCommand(arguments);
+    }
+    std::set<std::string> Names(const std::wstring& name) const {
+        return NamesIn(directory_.Path(name));
+    }
+
+    TempDirectory directory_;
+};
+
+TEST_F(CommandLook, PatternThatMatchesNothingLeavesNoDirectory) {
+    const CommandResult result = RunCommand({Path(L"*.ord")});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.output, "Processing failed - Error opening file, the file path(" +
+                                 Path(L"*.ord") + ") may be invalid.\n");
+    EXPECT_EQ(result.error, Path(L"*.ord") +
+                                ": not converted: No such file or directory; choose a recording "
+                                "that can be read\n");
+    EXPECT_TRUE(NamesIn(directory_.Path()).empty());
+}
+
+TEST_F(CommandLook, FileThatIsNoRecordingIsReportedAndLeavesNoDirectory) {
+    const std::string path = Put(L"x.ord", "no recording\n");
+    const CommandResult result = Convert({path});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.output, "Processing failed - Error retrieving header field -NumADChannels\n");
+    EXPECT_EQ(result.error, path +
+                                ": not an .ord recording (no -NumADChannels in its header; empty, "
+                                "cut short, or another kind of file)\n");
+    EXPECT_EQ(NamesIn(directory_.Path()), std::set<std::string>{"x.ord"});
+}
+
+TEST_F(CommandLook, RecordingsAreReportedInTheirTurn) {
+    const std::string first = Put(L"a.ord", Recording());
+    const std::string bad = Put(L"b.ord", "");
+    const std::string last = Put(L"c.ord", Recording());
+    EXPECT_EQ(Convert({first, bad, last}).exitStatus, 1);
+    EXPECT_EQ(Names(L"out"), std::set<std::string>{"a"});
+    EXPECT_EQ(Convert({"-k", first, bad, last}).exitStatus, 1);
+    EXPECT_EQ(Names(L"out"), (std::set<std::string>{"a", "c"}));
+}
+
+TEST_F(CommandLook, FileWithoutExtensionIsToldWhyItCannotBeConvertedThere) {
+    const std::string path = Put(L"rec", Recording());
+    const CommandResult result = RunCommand({path});
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.output, "Processing failed\n");
+    EXPECT_EQ(result.error,
+              path +
+                  ": not converted: it has no extension, so the directory of its outputs would "
+                  "have its own name; choose another output directory, or name it rec.ord\n");
+    EXPECT_EQ(Convert({path}).exitStatus, 0);
+}
+
+TEST_F(CommandLook, PipeIsConvertedByReadingItOnce) {
+    const std::string pipe = Path(L"pipe.ord");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    CommandProcess command({"-o", Path(L"out"), pipe});
+    WriteFile(directory_.Path(L"pipe.ord"), Recording());
+    EXPECT_EQ(command.Wait().exitStatus, 0);
+    Put(L"rec.ord", Recording());
+    EXPECT_EQ(Names(L"out/pipe").size(), 33U);
+    ASSERT_EQ(Convert({Path(L"rec.ord")}).exitStatus, 0);
+    const std::string expected = ReadFile(directory_.Path(L"out/rec/CSC5.vcs"));
+    EXPECT_EQ(ReadFile(directory_.Path(L"out/pipe/CSC5.vcs")).substr(16384),
+              expected.substr(16384));
+}
+
+TEST_F(CommandLook, ConvertedRecordingIsPassedOver) {
+    const std::string path = Put(L"rec.ord", Recording());
+    ASSERT_EQ(Convert({path}).exitStatus, 0);
+    const auto before = FilesIn(directory_.Path(L"out/rec"));
+    const CommandResult result = Convert({"--skip-converted", path});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(result.output, "Processing complete\n");
+    EXPECT_EQ(result.error.rfind(path + ": passed over, its outputs are whole -> " + Path(L"out") +
+                                     "/rec (33 files, ",
+                                 0),
+              0U)
+        << result.error;
+    EXPECT_EQ(FilesIn(directory_.Path(L"out/rec")), before);
+    EXPECT_EQ(Convert({"-q", "--skip-converted", path}).error, "");
+}
+
+TEST_F(CommandLook, RecordingOfWhichAnOutputIsMissingIsConvertedAgain) {
+    const std::string path = Put(L"rec.ord", Recording());
+    ASSERT_EQ(Convert({path}).exitStatus, 0);
+    const CommandResult result = Convert({"--skip-converted", "--raw", path});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_EQ(Names(L"out/rec").size(), 33U + 34U);
+    EXPECT_EQ(Convert({"--skip-converted", "--raw", path}).exitStatus, 0);
+    EXPECT_EQ(Names(L"out/rec").size(), 33U + 34U);
+}
+
+TEST_F(CommandLook, RecordingThatLostDataIsNeverPassedOver) {
+    const std::string path = Put(L"rec.ord", Recording() + std::string(40, '\x7F'));
+    ASSERT_EQ(Convert({path}).exitStatus, 3);
+    EXPECT_EQ(Convert({"--skip-converted", path}).exitStatus, 3);
+}
+
+TEST_F(CommandLook, RecapCountsWhatWasPassedOver) {
+    const std::string first = Put(L"a.ord", Recording());
+    const std::string second = Put(L"b.ord", Recording());
+    ASSERT_EQ(Convert({first}).exitStatus, 0);
+    const CommandResult result = Convert({"--skip-converted", first, second});
+    EXPECT_EQ(result.exitStatus, 0);
+    EXPECT_NE(result.error.find("2 recordings: 1 converted, 1 passed over, 0 with losses"),
+              std::string::npos)
+        << result.error;
+}
+
+}  // namespace
+}  // namespace stalwick::test

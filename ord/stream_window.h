@@ -33,7 +33,7 @@ class StreamWindow {
     // The system's reason when the window ends because a read failed; else 0.
     SystemErrorCode SystemError() const { return systemError_; }
 
-    static constexpr std::size_t kMostBytes = std::size_t{1} << 18U;
+    static constexpr std::size_t kMostBytes = std::size_t{1} << 17U;
 
   private:
     InputFile& file_;

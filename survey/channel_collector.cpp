@@ -11,10 +11,8 @@ namespace stalwick {
 
 namespace {
 
-// The sum of squares of so many 14-bit values fits into 32 bits, and the counts into 16.
-constexpr std::uint32_t kMostBlockPackets = 32;
-constexpr std::int16_t kRangeStart = INT16_MIN;
-constexpr std::int16_t kRangeEnd = INT16_MAX - 3;  // the two lowest bits of a sample are 0
+// The sum of so many 16-bit values fits into 32 bits.
+constexpr std::uint32_t kMostSumPackets = 1U << 15U;
 constexpr double kStepsPer14BitStep = 4.0;
 
 // Channel j's bit is in mask byte K/8 - 1 - j/8.
@@ -33,53 +31,87 @@ unsigned EqualToTheOneBefore(const std::int16_t* samples, std::int16_t before) {
     return equal;
 }
 
+// Whether any of a channel's slots is set.
+bool AnySlot(const std::array<std::uint16_t, kMostSlots>& slots, std::size_t channel) {
+    const std::uint16_t* const first = slots.data() + channel * kSamplesPerPacket;
+    unsigned any = 0;
+    for (std::size_t i = 0; i < kSamplesPerPacket; ++i) any |= first[i];
+    return any != 0;
+}
+
 }  // namespace
 
-void ChannelCollector::Take(const ORDDataPacket& packet) {
-    const std::vector<std::uint16_t>& samples = *packet.adSamples;
-    const std::size_t slots = std::min(samples.size(), kMostSlots);
-    const std::vector<std::uint8_t>& mask = *packet.channelMask;
-    if (slots != slots_ || mask != channelMask_ || blockPackets_ == kMostBlockPackets) {
-        FlushBlock();
-        slots_ = slots;
-        channelMask_ = mask;
-        for (std::size_t channel = 0; channel < slots / kSamplesPerPacket; ++channel) {
-            enabled_[channel] = IsEnabled(mask, channel);
+void ChannelCollector::Take(ORDDataPacket& packet) {
+    const std::size_t slots = std::min(packet.adSamples->size(), kMostSlots);
+    if (slots != slots_ || *packet.channelMask != channelMask_) {
+        ChangeShape(slots, *packet.channelMask);
+    }
+    std::vector<std::uint16_t>& samples = block_[blockPackets_];
+    samples.swap(*packet.adSamples);
+    samples_[blockPackets_++] = reinterpret_cast<const std::int16_t*>(samples.data());
+    if (blockPackets_ == kBlockPackets) AddBlock();
+}
+
+void ChannelCollector::ChangeShape(std::size_t slots, const std::vector<std::uint8_t>& mask) {
+    AddBlock();
+    AddSums();
+    slots_ = slots;
+    channelMask_ = mask;
+    for (std::size_t channel = 0; channel < slots / kSamplesPerPacket; ++channel) {
+        enabled_[channel] = IsEnabled(mask, channel);
+    }
+}
+
+void ChannelCollector::AddBlock() {
+    if (blockPackets_ == 0) return;
+    AddPackets({samples_.data(), blockPackets_}, slots_, sums_);
+    sumPackets_ += static_cast<std::uint32_t>(blockPackets_);
+    const std::int16_t* const lastPacket = samples_[blockPackets_ - 1];
+    for (std::size_t channel = 0; channel < slots_ / kSamplesPerPacket; ++channel) {
+        if (!enabled_[channel]) continue;
+        if (AnySlot(sums_.atRangeEnd, channel)) CountAtRangeEnds(channel);
+        Totals& totals = totals_[channel];
+        if (MayHoldLongerRun(channel)) {
+            FollowRuns(channel);
+            continue;
+        }
+        const std::int16_t* const end = lastPacket + (channel + 1) * kSamplesPerPacket;
+        totals.last = end[-1];
+        totals.run = end[-1] == end[-2] ? 2 : 1;
+    }
+    blockPackets_ = 0;
+    if (sumPackets_ >= kMostSumPackets) AddSums();
+}
+
+// Whether the block may have a run of the channel that is longer than those before. Where no packet
+// has three samples alike in a row, none of more than four is in it; and none of more than two
+// where the packets, too, begin with another value than the one before.
+bool ChannelCollector::MayHoldLongerRun(std::size_t channel) const {
+    const Totals& totals = totals_[channel];
+    if (totals.run > 2 || totals.longestRun < 3 || AnySlot(sums_.threeAlike, channel)) return true;
+    if (totals.longestRun >= 4) return false;
+    std::int16_t last = totals.last;
+    for (std::size_t n = 0; n < blockPackets_; ++n) {
+        const std::int16_t* const samples = samples_[n] + channel * kSamplesPerPacket;
+        if (samples[0] == last) return true;
+        last = samples[kSamplesPerPacket - 1];
+    }
+    return false;
+}
+
+void ChannelCollector::CountAtRangeEnds(std::size_t channel) {
+    for (std::size_t n = 0; n < blockPackets_; ++n) {
+        const std::int16_t* const first = samples_[n] + channel * kSamplesPerPacket;
+        for (std::size_t i = 0; i < kSamplesPerPacket; ++i) {
+            if (first[i] == kRangeStart || first[i] == kRangeEnd) ++totals_[channel].atRangeEnds;
         }
     }
-    const auto* const values = reinterpret_cast<const std::int16_t*>(samples.data());
-    AddToBlock(values);
-    FollowRuns(values);
-    ++blockPackets_;
 }
 
-void ChannelCollector::AddToBlock(const std::int16_t* samples) {
-    if (blockPackets_ == 0) {
-        std::fill_n(blockSmallest_.begin(), slots_, INT16_MAX);
-        std::fill_n(blockLargest_.begin(), slots_, INT16_MIN);
-        std::fill_n(blockSum_.begin(), slots_, 0);
-        std::fill_n(blockSquares_.begin(), slots_, 0U);
-        std::fill_n(blockAtEnds_.begin(), slots_, std::uint16_t{0});
-    }
-    const std::size_t slots = slots_;
-    for (std::size_t i = 0; i < slots; ++i) {
-        blockSmallest_[i] = std::min(blockSmallest_[i], samples[i]);
-        blockLargest_[i] = std::max(blockLargest_[i], samples[i]);
-        const bool atEnd = samples[i] == kRangeStart || samples[i] == kRangeEnd;
-        blockAtEnds_[i] = static_cast<std::uint16_t>(blockAtEnds_[i] + (atEnd ? 1 : 0));
-    }
-    for (std::size_t i = 0; i < slots; ++i) {
-        const std::int32_t value = samples[i] >> kSampleShift;
-        blockSum_[i] += samples[i];
-        blockSquares_[i] += static_cast<std::uint32_t>(value * value);
-    }
-}
-
-void ChannelCollector::FollowRuns(const std::int16_t* samples) {
-    const std::size_t channels = slots_ / kSamplesPerPacket;
-    for (std::size_t channel = 0; channel < channels; ++channel, samples += kSamplesPerPacket) {
-        if (!enabled_[channel]) continue;
-        Totals& totals = totals_[channel];
+void ChannelCollector::FollowRuns(std::size_t channel) {
+    Totals& totals = totals_[channel];
+    for (std::size_t n = 0; n < blockPackets_; ++n) {
+        const std::int16_t* const samples = samples_[n] + channel * kSamplesPerPacket;
         unsigned equal = EqualToTheOneBefore(samples, totals.last);
         if (totals.run == 0) equal &= ~1U;  // nothing is before it
         totals.last = samples[kSamplesPerPacket - 1];
@@ -91,42 +123,41 @@ void ChannelCollector::FollowRuns(const std::int16_t* samples) {
         // The run that came in goes on over the ones at the start; each later run of n ones is one
         // of n + 1 samples; the last of them goes out.
         totals.run += static_cast<unsigned>(std::countr_one(equal));
-        totals.longestRun = std::max(totals.longestRun, totals.run);
-        unsigned inner = equal & (equal + 1);  // without the ones at the start
         std::uint64_t longest = 1;
-        for (; inner != 0; inner &= inner >> 1U) ++longest;
-        totals.longestRun = std::max(totals.longestRun, longest);
+        for (unsigned ones = equal & (equal + 1); ones != 0; ones &= ones >> 1U) ++longest;
+        totals.longestRun = std::max({totals.longestRun, totals.run, longest});
         totals.run =
             1U + static_cast<unsigned>(std::countl_one(equal << (32U - kSamplesPerPacket)));
     }
 }
 
 void ChannelCollector::BreakRuns() {
+    AddBlock();
     for (Totals& totals : totals_) {
         totals.longestRun = std::max(totals.longestRun, totals.run);
         totals.run = 0;
     }
 }
 
-void ChannelCollector::FlushBlock() {
-    if (blockPackets_ == 0) return;
+void ChannelCollector::AddSums() {
+    if (sumPackets_ == 0) return;
     for (std::size_t slot = 0; slot < slots_; ++slot) {
         const std::size_t channel = slot / kSamplesPerPacket;
         if (!enabled_[channel]) continue;
         Totals& totals = totals_[channel];
-        totals.samples += blockPackets_;
-        totals.sum += blockSum_[slot];
-        totals.sumOfSquares += blockSquares_[slot];
-        totals.smallest = std::min(totals.smallest, blockSmallest_[slot]);
-        totals.largest = std::max(totals.largest, blockLargest_[slot]);
-        totals.atRangeEnds += blockAtEnds_[slot];
+        totals.samples += sumPackets_;
+        totals.sum += sums_.sum[slot];
+        totals.sumOfSquares += sums_.sumOfSquares[slot];
+        totals.smallest = std::min(totals.smallest, sums_.smallest[slot]);
+        totals.largest = std::max(totals.largest, sums_.largest[slot]);
     }
-    blockPackets_ = 0;
+    sums_.Clear();
+    sumPackets_ = 0;
 }
 
 std::vector<ChannelStatistics> ChannelCollector::Finish(double microvoltsPerStep) {
-    FlushBlock();
     BreakRuns();
+    AddSums();
     std::vector<ChannelStatistics> all;
     for (std::uint32_t channel = 0; channel < kMostADChannels; ++channel) {
         const Totals& totals = totals_[channel];

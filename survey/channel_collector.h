@@ -6,14 +6,17 @@
 
 #include "ord/ord_data_packet.h"
 #include "survey/recording_survey.h"
+#include "survey/sample_block.h"
 
 namespace stalwick {
 
 // Gathers the statistics of all channels, a packet at a time.
 class ChannelCollector {
   public:
-    // Takes the samples of a packet that has some.
-    void Take(const ORDDataPacket& packet);
+    ChannelCollector() { sums_.Clear(); }
+
+    // Takes the samples of a packet that has some; the packet keeps memory of another one.
+    void Take(ORDDataPacket& packet);
     // What comes next does not follow in time: flat runs end here.
     void BreakRuns();
 
@@ -21,8 +24,6 @@ class ChannelCollector {
     [[nodiscard]] std::vector<ChannelStatistics> Finish(double microvoltsPerStep);
 
   private:
-    static constexpr std::size_t kMostSlots = std::size_t{kMostADChannels} * kSamplesPerPacket;
-
     struct Totals {
         std::uint64_t samples = 0;
         std::int64_t sum = 0;            // of the 16-bit samples
@@ -35,21 +36,22 @@ class ChannelCollector {
         std::int16_t last = 0;
     };
 
-    void AddToBlock(const std::int16_t* samples);
-    void FollowRuns(const std::int16_t* samples);
-    void FlushBlock();
+    void ChangeShape(std::size_t slots, const std::vector<std::uint8_t>& mask);
+    void AddBlock();
+    bool MayHoldLongerRun(std::size_t channel) const;
+    void FollowRuns(std::size_t channel);
+    void CountAtRangeEnds(std::size_t channel);
+    void AddSums();
 
-    // Sums over a few packets of one shape, a slot for each sample of a packet: loops without
-    // branches that a compiler turns into vector instructions.
-    std::array<std::int16_t, kMostSlots> blockSmallest_{};
-    std::array<std::int16_t, kMostSlots> blockLargest_{};
-    std::array<std::int32_t, kMostSlots> blockSum_{};
-    std::array<std::uint32_t, kMostSlots> blockSquares_{};
-    std::array<std::uint16_t, kMostSlots> blockAtEnds_{};
-    std::uint32_t blockPackets_ = 0;
+    // Packets of one shape are added together, a few at a time.
+    std::array<std::vector<std::uint16_t>, kBlockPackets> block_;
+    std::array<const std::int16_t*, kBlockPackets> samples_{};  // of block_
+    std::size_t blockPackets_ = 0;
     std::size_t slots_ = 0;                  // of the block's packets
     std::vector<std::uint8_t> channelMask_;  // of the block's packets; empty: all channels
     std::array<bool, kMostADChannels> enabled_{};
+    SlotSums sums_;
+    std::uint32_t sumPackets_ = 0;  // in sums_
     std::array<Totals, kMostADChannels> totals_{};
 };
 

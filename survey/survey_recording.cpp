@@ -19,7 +19,7 @@ constexpr double kMicrovoltsPerVolt = 1e6;
 constexpr std::uint64_t kQuickPackets = 64;             // at the beginning
 constexpr std::uint64_t kQuickEndBytes = 128U * 1024U;  // more than ten of the longest packets
 
-// A survey under way. Some 60 KB: kept off the stack.
+// A survey under way. Some 100 KB: kept off the stack.
 class Surveyor {
   public:
     Surveyor(PacketStream& stream, RecordingSurvey& survey)
@@ -83,9 +83,9 @@ void Surveyor::TakePacket(const StreamPart& part) {
     }
     damageBefore_.reset();
     if (!isRegular) channels_.BreakRuns();
-    if (packet_.adSamples) channels_.Take(packet_);
     // A conversion ends at the first damage.
     if (survey_.damage.empty()) outputs_.Take(packet_);
+    if (packet_.adSamples) channels_.Take(packet_);
     TakeTtl();
 }
 

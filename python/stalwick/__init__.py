@@ -18,9 +18,11 @@ from .errors import (
     StalwickWarning,
 )
 from .event_file import EventFile, Events, open_vev
+from .ord_recording import OrdGroup, OrdRecording, open_ord
 from .raw_file import RawFile, open_vrd
 from .record_layout import Gap
 from .session import Session, open_session
+from .trace_group import TraceGroup
 
 __version__ = "1.2.0.1941"
 
@@ -33,10 +35,14 @@ __all__ = [
     "Gap",
     "IncompleteFileError",
     "InconsistentSetError",
+    "OrdGroup",
+    "OrdRecording",
     "RawFile",
     "Session",
     "StalwickError",
     "StalwickWarning",
+    "TraceGroup",
+    "open_ord",
     "open_session",
     "open_vcs",
     "open_vev",

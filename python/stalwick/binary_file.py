@@ -16,10 +16,10 @@ from typing import Any, BinaryIO, Literal
 import numpy as np
 from numpy.typing import NDArray
 
-from .channel_group import ChannelGroup, Channels
 from .errors import StalwickError
 from .layout import SAMPLES_PER_RECORD
 from .record_layout import check_range
+from .trace_group import Channels, TraceGroup
 
 BinaryType = Literal["int16", "float32"]
 
@@ -38,7 +38,7 @@ _PACK = 8
 class BinaryExport:
     """What is written: channels and samples of one group, and where to."""
 
-    group: ChannelGroup
+    group: TraceGroup
     channels: list[str]
     start: int
     stop: int
@@ -93,7 +93,7 @@ class BinaryExport:
 
 
 def to_binary(
-    group: ChannelGroup,
+    group: TraceGroup,
     path: str | os.PathLike[str],
     *,
     dtype: BinaryType = "int16",
@@ -106,7 +106,7 @@ def to_binary(
     """Writes samples start to stop of channels to path, and path.json beside it; see Session."""
     if dtype not in ("int16", "float32"):
         raise ValueError(f'dtype is "int16" or "float32", not {dtype!r}')
-    names = [file.name for file in group.select(channels)]
+    names = group.names(channels)
     first, last = check_range(start, stop, group.num_samples)
     export = BinaryExport(group, names, first, last, dtype, Path(path))
     targets = [export.path, export.sidecar]
@@ -175,15 +175,14 @@ class _ChunkMaker:
     def __init__(self, export: BinaryExport) -> None:
         shape = (len(export.channels), min(export.chunk_samples, export.stop - export.start))
         self._group = export.group
-        self._files = export.group.select(export.channels)
+        self._names = export.channels
         self._rows = np.empty(shape, dtype=export.dtype)
         self._turned = np.empty(shape[::-1], dtype=export.dtype)
 
     def make(self, start: int, stop: int) -> NDArray[Any]:
         rows = self._rows[:, : stop - start]
         turned = self._turned[: stop - start]
-        for row, file in zip(rows, self._files):
-            file.read_into(row, start, self._group.layout)
+        self._group.read_rows(self._names, rows, start)
         if rows.dtype == np.int16:
             turn_round(rows, turned)
         else:

@@ -220,6 +220,9 @@ def test_channels_that_packets_do_not_carry_are_left_out_with_a_warning(tmp_path
         session = stalwick.open_session(tmp_path)
     assert session.channel_ids == [f"CSC{n}" for n in range(1, 33)]
     assert list(session.ad.short_files) == [f"CSC{n}" for n in range(33, 41)]
+    incomplete = stalwick.open_session(tmp_path, allow_incomplete=True)
+    assert incomplete.num_samples == 600
+    assert incomplete.channel_ids == session.channel_ids
     with pytest.raises(KeyError, match="CSC40 has fewer samples"):
         session.traces(["CSC40"])
 

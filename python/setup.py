@@ -1,0 +1,13 @@
+"""A wheel with the decoder is one for this system; without it, one for all."""
+
+from pathlib import Path
+
+from setuptools import Distribution, setup
+
+
+class PackageDistribution(Distribution):
+    def has_ext_modules(self) -> bool:
+        return any(Path("stalwick").glob("_ord*"))
+
+
+setup(distclass=PackageDistribution)

@@ -16,6 +16,7 @@
 #include "cli/progress_bar.h"
 #include "cli/recap.h"
 #include "cli/recording_line.h"
+#include "cli/room_check.h"
 #include "engine/output_directory.h"
 #include "platform/console.h"
 #include "platform/system_error.h"
@@ -71,6 +72,11 @@ int Convert(const CommandLine& commandLine) {
     static std::atomic<Interruption> interruption{Interruption::kNone};
     std::vector<PlannedRecording> recordings = PlanRecordings(commandLine);
     if (!IsPossible(commandLine, recordings)) return kExitUsage;
+    if (!commandLine.quiet) {
+        for (const std::wstring& line : DescribeLackOfRoom(recordings, commandLine)) {
+            PrintLine(stderr, line);
+        }
+    }
     WatchInterruptions(interruption);
     ConversionBatch batch(commandLine, std::move(recordings));
     RunWatched(batch, interruption, commandLine.quiet);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "platform/file_calls.h"
@@ -20,6 +21,16 @@ bool IsOrdinaryFile(const std::wstring& path);
 // Bytes of the file at the path; 0 for anything else (a directory, a pipe) and where that is not
 // known. The file is not opened: a pipe that was opened and closed would lose its writer.
 std::uint64_t QueryFileSize(const std::wstring& path);
+
+// What a user may still write to a file system.
+struct FreeSpace {
+    std::uint64_t bytes = 0;
+    std::uint64_t fileSystem = 0;  // equal for paths on one file system
+};
+
+// Of the file system of an existing directory; none where that is not known,
+// or where there is no disk behind it.
+std::optional<FreeSpace> QueryFreeSpace(const std::wstring& directory);
 
 // The path from the current directory on, whose name may have any bytes; an absolute path as it is.
 // On Windows in the system's form: with `\` only and nothing to resolve. The path itself where the

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 
 #include "platform/text_encoding.h"
 
@@ -28,6 +29,18 @@ std::uint64_t QueryFileSize(const std::wstring& path) {
     struct stat status {};
     if (::stat(ToUtf8(path).c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
     return static_cast<std::uint64_t>(status.st_size);
+}
+
+std::optional<FreeSpace> QueryFreeSpace(const std::wstring& directory) {
+    const std::string narrow = ToUtf8(directory);
+    struct statvfs space {};
+    struct stat status {};
+    if (::statvfs(narrow.c_str(), &space) != 0 || ::stat(narrow.c_str(), &status) != 0) {
+        return std::nullopt;
+    }
+    if (space.f_blocks == 0) return std::nullopt;  // not of a disk: it has no size
+    return FreeSpace{std::uint64_t{space.f_bavail} * space.f_frsize,
+                     static_cast<std::uint64_t>(status.st_dev)};
 }
 
 std::wstring AbsolutePath(const std::wstring& path) {

@@ -1,6 +1,7 @@
 #include "platform/file_system.h"
 
 #include <filesystem>
+#include <functional>
 #include <system_error>
 
 #include "platform/windows/system_path.h"
@@ -28,6 +29,18 @@ std::uint64_t QueryFileSize(const std::wstring& path) {
         return 0;
     }
     return std::uint64_t{data.nFileSizeHigh} << kHalf | data.nFileSizeLow;
+}
+
+// Directories of one drive or share begin alike; a volume that is mounted in a directory counts as
+// its drive's, with its own free space.
+std::optional<FreeSpace> QueryFreeSpace(const std::wstring& directory) {
+    ULARGE_INTEGER available{};
+    if (::GetDiskFreeSpaceExW(SystemPath(directory).c_str(), &available, nullptr, nullptr) ==
+        FALSE) {
+        return std::nullopt;
+    }
+    const std::wstring root = std::filesystem::path(AbsolutePath(directory)).root_name().native();
+    return FreeSpace{available.QuadPart, std::hash<std::wstring>()(root)};
 }
 
 std::wstring AbsolutePath(const std::wstring& path) {

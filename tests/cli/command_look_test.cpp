@@ -1,6 +1,8 @@
 // What the command sees before it converts: recordings that are none, and those converted already.
 
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -124,6 +126,18 @@ TEST_F(CommandLook, RecordingThatLostDataIsNeverPassedOver) {
     const std::string path = Put(L"rec.ord", Recording() + std::string(40, '\x7F'));
     ASSERT_EQ(Convert({path}).exitStatus, 3);
     EXPECT_EQ(Convert({"--skip-converted", path}).exitStatus, 3);
+}
+
+TEST_F(CommandLook, LackOfRoomIsReportedBeforeItStarts) {
+    const std::string path = Put(L"rec.ord", Recording());
+    std::error_code failed;
+    // Holes take no room: the recording seems to have 8 TB.
+    std::filesystem::resize_file(path, std::uintmax_t{1} << 43U, failed);
+    if (failed) GTEST_SKIP() << "no such large files here";
+    const CommandResult result = Convert({path});
+    EXPECT_EQ(result.error.rfind("stalwick-convert: the outputs need about ", 0), 0U)
+        << result.error;
+    EXPECT_EQ(Convert({"-q", path}).error.rfind(path, 0), 0U);
 }
 
 TEST_F(CommandLook, RecapCountsWhatWasPassedOver) {

@@ -272,6 +272,16 @@ TEST(FileSystem, PathsOfOnePlaceResolveToOne) {
     EXPECT_EQ(ResolvedPath(directory.Path(L"link/x")), expected);
 }
 
+TEST(FileSystem, FreeSpaceIsThatOfAnExistingDirectory) {
+    const TempDirectory directory;
+    MakeDirectory(directory.Path(L"a"));
+    const auto space = QueryFreeSpace(directory.Path(L"a"));
+    ASSERT_TRUE(space);
+    EXPECT_GT(space->bytes, 0U);
+    EXPECT_EQ(space->fileSystem, QueryFreeSpace(directory.Path())->fileSystem);
+    EXPECT_FALSE(QueryFreeSpace(directory.Path(L"missing")));
+}
+
 TEST(FileSystem, DirectoryIsMadeOneLevelDeep) {
     const TempDirectory directory;
     EXPECT_EQ(CreateDirectoryLevel(directory.Path(L"d")), 0);

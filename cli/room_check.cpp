@@ -1,0 +1,52 @@
+#include "cli/room_check.h"
+
+#include <cstdint>
+#include <map>
+
+#include "cli/readable_figures.h"
+#include "engine/output_estimate.h"
+#include "platform/paths.h"
+
+namespace stalwick {
+
+namespace {
+
+struct Room {
+    std::wstring directory;  // the first one on that file system
+    std::uint64_t free = 0;
+    std::uint64_t needed = 0;
+};
+
+bool MayBePassedOver(const PlannedRecording& recording, const CommandLine& commandLine) {
+    return commandLine.skipConverted &&
+           QueryPath(recording.outputDirectory + kPathSeparator + SplitPath(recording.path).name) ==
+               PathKind::kDirectory;
+}
+
+}  // namespace
+
+std::vector<std::wstring> DescribeLackOfRoom(const std::vector<PlannedRecording>& recordings,
+                                             const CommandLine& commandLine,
+                                             const SpaceQuery& querySpace) {
+    const WantedOutputs wanted = {commandLine.channelOptions, true, commandLine.writeRawData};
+    std::map<std::uint64_t, Room> rooms;
+    for (const PlannedRecording& recording : recordings) {
+        if (MayBePassedOver(recording, commandLine)) continue;
+        const std::optional<FreeSpace> space = querySpace(recording.outputDirectory);
+        if (!space) continue;
+        Room& room =
+            rooms.try_emplace(space->fileSystem, Room{recording.outputDirectory, space->bytes, 0})
+                .first->second;
+        room.needed += EstimateOutputBytes(recording.path, wanted);
+    }
+    std::vector<std::wstring> lines;
+    for (const auto& [fileSystem, room] : rooms) {
+        if (room.needed <= room.free) continue;
+        lines.push_back(L"stalwick-convert: the outputs need about " + ReadableBytes(room.needed) +
+                        L" in " + room.directory + L", where " + ReadableBytes(room.free) +
+                        L" are free; free some space or choose another directory");
+    }
+    return lines;
+}
+
+}  // namespace stalwick

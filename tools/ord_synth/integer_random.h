@@ -36,7 +36,8 @@ enum class RandomStream : std::uint64_t {
     kBaseImu,
     kAfeImu,
     kUltrasonic,
-    kSession
+    kSession,
+    kDamage
 };
 
 inline IntegerRandom MakeRandom(std::uint64_t seed, RandomStream stream) {

@@ -8,8 +8,10 @@
 
 #include <CLI/CLI.hpp>
 
+#include "tools/ord_synth/damage.h"
 #include "tools/ord_synth/recording_file.h"
 #include "tools/ord_synth/synth_options.h"
+#include "tools/ord_synth/synth_truth.h"
 
 namespace {
 
@@ -22,6 +24,11 @@ struct CommandLine {
     std::string fileVersion = "2.0";
     std::optional<std::string> mask;
     std::vector<std::string> gaps;
+    std::vector<std::string> flips;
+    std::vector<std::string> inserts;
+    std::vector<std::string> drops;
+    std::optional<std::uint64_t> cut;
+    std::string truth;
     std::string output;
     bool noTtl = false;
     bool everything = false;
@@ -91,6 +98,39 @@ void AddContentOptions(CLI::App& app, CommandLine& line) {
         ->capture_default_str();
 }
 
+void AddDamageOptions(CLI::App& app, CommandLine& line) {
+    const auto add = [&](const char* name, std::vector<std::string>& places, const char* help,
+                         const char* type) {
+        app.add_option(name, places, help)->type_name(type)->allow_extra_args(false)->take_all();
+    };
+    add("--flip", line.flips, "Flip a bit (0 to 7) of this byte of the file; may be given again",
+        "BYTE:BIT");
+    add("--insert", line.inserts, "Insert bytes at random before this one; may be given again",
+        "BYTE:COUNT");
+    add("--drop-bytes", line.drops, "Leave bytes out from this one on; may be given again",
+        "BYTE:COUNT");
+    app.add_option("--cut", line.cut, "End the file before this byte")
+        ->type_name("BYTE")
+        ->check(WholeNumberOf<std::uint64_t>());
+    app.add_option("--drift", line.options.driftPpm,
+                   "Parts in a million by which the real rate is above the header's, -1000 to 1000")
+        ->check(CLI::Range(-1000, 1000))
+        ->capture_default_str();
+    app.add_option("--first-timestamp", line.options.firstTimestampNs,
+                   "Nanoseconds of the first packet's timestamp")
+        ->check(WholeNumberOf<std::uint64_t>())
+        ->capture_default_str();
+    app.add_option("--repeat-stamp", line.options.repeatedStamps,
+                   "This packet (from 0, lost ones counted) has the timestamp of the one before; "
+                   "may be given again")
+        ->type_name("PACKET")
+        ->allow_extra_args(false)
+        ->take_all()
+        ->check(WholeNumberOf<std::uint64_t>());
+    app.add_option("--truth", line.truth, "Write what is missing and damaged here, as JSON")
+        ->type_name("FILE");
+}
+
 void AddOutputOptions(CLI::App& app, CommandLine& line) {
     app.add_option("-o,--output", line.output, "The recording to make")
         ->type_name("FILE")
@@ -112,6 +152,42 @@ bool ParseGap(const std::string& text, std::uint32_t rate, stalwick::SynthGap& g
     gap.firstLostPacket = at == 0 ? 0 : stalwick::PacketsInMicroseconds(at, rate);
     gap.lostPackets = stalwick::PacketsInMicroseconds(length, rate);
     return true;
+}
+
+std::string AddDamage(const std::vector<std::string>& places, stalwick::SynthDamage::Kind kind,
+                      stalwick::SynthOptions& options) {
+    for (const std::string& text : places) {
+        stalwick::SynthDamage damage{kind, 0, 0};
+        const bool isFlip = kind == stalwick::SynthDamage::Kind::kFlip;
+        if (!stalwick::ParseDamagePlace(text, damage) ||
+            (isFlip ? damage.count > 7 : damage.count == 0)) {
+            return text + (isFlip ? " is not BYTE:BIT, such as 20000:7"
+                                  : " is not BYTE:COUNT, such as 20000:512");
+        }
+        options.damage.push_back(damage);
+    }
+    return {};
+}
+
+std::string CompleteDamage(CommandLine& line) {
+    using Kind = stalwick::SynthDamage::Kind;
+    auto& options = line.options;
+    std::string wrong = AddDamage(line.flips, Kind::kFlip, options);
+    if (wrong.empty()) wrong = AddDamage(line.inserts, Kind::kInsert, options);
+    if (wrong.empty()) wrong = AddDamage(line.drops, Kind::kDropBytes, options);
+    if (line.cut) options.damage.push_back({Kind::kCut, *line.cut, 0});
+    return wrong.empty() ? stalwick::OrderDamage(options.damage) : wrong;
+}
+
+// Result: empty, or what failed.
+std::string WriteTruth(const CommandLine& line, const stalwick::SynthSummary& summary) {
+    if (line.truth.empty()) return {};
+    const std::string text = stalwick::DescribeTruth(line.options, summary);
+    std::FILE* const file = std::fopen(line.truth.c_str(), line.force ? "wb" : "wbx");
+    if (file == nullptr) return "cannot create " + line.truth + "; --force replaces a file";
+    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+    const bool closed = std::fclose(file) == 0;
+    return written && closed ? std::string() : "cannot write " + line.truth;
 }
 
 // Result: empty, or what is wrong with an option.
@@ -141,7 +217,7 @@ std::string CompleteOptions(CommandLine& line) {
         }
         options.gaps.push_back(gap);
     }
-    return {};
+    return CompleteDamage(line);
 }
 
 void PrintSummary(const CommandLine& line, const stalwick::SynthSummary& summary) {
@@ -172,6 +248,7 @@ int main(int argc, char** argv) {
     AddOutputOptions(app, line);
     AddSignalOptions(app, line);
     AddContentOptions(app, line);
+    AddDamageOptions(app, line);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -182,8 +259,9 @@ int main(int argc, char** argv) {
         return kExitUsage;
     }
     stalwick::SynthSummary summary;
-    const std::string failure =
+    std::string failure =
         stalwick::WriteRecordingFile(line.options, line.output, line.force, summary);
+    if (failure.empty()) failure = WriteTruth(line, summary);
     if (!failure.empty()) {
         std::fprintf(stderr, "ord_synth: %s\n", failure.c_str());
         return kExitFailed;

@@ -1,17 +1,23 @@
 #include "tools/ord_synth/packet_source.h"
 
+#include <algorithm>
+
 namespace stalwick {
 
 namespace {
 
-// The headstage had been switched on for a while: a time of 0 would mean "no time" to a reader.
-constexpr std::uint64_t kFirstTimestampNs = 754'321'098'765u;
+constexpr std::int64_t kMillion = 1'000'000;
 
-std::uint64_t TimestampNs(std::uint64_t packetNumber, std::uint32_t samplingFrequency) {
+std::uint64_t TimestampNs(std::uint64_t packetNumber, const SynthOptions& options) {
     const std::uint64_t sample = packetNumber * kSynthSamplesPerPacket;
-    const std::uint64_t seconds = sample / samplingFrequency;
-    const std::uint64_t rest = sample % samplingFrequency;
-    return kFirstTimestampNs + seconds * 1'000'000'000u + rest * 1'000'000'000u / samplingFrequency;
+    const std::uint64_t seconds = sample / options.samplingFrequency;
+    const std::uint64_t rest = sample % options.samplingFrequency;
+    const std::uint64_t nominal =
+        seconds * 1'000'000'000u + rest * 1'000'000'000u / options.samplingFrequency;
+    // A rate that is faster than the header's takes less time; good for a year at 100 ppm.
+    const std::int64_t drift =
+        static_cast<std::int64_t>(nominal) * options.driftPpm / (kMillion + options.driftPpm);
+    return options.firstTimestampNs + nominal - static_cast<std::uint64_t>(drift);
 }
 
 }  // namespace
@@ -36,6 +42,12 @@ bool PacketSource::IsLost(std::uint64_t packetNumber) const {
     return false;
 }
 
+bool PacketSource::IsRepeated() const {
+    const auto& repeated = options_.repeatedStamps;
+    return packetNumber_ != 0 &&
+           std::find(repeated.begin(), repeated.end(), packetNumber_) != repeated.end();
+}
+
 std::uint64_t PacketSource::NextPacketNumber() const {
     std::uint64_t number = packetNumber_;
     while (IsLost(number)) ++number;
@@ -44,7 +56,7 @@ std::uint64_t PacketSource::NextPacketNumber() const {
 
 void PacketSource::Make(SynthPacket& packet) {
     packet.packetNumber = static_cast<std::uint32_t>(packetNumber_);
-    packet.hardwareTimestampNs = TimestampNs(packetNumber_, options_.samplingFrequency);
+    packet.hardwareTimestampNs = TimestampNs(packetNumber_ - (IsRepeated() ? 1 : 0), options_);
     packet.samples.resize(std::size_t{options_.channelCount} * kSynthSamplesPerPacket);
     signal_.NextPacket(packet.samples);
     if (options_.ttl) ttl_.Next(packet.ttlValues);

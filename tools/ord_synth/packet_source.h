@@ -34,6 +34,7 @@ class PacketSource {
 
   private:
     void Make(SynthPacket& packet);
+    bool IsRepeated() const;
     bool IsLost(std::uint64_t packetNumber) const;
 
     SynthOptions options_;

@@ -55,6 +55,11 @@ std::string WriteRecordingFile(const SynthOptions& options, const std::string& p
         return "cannot write " + partPath + ": " + Reason(error) +
                "; the incomplete file was removed";
     }
+    if (!summary.damageMet) {
+        std::filesystem::remove(partPath, ignored);
+        return path + " would have " + std::to_string(summary.bytes) +
+               " bytes, too few for the damage that was asked for; nothing was made";
+    }
     std::error_code renameError;
     std::filesystem::rename(partPath, path, renameError);
     if (renameError) {

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/ord_synth/damage.h"
 #include "tools/ord_synth/packet_encoder.h"
 #include "tools/ord_synth/packet_source.h"
 #include "tools/ord_synth/recording_header.h"
@@ -47,7 +48,9 @@ bool WriteHeader(const SynthOptions& options, const ByteSink& sink, SynthSummary
 
 }  // namespace
 
-SynthSummary MakeRecording(const SynthOptions& options, const ByteSink& sink) {
+namespace {
+
+SynthSummary MakeUndamaged(const SynthOptions& options, const ByteSink& sink) {
     SynthSummary summary;
     if (!WriteHeader(options, sink, summary)) return summary;
     PacketSource source(options);
@@ -67,6 +70,17 @@ SynthSummary MakeRecording(const SynthOptions& options, const ByteSink& sink) {
     summary.samples = summary.packets * kSynthSamplesPerPacket * encoder.EnabledChannels();
     summary.widthCounts = encoder.WidthCounts();
     summary.complete = buffer.Flush();
+    return summary;
+}
+
+}  // namespace
+
+SynthSummary MakeRecording(const SynthOptions& options, const ByteSink& sink) {
+    if (options.damage.empty()) return MakeUndamaged(options, sink);
+    DamagingSink damaging(sink, options.damage, options.seed);
+    SynthSummary summary =
+        MakeUndamaged(options, [&](std::span<const std::uint8_t> b) { return damaging.Take(b); });
+    summary.damageMet = damaging.MetAll();
     return summary;
 }
 

@@ -14,7 +14,8 @@ using ByteSink = std::function<bool(std::span<const std::uint8_t> bytes)>;
 
 struct SynthSummary {
     bool complete = false;    // false: the sink refused
-    std::uint64_t bytes = 0;  // header included
+    bool damageMet = true;    // false: a place of it is behind the recording's end
+    std::uint64_t bytes = 0;  // header included, before any damage
     std::uint64_t packets = 0;
     std::uint64_t samples = 0;  // of all enabled channels together
     std::array<std::uint64_t, 16> widthCounts{};

@@ -56,6 +56,12 @@ bool ParseSecondsToMicroseconds(const std::string& text, std::uint64_t& microsec
     return true;
 }
 
+bool ParseDamagePlace(const std::string& text, SynthDamage& damage) {
+    const std::size_t colon = text.find(':');
+    return colon != std::string::npos && ParseWholeNumber(text.substr(0, colon), damage.position) &&
+           ParseWholeNumber(text.substr(colon + 1), damage.count);
+}
+
 bool ParseChannelList(const std::string& text, std::uint32_t channelCount,
                       std::vector<std::uint32_t>& channels) {
     std::vector<bool> enabled(channelCount, false);

@@ -14,6 +14,14 @@ struct SynthGap {
     std::uint64_t lostPackets = 0;
 };
 
+// A place where the finished recording is damaged, by its byte in the undamaged one.
+struct SynthDamage {
+    enum class Kind { kFlip, kCut, kInsert, kDropBytes };
+    Kind kind = Kind::kFlip;
+    std::uint64_t position = 0;
+    std::uint64_t count = 0;  // bytes inserted or dropped; of a flip the bit, 0 to 7
+};
+
 // What a made-up recording holds. The same options give the same bytes on every platform.
 struct SynthOptions {
     std::uint32_t channelCount = 64;  // 32, 64, 128 or 256
@@ -28,6 +36,11 @@ struct SynthOptions {
     std::vector<std::uint32_t>
         enabledChannels;  // ascending; empty: all, and no mask in the packets
     std::vector<SynthGap> gaps;
+    std::int32_t driftPpm = 0;  // of the real sampling rate against the header's; within 100000
+    // The headstage had been on for a while: a time of 0 would mean "no time" to a reader.
+    std::uint64_t firstTimestampNs = 754'321'098'765;
+    std::vector<std::uint64_t> repeatedStamps;  // packets with the timestamp of the one before
+    std::vector<SynthDamage> damage;            // as OrderDamage leaves it
     std::uint32_t noiseSteps = 10;  // RMS of the noise in steps of the 14-bit converter, 0 to 1000
     std::uint64_t seed = 1;
     std::int64_t utcOffsetMicroseconds = 1'700'000'000'000'000;
@@ -43,6 +56,9 @@ std::uint64_t PacketsInMicroseconds(std::uint64_t microseconds, std::uint32_t sa
 // "2.5" to 2500000. False when the text is not a plain decimal number of at most ten digits
 // before the point and six behind it.
 bool ParseSecondsToMicroseconds(const std::string& text, std::uint64_t& microseconds);
+
+// "20000:512" to a position and a count. False when the text is no such pair.
+bool ParseDamagePlace(const std::string& text, SynthDamage& damage);
 
 // "0-15,20" to the ascending list of channels. False when the text is no such list, or a channel
 // is not below channelCount.

@@ -98,19 +98,29 @@ void CopySamples(std::span<const std::uint16_t> values, std::uint64_t first,
     const std::uint64_t inPacket = kSamplesInPacket[static_cast<std::size_t>(request.group)];
     const std::uint64_t begin = std::max(first, request.start);
     const std::uint64_t end = std::min(first + inPacket, request.start + request.count);
+    const bool isWholeADPacket = end - begin == kSamplesPerPacket;
     for (std::size_t i = 0; i < request.channels.size(); ++i) {
-        const std::uint16_t* from = values.data() + request.channels[i] * inPacket;
-        std::memcpy(request.rows[i] + (begin - request.start), from + (begin - first),
-                    (end - begin) * sizeof *from);
+        const std::uint16_t* from = &values[request.channels[i] * inPacket + (begin - first)];
+        std::int16_t* to = request.rows[i] + (begin - request.start);
+        // A length that the compiler knows takes no call.
+        if (isWholeADPacket) {
+            std::memcpy(to, from, kSamplesPerPacket * sizeof *from);
+        } else {
+            std::memcpy(to, from, (end - begin) * sizeof *from);
+        }
     }
 }
 
-void Scale(const SampleRequest& request) {
+// Scales the requested samples among those from `begin` to `end`, while they are in the cache.
+void Scale(const SampleRequest& request, std::uint64_t begin, std::uint64_t end) {
+    begin = std::max(begin, request.start);
+    end = std::min(end, request.start + request.count);
+    if (begin >= end || request.group == SampleGroup::kUltrasonic) return;
     for (std::int16_t* row : request.rows) {
-        const std::span<std::int16_t> samples(row, request.count);
+        const std::span<std::int16_t> samples(row + (begin - request.start), end - begin);
         if (request.group == SampleGroup::kAD) {
             ScaleADSamples(samples);
-        } else if (request.group != SampleGroup::kUltrasonic) {
+        } else {
             ScaleImuValues(samples);
         }
     }
@@ -202,9 +212,9 @@ void IndexedRecording::Read(const RecordingIndex& index, const SampleRequest& re
             if (next > request.start && sample < end) CopySamples(values, sample, request);
             sample = next;
         }
+        Scale(request, span->first[group], sample);
     }
     if (sample < end) Fail(path_, kStaleIndex);
-    Scale(request);
 }
 
 }  // namespace stalwick

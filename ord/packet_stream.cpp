@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "ord/read_sizes.h"
 #include "platform/text_encoding.h"
 
 namespace stalwick {
@@ -36,7 +37,7 @@ std::int32_t PacketStream::Open(const std::wstring& path) {
     }
     std::array<char, kHeaderBlockSize> block;
     std::size_t count = 0;
-    systemError_ = file_.Read(block.data(), block.size(), count);
+    systemError_ = file_.Read(block.data(), CurrentReadSizes().header, count);
     if (systemError_ != 0) {
         errorMessage_ = L"Error reading header from file.";
         return -1;

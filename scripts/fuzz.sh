@@ -13,7 +13,7 @@ source_root=$(cd "$(dirname "$0")/.." && pwd)
 export ASAN_OPTIONS=${ASAN_OPTIONS:-malloc_context_size=0:quarantine_size_mb=8}
 
 status=0
-for target in header_fields packet_decoder ord_reader conversion; do
+for target in header_fields packet_decoder ord_reader packet_stream conversion; do
     corpus=$build/corpus/$target
     mkdir -p "$corpus" "$build/finds"
     "$build/fuzz/make_seeds_$target" "$build/corpus/$target-seeds"
@@ -21,7 +21,7 @@ for target in header_fields packet_decoder ord_reader conversion; do
     [ "$target" = packet_decoder ] && dictionary=$source_root/fuzz/packets.dict
     # Recordings are read in small spans: short ones reach everything, ten times as fast.
     longest=()
-    case "$target" in ord_reader | conversion) longest=(-max_len=4096 -entropic=0) ;; esac
+    case "$target" in ord_reader | packet_stream | conversion) longest=(-max_len=4096 -entropic=0) ;; esac
     echo "== $target for $seconds s"
     "$build/fuzz/fuzz_$target" -max_total_time="$seconds" -timeout=60 -rss_limit_mb=4096 \
         -dict="$dictionary" -artifact_prefix="$build/finds/$target-" -print_final_stats=1 \

@@ -66,8 +66,8 @@ make_user_guide() {
     } | python3 "$here/inline_images.py" "$root/docs" >"$stage/user-guide.html"
 }
 
-cp "$build/app/stalwick.exe" "$build/cli/stalwick-convert.exe" "$stage"
-x86_64-w64-mingw32-strip "$stage/stalwick.exe" "$stage/stalwick-convert.exe"
+cp "$build/app/stalwick.exe" "$build/cli/stalwick-convert.exe" "$build/cli/stalwick-inspect.exe" "$stage"
+x86_64-w64-mingw32-strip "$stage/stalwick.exe" "$stage/stalwick-convert.exe" "$stage/stalwick-inspect.exe"
 copy_licenses
 make_user_guide
 

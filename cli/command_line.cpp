@@ -33,8 +33,8 @@ struct RawOptions {
     bool skipConverted = false;
     bool quiet = false;
     bool noSync = false;
-    std::uint32_t recordsPerBlock = kRecordsPerBlock;
-    std::uint32_t jobs = 1;
+    bool keepPartial = false;
+    std::uint32_t jobs = 0;
 };
 
 std::string VersionLine() {
@@ -110,18 +110,13 @@ void Declare(CLI::App& app, RawOptions& options) {
                  "no progress, no notes, no lines of recordings that are whole");
     app.add_flag("--no-sync", options.noSync,
                  "do not wait for the disk before a file is marked as closed");
-    app.add_option("--block-records", options.recordsPerBlock,
-                   "records that are collected for each file before they are written, 1 to 5000; "
-                   "a channel file's record takes 1 KB, so the default needs up to 1.5 GB for 256 "
-                   "channels and 64 less than 60 MB; the files are the same")
-        ->type_name("N")
-        ->transform(WholeNumber(1, kRecordsPerBlock))
-        ->capture_default_str();
+    app.add_flag("--keep-partial", options.keepPartial,
+                 "where a recording fails in its middle, keep every whole record before that, not "
+                 "only full blocks of 5000 of each file");
     app.add_option("-j,--jobs", options.jobs,
-                   "files converted side by side, 1 to 64; each takes its own memory: 5.2 MB a "
-                   "channel file and up to 60 MB, less with --block-records")
+                   "files converted side by side, 1 to 64; 0: as many as there are cores")
         ->type_name("N")
-        ->transform(WholeNumber(1, kMostJobs))
+        ->transform(WholeNumber(0, kMostJobs))
         ->capture_default_str();
     app.set_version_flag("--version", VersionLine());
     app.footer(
@@ -146,7 +141,7 @@ CommandLine ToCommandLine(const RawOptions& options) {
     line.quiet = options.quiet;
     line.jobs = options.jobs;
     line.outputSettings.syncBeforeFinalHeader = !options.noSync;
-    line.outputSettings.recordsPerBlock = options.recordsPerBlock;
+    line.outputSettings.keepPartialBlocks = options.keepPartial;
     return line;
 }
 

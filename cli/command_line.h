@@ -16,7 +16,7 @@ struct CommandLine {
     bool keepGoing = false;
     bool skipConverted = false;  // pass over recordings whose outputs are there and whole
     bool quiet = false;
-    std::uint32_t jobs = 1;  // files converted side by side
+    std::uint32_t jobs = 0;  // files converted side by side; 0: as many as there are cores
     OutputSettings outputSettings;
 };
 

@@ -21,18 +21,19 @@ ConversionBatch::ConversionBatch(const CommandLine& commandLine,
       outcomes_(recordings_.size()),
       end_(outcomes_.size()) {
     // Jobs keep the cores busy by themselves; threads that write would only be in their way.
-    if (commandLine_.jobs * 2 > UsableProcessors() && commandLine_.jobs > 1) {
+    const std::uint32_t jobs = JobsAtOnce();
+    if (jobs > 1 && jobs * 2 > UsableProcessors()) {
         commandLine_.outputSettings.helperThreads = HelperThreads::kOff;
     }
-    commandLine_.outputSettings.conversionsAtOnce = JobsAtOnce();
     for (const PlannedRecording& recording : recordings_) {
-        processors_.push_back(std::make_unique<DataProcessor>(commandLine_.outputSettings));
+        processors_.push_back(std::make_unique<DataProcessor>(commandLine_.outputSettings, jobs));
         bytesTotal_ += QueryFileSize(recording.path);
     }
 }
 
 std::uint32_t ConversionBatch::JobsAtOnce() const {
-    return static_cast<std::uint32_t>(std::min<std::size_t>(commandLine_.jobs, outcomes_.size()));
+    const std::uint32_t jobs = commandLine_.jobs != 0 ? commandLine_.jobs : UsableProcessors();
+    return static_cast<std::uint32_t>(std::min<std::size_t>(jobs, outcomes_.size()));
 }
 
 void ConversionBatch::Run(const OnEnded& onEnded) {

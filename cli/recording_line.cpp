@@ -20,11 +20,11 @@ constexpr wchar_t kNotConverted[] = L"not converted";
 std::wstring Advice(const ConversionDetail& detail) {
     switch (detail.cause) {
         case Cause::kStoppedInTheMiddle:
-            return L"; --block-records 1 writes every whole record before it";
+            return L"; --keep-partial keeps every whole record before it";
         case Cause::kOpenFileLimit:
             return L" (ulimit -n " + std::to_wstring(detail.openFilesNeeded) + L") or fewer --jobs";
         case Cause::kOutOfMemory:
-            return L"; convert it with fewer outputs, fewer --jobs or --block-records 64";
+            return L"; convert it with fewer outputs or fewer --jobs";
         default:
             return {};
     }

@@ -21,13 +21,13 @@ struct ConversionDetail {
     // What a program may have its own advice for.
     enum class Cause {
         kOther,
-        // The recording could not be read or decoded to its end. Smaller blocks of records write
-        // more of what stands before that place.
+        // The recording could not be read or decoded to its end. OutputSettings::keepPartialBlocks
+        // keeps more of what stands before that place.
         kStoppedInTheMiddle,
         // The process may not open enough files: `openFilesNeeded`, fewer outputs or fewer
         // conversions at a time.
         kOpenFileLimit,
-        // Fewer outputs, smaller blocks or fewer conversions at a time need less.
+        // Fewer outputs or fewer conversions at a time need less.
         kOutOfMemory
     };
     Kind kind = Kind::kNote;

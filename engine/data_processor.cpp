@@ -12,8 +12,12 @@ std::int32_t DataProcessor::ProcessFile(const std::vector<std::wstring>& files,
     bytesProcessed.store(0, std::memory_order_relaxed);
     bytesTotal.store(0, std::memory_order_relaxed);
     for (const std::wstring& path : files) {
-        const FileConversionRequest request{path, outputDirectory, channelOptions, writeEvents == 1,
-                                            writeRawData == 1};
+        const FileConversionRequest request{path,
+                                            outputDirectory,
+                                            channelOptions,
+                                            writeEvents == 1,
+                                            writeRawData == 1,
+                                            conversionsAtOnce_};
         // Stands until there is a better one: what a conversion throws passes through.
         lastAccount_ = {};
         lastAccount_.failed = true;

@@ -18,7 +18,9 @@ namespace stalwick {
 // converts, or by another one while nothing is converted.
 class DataProcessor {
   public:
-    explicit DataProcessor(const OutputSettings& settings = {}) : settings_(settings) {}
+    // `conversionsAtOnce`: by this process; their files are open together.
+    explicit DataProcessor(const OutputSettings& settings = {}, std::uint32_t conversionsAtOnce = 1)
+        : settings_(settings), conversionsAtOnce_(conversionsAtOnce) {}
 
     // Converts the files into directories of their own below `outputDirectory`. `writeEvents` and
     // `writeRawData` are compared with 1. Returns 0 when all were converted or the job was
@@ -53,6 +55,7 @@ class DataProcessor {
 
   private:
     OutputSettings settings_;
+    std::uint32_t conversionsAtOnce_;
     std::wstring errorMessage_;
     std::vector<ConversionDetail> details_;
     ConversionAccount lastAccount_;

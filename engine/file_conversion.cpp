@@ -23,9 +23,6 @@ namespace {
 constexpr std::uint32_t kImuSamplesPerPacket = 1;
 // Files that a process has open beside recordings and outputs: the streams, a window's own.
 constexpr std::uint64_t kReservedDescriptors = 64;
-// Packed samples are about half as long as those of the channel files: with this much a channel,
-// a file's buffer fills more than a huge page.
-constexpr std::uint64_t kLongRecordingBytesPerChannel = 1U << 20U;
 
 // The writers take the packets that the reader gives.
 static_assert(kPacketSamples == kSamplesPerPacket && kMostPacketChannels == kMostADChannels);
@@ -71,7 +68,6 @@ FileConversion::FileConversion(DataProcessor& processor, const FileConversionReq
                                const OutputSettings& settings)
     : processor_(processor),
       request_(request),
-      conversionsAtOnce_(settings.conversionsAtOnce),
       directory_(OutputDirectoryOf(request)),
       readsAhead_(UsesHelperThreads(settings)),
       queue_(MakeQueue(settings)),
@@ -147,7 +143,7 @@ std::uint64_t FileConversion::CountOutputFiles() const {
 std::int32_t FileConversion::OpenOutputs() {
     SelectChannelGroups();
     const std::uint64_t needed =
-        (CountOutputFiles() + 1) * conversionsAtOnce_ + kReservedDescriptors;
+        (CountOutputFiles() + 1) * request_.conversionsAtOnce + kReservedDescriptors;
     const std::uint64_t limit = RaiseOpenFileLimit(needed);
     if (OpenChannelFiles() == 0 && (!request_.writeEvents || OpenEventFile() == 0) &&
         (!request_.writeRawData || OpenRawDataFile() == 0)) {
@@ -173,8 +169,6 @@ std::int32_t FileConversion::OpenChannelFiles() {
         TakeTiming(reader_.Header(), channelFiles_);
     }
     if (std::all_of(switches_.begin(), switches_.end(), [](auto on) { return on == 0; })) return 0;
-    channelFiles_.isLongRecording =
-        reader_.FileSize() >= kLongRecordingBytesPerChannel * reader_.NumADChannels();
     channelFiles_.adMaxValue = reader_.ADMaxValue();
     TakeSession(reader_.Header(), channelFiles_);
     return channelFiles_.InitializeCscFiles(directory_, switches_);
@@ -202,7 +196,10 @@ std::int32_t FileConversion::ConvertSpans() {
         }
         DecodedSpan& span = spans.Next();
         endOfFile = span.endOfFile;
-        if (span.status != 0) return FailInput(endOfFile);
+        if (span.status != 0) {
+            LeaveOutputsUnfinished();
+            return FailInput(endOfFile);
+        }
         for (ORDDataPacket& packet : span.packets) {
             if (ConvertPacket(packet) == 0) continue;
             FailOutputs();
@@ -214,6 +211,13 @@ std::int32_t FileConversion::ConvertSpans() {
     }
     ReportUnreadInput();
     return 0;
+}
+
+// Their failures show as those of the outputs.
+void FileConversion::LeaveOutputsUnfinished() {
+    channelFiles_.LeaveUnfinished();
+    eventFile_.LeaveUnfinished();
+    rawDataFile_.LeaveUnfinished();
 }
 
 std::int32_t FileConversion::ConvertPacket(ORDDataPacket& packet) {

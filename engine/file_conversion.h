@@ -23,6 +23,7 @@ struct FileConversionRequest {
     ChannelOptions channelOptions{};
     bool writeEvents = false;
     bool writeRawData = false;
+    std::uint32_t conversionsAtOnce = 1;  // by this process: their files are open together
 };
 
 // The directory of the recording's outputs: named after it, below the request's.
@@ -74,11 +75,11 @@ class FileConversion {
     std::int32_t ConvertPacket(ORDDataPacket& packet);
     void WriteSensorValues(const ORDDataPacket& packet);
     std::int32_t Finish();
+    void LeaveOutputsUnfinished();
     void FinishEventFile();
 
     DataProcessor& processor_;
     FileConversionRequest request_;
-    std::uint32_t conversionsAtOnce_;
     std::wstring directory_;  // of this file's outputs
     ChannelOptions switches_{};
     bool readsAhead_;

@@ -24,7 +24,7 @@ ConversionDetail& FileConversion::AddInputDetail(Kind kind, const std::wstring& 
 
 void FileConversion::ReportOpenFileLimit(std::uint64_t needed, std::uint64_t limit) {
     const wchar_t* const besideOthers =
-        conversionsAtOnce_ > 1 ? L" beside those of the other recordings" : L"";
+        request_.conversionsAtOnce > 1 ? L" beside those of the other recordings" : L"";
     ConversionDetail& detail = AddInputDetail(
         Kind::kIncomplete, L"not converted: its " + std::to_wstring(CountOutputFiles()) +
                                L" outputs are open at once" + besideOthers +

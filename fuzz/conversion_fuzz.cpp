@@ -25,13 +25,12 @@ test::ReferenceConvertOptions OutputsOf(std::uint8_t options) {
     return outputs;
 }
 
-// Blocks that short recordings fill, yet no record of raw data is larger. Threads take longer than
-// a short recording.
-constexpr std::uint32_t kBlockRecords = 16;
+// So few that short recordings are written in several pieces.
+constexpr std::uint32_t kRecordsPerWrite = 2;
 
 OutputSettings SettingsOf(std::uint8_t options) {
     OutputSettings settings = test::QuickSettings();
-    settings.recordsPerBlock = kBlockRecords;
+    settings.recordsPerWrite = kRecordsPerWrite;
     settings.helperThreads = (options & 32U) != 0 ? HelperThreads::kOn : HelperThreads::kOff;
     return settings;
 }
@@ -53,7 +52,6 @@ test::ReferenceConvertResult ConvertByReference(const RecordingInput& input) {
     reference.separator = ToUtf8(std::wstring(1, kPathSeparator));
     reference.headerBytes = input.sizes.header;
     reference.spanBytes = input.sizes.span;
-    reference.recordsPerWrite = kBlockRecords;
     reference.fields =
         IsForThePatterns(input) ? FieldsByThePatterns(input) : FieldsByTheProgram(input);
     return test::ReferenceConvert(reference);

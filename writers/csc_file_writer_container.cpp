@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "outputs/output_format.h"
 #include "writers/file_header.h"
@@ -17,9 +18,7 @@ using VtxDataTypes::kSamplesPerRecord;
 
 constexpr int kADBitVoltsDigits = 24;
 constexpr std::size_t kPrefetchDistance = 64;  // samples
-constexpr std::size_t kFewestSpareBlocks = 2;
-constexpr std::size_t kSpareBytes = std::size_t{32} << 20U;
-constexpr std::uint32_t kMostRecordsAlwaysFilled = 64;  // of a block, by a second of recording
+constexpr std::uint32_t kRecordsPerWrite = 64;
 
 bool IsOn(const ChannelOptions& options, ChannelGroup group) {
     return options[static_cast<std::size_t>(group)] == 1;
@@ -78,7 +77,8 @@ std::int32_t CSCFileWriterContainer::OpenChannelFile(const std::wstring& directo
 
     OutputFileRecord record;
     record.recordSize = sizeof(CRRec);
-    record.cscBuffer = pool_.Take();
+    // Files that are filled side by side would else all be full in the same packet.
+    StartBlock(record, recordsPerWrite_ - channelIndex % recordsPerWrite_);
     record.cscBuffer.front().numValidSamples = 0;
     InitOutputFileRecord(*this, record, opened);
     records.push_back(std::move(record));
@@ -95,29 +95,22 @@ std::int32_t CSCFileWriterContainer::OpenInertialFiles(const std::wstring& direc
     return 0;
 }
 
-// Blocks to go on with while full ones are written behind.
-std::size_t CSCFileWriterContainer::SpareBlocks(std::size_t files) const {
-    if (!fileIO.WritesBehind()) return 0;
-    const std::size_t blockBytes = settings.recordsPerBlock * sizeof(CRRec);
-    return std::min(files, std::max(kFewestSpareBlocks, kSpareBytes / blockBytes));
-}
-
-void CSCFileWriterContainer::ReserveBuffers(const ChannelOptions& options) {
+std::size_t CSCFileWriterContainer::CountFiles(const ChannelOptions& options) const {
     std::size_t files = IsOn(options, ChannelGroup::kAD) ? numAdChannels : 0;
     if (IsOn(options, ChannelGroup::kBaseIMU)) files += kImuChannelNames.size();
     if (IsOn(options, ChannelGroup::kAfeIMU)) files += kImuChannelNames.size();
     if (IsOn(options, ChannelGroup::kUltrasonic)) ++files;
-    // Huge pages are filled several times faster, yet a short recording would touch only the
-    // beginning of each.
-    const bool huge = isLongRecording || settings.recordsPerBlock <= kMostRecordsAlwaysFilled;
-    const std::size_t blocks = files > 0 ? files + SpareBlocks(files) : 0;
-    pool_.Reserve(blocks, settings.recordsPerBlock,
-                  huge ? MemoryMapping::Pages::kHuge : MemoryMapping::Pages::kNormal);
+    return files;
+}
+
+void CSCFileWriterContainer::ReserveBlocks(std::size_t files) {
+    recordsPerWrite_ = settings.recordsPerWrite != 0 ? settings.recordsPerWrite : kRecordsPerWrite;
+    if (files > 0) blocks.Reserve(files, recordsPerWrite_ * sizeof(CRRec));
 }
 
 std::int32_t CSCFileWriterContainer::InitializeCscFiles(const std::wstring& outputDirectory,
                                                         const ChannelOptions& options) {
-    ReserveBuffers(options);
+    ReserveBlocks(CountFiles(options));
     const auto position = [this] { return static_cast<std::uint32_t>(records.size()); };
     if (IsOn(options, ChannelGroup::kAD)) {
         for (std::uint32_t n = 1; n <= numAdChannels; ++n) {
@@ -198,7 +191,7 @@ std::int32_t CSCFileWriterContainer::WriteSamples(std::span<std::int16_t> sample
 inline std::int32_t CSCFileWriterContainer::AppendSamples(
     OutputFileRecord& record, std::span<const std::int16_t> samples,
     std::optional<std::uint64_t> baseTimestamp) {
-    // A full buffer that could not be written stays full: this file gets nothing more.
+    // A file whose block could not be written has none: it gets nothing more.
     if (record.bufferedCount == record.cscBuffer.size()) return -1;
     if (baseTimestamp && *baseTimestamp != record.lastBaseTimestamp) {
         record.phase = 0;
@@ -239,6 +232,10 @@ std::int32_t CSCFileWriterContainer::AppendAcrossRecords(OutputFileRecord& recor
     return 0;
 }
 
+void CSCFileWriterContainer::StartBlock(OutputFileRecord& record, std::size_t recordCount) {
+    record.cscBuffer = {reinterpret_cast<CRRec*>(blocks.Acquire()), recordCount};
+}
+
 void CSCFileWriterContainer::StartRecord(OutputFileRecord& record) {
     CRRec& current = record.cscBuffer[record.bufferedCount];
     if (record.lastBaseTimestamp != 0) {
@@ -261,10 +258,9 @@ std::int32_t CSCFileWriterContainer::CompleteRecord(OutputFileRecord& record,
     ++record.bufferedCount;
     if (record.bufferedCount == record.cscBuffer.size()) {
         if (WriteRecords(record, record.bufferedCount) != 0) return -1;
-        record.cscBuffer = ExchangeBlock(record.cscBuffer);
-        record.bufferedCount = 0;
+        StartBlock(record, recordsPerWrite_);
     }
-    // What an earlier block left in the next record goes as it is filled.
+    // What an earlier use of the block left in the next record goes as it is filled.
     record.cscBuffer[record.bufferedCount].numValidSamples = 0;
     if (!hasBaseTimestamp) {
         record.accumulatedTimestamp +=
@@ -274,33 +270,39 @@ std::int32_t CSCFileWriterContainer::CompleteRecord(OutputFileRecord& record,
     return 0;
 }
 
-std::int32_t CSCFileWriterContainer::WriteRecords(OutputFileRecord& record, std::uint32_t count) {
+// Hands the block over, with its first records.
+std::int32_t CSCFileWriterContainer::WriteRecords(OutputFileRecord& record, std::uint64_t count) {
+    CRRec* const block = std::exchange(record.cscBuffer, {}).data();
+    record.writtenCount += count;
+    record.bufferedCount = 0;
     const auto length = static_cast<int>(count * sizeof(CRRec));
-    return fileIO.WriteDataToFile(record.handle, record.cscBuffer.data(), length) == 0 ? 0 : -1;
-}
-
-// An empty block for the full one that was just handed over: that one itself where it was written
-// at once, else the one handed over first if it is free by now, else a spare one.
-RecordPool::Block CSCFileWriterContainer::ExchangeBlock(RecordPool::Block full) {
-    handedOver_.push_back(full);
-    const RecordPool::Block oldest = handedOver_.front();
-    if (!fileIO.HasTaken(oldest.data())) {
-        if (!pool_.IsEmpty()) return pool_.Take();
-        fileIO.WaitUntilTaken(oldest.data());
-    }
-    handedOver_.pop_front();
-    return oldest;
+    return fileIO.WriteDataToFile(record.handle, block, length) == 0 ? 0 : -1;
 }
 
 // Writes the complete records and the one in progress, whose unused samples are 0.
 std::int32_t CSCFileWriterContainer::WriteRest(OutputFileRecord& record) {
+    if (record.cscBuffer.empty()) return -1;
     std::uint32_t count = record.bufferedCount;
-    if (count < record.cscBuffer.size() && record.cscBuffer[count].numValidSamples > 0) {
-        CRRec& last = record.cscBuffer[count];
+    CRRec& last = record.cscBuffer[count];
+    if (last.numValidSamples > 0) {
         std::fill(last.samples.begin() + last.numValidSamples, last.samples.end(), std::int16_t{0});
         ++count;
     }
     return WriteRecords(record, count);
+}
+
+void CSCFileWriterContainer::LeaveUnfinished() {
+    for (OutputFileRecord& record : records) {
+        if (record.cscBuffer.empty()) continue;
+        const std::uint64_t whole = record.writtenCount + record.bufferedCount;
+        const std::uint64_t kept =
+            settings.keepPartialBlocks ? whole : whole - whole % kRecordsPerBlock;
+        if (kept > record.writtenCount) {
+            WriteRecords(record, kept - record.writtenCount);
+        } else {
+            fileIO.CutDataTo(record.handle, kept * sizeof(CRRec));
+        }
+    }
 }
 
 std::int32_t CSCFileWriterContainer::FinishCscFiles() {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <optional>
 #include <span>
 #include <string>
@@ -9,19 +8,19 @@
 #include "outputs/channel_options.h"
 #include "writers/file_writer_container.h"
 #include "writers/output_naming.h"
-#include "writers/record_pool.h"
 
 namespace stalwick {
 
 // Writes the continuously sampled channel files (.vcs), laid out as in docs/output-files.md:
 // one for each A/D channel, nine for each inertial unit, one for the ultrasonic channel.
+// Records are written in small blocks.
 //
 // Order of calls: fill the fields, InitializeCscFiles, WriteSamples for every block,
-// FinishCscFiles. Operations return 0, or -1 with the reasons in fileIO.Failures().
+// FinishCscFiles or LeaveUnfinished. Operations return 0, or -1 with the reasons in
+// fileIO.Failures().
 class CSCFileWriterContainer : public FileWriterContainer {
   public:
     using FileWriterContainer::FileWriterContainer;
-    ~CSCFileWriterContainer() override { fileIO.CompleteWrites(); }  // out of this one's buffers
 
     // Opens the files of every wanted group and gives them their provisional header.
     std::int32_t InitializeCscFiles(const std::wstring& outputDirectory,
@@ -39,8 +38,10 @@ class CSCFileWriterContainer : public FileWriterContainer {
     // Writes what is buffered, gives every file its final header, and closes them all.
     std::int32_t FinishCscFiles();
 
-    // The recording fills most of a block for every file: buffers may take memory in huge pages.
-    bool isLongRecording = false;
+    // For a recording that fails in its middle: leaves in every file what full blocks of 5000
+    // records had filled, or all whole records if the settings say so. A file whose write failed
+    // stays as it is. Reasons of failures are in fileIO.Failures().
+    void LeaveUnfinished();
 
     std::uint32_t numAdChannels = 0;
     std::uint32_t adMaxValue = 0;  // printed in the headers
@@ -57,21 +58,20 @@ class CSCFileWriterContainer : public FileWriterContainer {
                                  const std::wstring& namePart2, std::uint32_t channelIndex,
                                  double frequency);
     std::int32_t OpenInertialFiles(const std::wstring& directory, const std::wstring& prefix);
-    std::size_t SpareBlocks(std::size_t files) const;
-    void ReserveBuffers(const ChannelOptions& options);
+    std::size_t CountFiles(const ChannelOptions& options) const;
+    void ReserveBlocks(std::size_t files);
     std::span<OutputFileRecord> FilesOf(ChannelGroup group);
     std::int32_t AppendSamples(OutputFileRecord& record, std::span<const std::int16_t> samples,
                                std::optional<std::uint64_t> baseTimestamp);
     std::int32_t AppendAcrossRecords(OutputFileRecord& record,
                                      std::span<const std::int16_t> samples, bool hasBaseTimestamp);
+    void StartBlock(OutputFileRecord& record, std::size_t recordCount);
     void StartRecord(OutputFileRecord& record);
     std::int32_t CompleteRecord(OutputFileRecord& record, bool hasBaseTimestamp);
-    std::int32_t WriteRecords(OutputFileRecord& record, std::uint32_t count);
+    std::int32_t WriteRecords(OutputFileRecord& record, std::uint64_t count);
     std::int32_t WriteRest(OutputFileRecord& record);
-    RecordPool::Block ExchangeBlock(RecordPool::Block full);
 
-    RecordPool pool_;
-    std::deque<RecordPool::Block> handedOver_;  // to be written behind; the oldest first
+    std::uint32_t recordsPerWrite_ = 0;
 };
 
 // The lines of a channel file's header behind the common ones.

@@ -11,6 +11,10 @@ namespace stalwick {
 
 namespace {
 
+// Smaller pieces would leave files that grow side by side in as many fragments
+// (docs/performance.md).
+constexpr std::uint64_t kWriteBackBytes = std::uint64_t{1} << 20U;
+
 const wchar_t* AdviceFor(SystemErrorKind kind) {
     switch (kind) {
         case SystemErrorKind::kNoSpace:
@@ -51,7 +55,7 @@ DataFile::~DataFile() {
 }
 
 bool DataFile::CompleteAppends() const {
-    if (queue_ != nullptr) queue_->WaitForTarget(*this);
+    if (pool_ != nullptr) pool_->WaitFor(*this);
     return !Failed();
 }
 
@@ -108,24 +112,34 @@ bool DataFile::Sync() {
 }
 
 bool DataFile::Append(const void* data, std::size_t size) {
-    if (Failed()) return false;
-    if (size == 0) return true;
-    if (queue_ != nullptr) {
-        queue_->Post(*this, data, size);
-        return true;
-    }
+    CompleteAppends();
     PerformAppend(data, size);
     return !Failed();
 }
 
+bool DataFile::Submit(std::byte* block, std::size_t size) {
+    pool_->Submit(*this, block, size);
+    return !Failed();
+}
+
 void DataFile::PerformAppend(const void* data, std::size_t size) noexcept {
-    if (Failed()) return;
+    if (Failed() || size == 0) return;
     const std::uint64_t offset = kOutputHeaderSize + dataSize_;
     if (!Check(file_.WriteAt(offset, data, size), L"write")) return;
     dataSize_ += size;
     hasUnsyncedData_ = true;
     // The disk begins with it now, so that the wait before the final header is short.
-    if (settings_.syncBeforeFinalHeader) file_.StartWriteBack(offset, size);
+    if (!settings_.syncBeforeFinalHeader || dataSize_ - writeBackEnd_ < kWriteBackBytes) return;
+    file_.StartWriteBack(kOutputHeaderSize + writeBackEnd_, dataSize_ - writeBackEnd_);
+    writeBackEnd_ = dataSize_;
+}
+
+bool DataFile::CutTo(std::uint64_t dataSize) {
+    if (!CompleteAppends()) return false;
+    if (dataSize >= dataSize_) return true;
+    if (!Check(file_.Truncate(kOutputHeaderSize + dataSize), L"shorten")) return false;
+    dataSize_ = dataSize;
+    return true;
 }
 
 OutputTotals DataFile::Totals() const {

@@ -8,8 +8,8 @@
 
 #include "outputs/output_format.h"
 #include "platform/output_file.h"
+#include "writers/block_pool.h"
 #include "writers/output_settings.h"
-#include "writers/write_queue.h"
 
 namespace stalwick {
 
@@ -32,13 +32,12 @@ struct OutputTotals {
 // that what it holds stays a beginning of what it should hold, with the header it had then.
 // Used by one thread. Operations return whether they succeeded; FailureText() says why not.
 //
-// With a queue, Append only hands the data over: they must stay where they are until the queue has
-// taken them, and a failure shows at a later call. All other operations wait for what was handed
-// over before.
+// With a pool, Submit only hands a block over, and a failure shows at a later call. All other
+// operations wait for what was handed over before.
 class DataFile final : private WriteTarget {
   public:
-    explicit DataFile(const OutputSettings& settings, WriteQueue* queue = nullptr)
-        : settings_(settings), queue_(queue) {}
+    explicit DataFile(const OutputSettings& settings, BlockPool* pool = nullptr)
+        : settings_(settings), pool_(pool) {}
     ~DataFile() override;
     DataFile(const DataFile&) = delete;
     DataFile& operator=(const DataFile&) = delete;
@@ -51,6 +50,10 @@ class DataFile final : private WriteTarget {
     // unless the settings say otherwise.
     bool SetHeader(std::string_view text, std::size_t mostBytes = kOutputHeaderSize);
     bool Append(const void* data, std::size_t size);
+    // Appends the beginning of a block of the pool, which takes the block back, also on failure.
+    bool Submit(std::byte* block, std::size_t size);
+    // Cuts the data to their first `dataSize` bytes if there are more.
+    bool CutTo(std::uint64_t dataSize);
     bool Close();
 
     // The first failure, in one line: what could not be done to which file, why, what to do.
@@ -73,12 +76,13 @@ class DataFile final : private WriteTarget {
     bool Check(SystemErrorCode code, const wchar_t* action) noexcept;
 
     OutputSettings settings_;
-    WriteQueue* queue_;  // null: Append writes at once
+    BlockPool* pool_;
     OutputFile file_;
     std::wstring path_;
     bool created_ = false;
     bool hasHeader_ = false;
     std::uint64_t dataSize_ = 0;
+    std::uint64_t writeBackEnd_ = 0;  // of the data that the disk was asked to begin with
     bool hasUnsyncedData_ = false;
     // What failed, kept without a byte of memory: a full disk may come with a full memory.
     const wchar_t* failedAction_ = nullptr;

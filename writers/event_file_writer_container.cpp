@@ -26,7 +26,7 @@ std::int32_t EventFileWriterContainer::Open(const std::wstring& outputDirectory)
     if (result != 0) return -1;
 
     OutputFileRecord record;
-    record.eventBuffer = RecordBuffer<EventRec>(settings.recordsPerBlock);
+    record.eventBuffer = std::vector<EventRec>(kRecordsPerBlock);
     record.recordSize = sizeof(EventRec);
     InitOutputFileRecord(*this, record, opened);
     records.push_back(std::move(record));
@@ -57,6 +57,10 @@ std::int32_t EventFileWriterContainer::CommitEvent() {
     const std::int32_t result = WriteBufferedEvents();
     record.bufferedCount = 0;
     return result;
+}
+
+void EventFileWriterContainer::LeaveUnfinished() {
+    if (settings.keepPartialBlocks && !records.empty()) WriteBufferedEvents();
 }
 
 std::int32_t EventFileWriterContainer::WriteBufferedEvents() {

@@ -26,6 +26,9 @@ class EventFileWriterContainer : public FileWriterContainer {
     std::int32_t CommitEvent();
     // Writes the filled slots, also when there are none.
     std::int32_t WriteBufferedEvents();
+    // For a recording that fails in its middle: what is buffered is written only if the settings
+    // keep partial blocks.
+    void LeaveUnfinished();
 
     std::uint8_t lastTtl = 0;
     bool ttlUnset = true;       // no TTL value seen yet

@@ -19,14 +19,16 @@ inline constexpr std::uint32_t kMostPacketChannels = 256;
 // recording and one thread.
 class FileWriterContainer {
   public:
-    // `queue`, which must outlive the container, writes behind it; null: the container does.
+    // `queue`, which must outlive the container, appends full blocks to the files; null: the
+    // container does.
     explicit FileWriterContainer(const OutputSettings& outputSettings, WriteQueue* queue = nullptr)
-        : settings(outputSettings), fileIO(outputSettings, queue) {}
+        : settings(outputSettings), blocks(queue), fileIO(outputSettings, &blocks) {}
     virtual ~FileWriterContainer() = default;
     FileWriterContainer(const FileWriterContainer&) = delete;
     FileWriterContainer& operator=(const FileWriterContainer&) = delete;
 
     const OutputSettings settings;
+    BlockPool blocks;  // before the files: what they still wait for lies in it
     Veltrosyn::VtxFileIO fileIO;
     std::vector<OutputFileRecord> records;  // in the order of opening
     std::uint32_t samplingFrequency = 0;    // of the A/D channels, samples per second

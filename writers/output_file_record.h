@@ -3,15 +3,15 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "outputs/file_identity.h"
 #include "outputs/vtx_data_types.h"
-#include "writers/record_buffer.h"
 
 namespace stalwick {
 
 // One output file of a writer container: what its header says and what is buffered for it.
-// Movable, not copyable: the buffers of a wide recording are larger than a gigabyte.
+// Its buffers are blocks of its container's pool; only the event file has one of its own.
 struct OutputFileRecord {
     std::int32_t handle = 0;  // of the data file library
     Uuid fileUuid{};
@@ -20,10 +20,11 @@ struct OutputFileRecord {
     std::wstring acqEntName;                   // acquisition entity, for example CSC3 or Base_LAX
     std::uint32_t channelIndex = 0;            // from 0 within the file's group
     double samplingFrequency = 0.0;            // samples per second
-    std::span<VtxDataTypes::CRRec> cscBuffer;  // of a channel file, in its container's pool
-    RecordBuffer<VtxDataTypes::EventRec> eventBuffer;  // of the event file
-    RecordBuffer<std::uint32_t> rawBuffer;             // of the raw data file
+    std::span<VtxDataTypes::CRRec> cscBuffer;  // of a channel file; none after a failed write
+    std::vector<VtxDataTypes::EventRec> eventBuffer;  // of the event file
+    std::span<std::uint32_t> rawBuffer;               // of the raw data file
     std::uint32_t bufferedCount = 0;      // complete records; of the raw data file: words
+    std::uint64_t writtenCount = 0;       // the same, handed to the file before those
     std::uint64_t runningTimestamp = 0;   // microseconds, without base timestamps
     std::uint32_t recordSize = 0;         // bytes, as the header prints it
     double accumulatedTimestamp = 0.0;    // microseconds, not rounded

@@ -4,18 +4,19 @@
 
 namespace stalwick {
 
-// Records that a writer collects before it hands them on in one call.
+// Records that a file's data count in: a recording that fails in its middle leaves the full blocks
+// of so many in each file, and events are written so many at a time.
 inline constexpr std::uint32_t kRecordsPerBlock = 5000;
 
 // Whether further threads read ahead and write behind the one that converts.
 enum class HelperThreads { kWhenThereAreCores, kOff, kOn };
 
-// How outputs are written; what is written does not depend on it.
+// How outputs are written; what is written of a whole recording does not depend on it.
 struct OutputSettings {
-    std::uint32_t recordsPerBlock = kRecordsPerBlock;  // 1 to 5000
     bool syncBeforeFinalHeader = true;  // a header that says "closed" never stands over lost data
     HelperThreads helperThreads = HelperThreads::kWhenThereAreCores;
-    std::uint32_t conversionsAtOnce = 1;  // by this process: their files are open together
+    bool keepPartialBlocks = false;  // of a recording that fails in its middle: all whole records
+    std::uint32_t recordsPerWrite = 0;  // for tests; 0: what was measured to be best
 };
 
 // Whether these settings mean further threads on this machine.

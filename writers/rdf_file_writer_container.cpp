@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "outputs/output_format.h"
 #include "outputs/raw_record.h"
@@ -15,7 +16,7 @@ namespace stalwick {
 
 namespace {
 
-constexpr std::size_t kSpareBuffers = 2;  // filled while another one is written
+constexpr std::size_t kWordsPerWrite = 65536;
 constexpr std::size_t kWidestRecordWords = RawRecordWords(kMostPacketChannels);
 
 }  // namespace
@@ -27,7 +28,7 @@ std::int32_t RDFFileWriterContainer::Open(const std::wstring& outputDirectory) {
             return BuildOutputFilePath(outputDirectory, kRawDataEntity, L"", kRawDataFileExtension);
         },
         [&](const std::wstring& path) -> std::int32_t {
-            file_ = std::make_unique<DataFile>(settings, queue_);
+            file_ = std::make_unique<DataFile>(settings, &blocks);
             return CreationResult(file_->Create(path), path);
         },
         opened.filePath);
@@ -35,11 +36,12 @@ std::int32_t RDFFileWriterContainer::Open(const std::wstring& outputDirectory) {
 
     OutputFileRecord record;
     const std::size_t recordWords = RawRecordWords(adChannelCount);
-    blockWords_ = recordWords * settings.recordsPerBlock;
-    const std::size_t words = std::max(blockWords_, kWidestRecordWords);
-    record.rawBuffer = RecordBuffer<std::uint32_t>(words);
-    if (queue_ != nullptr) spares_.resize(kSpareBuffers);
-    for (auto& spare : spares_) spare = RecordBuffer<std::uint32_t>(words);
+    fullBlockWords_ = recordWords * kRecordsPerBlock;
+    const std::size_t words =
+        settings.recordsPerWrite != 0 ? recordWords * settings.recordsPerWrite : kWordsPerWrite;
+    blockWords_ = std::max(words, kWidestRecordWords);
+    blocks.Reserve(1, blockWords_ * sizeof(std::uint32_t));
+    record.rawBuffer = {reinterpret_cast<std::uint32_t*>(blocks.Acquire()), blockWords_};
     InitOutputFileRecord(*this, record, opened);
     records.push_back(std::move(record));
     return WriteHeader(false);
@@ -95,8 +97,11 @@ void RDFFileWriterContainer::AppendRecord(OutputFileRecord& record,
                                           std::uint32_t sampleIndex, std::uint8_t ttlValue) {
     const std::size_t channels = samples.size() / kPacketSamples;
     const std::size_t words = channels + kRawWordsBesideSamples;
-    // Packets with another channel count than the header's give records of another length.
-    if (record.bufferedCount + words > record.rawBuffer.size()) FlushBuffer(record);
+    if (record.bufferedCount + words > record.rawBuffer.size()) {
+        SubmitWords(record, record.bufferedCount);
+        record.rawBuffer = {reinterpret_cast<std::uint32_t*>(blocks.Acquire()), blockWords_};
+    }
+    CountWords(record, words);
 
     std::array<std::uint32_t, kRawFirstSampleWord> head{};
     head[kRawStartMarkerWord] = kRawStartMarker;
@@ -117,21 +122,46 @@ void RDFFileWriterContainer::AppendRecord(OutputFileRecord& record,
     }
     values[channels] = checksum;
     record.bufferedCount += static_cast<std::uint32_t>(words);
-    if (record.bufferedCount >= blockWords_) FlushBuffer(record);
 }
 
-void RDFFileWriterContainer::FlushBuffer(OutputFileRecord& record) {
-    file_->Append(record.rawBuffer.data(), record.bufferedCount * sizeof(std::uint32_t));
+// A full block ends with the record that fills it, or before one that would pass its end: packets
+// with another channel count than the header's give records of another length.
+void RDFFileWriterContainer::CountWords(const OutputFileRecord& record, std::size_t words) {
+    const std::uint64_t before = record.writtenCount + record.bufferedCount;
+    if (wordsInBlock_ + words > fullBlockWords_) {
+        fullBlocksEnd_ = before;
+        wordsInBlock_ = 0;
+    }
+    wordsInBlock_ += words;
+    if (wordsInBlock_ == fullBlockWords_) {
+        fullBlocksEnd_ = before + words;
+        wordsInBlock_ = 0;
+    }
+}
+
+// Hands the buffer over, with its first words.
+void RDFFileWriterContainer::SubmitWords(OutputFileRecord& record, std::uint64_t count) {
+    auto* const block = reinterpret_cast<std::byte*>(std::exchange(record.rawBuffer, {}).data());
+    record.writtenCount += count;
     record.bufferedCount = 0;
-    if (queue_ == nullptr) return;
-    // The buffer now belongs to the queue: the one that it has had longest is filled next.
-    std::swap(record.rawBuffer, spares_.front());
-    std::rotate(spares_.begin(), spares_.begin() + 1, spares_.end());
-    queue_->WaitForData(record.rawBuffer.data());
+    file_->Submit(block, count * sizeof(std::uint32_t));
+}
+
+void RDFFileWriterContainer::LeaveUnfinished() {
+    for (OutputFileRecord& record : records) {
+        const std::uint64_t kept = settings.keepPartialBlocks
+                                       ? record.writtenCount + record.bufferedCount
+                                       : fullBlocksEnd_;
+        if (kept > record.writtenCount) {
+            SubmitWords(record, kept - record.writtenCount);
+        } else {
+            file_->CutTo(kept * sizeof(std::uint32_t));
+        }
+    }
 }
 
 void RDFFileWriterContainer::Finish() {
-    for (OutputFileRecord& record : records) FlushBuffer(record);
+    for (OutputFileRecord& record : records) SubmitWords(record, record.bufferedCount);
     if (WriteHeader(true) != 0) return;
     records.clear();
     file_->Close();

@@ -16,14 +16,14 @@ namespace stalwick {
 // channels of one sample instant (docs/output-files.md). It writes the file itself; the data file
 // library has no part in it.
 //
-// Order of calls: fill the fields, Open, WriteRawRecords for every packet with samples, Finish.
+// Order of calls: fill the fields, Open, WriteRawRecords for every packet with samples, Finish or
+// LeaveUnfinished.
 class RDFFileWriterContainer : public FileWriterContainer {
   public:
     explicit RDFFileWriterContainer(const OutputSettings& outputSettings,
                                     WriteQueue* queue = nullptr)
-        : FileWriterContainer(outputSettings),
-          queue_(queue),
-          file_(std::make_unique<DataFile>(outputSettings, queue)) {}
+        : FileWriterContainer(outputSettings, queue),
+          file_(std::make_unique<DataFile>(outputSettings, &blocks)) {}
 
     // Returns 0, or -1 with the reason in Failure().
     std::int32_t Open(const std::wstring& outputDirectory);
@@ -42,6 +42,10 @@ class RDFFileWriterContainer : public FileWriterContainer {
     // Failures show in Failure() only.
     void Finish();
 
+    // For a recording that fails in its middle: leaves what full blocks of 5000 records had
+    // filled, or all records if the settings say so. Failures show in Failure() only.
+    void LeaveUnfinished();
+
     // Closes the file where Finish did not; a failure of that shows in Failure() too.
     void Close() { file_->Close(); }
 
@@ -54,14 +58,16 @@ class RDFFileWriterContainer : public FileWriterContainer {
     bool timestampsSaturated = false;
 
   private:
-    void FlushBuffer(OutputFileRecord& record);
+    void SubmitWords(OutputFileRecord& record, std::uint64_t count);
+    void CountWords(const OutputFileRecord& record, std::size_t words);
     void AppendRecord(OutputFileRecord& record, std::span<const std::uint16_t> samples,
                       std::uint32_t sampleIndex, std::uint8_t ttlValue);
 
-    std::size_t blockWords_ = 0;  // buffered before they are written
-    WriteQueue* queue_;
-    std::vector<RecordBuffer<std::uint32_t>> spares_;  // the one handed over first is the first
-    std::unique_ptr<DataFile> file_;  // behind the buffers: it waits until they are written
+    std::size_t blockWords_ = 0;  // of a block of the pool
+    std::uint64_t fullBlockWords_ = 0;
+    std::uint64_t wordsInBlock_ = 0;   // since the last full block ended
+    std::uint64_t fullBlocksEnd_ = 0;  // words, at the end of the last full block
+    std::unique_ptr<DataFile> file_;
 };
 
 }  // namespace stalwick

@@ -21,8 +21,8 @@ VtxRetVal ToResult(bool succeeded) {
 
 }  // namespace
 
-VtxFileIO::VtxFileIO(const stalwick::OutputSettings& settings, stalwick::WriteQueue* queue)
-    : settings_(settings), queue_(queue) {}
+VtxFileIO::VtxFileIO(const stalwick::OutputSettings& settings, stalwick::BlockPool* pool)
+    : settings_(settings), pool_(pool) {}
 
 VtxFileIO::~VtxFileIO() = default;
 
@@ -34,7 +34,7 @@ stalwick::DataFile* VtxFileIO::Find(int handle) {
 VtxRetVal VtxFileIO::OpenVtxOutputFile(const wchar_t* fileName,
                                        VtxDataTypes::VtxDataType /*dataType*/, int& handle,
                                        int /*flag*/) {
-    auto file = std::make_unique<stalwick::DataFile>(settings_, queue_);
+    auto file = std::make_unique<stalwick::DataFile>(settings_, pool_);
     if (const stalwick::SystemErrorCode code = file->Create(fileName); code != 0) {
         // A name that another program took just now is no failure yet: the caller chooses again.
         if (stalwick::WasNameTaken(code, fileName)) return VtxDataTypes::kFileExists;
@@ -51,26 +51,23 @@ VtxRetVal VtxFileIO::SetHeader(int handle, const wchar_t* headerText) {
     return ToResult(file != nullptr && file->SetHeader(stalwick::ToUtf8(headerText)));
 }
 
-VtxRetVal VtxFileIO::Append(int handle, const void* records, int length) {
+VtxRetVal VtxFileIO::WriteDataToFile(int handle, VtxDataTypes::CRRec* records, int length) {
+    stalwick::DataFile* file = Find(handle);
+    if (file == nullptr || length < 0) return kFailure;
+    const auto size = static_cast<std::size_t>(length);
+    return ToResult(pool_ != nullptr ? file->Submit(reinterpret_cast<std::byte*>(records), size)
+                                     : file->Append(records, size));
+}
+
+VtxRetVal VtxFileIO::WriteDataToFile(int handle, VtxDataTypes::EventRec* records, int length) {
     stalwick::DataFile* file = Find(handle);
     return ToResult(file != nullptr && length >= 0 &&
                     file->Append(records, static_cast<std::size_t>(length)));
 }
 
-VtxRetVal VtxFileIO::WriteDataToFile(int handle, VtxDataTypes::CRRec* records, int length) {
-    return Append(handle, records, length);
-}
-
-VtxRetVal VtxFileIO::WriteDataToFile(int handle, VtxDataTypes::EventRec* records, int length) {
-    return Append(handle, records, length);
-}
-
-bool VtxFileIO::HasTaken(const void* records) const {
-    return queue_ == nullptr || queue_->HasTaken(records);
-}
-
-void VtxFileIO::WaitUntilTaken(const void* records) const {
-    if (queue_ != nullptr) queue_->WaitForData(records);
+VtxRetVal VtxFileIO::CutDataTo(int handle, std::uint64_t length) {
+    stalwick::DataFile* file = Find(handle);
+    return ToResult(file != nullptr && file->CutTo(length));
 }
 
 VtxRetVal VtxFileIO::CompleteWrites() {

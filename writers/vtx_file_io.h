@@ -15,13 +15,13 @@ namespace Veltrosyn {
 // An object may hold many open files, each named by its handle. Used by one thread. Every result
 // but 0 is a failure; Failures() has the reasons.
 //
-// With a queue, which must outlive the object, WriteDataToFile hands the records over: their
-// memory must stay as it is until HasTaken() says so, and a failure is the result of a later call
-// on that file, at the latest of CloseAllOutputFiles.
+// With a pool, which must outlive the object, channel records stand at the start of one of its
+// blocks. WriteDataToFile hands the block over, and a failure may be the result of a later call on
+// that file, at the latest of CloseAllOutputFiles.
 class VtxFileIO {
   public:
     explicit VtxFileIO(const stalwick::OutputSettings& settings = {},
-                       stalwick::WriteQueue* queue = nullptr);
+                       stalwick::BlockPool* pool = nullptr);
     virtual ~VtxFileIO();
     VtxFileIO(const VtxFileIO&) = delete;
     VtxFileIO& operator=(const VtxFileIO&) = delete;
@@ -43,10 +43,8 @@ class VtxFileIO {
     // of the files failed to close, or failed before.
     VtxDataTypes::VtxRetVal CloseAllOutputFiles();
 
-    bool WritesBehind() const { return queue_ != nullptr; }
-    // Whether records handed over at this address may be changed; and waiting until they may.
-    bool HasTaken(const void* records) const;
-    void WaitUntilTaken(const void* records) const;
+    // Cuts a file's records to their first `length` bytes if there are more.
+    VtxDataTypes::VtxRetVal CutDataTo(int handle, std::uint64_t length);
 
     // Waits for everything handed over; fails when any of the files failed by then.
     VtxDataTypes::VtxRetVal CompleteWrites();
@@ -63,10 +61,9 @@ class VtxFileIO {
 
   private:
     stalwick::DataFile* Find(int handle);
-    VtxDataTypes::VtxRetVal Append(int handle, const void* records, int length);
 
     stalwick::OutputSettings settings_;
-    stalwick::WriteQueue* queue_;
+    stalwick::BlockPool* pool_;
     std::vector<std::unique_ptr<stalwick::DataFile>> files_;  // a handle is a position here
     std::vector<std::wstring> closedFailures_;
     stalwick::OutputTotals closedTotals_;

@@ -6,14 +6,13 @@ namespace stalwick {
 
 namespace {
 
-// More than the blocks that a recording can have under way at once.
-constexpr std::size_t kMostQueued = 1024;
 constexpr std::size_t kThreads = 2;  // the queue's and the caller's
+// The thread is woken for so many blocks at a time: waking costs as much as writing one.
+constexpr std::size_t kBlocksWorthWaking = 4;
 
 }  // namespace
 
 WriteQueue::WriteQueue() {
-    // Now, so that finishing what is queued needs no memory.
     running_.reserve(kThreads);
     thread_ = std::thread([this] { Work(); });
 }
@@ -27,6 +26,11 @@ WriteQueue::~WriteQueue() {
     thread_.join();
 }
 
+void WriteQueue::Reserve(std::size_t blockCount) {
+    const Lock lock(mutex_);
+    queued_.reserve(queued_.capacity() + blockCount);
+}
+
 void WriteQueue::Work() {
     Lock lock(mutex_);
     for (;;) {
@@ -36,28 +40,31 @@ void WriteQueue::Work() {
         } else if (stopping_ && queued_.empty()) {
             return;
         } else {
+            resting_ = true;
             changed_.wait(lock);
+            resting_ = false;
         }
     }
 }
 
 // The oldest task of a file that no thread is in. An older task of the same file stands before
 // it, so each file keeps its order.
-std::deque<WriteQueue::Task>::iterator WriteQueue::NextRunnable() {
+WriteQueue::Tasks::iterator WriteQueue::NextRunnable() {
     return std::find_if(queued_.begin(), queued_.end(), [this](const Task& task) {
         return std::none_of(running_.begin(), running_.end(),
                             [&](const Task& running) { return running.target == task.target; });
     });
 }
 
-void WriteQueue::RunNext(Lock& lock, std::deque<Task>::iterator next) {
+void WriteQueue::RunNext(Lock& lock, Tasks::iterator next) {
     const Task task = *next;
     queued_.erase(next);
     running_.push_back(task);
     lock.unlock();
-    task.target->PerformAppend(task.data, task.size);
+    task.target->PerformAppend(task.block, task.size);
     lock.lock();
     std::erase_if(running_, [&](const Task& running) { return running.target == task.target; });
+    task.home->push_back(task.block);
     changed_.notify_all();
 }
 
@@ -73,35 +80,28 @@ void WriteQueue::HelpUntil(Lock& lock, Condition condition) {
     }
 }
 
-template <typename Predicate>
-bool WriteQueue::IsPending(Predicate predicate) const {
-    return std::any_of(running_.begin(), running_.end(), predicate) ||
-           std::any_of(queued_.begin(), queued_.end(), predicate);
-}
-
-void WriteQueue::Post(WriteTarget& target, const void* data, std::size_t size) {
-    Lock lock(mutex_);
-    HelpUntil(lock, [this] { return queued_.size() < kMostQueued; });
-    queued_.push_back({&target, data, size});
-    lock.unlock();
-    changed_.notify_all();
-}
-
-bool WriteQueue::HasTaken(const void* data) {
+void WriteQueue::Submit(WriteTarget& target, std::byte* block, std::size_t size, FreeBlocks& home) {
     const Lock lock(mutex_);
-    return !IsPending([&](const Task& task) { return task.data == data; });
+    queued_.push_back({&target, block, size, &home});
+    if (resting_ && queued_.size() >= kBlocksWorthWaking) changed_.notify_all();
 }
 
-void WriteQueue::WaitForData(const void* data) {
+std::byte* WriteQueue::Take(FreeBlocks& home) {
     Lock lock(mutex_);
-    HelpUntil(lock,
-              [&] { return !IsPending([&](const Task& task) { return task.data == data; }); });
+    HelpUntil(lock, [&] { return !home.empty(); });
+    std::byte* const block = home.back();
+    home.pop_back();
+    return block;
 }
 
 void WriteQueue::WaitForTarget(const WriteTarget& target) {
+    const auto isItsTask = [&](const Task& task) { return task.target == &target; };
     Lock lock(mutex_);
-    HelpUntil(lock,
-              [&] { return !IsPending([&](const Task& task) { return task.target == &target; }); });
+    if (resting_ && !queued_.empty()) changed_.notify_all();
+    HelpUntil(lock, [&] {
+        return std::none_of(running_.begin(), running_.end(), isItsTask) &&
+               std::none_of(queued_.begin(), queued_.end(), isItsTask);
+    });
 }
 
 }  // namespace stalwick

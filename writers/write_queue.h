@@ -2,7 +2,6 @@
 
 #include <condition_variable>
 #include <cstddef>
-#include <deque>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -17,51 +16,52 @@ class WriteTarget {
     virtual void PerformAppend(const void* data, std::size_t size) noexcept = 0;
 };
 
-// Appends data to files behind the caller's back, with a thread of its own. The data of one file
-// are appended in the order in which they were posted, and no two threads are in one file at the
-// same time. Data are handed over, not copied: their memory must stay as it is until they were
-// taken. All operations are for one caller's thread, which does queued work itself while it
-// waits; so the last blocks of many files are written by both threads.
+// Appends blocks to files after the caller handed them over, with a thread of its own. The blocks
+// of one file are appended in the order in which they came, and no two threads are in one file at
+// the same time. All operations are for one caller's thread, which does queued work itself while
+// it waits; so the last blocks of many files are written by both threads.
 class WriteQueue {
   public:
+    using FreeBlocks = std::vector<std::byte*>;
+
     WriteQueue();
     // Does everything that is still queued.
     ~WriteQueue();
     WriteQueue(const WriteQueue&) = delete;
     WriteQueue& operator=(const WriteQueue&) = delete;
 
-    // Waits while the queue is full.
-    void Post(WriteTarget& target, const void* data, std::size_t size);
-
-    // Whether the data that were posted at this address are in their file, or failed to get there.
-    bool HasTaken(const void* data);
-    // Waits until then.
-    void WaitForData(const void* data);
+    // Makes room for so many blocks more: handing them over needs no memory then.
+    void Reserve(std::size_t blockCount);
+    // Appends the block's first `size` bytes; then the block is free again. Does not wait.
+    void Submit(WriteTarget& target, std::byte* block, std::size_t size, FreeBlocks& home);
+    // Takes a block out of those that are free; waits until there is one.
+    std::byte* Take(FreeBlocks& home);
     // Waits until nothing of that file is queued or being written.
     void WaitForTarget(const WriteTarget& target);
 
   private:
     struct Task {
         WriteTarget* target;
-        const void* data;
+        std::byte* block;
         std::size_t size;
+        FreeBlocks* home;  // where the block goes afterwards
     };
+    using Tasks = std::vector<Task>;
     using Lock = std::unique_lock<std::mutex>;
 
     void Work();
-    std::deque<Task>::iterator NextRunnable();
-    void RunNext(Lock& lock, std::deque<Task>::iterator next);
+    Tasks::iterator NextRunnable();
+    void RunNext(Lock& lock, Tasks::iterator next);
     template <typename Condition>
     void HelpUntil(Lock& lock, Condition condition);
-    template <typename Predicate>
-    bool IsPending(Predicate predicate) const;
 
     std::mutex mutex_;
     std::condition_variable changed_;
-    std::deque<Task> queued_;    // in the order of posting
-    std::vector<Task> running_;  // at most one a thread
+    Tasks queued_;   // in the order of submission
+    Tasks running_;  // at most one a thread
     bool stopping_ = false;
-    std::thread thread_;  // last: it uses everything above
+    bool resting_ = false;  // the thread waits for more to do
+    std::thread thread_;    // last: it uses everything above
 };
 
 }  // namespace stalwick

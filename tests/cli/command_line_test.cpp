@@ -24,7 +24,8 @@ TEST(CommandLine, WithoutOptionsOnlyTheADChannelsAreWanted) {
     EXPECT_FALSE(line.keepGoing);
     EXPECT_FALSE(line.quiet);
     EXPECT_TRUE(line.outputSettings.syncBeforeFinalHeader);
-    EXPECT_EQ(line.outputSettings.recordsPerBlock, 5000U);
+    EXPECT_FALSE(line.outputSettings.keepPartialBlocks);
+    EXPECT_EQ(line.jobs, 0U);
 }
 
 TEST(CommandLine, EverySwitchHasItsOutput) {
@@ -53,22 +54,16 @@ TEST(CommandLine, NoSyncTurnsTheWaitForTheDiskOff) {
     EXPECT_TRUE(Parsed({"--all", "a"}).outputSettings.syncBeforeFinalHeader);
 }
 
-TEST(CommandLine, BlocksHaveOneToFiveThousandRecords) {
-    EXPECT_EQ(Parsed({"--block-records", "1", "a"}).outputSettings.recordsPerBlock, 1U);
-    EXPECT_EQ(Parsed({"--block-records=64", "a"}).outputSettings.recordsPerBlock, 64U);
-    EXPECT_EQ(Parsed({"--block-records", "5000", "a"}).outputSettings.recordsPerBlock, 5000U);
-    for (const char* wrong : {"0", "5001", "-1", "1x", "", "4294967297"}) {
-        const ParsedArguments parsed = ParseArguments({"--block-records", wrong, "a"});
-        EXPECT_FALSE(parsed.proceed) << wrong;
-        EXPECT_EQ(parsed.exitStatus, kExitUsage) << wrong;
-    }
+TEST(CommandLine, KeepPartialKeepsWholeRecordsBeforeDamage) {
+    EXPECT_TRUE(Parsed({"--keep-partial", "a"}).outputSettings.keepPartialBlocks);
 }
 
-TEST(CommandLine, JobsAreOneUnlessAskedFor) {
-    EXPECT_EQ(Parsed({"a"}).jobs, 1U);
+TEST(CommandLine, JobsAreAsManyAsThereAreCoresUnlessAskedFor) {
+    EXPECT_EQ(Parsed({"a", "b"}).jobs, 0U);
+    EXPECT_EQ(Parsed({"-j", "0", "a"}).jobs, 0U);
     EXPECT_EQ(Parsed({"-j", "2", "a"}).jobs, 2U);
     EXPECT_EQ(Parsed({"--jobs=64", "a"}).jobs, 64U);
-    for (const char* wrong : {"0", "65", "two"}) {
+    for (const char* wrong : {"-1", "65", "two", "1x", "", "4294967297"}) {
         EXPECT_EQ(ParseArguments({"--jobs", wrong, "a"}).exitStatus, kExitUsage) << wrong;
     }
 }
@@ -132,7 +127,7 @@ TEST(CommandLine, UsageErrorsNameWhatIsWrongFirst) {
                  {{"a", "--jobs"}, "-j needs a value: -j N"},
                  {{"--raw=7", "a"}, "--raw takes no value"},
                  {{"-o", "", "a"}, "-o: an empty directory name"},
-                 {{"-j", "abc", "a"}, "--jobs: abc is not a whole number from 1 to 64"}};
+                 {{"-j", "abc", "a"}, "--jobs: abc is not a whole number from 0 to 64"}};
     for (const auto& one : cases) {
         const ParsedArguments parsed = ParseArguments(one.arguments);
         EXPECT_EQ(parsed.error,
@@ -145,8 +140,7 @@ TEST(CommandLine, NumbersAreDecimal) {
     EXPECT_EQ(Parsed({"-j", "08", "a"}).jobs, 8U);
     EXPECT_EQ(Parsed({"-j", "010", "a"}).jobs, 10U);
     EXPECT_EQ(Parsed({"--jobs=0000000064", "a"}).jobs, 64U);
-    EXPECT_EQ(Parsed({"--block-records", "0100", "a"}).outputSettings.recordsPerBlock, 100U);
-    for (const char* wrong : {"0x8", "0b1", "1e1", "+8", " 8", "8 ", "1_0", "1'0", "00"}) {
+    for (const char* wrong : {"0x8", "0b1", "1e1", "+8", " 8", "8 ", "1_0", "1'0"}) {
         EXPECT_EQ(ParseArguments({"-j", wrong, "a"}).exitStatus, kExitUsage) << wrong;
     }
 }

@@ -100,7 +100,7 @@ TEST(Command, VersionAndHelpGoToStandardOutput) {
         EXPECT_EQ(help.error, "");
         for (const char* word :
              {"--output-dir", "--no-csc", "--base-imu", "--afe-imu", "--ultrasonic", "--raw",
-              "--all", "--keep-going", "--quiet", "--no-sync", "--block-records N", "--jobs N",
+              "--all", "--keep-going", "--quiet", "--no-sync", "--keep-partial", "--jobs N",
               "--version", "--help", "130"}) {
             EXPECT_NE(help.output.find(word), std::string::npos) << word;
         }

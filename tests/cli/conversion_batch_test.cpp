@@ -51,7 +51,7 @@ std::map<std::string, std::string> Outputs(const TempDirectory& directory,
 
 TEST(ConversionBatch, JobsGiveTheSameFilesAsOneAfterAnother) {
     const FixedIdentity identity;
-    for (const std::uint32_t jobs : {1U, 2U, 5U, 64U}) {
+    for (const std::uint32_t jobs : {0U, 1U, 2U, 5U, 64U}) {
         const TempDirectory directory;
         std::vector<std::wstring> files;
         for (int i = 0; i < 7; ++i) {

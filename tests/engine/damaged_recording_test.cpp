@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/paths.h"
+#include "platform/system_error.h"
 #include "tests/support/engine_run.h"
 #include "tests/support/faulty_file_calls.h"
 #include "tests/support/ord_builder.h"
@@ -149,6 +151,69 @@ TEST(DamagedRecording, CanceledOneKeepsEverythingBeforeTheCancel) {
     EXPECT_NE(records % 5000, 0U);
     EXPECT_EQ(ReadFile(directory.Path(L"out/rec/Ultrasonic.vcs")).size(),
               kOrdHeaderBytes + records * 1044);
+}
+
+// 1300 samples a channel, which small blocks have written in part when the damage comes.
+std::string ShortDamagedRecording() {
+    RandomRecordingShape shape;
+    shape.packet.ultrasonic = true;
+    shape.packetCount = 130;
+    return BuildOrdFile(Version2Header(2), MakeRandomPackets(64, shape), Junk());
+}
+
+OutputSettings OneRecordAtATime() {
+    OutputSettings settings = QuickSettings();
+    settings.recordsPerWrite = 1;
+    settings.helperThreads = HelperThreads::kOff;  // what is written does not lag behind
+    return settings;
+}
+
+TEST(DamagedRecording, FileThatCannotBeShortenedIsADetailAndTheRestIsAsItWas) {
+    const TempDirectory directory;
+    FaultyFileCalls calls;
+    calls.truncateError = SystemErrorFor(SystemErrorKind::kOther);
+    const EngineRun run =
+        RunEngine(directory, ShortDamagedRecording(), AllOutputs(), OneRecordAtATime());
+    EXPECT_EQ(run.statusText, L"Processing failed - Failed to process buffer. 0 bytes consumed.");
+    std::wstring details;
+    for (const ConversionDetail& detail : run.details) {
+        if (detail.kind == ConversionDetail::Kind::kIncomplete) details += detail.text + L'\n';
+    }
+    for (const wchar_t* name : {L"CSC1.vcs", L"CSC2.vcs", L"Ultrasonic.vcs", L"RawData.vrd"}) {
+        const std::wstring path =
+            directory.Path(L"out") + kPathSeparator + L"rec" + kPathSeparator + name;
+        EXPECT_NE(details.find(L"cannot shorten " + path + L": "), std::wstring::npos) << name;
+        EXPECT_NE(ReadFile(path).find("File was not closed properly"), std::string::npos);
+    }
+    EXPECT_EQ(calls.openCount, 0U);
+}
+
+TEST(DamagedRecording, NothingIsShortenedIfPartialBlocksAreKept) {
+    const TempDirectory directory;
+    FaultyFileCalls calls;
+    OutputSettings settings = OneRecordAtATime();
+    settings.keepPartialBlocks = true;
+    const EngineRun run = RunEngine(directory, ShortDamagedRecording(), AllOutputs(), settings);
+    EXPECT_EQ(calls.truncateCount, 0U);
+    EXPECT_EQ(run.files.at("CSC1.vcs").size(), kOrdHeaderBytes + 2 * 1044);
+    EXPECT_EQ(run.files.at("Ultrasonic.vcs").size(), kOrdHeaderBytes + 130 * 70 / 512 * 1044);
+    EXPECT_EQ(run.files.at("RawData.vrd").size(), kOrdHeaderBytes + 1300 * (2 + 18 + 30) * 4);
+}
+
+TEST(DamagedRecording, FailedOutputLeavesTheOthersUnshortened) {
+    // More than 5000 changes of the TTL input: a full block of events that cannot be written.
+    std::vector<PacketPlan> plans = SensorPackets(5200);
+    for (std::size_t i = 0; i < plans.size(); ++i) {
+        plans[i].stateBytes = {static_cast<std::uint8_t>(i % 2 == 0 ? 0x10 : 0x20)};
+    }
+    const TempDirectory directory;
+    FaultyFileCalls calls;
+    calls.bytesUntilFull = 800'000;  // room for the ultrasonic records, not for the events
+    const EngineRun run = RunEngine(directory, BuildOrdFile(Version2Header(0), plans),
+                                    {false, false, false, true, true, false}, OneRecordAtATime());
+    EXPECT_EQ(run.statusText, L"Processing failed");
+    EXPECT_EQ(calls.truncateCount, 0U);
+    EXPECT_GT(run.files.at("Ultrasonic.vcs").size(), kOrdHeaderBytes + 600'000);
 }
 
 }  // namespace

@@ -110,9 +110,9 @@ TEST(OutputFailure, TooManyOpenFilesOfAllJobsTellHowManyAreNeeded) {
     const TempDirectory directory;
     FaultyFileCalls calls;
     calls.createError = SystemErrorFor(SystemErrorKind::kTooManyOpenFiles);
-    OutputSettings settings = QuickSettings();
-    settings.conversionsAtOnce = 2'000'000'000;  // beyond what any system permits
-    const EngineRun run = RunEngine(directory, FullRecording(), AllOutputs(), settings);
+    constexpr std::uint32_t kBeyondAnyLimit = 2'000'000'000;
+    const EngineRun run =
+        RunEngine(directory, FullRecording(), AllOutputs(), QuickSettings(), kBeyondAnyLimit);
     EXPECT_EQ(run.statusText, L"Processing failed");
     // 32 + 9 + 9 + 1 channel files, events, raw data and the recording; and 64 for all else.
     EXPECT_TRUE(Tells(run, L"its 53 outputs are open at once beside those of the other recordings"))

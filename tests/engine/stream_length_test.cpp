@@ -146,7 +146,7 @@ TEST(StreamLength, DamageIsReportedWithItsPlaceAndItsCause) {
     EXPECT_EQ(run.details[0].cause, ConversionDetail::Cause::kStoppedInTheMiddle);
 }
 
-TEST(StreamLength, BlocksOfOneRecordKeepEveryWholeRecordBeforeTheDamage) {
+TEST(StreamLength, EveryWholeRecordBeforeTheDamageStaysIfTheSettingsSaySo) {
     RandomRecordingShape shape;
     shape.packet.baseImu = shape.packet.afeImu = shape.packet.ultrasonic = true;
     shape.packetCount = 700;
@@ -156,7 +156,7 @@ TEST(StreamLength, BlocksOfOneRecordKeepEveryWholeRecordBeforeTheDamage) {
     const auto expected = RunReference(whole, good, AllOutputs()).files;
     const TempDirectory directory;
     OutputSettings settings = QuickSettings();
-    settings.recordsPerBlock = 1;
+    settings.keepPartialBlocks = true;
     const EngineRun run =
         RunEngine(directory, good + std::string(60000, 'x'), AllOutputs(), settings);
     ASSERT_NE(run.statusText, L"Processing complete");

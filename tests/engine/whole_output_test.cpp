@@ -91,8 +91,8 @@ TEST_P(WholeOutputOfFormat, WidthZeroConvertsLikeTheReference) {
 
 TEST_P(WholeOutputOfFormat, BufferedRecordsMakeNoDifferenceToTheFiles) {
     OutputSettings settings = QuickSettings();
-    for (const std::uint32_t recordsPerBlock : {1U, 3U}) {
-        settings.recordsPerBlock = recordsPerBlock;
+    for (const std::uint32_t recordsPerWrite : {1U, 3U}) {
+        settings.recordsPerWrite = recordsPerWrite;
         EXPECT_TRUE(ConvertsLikeTheReference(MixedRecording(4, Timestamps(), Code(), 260),
                                              AllOutputs(), settings));
     }
@@ -146,7 +146,7 @@ TEST(WholeOutput, PacketsOfDifferentChannelCountsShareAStream) {
 TEST(WholeOutput, RawBufferOfFewRecordsHoldsTheWidestRecord) {
     // The header says one channel, the packets have 256: records longer than the buffer's plan.
     OutputSettings settings = QuickSettings();
-    settings.recordsPerBlock = 1;
+    settings.recordsPerWrite = 1;
     EXPECT_TRUE(ConvertsLikeTheReference(
         Version2Header(1).Block() +
             FullRecording(9, true, 3, false, true, 40).substr(kOrdHeaderBytes),

@@ -18,10 +18,10 @@ namespace {
 
 constexpr std::uint64_t kHeaderBytes = 16384;
 
-OutputSettings Settings(HelperThreads helperThreads, std::uint32_t recordsPerBlock) {
+OutputSettings Settings(HelperThreads helperThreads, std::uint32_t recordsPerWrite) {
     OutputSettings settings = QuickSettings();
     settings.helperThreads = helperThreads;
-    settings.recordsPerBlock = recordsPerBlock;
+    settings.recordsPerWrite = recordsPerWrite;
     return settings;
 }
 
@@ -36,11 +36,11 @@ std::string Recording() {
 
 TEST(WriterThread, WritesTheSameBytes) {
     const std::string recording = Recording();
-    for (const std::uint32_t recordsPerBlock : {1U, 2U, 3U, 5U, 64U, 5000U}) {
+    for (const std::uint32_t recordsPerWrite : {0U, 1U, 2U, 3U, 5U, 5000U}) {
         for (const HelperThreads helperThreads : {HelperThreads::kOff, HelperThreads::kOn}) {
             EXPECT_TRUE(ConvertsLikeTheReference(recording, AllOutputs(),
-                                                 Settings(helperThreads, recordsPerBlock)))
-                << recordsPerBlock << " records a block";
+                                                 Settings(helperThreads, recordsPerWrite)))
+                << recordsPerWrite << " records a write";
         }
     }
 }

@@ -9,7 +9,6 @@
 
 #include "platform/file_system.h"
 #include "platform/input_file.h"
-#include "platform/memory_mapping.h"
 #include "platform/output_file.h"
 #include "platform/paths.h"
 #include "platform/system_error.h"
@@ -316,24 +315,6 @@ TEST(OutputFile, TruncationKeepsTheBeginningAndIsContinuedAfterInterruptions) {
     calls.truncateError = SystemErrorFor(SystemErrorKind::kOther);
     EXPECT_EQ(file.Truncate(1), calls.truncateError);
     EXPECT_EQ(ReadFile(directory.Path(L"a")), "abcd");
-}
-
-TEST(MemoryMapping, MemoryIsZeroAndStaysWithItsLastOwner) {
-    MemoryMapping first(100'000);
-    ASSERT_NE(first.data(), nullptr);
-    EXPECT_EQ(first.size(), 100'000U);
-    for (std::size_t i = 0; i < first.size(); ++i) ASSERT_EQ(first.data()[i], std::byte{0});
-    first.data()[99'999] = std::byte{7};
-    MemoryMapping second(std::move(first));
-    MemoryMapping third(1);
-    third = std::move(second);
-    EXPECT_EQ(third.data()[99'999], std::byte{7});
-    EXPECT_EQ(first.data(), nullptr);
-    EXPECT_EQ(second.data(), nullptr);
-}
-
-TEST(MemoryMapping, RangeThatCannotBeHadThrows) {
-    EXPECT_THROW(MemoryMapping(SIZE_MAX / 2), std::bad_alloc);
 }
 
 }  // namespace

@@ -25,7 +25,7 @@ SWITCHES = {
     "every output": ("--all",),
     "channels alone": (),
     "sensors alone": ("--no-csc", "--base-imu", "--afe-imu", "--ultrasonic"),
-    "small blocks": ("--raw", "--block-records", "1"),
+    "channels and raw data": ("--raw",),
 }
 
 
@@ -98,7 +98,7 @@ def test_a_set_whose_recording_is_damaged_is_read_as_far_as_it_goes(
     data[2_000_000:2_200_000] = bytes(200_000)
     recording = tmp_path / "damaged.ord"
     recording.write_bytes(data)
-    directory = convert(recording, "--all", "--block-records", "1", statuses=(1,))
+    directory = convert(recording, "--all", "--keep-partial", statuses=(1,))
     with pytest.raises(stalwick.IncompleteFileError, match="was not closed"):
         stalwick.open_session(directory)
     session = stalwick.open_session(directory, allow_incomplete=True)

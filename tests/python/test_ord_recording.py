@@ -100,7 +100,7 @@ def test_damage_raises_unless_incomplete_recordings_are_allowed(
         stalwick.open_ord(path)
     recording = stalwick.open_ord(path, allow_incomplete=True)
     assert recording.ends_in_damage
-    out = convert(path, "--block-records", "1", statuses=(1,))
+    out = convert(path, "--keep-partial", statuses=(1,))
     session = stalwick.open_session(out, allow_incomplete=True)
     whole = min(session.num_samples, recording.num_samples)
     assert whole > 5000

@@ -40,10 +40,11 @@ ConversionJob MakeJob(const TempDirectory& directory, const std::vector<std::wst
 }
 
 EngineRun RunEngine(const TempDirectory& directory, const std::string& recording,
-                    const ReferenceConvertOptions& options, const OutputSettings& settings) {
+                    const ReferenceConvertOptions& options, const OutputSettings& settings,
+                    std::uint32_t conversionsAtOnce) {
     const FixedIdentity identity;
     const std::wstring input = PutRecording(directory, recording);
-    DataProcessor processor(settings);
+    DataProcessor processor(settings, conversionsAtOnce);
     EngineRun run;
     RunConversionJob(MakeJob(directory, {input}, options, processor, run.statusText));
     run.errorText = processor.GetErrorMessage();

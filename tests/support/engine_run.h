@@ -36,7 +36,8 @@ ConversionJob MakeJob(const TempDirectory& directory, const std::vector<std::wst
 /** Converts one recording with the engine, with FixedIdentity in place. */
 EngineRun RunEngine(const TempDirectory& directory, const std::string& recording,
                     const ReferenceConvertOptions& options,
-                    const OutputSettings& settings = QuickSettings());
+                    const OutputSettings& settings = QuickSettings(),
+                    std::uint32_t conversionsAtOnce = 1);
 
 /** The same conversion by the reference. */
 ReferenceConvertResult RunReference(const TempDirectory& directory, const std::string& recording,

@@ -28,7 +28,7 @@ std::vector<FileCallRecord> CallsOf(const std::wstring& name, const OutputSettin
 
 OutputSettings SmallBlocks() {
     OutputSettings settings;
-    settings.recordsPerBlock = 20;
+    settings.recordsPerWrite = 1;
     return settings;
 }
 

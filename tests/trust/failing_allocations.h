@@ -5,8 +5,8 @@
 namespace stalwick::test {
 
 /**
- * Lets allocations of this program fail: operator new of every thread, and the pages that it takes
- * from the system for its buffers. Linked in, it replaces the program's operator new.
+ * Lets allocations of this program fail, of every thread. Linked in, it replaces the program's
+ * operator new.
  */
 class FailingAllocations {
   public:

@@ -17,7 +17,7 @@ namespace {
 OutputSettings SettingsThatWantThreads() {
     OutputSettings settings;  // waits for the disk, many files at a time
     settings.helperThreads = HelperThreads::kOn;
-    settings.recordsPerBlock = 1;
+    settings.recordsPerWrite = 1;
     return settings;
 }
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/system_error.h"
+#include "tests/support/engine_run.h"
 #include "tests/support/faulty_file_calls.h"
 #include "tests/support/fixed_identity.h"
 #include "tests/support/temp_directory.h"
@@ -14,8 +15,7 @@ namespace {
 
 // An event file for a recording of 32 kHz.
 struct OpenEvents {
-    explicit OpenEvents(std::uint32_t recordsPerBlock = kRecordsPerBlock)
-        : container({recordsPerBlock, false}) {
+    explicit OpenEvents(const OutputSettings& settings = QuickSettings()) : container(settings) {
         container.samplingFrequency = 32000;
         container.lastTtl = 9;
         EXPECT_EQ(container.Open(directory.Path()), 0);
@@ -59,35 +59,46 @@ TEST(EventFileWriterContainer, HeaderHasTheEventTypeAndVersionAndNoLinesOfItsOwn
 }
 
 TEST(EventFileWriterContainer, FullBlockIsWrittenAtOnceAndTheCountStartsAgain) {
-    OpenEvents events(3);
-    for (std::uint64_t i = 0; i < 3; ++i) {
+    OpenEvents events;
+    for (std::uint64_t i = 0; i < 5000; ++i) {
         events.container.NextEvent().timestamp = i;
         EXPECT_EQ(events.container.CommitEvent(), 0);
     }
     EXPECT_EQ(events.container.records[0].bufferedCount, 0U);
-    EXPECT_EQ(events.Bytes().size(), 16384U + 3 * 184);
+    EXPECT_EQ(events.Bytes().size(), 16384U + 5000 * 184);
     // The block is used again without being cleared.
     const std::uint64_t last = events.container.records[0].eventBuffer[2].timestamp;
     EXPECT_EQ(last, 2U);
     events.container.NextEvent().timestamp = 77;
     EXPECT_EQ(events.container.CommitEvent(), 0);
     EXPECT_EQ(events.container.WriteBufferedEvents(), 0);
-    EXPECT_EQ(events.Bytes().size(), 16384U + 4 * 184);
-    EXPECT_EQ(events.Bytes()[16384 + 3 * 184 + 6], 77);
+    EXPECT_EQ(events.Bytes().size(), 16384U + 5001 * 184);
+    EXPECT_EQ(events.Bytes()[16384 + 5000 * 184 + 6], 77);
 }
 
 TEST(EventFileWriterContainer, FullBlockThatCannotBeWrittenFails) {
-    OpenEvents events(2);
+    OpenEvents events;
     FaultyFileCalls calls;
     calls.bytesUntilFull = 0;
-    EXPECT_EQ(events.container.CommitEvent(), 0);
+    for (int i = 0; i < 4999; ++i) EXPECT_EQ(events.container.CommitEvent(), 0);
     EXPECT_EQ(events.container.CommitEvent(), -1);
+}
+
+TEST(EventFileWriterContainer, RecordingThatFailsLosesWhatIsBufferedUnlessTheSettingsKeepIt) {
+    for (const bool keep : {false, true}) {
+        OutputSettings settings = QuickSettings();
+        settings.keepPartialBlocks = keep;
+        OpenEvents events(settings);
+        for (int i = 0; i < 5001; ++i) EXPECT_EQ(events.container.CommitEvent(), 0);
+        events.container.LeaveUnfinished();
+        EXPECT_EQ(events.Bytes().size(), 16384U + (keep ? 5001 : 5000) * 184);
+    }
 }
 
 TEST(EventFileWriterContainer, FileThatCannotBeCreatedFailsWithItsReason) {
     const TempDirectory directory;
     MakeDirectory(directory.Path(L"Events.vev"));
-    EventFileWriterContainer container({kRecordsPerBlock, false});
+    EventFileWriterContainer container(QuickSettings());
     container.samplingFrequency = 32000;
     EXPECT_EQ(container.Open(directory.Path()), -1);
     ASSERT_EQ(container.fileIO.Failures().size(), 1U);
@@ -97,7 +108,7 @@ TEST(EventFileWriterContainer, FileThatCannotBeCreatedFailsWithItsReason) {
 
 TEST(EventFileWriterContainer, RefusedHeaderFails) {
     const TempDirectory directory;
-    EventFileWriterContainer container({kRecordsPerBlock, false});
+    EventFileWriterContainer container(QuickSettings());
     container.samplingFrequency = 32000;
     container.sessionUuid = std::wstring(17000, L'x');
     EXPECT_EQ(container.Open(directory.Path()), -1);

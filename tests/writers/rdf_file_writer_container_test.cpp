@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/system_error.h"
+#include "tests/support/engine_run.h"
 #include "tests/support/faulty_file_calls.h"
 #include "tests/support/fixed_identity.h"
 #include "tests/support/temp_directory.h"
@@ -15,10 +16,15 @@ namespace {
 
 constexpr std::size_t kRecordWords = 32 + 18;
 
+OutputSettings RecordsPerWrite(std::uint32_t count) {
+    OutputSettings settings = QuickSettings();
+    settings.recordsPerWrite = count;
+    return settings;
+}
+
 // A raw data file of 32 channels at 30 kHz with an offset of 1000 µs.
 struct OpenRawData {
-    explicit OpenRawData(std::uint32_t recordsPerBlock = kRecordsPerBlock)
-        : container({recordsPerBlock, false}) {
+    explicit OpenRawData(const OutputSettings& settings = QuickSettings()) : container(settings) {
         container.adChannelCount = 32;
         container.samplingFrequency = 30000;
         container.timestampOffset = 1000;
@@ -78,7 +84,7 @@ TEST(RDFFileWriterContainer, HeaderHasItsLinesAndARecordSizeOfZero) {
 TEST(RDFFileWriterContainer, HeaderOfAnyLengthFillsItsBlock) {
     for (const std::size_t length : {0U, 1U, 8000U, 15000U}) {
         const TempDirectory directory;
-        RDFFileWriterContainer container({kRecordsPerBlock, false});
+        RDFFileWriterContainer container(QuickSettings());
         container.adChannelCount = 1;
         container.samplingFrequency = 1;
         container.sessionUuid = std::wstring(length, L'x');
@@ -90,7 +96,7 @@ TEST(RDFFileWriterContainer, HeaderOfAnyLengthFillsItsBlock) {
 TEST(RDFFileWriterContainer, HeaderTextThatFillsTheBlockToItsLastByteIsRefused) {
     const TempDirectory directory;
     {
-        RDFFileWriterContainer empty({kRecordsPerBlock, false});
+        RDFFileWriterContainer empty(QuickSettings());
         empty.samplingFrequency = 1;
         ASSERT_EQ(empty.Open(directory.Path()), 0);
     }
@@ -98,7 +104,7 @@ TEST(RDFFileWriterContainer, HeaderTextThatFillsTheBlockToItsLastByteIsRefused) 
         ReadFile(directory.Path(L"RawData.vrd")).find('\0');  // without a session text
     for (const std::size_t textSize : {16383U, 16384U}) {
         RemoveFile(directory.Path(L"RawData.vrd"));
-        RDFFileWriterContainer container({kRecordsPerBlock, false});
+        RDFFileWriterContainer container(QuickSettings());
         container.samplingFrequency = 1;
         container.sessionUuid = std::wstring(textSize - length, L'x');
         EXPECT_EQ(container.Open(directory.Path()), textSize == 16383 ? 0 : -1);
@@ -185,19 +191,39 @@ TEST(RDFFileWriterContainer, LastOfFewTtlValuesIsRepeated) {
               (std::vector<std::uint32_t>{1, 2, 3, 4, 5, 5, 5, 5, 5, 5}));
 }
 
-TEST(RDFFileWriterContainer, BufferHoldsFiveThousandRecordsBeforeTheFirstWrite) {
-    OpenRawData raw;
-    const std::vector<std::uint16_t> samples = Samples(4);
-    for (int packet = 0; packet < 499; ++packet) raw.Write(samples, {}, 1000);
-    EXPECT_EQ(raw.container.records[0].bufferedCount, 4990 * kRecordWords);
-    EXPECT_EQ(raw.FileSize(), 16384U);
-    raw.Write(samples, {}, 1000);
-    EXPECT_EQ(raw.container.records[0].bufferedCount, 0U);
-    EXPECT_EQ(raw.FileSize(), 16384U + 5000 * kRecordWords * 4);
+TEST(RDFFileWriterContainer, RecordingThatFailsLeavesTheFullBlocks) {
+    for (const std::uint32_t recordsPerWrite : {0U, 1U, 7U, 4999U, 6000U}) {
+        for (const int packets : {499, 500, 501, 1007}) {
+            OpenRawData raw(RecordsPerWrite(recordsPerWrite));
+            const std::vector<std::uint16_t> samples = Samples(4);
+            for (int packet = 0; packet < packets; ++packet) raw.Write(samples, {}, 1000);
+            raw.container.LeaveUnfinished();
+            const auto blocks = static_cast<std::size_t>(packets / 500);
+            EXPECT_EQ(raw.FileSize(), 16384U + blocks * 5000 * kRecordWords * 4);
+        }
+    }
+}
+
+TEST(RDFFileWriterContainer, RecordingThatFailsKeepsEveryRecordIfTheSettingsSaySo) {
+    OutputSettings settings = QuickSettings();
+    settings.keepPartialBlocks = true;
+    OpenRawData raw(settings);
+    for (int packet = 0; packet < 501; ++packet) raw.Write(Samples(4), {}, 1000);
+    raw.container.LeaveUnfinished();
+    EXPECT_EQ(raw.FileSize(), 16384U + 5010 * kRecordWords * 4);
+}
+
+TEST(RDFFileWriterContainer, FileThatCannotBeShortenedIsNamed) {
+    OpenRawData raw(RecordsPerWrite(1));
+    raw.Write(Samples(4), {}, 1000);
+    FaultyFileCalls calls;
+    calls.truncateError = SystemErrorFor(SystemErrorKind::kOther);
+    raw.container.LeaveUnfinished();
+    EXPECT_NE(raw.container.Failure().find(L"cannot shorten "), std::wstring::npos);
 }
 
 TEST(RDFFileWriterContainer, RecordsOfOtherLengthsAreFlushedInTime) {
-    OpenRawData raw(20);
+    OpenRawData raw(RecordsPerWrite(20));
     for (int packet = 0; packet < 50; ++packet) {
         raw.Write(Samples(4, packet % 2 == 0 ? 64 : 32), {}, 1000);
         EXPECT_LE(raw.container.records[0].bufferedCount, 20 * kRecordWords);
@@ -220,11 +246,10 @@ TEST(RDFFileWriterContainer, FlagHasNoEffect) {
 }
 
 TEST(RDFFileWriterContainer, FullDiskIsNoErrorOfTheRecordsAndKeptAsFailure) {
-    OpenRawData raw(10);
+    OpenRawData raw(RecordsPerWrite(10));
     FaultyFileCalls calls;
     calls.bytesUntilFull = 0;
-    raw.Write(Samples(4), {}, 1000);
-    raw.Write(Samples(4), {}, 1000);
+    for (int packet = 0; packet < 3; ++packet) raw.Write(Samples(4), {}, 1000);
     EXPECT_NE(raw.container.Failure().find(L"RawData.vrd"), std::wstring::npos);
     raw.container.Finish();
     EXPECT_NE(ReadFile(raw.directory.Path(L"RawData.vrd")).find("File was not closed properly"),
@@ -234,7 +259,7 @@ TEST(RDFFileWriterContainer, FullDiskIsNoErrorOfTheRecordsAndKeptAsFailure) {
 TEST(RDFFileWriterContainer, FileThatCannotBeCreatedFails) {
     const TempDirectory directory;
     MakeDirectory(directory.Path(L"RawData.vrd"));
-    RDFFileWriterContainer container({kRecordsPerBlock, false});
+    RDFFileWriterContainer container(QuickSettings());
     EXPECT_EQ(container.Open(directory.Path()), -1);
     EXPECT_FALSE(container.Failure().empty());
 }

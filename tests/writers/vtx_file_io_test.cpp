@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/system_error.h"
+#include "tests/support/engine_run.h"
 #include "tests/support/faulty_file_calls.h"
 #include "tests/support/temp_directory.h"
 
@@ -16,7 +17,7 @@ using Veltrosyn::VtxFileIO;
 using VtxDataTypes::CRRec;
 using VtxDataTypes::EventRec;
 
-constexpr OutputSettings kQuick{kRecordsPerBlock, false};
+const OutputSettings kQuick = QuickSettings();
 
 // One library object with one open channel file.
 struct OpenLibrary {

@@ -43,6 +43,7 @@ void StepClock::Learn(std::uint64_t from, std::uint64_t to) {
     if (!step) return;
     const auto length = static_cast<double>(*step);
     if (std::abs(length - nominalNs_) <= kNearNominal * nominalNs_) {
+        lastRegularNs_ = *step;
         sumNs_ += *step;
         ++count_;
         alike_ = 0;
@@ -61,6 +62,8 @@ void StepClock::Learn(std::uint64_t from, std::uint64_t to) {
 std::optional<std::uint64_t> StepClock::WholeSteps(std::uint64_t from, std::uint64_t to) const {
     const std::optional<std::uint64_t> distance = ForwardBy(from, to);
     if (!distance || stepNs_ <= 0.0) return std::nullopt;
+    // As nearly all are: the same as the one before, but for rounding.
+    if (lastRegularNs_ != 0 && *distance - lastRegularNs_ + 1 <= 2) return 1;
     const auto length = static_cast<double>(*distance);
     const double steps = std::round(length / stepNs_);
     const double drift = count_ < kStepsToLearn ? kDriftBeforeLearning : kDriftAfterLearning;

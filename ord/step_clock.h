@@ -28,7 +28,8 @@ class StepClock {
     double stepNs_ = 0.0;
     std::uint64_t sumNs_ = 0;  // of the steps near nominalNs_
     std::uint64_t count_ = 0;
-    std::uint64_t lastStepNs_ = 0;
+    std::uint64_t lastRegularNs_ = 0;  // the last step near nominalNs_
+    std::uint64_t lastStepNs_ = 0;     // the last other one
     unsigned alike_ = 0;  // steps in a row that are as long as each other and not near nominalNs_
 };
 

@@ -7,6 +7,10 @@
 
 #include "ord/ord_format.h"
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace stalwick {
 
 namespace {
@@ -25,7 +29,17 @@ bool IsEnabled(const std::vector<std::uint8_t>& mask, std::size_t channel) {
 // Bit i of the result: whether samples[i] has the value of the sample before it.
 unsigned EqualToTheOneBefore(const std::int16_t* samples, std::int16_t before) {
     unsigned equal = samples[0] == before ? 1U : 0U;
-    for (unsigned i = 1; i < kSamplesPerPacket; ++i) {
+    unsigned i = 1;
+#if defined(__SSE2__)
+    // Samples 1 to 8 at once.
+    const __m128i firstEight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(samples));
+    const __m128i nextEight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(samples + 1));
+    const __m128i alike = _mm_cmpeq_epi16(firstEight, nextEight);
+    const int bits = _mm_movemask_epi8(_mm_packs_epi16(alike, _mm_setzero_si128()));
+    equal |= static_cast<unsigned>(bits) << 1U;
+    i = 9;
+#endif
+    for (; i < kSamplesPerPacket; ++i) {
         equal |= (samples[i] == samples[i - 1] ? 1U : 0U) << i;
     }
     return equal;
@@ -69,7 +83,7 @@ void ChannelCollector::AddBlock() {
     const std::int16_t* const lastPacket = samples_[blockPackets_ - 1];
     for (std::size_t channel = 0; channel < slots_ / kSamplesPerPacket; ++channel) {
         if (!enabled_[channel]) continue;
-        if (AnySlot(sums_.atRangeEnd, channel)) CountAtRangeEnds(channel);
+        if (sums_.anyAtRangeEnd && AnySlot(sums_.atRangeEnd, channel)) CountAtRangeEnds(channel);
         Totals& totals = totals_[channel];
         if (MayHoldLongerRun(channel)) {
             FollowRuns(channel);

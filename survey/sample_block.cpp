@@ -16,6 +16,7 @@ template <std::size_t N>
     std::int16_t* __restrict const largest = sums.largest.data();
     std::uint16_t* __restrict const atRangeEnd = sums.atRangeEnd.data();
     std::fill_n(atRangeEnd, slots, std::uint16_t{0});
+    std::uint16_t any = 0;
     for (const std::int16_t* const packet : samples) {
         for (std::size_t i = 0; i < slots; ++i) {
             const std::int16_t value = packet[i];
@@ -24,8 +25,10 @@ template <std::size_t N>
             const auto atEnd =
                 static_cast<std::uint16_t>((value == kRangeStart) | (value == kRangeEnd));
             atRangeEnd[i] = static_cast<std::uint16_t>(atRangeEnd[i] | atEnd);
+            any = static_cast<std::uint16_t>(any | atEnd);
         }
     }
+    sums.anyAtRangeEnd = any != 0;
 }
 
 template <std::size_t N>
@@ -113,6 +116,8 @@ void AddPackets(std::span<const std::int16_t* const> packets, std::size_t slots,
             threeAlike[i] |= sums.threeAlike[i];
         }
     }
+    sums.anyAtRangeEnd = std::any_of(atRangeEnd.begin(), atRangeEnd.end(),
+                                     [](std::uint16_t slot) { return slot != 0; });
     sums.atRangeEnd = atRangeEnd;
     sums.threeAlike = threeAlike;
 }

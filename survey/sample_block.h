@@ -26,6 +26,7 @@ struct SlotSums {
     // whether it and the two slots after it have one value.
     std::array<std::uint16_t, kMostSlots> atRangeEnd;
     std::array<std::uint16_t, kMostSlots> threeAlike;
+    bool anyAtRangeEnd = false;  // of the slots
 
     void Clear();
 };

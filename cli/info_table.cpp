@@ -50,9 +50,11 @@ class Table {
 
 void AddTitle(const RecordingSurvey& survey, Table& table) {
     const RecordingHeader& header = survey.header;
+    const std::wstring size =
+        survey.fileSize != 0 ? ReadableBytes(survey.fileSize) : std::wstring(L"size not known");
     table.Title(survey.path + L": " + (survey.quick && !survey.hasTimestamps ? L"about " : L"") +
                 ReadableDuration(survey.durationSeconds) + L", " +
-                Counted(header.numADChannels, L"channel") + L", " + ReadableBytes(survey.fileSize));
+                Counted(header.numADChannels, L"channel") + L", " + size);
     const std::wstring system =
         header.acquisitionSystem.empty() ? L"not named" : header.acquisitionSystem;
     table.Row(L"header", L"version " + header.fileVersion + L", " +

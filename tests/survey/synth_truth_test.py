@@ -129,10 +129,29 @@ def test_cut(bench):
     assert document["cut_end"]["bytes"] > 0
 
 
+def test_statuses(bench):
+    """Exit statuses: 0 whole, 1 unreadable, 2 usage; a pipe is read like a file."""
+    path, _ = bench.make()
+    missing = os.path.join(bench.directory, "missing.ord")
+    for arguments, status in ((("info", path), 0), (("info", "--quick", path), 0),
+                              (("info", missing, path), 1), (("info", bench.directory), 1),
+                              ((), 2), (("info",), 2), (("info", "--bogus", path), 2),
+                              (("info", "--json=1", path), 2), (("frob", path), 2),
+                              (("--version",), 0), (("--help",), 0)):
+        run = subprocess.run([bench.command, *arguments], capture_output=True)
+        assert run.returncode == status, (arguments, run)
+        assert run.stderr.count(b"\n") == (0 if status == 0 else 1), run
+    with open(path, "rb") as file:
+        run = subprocess.run([bench.command, "info", "/dev/stdin"], input=file.read(),
+                             capture_output=True)
+    assert run.returncode == 0 and b"64 channels, size not known" in run.stdout, run
+
+
 def main():
     with tempfile.TemporaryDirectory() as directory:
         bench = Bench(sys.argv[1], sys.argv[2], directory)
-        for test in (test_gaps, test_repeated, test_version_one, test_damage, test_flip, test_cut):
+        for test in (test_gaps, test_repeated, test_version_one, test_damage, test_flip, test_cut,
+                     test_statuses):
             test(bench)
 
 

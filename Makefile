@@ -111,6 +111,7 @@ bench:
 	bench/compare.sh build/release
 	bench/window.sh build/release
 	bench/memory.py build/release
+	bench/python.py build/release
 	bench/regressions.py build/release/bench/ratios.json
 
 screenshots:

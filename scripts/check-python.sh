@@ -4,4 +4,4 @@ set -euo pipefail
 cd "$(dirname "$0")/../python"
 
 /usr/bin/mypy --no-incremental
-/usr/bin/flake8 . ../tests/python
+/usr/bin/flake8 . ../tests/python ../bench/python.py

@@ -15,7 +15,7 @@ packages_of() {
                    python3-setuptools python3-wheel python3-venv octave ;;
         check) echo clang clang-format libclang-rt-14-dev mypy flake8 python3-numpy ;;
         fuzz) echo clang libclang-rt-14-dev ;;
-        bench) echo libbenchmark-dev zstd flac python3 ;;
+        bench) echo libbenchmark-dev zstd flac python3 python3-numpy ;;
         coverage) echo gcovr ;;
         screenshots) echo xvfb openbox xdotool imagemagick librsvg2-bin fonts-dejavu-core ;;
         windows) echo g++-mingw-w64-x86-64-posix wine wine64 googletest dpkg-dev python3 ;;

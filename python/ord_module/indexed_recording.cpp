@@ -28,7 +28,7 @@ constexpr wchar_t kStaleIndex[] = L"it changed after its index was made; remove 
 }
 
 // The group's values in a packet, values[channel * samples + i]; empty where it has none.
-std::span<const std::uint16_t> ValuesOf(const ORDDataPacket& packet, SampleGroup group) {
+std::span<std::uint16_t> ValuesOf(ORDDataPacket& packet, SampleGroup group) {
     switch (group) {
         case SampleGroup::kAD:
             if (packet.adSamples) return *packet.adSamples;
@@ -111,18 +111,14 @@ void CopySamples(std::span<const std::uint16_t> values, std::uint64_t first,
     }
 }
 
-// Scales the requested samples among those from `begin` to `end`, while they are in the cache.
-void Scale(const SampleRequest& request, std::uint64_t begin, std::uint64_t end) {
-    begin = std::max(begin, request.start);
-    end = std::min(end, request.start + request.count);
-    if (begin >= end || request.group == SampleGroup::kUltrasonic) return;
-    for (std::int16_t* row : request.rows) {
-        const std::span<std::int16_t> samples(row + (begin - request.start), end - begin);
-        if (request.group == SampleGroup::kAD) {
-            ScaleADSamples(samples);
-        } else {
-            ScaleImuValues(samples);
-        }
+// Scales a packet's values in place, as the writers do.
+void Scale(std::span<std::uint16_t> values, SampleGroup group) {
+    const std::span<std::int16_t> samples(reinterpret_cast<std::int16_t*>(values.data()),
+                                          values.size());
+    if (group == SampleGroup::kAD) {
+        ScaleADSamples(samples);
+    } else if (group != SampleGroup::kUltrasonic) {
+        ScaleImuValues(samples);
     }
 }
 
@@ -157,7 +153,7 @@ RecordingIndex IndexedRecording::BuildIndex() const {
             break;
         }
         if (!packets.empty()) index.spans.push_back(span);
-        for (const ORDDataPacket& packet : packets) {
+        for (ORDDataPacket& packet : packets) {
             events.Add(packet);
             for (std::size_t g = 0; g < kSampleGroups; ++g) {
                 const auto values = ValuesOf(packet, static_cast<SampleGroup>(g));
@@ -204,15 +200,17 @@ void IndexedRecording::Read(const RecordingIndex& index, const SampleRequest& re
         ProcessDataBuffer(buffer.data(), size, packets, PacketDecodeOptions(header_),
                           kSamplesPerPacket, spares);
         sample = span->first[group];
-        for (const ORDDataPacket& packet : packets) {
+        for (ORDDataPacket& packet : packets) {
             const auto values = ValuesOf(packet, request.group);
             if (values.empty()) continue;
             const std::uint64_t next = sample + kSamplesInPacket[group];
             if (values.size() < neededValues) break;  // reported below
-            if (next > request.start && sample < end) CopySamples(values, sample, request);
+            if (next > request.start && sample < end) {
+                Scale(values, request.group);
+                CopySamples(values, sample, request);
+            }
             sample = next;
         }
-        Scale(request, span->first[group], sample);
     }
     if (sample < end) Fail(path_, kStaleIndex);
 }

@@ -46,12 +46,11 @@ def record(name, *options):
 
 
 def touch_memory(size):
-    """Takes memory and gives it back: half in huge pages, as the program's buffers, and half as
-    pages of a file, both at once."""
+    """Takes memory and gives it back: half as a process's own, and half as pages of a file, both
+    at once."""
     half = ((size >> 22) + 1) << 21
     piece = bytes(1 << 20)
     with mmap.mmap(-1, half, mmap.MAP_PRIVATE | mmap.MAP_ANONYMOUS) as memory:
-        memory.madvise(mmap.MADV_HUGEPAGE)
         for at in range(0, half, mmap.PAGESIZE):
             memory[at] = 1
         with open(work / "warm", "wb", buffering=0) as target:

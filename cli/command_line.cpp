@@ -181,4 +181,11 @@ ParsedArguments ParseArguments(std::vector<std::string> arguments) {
     return parsed;
 }
 
+void VisitConvertOptions(const std::function<void(const CLI::App&)>& visit) {
+    CLI::App app("", kProgram);
+    RawOptions options;
+    Declare(app, options);
+    visit(app);
+}
+
 }  // namespace stalwick

@@ -1,9 +1,14 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "engine/data_processor.h"
+
+namespace CLI {
+class App;
+}
 
 namespace stalwick {
 
@@ -32,5 +37,8 @@ struct ParsedArguments {
 
 // Reads the arguments behind the program's name (UTF-8).
 ParsedArguments ParseArguments(std::vector<std::string> arguments);
+
+// Hands out the declared options, of which the manual page and the shell completions are made.
+void VisitConvertOptions(const std::function<void(const CLI::App&)>& visit);
 
 }  // namespace stalwick

@@ -36,6 +36,19 @@ void DeclareInfo(CLI::App& app, InfoOptions& options) {
         "damaged. Gaps and a recording that ends inside a packet are no damage.");
 }
 
+std::string VersionLine() {
+    return std::string(kProgram) + ' ' + kVersion + '\n';
+}
+
+void Declare(CLI::App& app, InfoOptions& infoOptions) {
+    app.description("Looks at wireless recordings (.ord).");
+    app.allow_windows_style_options(false);
+    app.set_help_flag("-h,--help", "Print this help message and exit");
+    app.set_version_flag("--version", VersionLine());
+    app.require_subcommand(1);
+    DeclareInfo(*app.add_subcommand("info", "What recordings hold"), infoOptions);
+}
+
 bool Flush() {
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
     PrintLine(stderr, L"stalwick-inspect: cannot write to standard output");
@@ -100,28 +113,30 @@ int ReportUsage(const std::string& what) {
 }  // namespace
 
 int RunInspectCommand(const std::vector<std::string>& arguments) {
-    CLI::App app("Looks at wireless recordings (.ord).", kProgram);
-    app.allow_windows_style_options(false);
-    app.set_help_flag("-h,--help", "Print this help message and exit");
-    const std::string version = std::string(kProgram) + ' ' + kVersion + '\n';
-    app.set_version_flag("--version", version);
-    app.require_subcommand(1);
-    CLI::App* const info = app.add_subcommand("info", "What recordings hold");
+    CLI::App app("", kProgram);
     InfoOptions infoOptions;
-    DeclareInfo(*info, infoOptions);
+    Declare(app, infoOptions);
+    const CLI::App* const info = app.get_subcommand("info");
     try {
         std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
         app.parse(reversed);
     } catch (const CLI::CallForHelp&) {
         return PrintText(app.help());
     } catch (const CLI::CallForVersion&) {
-        return PrintText(version);
+        return PrintText(VersionLine());
     } catch (const CLI::ParseError& error) {
         if (info->parsed()) return ReportUsage(DescribeUsageError(*info, error));
         if (!app.remaining().empty()) return ReportUsage(DescribeUsageError(app, error));
         return ReportUsage("say what to do: info FILE...");
     }
     return ShowInfo(infoOptions);
+}
+
+void VisitInspectOptions(const std::function<void(const CLI::App&)>& visit) {
+    CLI::App app("", kProgram);
+    InfoOptions infoOptions;
+    Declare(app, infoOptions);
+    visit(app);
 }
 
 }  // namespace stalwick

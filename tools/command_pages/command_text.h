@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace stalwick {
+
+// What a value stands for; a shell completes it accordingly.
+enum class ValueKind { kNone, kText, kDirectory, kRecording, kJsonFile };
+
+struct OptionText {
+    std::string shortName;  // "-o", or empty
+    std::string longName;   // "--output-dir", or empty
+    std::string valueName;  // "DIR"; empty: a switch
+    ValueKind valueKind = ValueKind::kNone;
+    std::string text;
+    std::string defaultValue;  // empty: none, or the text says it
+};
+
+// An argument without a name, such as FILE.
+struct ArgumentText {
+    std::string name;
+    ValueKind kind = ValueKind::kNone;
+    std::string text;
+};
+
+// All that is declared of a command or of one of its subcommands.
+struct CommandText {
+    std::string name;
+    std::string description;
+    std::string exitStatus;  // "0 all whole; 1 a conversion failed; ..."; empty: not said
+    std::vector<OptionText> options;
+    std::vector<ArgumentText> arguments;
+    std::vector<CommandText> subcommands;
+};
+
+CommandText DescribeCommand(const CLI::App& app);
+
+// The text to its first semicolon: a menu of completions has no room for more.
+std::string Summary(const std::string& text);
+
+}  // namespace stalwick

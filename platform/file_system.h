@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/file_calls.h"
 
@@ -41,6 +42,9 @@ std::wstring AbsolutePath(const std::wstring& path);
 // that does not exist only what does exist is resolved. The path itself where the system cannot
 // say.
 std::wstring ResolvedPath(const std::wstring& path);
+
+// Fills `names` with those of everything that stands in the directory, sorted.
+SystemErrorCode ListDirectory(const std::wstring& path, std::vector<std::wstring>& names);
 
 // Creates one level; its parent must exist.
 SystemErrorCode CreateDirectoryLevel(const std::wstring& path);

@@ -1,5 +1,6 @@
 #include "platform/file_system.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
@@ -53,6 +54,17 @@ std::wstring ResolvedPath(const std::wstring& path) {
     std::error_code failed;
     const auto resolved = std::filesystem::weakly_canonical(ToUtf8(path), failed);
     return failed ? path : FromUtf8(resolved.native());
+}
+
+SystemErrorCode ListDirectory(const std::wstring& path, std::vector<std::wstring>& names) {
+    names.clear();
+    std::error_code failed;
+    std::filesystem::directory_iterator entry(ToUtf8(path), failed);
+    for (; !failed && entry != std::filesystem::directory_iterator(); entry.increment(failed)) {
+        names.push_back(FromUtf8(entry->path().filename().native()));
+    }
+    std::sort(names.begin(), names.end());
+    return failed.value();
 }
 
 SystemErrorCode CreateDirectoryLevel(const std::wstring& path) {

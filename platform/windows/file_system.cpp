@@ -1,5 +1,6 @@
 #include "platform/file_system.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <system_error>
@@ -57,6 +58,17 @@ std::wstring ResolvedPath(const std::wstring& path) {
     std::error_code failed;
     const auto resolved = std::filesystem::weakly_canonical(AbsolutePath(path), failed);
     return failed ? AbsolutePath(path) : resolved.native();
+}
+
+SystemErrorCode ListDirectory(const std::wstring& path, std::vector<std::wstring>& names) {
+    names.clear();
+    std::error_code failed;
+    std::filesystem::directory_iterator entry(SystemPath(path), failed);
+    for (; !failed && entry != std::filesystem::directory_iterator(); entry.increment(failed)) {
+        names.push_back(entry->path().filename().native());
+    }
+    std::sort(names.begin(), names.end());
+    return static_cast<SystemErrorCode>(failed.value());
 }
 
 SystemErrorCode CreateDirectoryLevel(const std::wstring& path) {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -23,6 +24,26 @@ std::string Text(std::size_t size) {
     std::string text;
     while (text.size() < size) text += "0123456789abcdef-";
     return text.substr(0, size);
+}
+
+TEST(ListDirectory, GivesTheNamesOfAllThatStandsThereInOrder) {
+    const TempDirectory directory;
+    MakeDirectory(directory.Path(L"out"));
+    const std::wstring out = directory.Path(L"out");
+    std::vector<std::wstring> names = {L"left over"};
+    EXPECT_EQ(ListDirectory(out, names), 0);
+    EXPECT_TRUE(names.empty());
+    for (const wchar_t* name : {L"b.vcs", L"\u00b5.vev", L"a"}) {
+        WriteFile(out + kPathSeparator + name, "x");
+    }
+    MakeDirectory(out + kPathSeparator + L"c");
+    EXPECT_EQ(ListDirectory(out, names), 0);
+    EXPECT_EQ(names, (std::vector<std::wstring>{L"a", L"b.vcs", L"c", L"\u00b5.vev"}));
+
+    const SystemErrorCode missing = ListDirectory(directory.Path(L"none"), names);
+    EXPECT_EQ(ClassifySystemError(missing), SystemErrorKind::kNotFound);
+    EXPECT_TRUE(names.empty());
+    EXPECT_NE(ListDirectory(out + kPathSeparator + L"a", names), 0);
 }
 
 TEST(OutputFile, ShortAndInterruptedWritesAreContinued) {

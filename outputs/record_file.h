@@ -39,6 +39,10 @@ class RecordFile {
     std::uint64_t CutBytes() const { return cutBytes_; }        // after the last whole record
     // Where in the file a record begins.
     std::uint64_t RecordPosition(std::uint64_t record) const;
+    std::uint64_t Size() const { return file_.Size(); }  // bytes of the file, its header included
+
+    // Fills `target` with bytes of the file, also with those of a cut record; all must be there.
+    RecordFileError ReadBytes(std::uint64_t offset, void* target, std::size_t size) const;
 
   protected:
     // What the header of a kind of output says of it.
@@ -54,7 +58,6 @@ class RecordFile {
     RecordFileError Error(RecordFileError::Kind kind, const std::wstring& why) const;
 
   private:
-    RecordFileError ReadBytes(std::uint64_t offset, void* target, std::size_t size) const;
     RecordFileError ReadHeader(const Kind& kind);
 
     std::wstring path_;

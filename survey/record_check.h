@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+
+#include "survey/finding_log.h"
+#include "survey/output_set.h"
+#include "survey/time_steps.h"
+
+namespace stalwick {
+
+// What the records of a channel file come to.
+struct ChannelTotals {
+    std::uint64_t records = 0;
+    std::uint64_t samples = 0;
+    std::uint64_t timesDigest = 0;  // equal for equal times
+};
+
+// Looks at every whole record of a channel file.
+[[nodiscard]] ChannelTotals CheckChannelRecords(const OutputInSet& output, const RecordFile& file,
+                                                TimeSteps& steps, FindingLog& log);
+
+// Looks at every whole record of an event file.
+void CheckEventRecords(const RecordFile& file, TimeSteps& steps, FindingLog& log);
+
+}  // namespace stalwick

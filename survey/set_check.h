@@ -1,0 +1,20 @@
+#pragma once
+
+#include <vector>
+
+#include "ord/recording_header.h"
+#include "survey/output_set.h"
+#include "survey/verify_report.h"
+
+namespace stalwick {
+
+// Reports files that cannot be read, and those that are missing from a set or too many for it:
+// `recording` says what there has to be, or, where it is null, the other files do.
+void CheckMembers(const std::vector<OutputInSet>& outputs, const RecordingHeader* recording,
+                  std::size_t mostFindingsPerFile, VerifiedSet& set);
+
+// Looks at every record of a set's files, and whether their counts and times agree.
+void CheckRecords(const std::vector<OutputInSet>& outputs, std::size_t mostFindingsPerFile,
+                  VerifiedSet& set);
+
+}  // namespace stalwick

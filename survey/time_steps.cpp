@@ -1,0 +1,45 @@
+#include "survey/time_steps.h"
+
+#include <cmath>
+#include <utility>
+
+namespace stalwick {
+
+namespace {
+
+constexpr std::size_t kMostGaps = 100;  // that are listed
+constexpr double kMicrosecondsPerSecond = 1e6;
+
+}  // namespace
+
+void TimeSteps::CheckOrder(std::uint64_t time, const FindingPlace& place) {
+    const auto before = std::exchange(last_, time);
+    if (!before || static_cast<std::int64_t>(time - *before) >= 0) return;
+    log_.Add(place, L"its time is " + std::to_wstring(*before - time) +
+                        L" microseconds before that of the record before");
+}
+
+void TimeSteps::CheckGap(std::uint64_t time, std::uint64_t samples, const FindingPlace& place) {
+    const auto before = std::exchange(lastOfGap_, time);
+    if (samplesPerSecond_ == 0.0 || !before) return;
+    const double seconds =
+        static_cast<double>(static_cast<std::int64_t>(time - *before)) / kMicrosecondsPerSecond;
+    const double missing = seconds * samplesPerSecond_ - static_cast<double>(samples);
+    // Times are whole microseconds, and the recorder's clock may drift.
+    constexpr double kLeastSamples = 0.5;
+    constexpr double kDrift = 2e-4;
+    const double rounding = 2.0 * samplesPerSecond_ / kMicrosecondsPerSecond;
+    if (missing < kLeastSamples + rounding + kDrift * static_cast<double>(samples)) return;
+    ++set_.gapCount;
+    if (set_.gaps.size() >= kMostGaps) return;
+    set_.gaps.push_back({log_.Path(), place.record.value_or(0), place.byte.value_or(0),
+                         missing / samplesPerSecond_,
+                         static_cast<std::uint64_t>(std::llround(missing))});
+}
+
+void TimeSteps::Break() {
+    last_.reset();
+    lastOfGap_.reset();
+}
+
+}  // namespace stalwick

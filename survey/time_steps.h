@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "survey/finding_log.h"
+
+namespace stalwick {
+
+// Follows the times of a file's records, in microseconds. An offset is added to them modulo 2^64,
+// so they may pass that end.
+class TimeSteps {
+  public:
+    // `samplesPerSecond` 0: gaps are not looked for.
+    TimeSteps(double samplesPerSecond, VerifiedSet& set, FindingLog& log)
+        : samplesPerSecond_(samplesPerSecond), set_(set), log_(log) {}
+
+    // A time before the one of the last call is a finding.
+    void CheckOrder(std::uint64_t time, const FindingPlace& place);
+    // `samples` of a channel lie between this time and the one of the last call; more time between
+    // them is a gap.
+    void CheckGap(std::uint64_t time, std::uint64_t samples, const FindingPlace& place);
+    // What comes next does not follow.
+    void Break();
+
+  private:
+    double samplesPerSecond_;
+    VerifiedSet& set_;
+    FindingLog& log_;
+    std::optional<std::uint64_t> last_;
+    std::optional<std::uint64_t> lastOfGap_;
+};
+
+}  // namespace stalwick

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "survey/verify_report.h"
+
+namespace stalwick {
+
+struct VerifyRequest {
+    std::wstring directory;  // that holds the outputs of a recording
+    // The recording that they were made of: every sample, event, raw word and time is compared with
+    // what it gives. Empty: the outputs are only held against one another and their format.
+    std::wstring recordingPath;
+    std::size_t mostFindingsPerFile = 20;  // that are listed; all are counted
+};
+
+// Looks whether the outputs in a directory are whole. Several conversions may have written there:
+// each file belongs to the conversion whose event file is nearest in time, and of these numbers in
+// their names (CSC1_01.vcs) keep the order. Other files are left alone. Memory does not grow with
+// the outputs.
+[[nodiscard]] VerifyReport VerifyOutputs(const VerifyRequest& request);
+
+// The same for some files of the directory.
+[[nodiscard]] VerifyReport VerifyOutputs(const VerifyRequest& request,
+                                         const std::vector<std::wstring>& names);
+
+}  // namespace stalwick

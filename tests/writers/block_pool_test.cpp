@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
-#include <new>
 #include <random>
 #include <thread>
 #include <vector>
@@ -127,11 +126,6 @@ TEST(BlockPool, BlocksAreAlignedAndDoNotOverlap) {
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(blocks[i]) % alignof(std::uint64_t), 0U);
         EXPECT_TRUE(i == 0 || blocks[i] - blocks[i - 1] >= 100);
     }
-}
-
-TEST(BlockPool, MoreMemoryThanThereIsThrows) {
-    BlockPool pool;
-    EXPECT_THROW(pool.Reserve(1, SIZE_MAX / 4), std::bad_alloc);
 }
 
 }  // namespace

@@ -82,9 +82,9 @@ std::int32_t FileConversion::Run() {
     if (PrepareOutputDirectory() != 0 || OpenInput() != 0 || OpenOutputs() != 0) return -1;
     recordPeriod_ = kMicrosecondsPerSecond / reader_.SamplingFrequency() * 10.0;
     ReportHeader();
-    const std::int32_t status = ConvertSpans();
+    packetsDone_ = ConvertSpans() == 0;
     ReportPackets();
-    return status == 0 ? Finish() : -1;
+    return packetsDone_ ? Finish() : -1;
 }
 
 std::int32_t FileConversion::Fail(const std::wstring& errorText) {
@@ -92,12 +92,8 @@ std::int32_t FileConversion::Fail(const std::wstring& errorText) {
     return -1;
 }
 
-std::int32_t FileConversion::FailOutputs() {
-    outputFailed_ = true;
-    return -1;
-}
-
 std::int32_t FileConversion::FailInput(bool inLastBlock) {
+    inputFailed_ = true;
     ReportWhereItStopped(inLastBlock);
     const std::wstring reason = reader_.GetErrorMessage();
     return Fail(reason.empty() ? L"Failed to process input file" : reason);
@@ -202,7 +198,6 @@ std::int32_t FileConversion::ConvertSpans() {
         }
         for (ORDDataPacket& packet : span.packets) {
             if (ConvertPacket(packet) == 0) continue;
-            FailOutputs();
             // The disk of the recording had failed before, and no later than this it is said.
             return span.readFailedAfter ? FailInput(spans.Next().endOfFile) : -1;
         }
@@ -267,7 +262,7 @@ void FileConversion::WriteSensorValues(const ORDDataPacket& packet) {
 }
 
 std::int32_t FileConversion::Finish() {
-    if (channelFiles_.FinishCscFiles() != 0) return FailOutputs();
+    if (channelFiles_.FinishCscFiles() != 0) return -1;
     // What fails from here on changes no status text; TakeAccount tells of it.
     if (request_.writeEvents) FinishEventFile();
     if (request_.writeRawData) rawDataFile_.Finish();

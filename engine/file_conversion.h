@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "engine/data_processor.h"
+#include "engine/output_failures.h"
 #include "engine/packet_census.h"
 #include "engine/packet_clock.h"
 #include "ord/ord_file_reader.h"
@@ -47,7 +48,6 @@ class FileConversion {
 
   private:
     std::int32_t Fail(const std::wstring& errorText);
-    std::int32_t FailOutputs();
     std::int32_t FailInput(bool inLastBlock);
     void AddDetail(ConversionDetail::Kind kind, const std::wstring& text);
     ConversionDetail& AddInputDetail(ConversionDetail::Kind kind, const std::wstring& text);
@@ -71,6 +71,7 @@ class FileConversion {
     void ReportAbsentGroups();
     void ReportPackets();
     void ReportChannels();
+    std::vector<OutputEnd> OutputEnds() const;
     void ReportOutputs();
     std::int32_t ConvertPacket(ORDDataPacket& packet);
     void WriteSensorValues(const ORDDataPacket& packet);
@@ -88,7 +89,8 @@ class FileConversion {
     EventFileWriterContainer eventFile_;
     RDFFileWriterContainer rawDataFile_;
     ORDFileReader reader_;
-    bool outputFailed_ = false;  // an output ended the conversion
+    bool packetsDone_ = false;  // all were converted, or the conversion was canceled
+    bool inputFailed_ = false;  // the recording ended the conversion
 
     std::array<std::int16_t, kImuValues> baseImuValues_{};
     std::array<std::int16_t, kImuValues> afeImuValues_{};

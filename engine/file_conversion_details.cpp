@@ -2,6 +2,8 @@
 
 #include "engine/file_conversion.h"
 
+#include <algorithm>
+#include <span>
 #include <utility>
 
 #include "platform/system_error.h"
@@ -12,6 +14,10 @@ namespace stalwick {
 
 using Cause = ConversionDetail::Cause;
 using Kind = ConversionDetail::Kind;
+
+namespace {
+constexpr std::uint32_t kHeadersOfAClosedFile = 2;  // the provisional one and the final one
+}  // namespace
 
 void FileConversion::AddDetail(Kind kind, const std::wstring& text) {
     account_.details.push_back({kind, text});
@@ -96,19 +102,41 @@ void FileConversion::ReportTrailingBytes() {
     }
 }
 
+// How all outputs were left; the raw data file is the last.
+std::vector<OutputEnd> FileConversion::OutputEnds() const {
+    std::vector<OutputEnd> ends;
+    for (const OutputFileState& file : channelFiles_.fileIO.Files()) {
+        ends.push_back({file, file.headers == kHeadersOfAClosedFile, sizeof(VtxDataTypes::CRRec)});
+    }
+    for (const OutputFileState& file : eventFile_.fileIO.Files()) {
+        // Its only header always says that it was not closed.
+        const auto isWritten = [](const auto& record) { return record.bufferedCount == 0; };
+        const bool whole = packetsDone_ && std::ranges::all_of(eventFile_.records, isWritten);
+        ends.push_back({file, whole, sizeof(VtxDataTypes::EventRec)});
+    }
+    const OutputFileState rawData = rawDataFile_.File();
+    if (!rawData.path.empty()) {
+        ends.push_back({rawData, rawData.headers == kHeadersOfAClosedFile, 0});
+    }
+    for (OutputEnd& end : ends) end.whole = end.whole && !end.file.failure;
+    return ends;
+}
+
 void FileConversion::ReportOutputs() {
-    for (const auto* fileIO : {&channelFiles_.fileIO, &eventFile_.fileIO}) {
-        for (const std::wstring& failure : fileIO->Failures()) {
-            AddDetail(Kind::kIncomplete, failure);
-        }
+    const std::vector<OutputEnd> ends = OutputEnds();
+    const bool hasRawData = !rawDataFile_.File().path.empty();
+    const std::span<const OutputEnd> all(ends);
+    for (const std::wstring& text : DescribeFailedOutputs(all.first(all.size() - hasRawData))) {
+        AddDetail(Kind::kIncomplete, text);
     }
-    if (!rawDataFile_.Failure().empty()) {
-        AddDetail(Kind::kIncomplete, L"RawData.vrd is incomplete: " + rawDataFile_.Failure());
+    for (const std::wstring& text : DescribeFailedOutputs(all.last(hasRawData))) {
+        AddDetail(Kind::kIncomplete, L"RawData.vrd is incomplete: " + text);
     }
-    if (outputFailed_) {
-        // The files named above are not the only ones: nothing more was written to any.
-        AddInputDetail(Kind::kIncomplete, std::wstring(L"not converted whole: ") +
-                                              kOutputsMayLackTheirEnd +
+    // Where the recording failed, that detail says so of all outputs.
+    const std::wstring unfinished = inputFailed_ ? std::wstring() : NameUnfinishedOutputs(all);
+    if (!unfinished.empty()) {
+        AddInputDetail(Kind::kIncomplete, L"not converted whole: also unfinished in " +
+                                              OneLine(directory_) + L": " + unfinished +
                                               L"; convert it again when the cause is removed");
     }
     if (channelFiles_.timestampsSaturated || eventFile_.timestampsSaturated ||

@@ -48,19 +48,21 @@ SystemErrorCode OutputFile::CreateExclusive(const std::wstring& path) {
     return Continue([&](FileCalls& calls) { return calls.CreateExclusive(path, handle_); });
 }
 
-SystemErrorCode OutputFile::WriteAt(std::uint64_t offset, const void* data, std::size_t size) {
+SystemErrorCode OutputFile::WriteAt(std::uint64_t offset, const void* data, std::size_t size,
+                                    std::size_t* written) {
     const auto* bytes = static_cast<const std::byte*>(data);
-    std::size_t written = 0;
-    while (written < size) {
+    std::size_t ownCount = 0;
+    std::size_t& done = written != nullptr ? *written : ownCount;
+    done = 0;
+    while (done < size) {
         std::size_t count = 0;
-        const SystemErrorCode code =
-            CurrentFileCalls().WriteAt(handle_, offset + written, bytes + written,
-                                       std::min(size - written, kLargestWrite), count);
+        const SystemErrorCode code = CurrentFileCalls().WriteAt(
+            handle_, offset + done, bytes + done, std::min(size - done, kLargestWrite), count);
         if (IsInterrupted(code)) continue;
         if (code != 0) return code;
         // A write that takes nothing and names no reason would be retried for ever.
         if (count == 0) return SystemErrorFor(SystemErrorKind::kOther);
-        written += count;
+        done += count;
     }
     return 0;
 }

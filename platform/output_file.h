@@ -21,8 +21,10 @@ class OutputFile {
     SystemErrorCode CreateExclusive(const std::wstring& path);
     bool IsOpen() const { return handle_ != kNoFile; }
 
-    // Writes all of `data` at `offset` bytes from the file's start.
-    SystemErrorCode WriteAt(std::uint64_t offset, const void* data, std::size_t size);
+    // Writes all of `data` at `offset` bytes from the file's start. `written`, if asked for, is how
+    // many bytes are in the file, also where a later one failed.
+    SystemErrorCode WriteAt(std::uint64_t offset, const void* data, std::size_t size,
+                            std::size_t* written = nullptr);
 
     // Cuts the file to its first `size` bytes; it has at least as many.
     SystemErrorCode Truncate(std::uint64_t size);

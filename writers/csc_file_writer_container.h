@@ -17,7 +17,7 @@ namespace stalwick {
 //
 // Order of calls: fill the fields, InitializeCscFiles, WriteSamples for every block,
 // FinishCscFiles or LeaveUnfinished. Operations return 0, or -1 with the reasons in
-// fileIO.Failures().
+// fileIO.Files().
 class CSCFileWriterContainer : public FileWriterContainer {
   public:
     using FileWriterContainer::FileWriterContainer;
@@ -40,7 +40,7 @@ class CSCFileWriterContainer : public FileWriterContainer {
 
     // For a recording that fails in its middle: leaves in every file what full blocks of 5000
     // records had filled, or all whole records if the settings say so. A file whose write failed
-    // stays as it is. Reasons of failures are in fileIO.Failures().
+    // stays as it is. Reasons of failures are in fileIO.Files().
     void LeaveUnfinished();
 
     std::uint32_t numAdChannels = 0;

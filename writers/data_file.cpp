@@ -39,10 +39,18 @@ const wchar_t* AdviceFor(SystemErrorKind kind) {
 
 }  // namespace
 
+OutputFailure MakeFailure(std::wstring_view action, SystemErrorCode code) {
+    return {std::wstring(action), SystemErrorText(code), AdviceFor(ClassifySystemError(code))};
+}
+
+std::wstring DescribeFailure(const OutputFailure& failure, const std::wstring& path) {
+    return L"cannot " + failure.action + L" " + OneLine(path) + L": " + failure.reason + L"; " +
+           failure.advice;
+}
+
 std::wstring DescribeFailure(std::wstring_view action, const std::wstring& path,
                              SystemErrorCode code) {
-    return L"cannot " + std::wstring(action) + L" " + OneLine(path) + L": " +
-           SystemErrorText(code) + L"; " + AdviceFor(ClassifySystemError(code));
+    return DescribeFailure(MakeFailure(action, code), path);
 }
 
 bool WasNameTaken(SystemErrorCode code, const std::wstring& path) {
@@ -59,15 +67,19 @@ bool DataFile::CompleteAppends() const {
     return !Failed();
 }
 
-std::wstring DataFile::FailureText() const {
-    if (CompleteAppends()) return {};
-    if (!refusal_.empty()) return refusal_;
-    return DescribeFailure(failedAction_, path_, failedCode_);
+OutputFileState DataFile::State() const {
+    const bool succeeded = CompleteAppends();
+    OutputFileState state{path_, created_, headers_, dataSize_, std::nullopt};
+    if (!succeeded) {
+        state.failure =
+            failedAction_ != nullptr ? MakeFailure(failedAction_, failedCode_) : refusal_;
+    }
+    return state;
 }
 
-bool DataFile::Refuse(const std::wstring& text) {
+bool DataFile::Refuse(const OutputFailure& failure) {
     if (Failed()) return false;
-    refusal_ = text;
+    refusal_ = failure;
     failed_.store(true, std::memory_order_release);
     return false;
 }
@@ -91,15 +103,16 @@ SystemErrorCode DataFile::Create(const std::wstring& path) {
 bool DataFile::SetHeader(std::string_view text, std::size_t mostBytes) {
     if (!CompleteAppends()) return false;
     if (text.size() > mostBytes) {
-        return Refuse(L"cannot write the header of " + OneLine(path_) + L": its text has " +
-                      std::to_wstring(text.size()) + L" bytes, " + std::to_wstring(mostBytes) +
-                      L" fit; shorten the path or the recording's header fields");
+        return Refuse({L"write the header of",
+                       L"its text has " + std::to_wstring(text.size()) + L" bytes, " +
+                           std::to_wstring(mostBytes) + L" fit",
+                       L"shorten the path or the recording's header fields"});
     }
     if (!Sync()) return false;
     std::vector<char> block(kOutputHeaderSize);
     std::memcpy(block.data(), text.data(), text.size());
     if (!Check(file_.WriteAt(0, block.data(), block.size()), L"write")) return false;
-    hasHeader_ = true;
+    ++headers_;
     return true;
 }
 
@@ -125,8 +138,10 @@ bool DataFile::Submit(std::byte* block, std::size_t size) {
 void DataFile::PerformAppend(const void* data, std::size_t size) noexcept {
     if (Failed() || size == 0) return;
     const std::uint64_t offset = kOutputHeaderSize + dataSize_;
-    if (!Check(file_.WriteAt(offset, data, size), L"write")) return;
-    dataSize_ += size;
+    std::size_t written = 0;
+    const SystemErrorCode code = file_.WriteAt(offset, data, size, &written);
+    dataSize_ += written;
+    if (!Check(code, L"write")) return;
     hasUnsyncedData_ = true;
     // The disk begins with it now, so that the wait before the final header is short.
     if (!settings_.syncBeforeFinalHeader || dataSize_ - writeBackEnd_ < kWriteBackBytes) return;
@@ -144,14 +159,14 @@ bool DataFile::CutTo(std::uint64_t dataSize) {
 
 OutputTotals DataFile::Totals() const {
     CompleteAppends();
-    return {created_ ? 1U : 0U, (hasHeader_ ? kOutputHeaderSize : 0) + dataSize_};
+    return {created_ ? 1U : 0U, (headers_ > 0 ? kOutputHeaderSize : 0) + dataSize_};
 }
 
 bool DataFile::Close() {
     CompleteAppends();
     if (file_.IsRemoved()) {
-        Refuse(L"cannot keep " + OneLine(path_) +
-               L": it was removed while it was written; convert the recording again");
+        Refuse({L"keep", L"it was removed while it was written", L"convert the recording again"});
+        created_ = false;  // there is nothing that anybody could find
     }
     const bool closed = Check(file_.Close(), L"close");
     return closed && !Failed();

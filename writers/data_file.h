@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -25,12 +26,30 @@ struct OutputTotals {
     }
 };
 
+// The first call on an output file that failed: "cannot <action> <path>: <reason>; <advice>".
+struct OutputFailure {
+    std::wstring action;
+    std::wstring reason;
+    std::wstring advice;
+
+    bool operator==(const OutputFailure&) const = default;
+};
+
+// What became of an output file so far.
+struct OutputFileState {
+    std::wstring path;
+    bool created = false;
+    std::uint32_t headers = 0;    // set so far: the second one of a file is its last
+    std::uint64_t dataBytes = 0;  // in the file after its header
+    std::optional<OutputFailure> failure;
+};
+
 // One output file: a header block that can be rewritten, and data that only grow behind it. Every
 // kind of output has this shape (docs/output-files.md).
 //
 // The file is created and never opened or overwritten. After a failure it takes nothing more, so
 // that what it holds stays a beginning of what it should hold, with the header it had then.
-// Used by one thread. Operations return whether they succeeded; FailureText() says why not.
+// Used by one thread. Operations return whether they succeeded; State() says why not.
 //
 // With a pool, Submit only hands a block over, and a failure shows at a later call. All other
 // operations wait for what was handed over before.
@@ -56,9 +75,8 @@ class DataFile final : private WriteTarget {
     bool CutTo(std::uint64_t dataSize);
     bool Close();
 
-    // The first failure, in one line: what could not be done to which file, why, what to do.
-    // Empty while there is none.
-    std::wstring FailureText() const;
+    // Waits for what was handed over; also after Close.
+    OutputFileState State() const;
 
     // Waits for what was handed over; false when the file failed by then.
     bool CompleteAppends() const;
@@ -72,7 +90,7 @@ class DataFile final : private WriteTarget {
   private:
     void PerformAppend(const void* data, std::size_t size) noexcept override;
     bool Failed() const { return failed_.load(std::memory_order_acquire); }
-    bool Refuse(const std::wstring& text);
+    bool Refuse(const OutputFailure& failure);
     bool Check(SystemErrorCode code, const wchar_t* action) noexcept;
 
     OutputSettings settings_;
@@ -80,21 +98,25 @@ class DataFile final : private WriteTarget {
     OutputFile file_;
     std::wstring path_;
     bool created_ = false;
-    bool hasHeader_ = false;
+    std::uint32_t headers_ = 0;
     std::uint64_t dataSize_ = 0;
     std::uint64_t writeBackEnd_ = 0;  // of the data that the disk was asked to begin with
     bool hasUnsyncedData_ = false;
     // What failed, kept without a byte of memory: a full disk may come with a full memory.
     const wchar_t* failedAction_ = nullptr;
     SystemErrorCode failedCode_ = 0;
-    std::wstring refusal_;             // in place of a system error
+    OutputFailure refusal_;            // in place of a system error
     std::atomic<bool> failed_{false};  // set behind these, by the thread that failed
 };
 
 // Whether a creation failed only because a file took the name first.
 bool WasNameTaken(SystemErrorCode code, const std::wstring& path);
 
-// "cannot <action> <path>: <reason>; <advice>" for a failed call.
+// The failure of a system call.
+OutputFailure MakeFailure(std::wstring_view action, SystemErrorCode code);
+
+// The failure in one line.
+std::wstring DescribeFailure(const OutputFailure& failure, const std::wstring& path);
 std::wstring DescribeFailure(std::wstring_view action, const std::wstring& path,
                              SystemErrorCode code);
 

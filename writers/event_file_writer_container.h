@@ -9,7 +9,7 @@ namespace stalwick {
 
 // Owns the conversion's one event file, Events.vev (docs/output-files.md). The conversion fills
 // EventRecs into the record's eventBuffer and hands full blocks to WriteBufferedEvents.
-// Operations return 0, or -1 with the reasons in fileIO.Failures().
+// Operations return 0, or -1 with the reasons in fileIO.Files().
 class EventFileWriterContainer : public FileWriterContainer {
   public:
     using FileWriterContainer::FileWriterContainer;

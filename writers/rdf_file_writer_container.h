@@ -25,7 +25,7 @@ class RDFFileWriterContainer : public FileWriterContainer {
         : FileWriterContainer(outputSettings, queue),
           file_(std::make_unique<DataFile>(outputSettings, &blocks)) {}
 
-    // Returns 0, or -1 with the reason in Failure().
+    // Returns 0, or -1 with the reason in File().
     std::int32_t Open(const std::wstring& outputDirectory);
 
     // Puts the header at the file's start; at most 16,383 bytes as UTF-8. Returns 0 or -1.
@@ -33,24 +33,23 @@ class RDFFileWriterContainer : public FileWriterContainer {
 
     // Takes samples[channel * 10 + i], the TTL value of each sample (the last one repeats where
     // the list is short, 0 where it is empty) and the packet's hardware time in nanoseconds.
-    // `flag` has no effect. Always returns 0: failing writes show in Failure().
+    // `flag` has no effect. Always returns 0: failing writes show in File().
     std::int32_t WriteRawRecords(std::span<const std::uint16_t> samples, std::int32_t flag,
                                  const std::vector<std::uint8_t>& ttlValues,
                                  std::optional<std::uint64_t> packetTimestamp);
 
     // Writes what is buffered, then the final header; closes the file when that succeeded.
-    // Failures show in Failure() only.
+    // Failures show in File() only.
     void Finish();
 
     // For a recording that fails in its middle: leaves what full blocks of 5000 records had
-    // filled, or all records if the settings say so. Failures show in Failure() only.
+    // filled, or all records if the settings say so. Failures show in File() only.
     void LeaveUnfinished();
 
-    // Closes the file where Finish did not; a failure of that shows in Failure() too.
+    // Closes the file where Finish did not; a failure of that shows in File() too.
     void Close() { file_->Close(); }
 
-    // Why the file is incomplete, in one line; empty while it is not.
-    std::wstring Failure() const { return file_->FailureText(); }
+    OutputFileState File() const { return file_->State(); }
 
     OutputTotals Totals() const { return file_->Totals(); }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <future>
+#include <iterator>
 
 using VtxDataTypes::kFailure;
 using VtxDataTypes::kSuccess;
@@ -38,7 +39,7 @@ VtxRetVal VtxFileIO::OpenVtxOutputFile(const wchar_t* fileName,
     if (const stalwick::SystemErrorCode code = file->Create(fileName); code != 0) {
         // A name that another program took just now is no failure yet: the caller chooses again.
         if (stalwick::WasNameTaken(code, fileName)) return VtxDataTypes::kFileExists;
-        closedFailures_.push_back(file->FailureText());
+        closed_.push_back(std::move(file));
         return kFailure;
     }
     handle = static_cast<int>(files_.size());
@@ -98,28 +99,24 @@ VtxRetVal VtxFileIO::SyncFiles() {
 }
 
 VtxRetVal VtxFileIO::CloseAllOutputFiles() {
+    closed_.reserve(closed_.size() + files_.size());
     bool succeeded = true;
-    for (const auto& file : files_) {
-        const bool closed = file->Close();
-        closedTotals_ += file->Totals();
-        if (closed) continue;
-        succeeded = false;
-        closedFailures_.push_back(file->FailureText());
-    }
+    for (const auto& file : files_) succeeded = file->Close() && succeeded;
+    std::move(files_.begin(), files_.end(), std::back_inserter(closed_));
     files_.clear();
     return ToResult(succeeded);
 }
 
-std::vector<std::wstring> VtxFileIO::Failures() const {
-    std::vector<std::wstring> failures = closedFailures_;
-    for (const auto& file : files_) {
-        if (!file->FailureText().empty()) failures.push_back(file->FailureText());
-    }
-    return failures;
+std::vector<stalwick::OutputFileState> VtxFileIO::Files() const {
+    std::vector<stalwick::OutputFileState> states;
+    for (const auto& file : closed_) states.push_back(file->State());
+    for (const auto& file : files_) states.push_back(file->State());
+    return states;
 }
 
 stalwick::OutputTotals VtxFileIO::Totals() const {
-    stalwick::OutputTotals totals = closedTotals_;
+    stalwick::OutputTotals totals;
+    for (const auto& file : closed_) totals += file->Totals();
     for (const auto& file : files_) totals += file->Totals();
     return totals;
 }

@@ -13,7 +13,7 @@ namespace Veltrosyn {
 // block of header text and the records as handed over (docs/output-files.md).
 //
 // An object may hold many open files, each named by its handle. Used by one thread. Every result
-// but 0 is a failure; Failures() has the reasons.
+// but 0 is a failure; Files() has the reasons.
 //
 // With a pool, which must outlive the object, channel records stand at the start of one of its
 // blocks. WriteDataToFile hands the block over, and a failure may be the result of a later call on
@@ -53,10 +53,9 @@ class VtxFileIO {
     // asked for many files at a time: one behind the other each would have to wait for it.
     VtxDataTypes::VtxRetVal SyncFiles();
 
-    // Why files of this object failed, a line each.
-    std::vector<std::wstring> Failures() const;
-
-    // Of all files that this object created, also after they were closed.
+    // All files of this object, closed ones too, in the order of their opening; one that could
+    // not be created stands before those still open.
+    std::vector<stalwick::OutputFileState> Files() const;
     stalwick::OutputTotals Totals() const;
 
   private:
@@ -65,8 +64,7 @@ class VtxFileIO {
     stalwick::OutputSettings settings_;
     stalwick::BlockPool* pool_;
     std::vector<std::unique_ptr<stalwick::DataFile>> files_;  // a handle is a position here
-    std::vector<std::wstring> closedFailures_;
-    stalwick::OutputTotals closedTotals_;
+    std::vector<std::unique_ptr<stalwick::DataFile>> closed_;
 };
 
 }  // namespace Veltrosyn

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <ostream>
+#include <regex>
+#include <set>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -98,6 +100,8 @@ class FileFaultTest : public testing::TestWithParam<std::tuple<Scene, FaultKind>
     void Check(const EngineRun& run, const NthFaultFileCalls& disk, SystemErrorCode code) const;
     void CheckDetails(const EngineRun& run, const FileCallRecord& failed,
                       SystemErrorCode code) const;
+    void CheckNames(const EngineRun& run, const std::map<std::string, std::string>& newFiles,
+                    const std::vector<FileCallRecord>& failedCalls) const;
     void CheckOtherFiles(std::map<std::string, std::string> newFiles,
                          const std::vector<FileCallRecord>& failedCalls) const;
 
@@ -146,15 +150,64 @@ std::wstring FileFaultTest::StatusText(const std::vector<FileCallRecord>& failed
     }
 }
 
+// The names of outputs that a detail has; "CSC1.vcs to CSC3.vcs" are three.
+std::set<std::string> NamesIn(const std::wstring& detail) {
+    std::string text = ToUtf8(detail);
+    // That begins the detail whatever the file's name is.
+    const std::string prefix = "RawData.vrd is incomplete: ";
+    if (text.starts_with(prefix)) text.erase(0, prefix.size());
+    static const std::regex pattern(
+        "(CSC(\\d+)[^/\\\\ ]*\\.vcs) to CSC(\\d+)[^ ]*\\.vcs|"
+        "\\w+\\.(vcs|vev|vrd)");
+    std::set<std::string> names;
+    for (std::sregex_iterator match(text.begin(), text.end(), pattern), end; match != end;
+         ++match) {
+        if (!(*match)[1].matched) {
+            names.insert(match->str());
+            continue;
+        }
+        const std::string rest = (*match)[1].str().substr(3 + (*match)[2].length());
+        for (int n = std::stoi((*match)[2]); n <= std::stoi((*match)[3]); ++n) {
+            names.insert("CSC" + std::to_string(n) + rest);
+        }
+    }
+    return names;
+}
+
 void FileFaultTest::CheckDetails(const EngineRun& run, const FileCallRecord& failed,
                                  SystemErrorCode code) const {
+    const std::string name = FileName(failed.path);
     const auto tells = [&](const ConversionDetail& detail) {
+        const std::wstring directory = failed.path.substr(0, failed.path.rfind(kPathSeparator));
         return detail.kind == ConversionDetail::Kind::kIncomplete &&
-               detail.text.find(failed.path) != std::wstring::npos &&
+               (detail.text.find(failed.path) != std::wstring::npos ||
+                (detail.text.find(directory) != std::wstring::npos &&
+                 NamesIn(detail.text).contains(name))) &&
                detail.text.find(SystemErrorText(code)) != std::wstring::npos;
     };
     EXPECT_TRUE(std::any_of(run.details.begin(), run.details.end(), tells))
         << FileName(failed.path);
+}
+
+// The details name each output on the disk that lacks its end or its final header, each one whose
+// call failed, and no other. Where the recording failed, one says so of them all.
+void FileFaultTest::CheckNames(const EngineRun& run,
+                               const std::map<std::string, std::string>& newFiles,
+                               const std::vector<FileCallRecord>& failedCalls) const {
+    std::set<std::string> expected;
+    for (const auto& [name, bytes] : newFiles) {
+        if (bytes != complete_.files.at(name)) expected.insert(name);
+    }
+    for (const FileCallRecord& call : failedCalls) {
+        const std::string name = FileName(call.path);
+        if (!IsHarmless(call) && name != "rec.ord") expected.insert(name);
+    }
+    std::set<std::string> named;
+    for (const ConversionDetail& detail : run.details) {
+        if (detail.text.find(L"conversion stopped at byte") != std::wstring::npos) return;
+        named.merge(NamesIn(detail.text));
+    }
+    EXPECT_EQ(named, expected);
 }
 
 // Beside a complete conversion only the files that the calls were for may lack anything.
@@ -180,6 +233,7 @@ void FileFaultTest::Check(const EngineRun& run, const NthFaultFileCalls& disk,
     EXPECT_EQ(run.statusText, StatusText(failed));
     EXPECT_TRUE(AreValidRemainders(newFiles, expected_));
     if (run.statusText == L"Processing complete") CheckOtherFiles(newFiles, failed);
+    CheckNames(run, newFiles, failed);
     if (std::all_of(failed.begin(), failed.end(), IsHarmless)) {
         EXPECT_TRUE(SameFiles(newFiles, complete_.files));
         EXPECT_EQ(run.details.size(), 0U);

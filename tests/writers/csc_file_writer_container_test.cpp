@@ -11,6 +11,7 @@
 #include "platform/system_error.h"
 #include "tests/support/engine_run.h"
 #include "tests/support/faulty_file_calls.h"
+#include "tests/support/output_failures.h"
 #include "tests/support/reference_writers.h"
 #include "tests/support/temp_directory.h"
 #include "writers/sample_scaling.h"
@@ -378,9 +379,9 @@ TEST(CSCFileWriterContainer, FileThatCannotBeShortenedIsNamed) {
     FaultyFileCalls calls;
     calls.truncateError = SystemErrorFor(SystemErrorKind::kOther);
     channels.container.LeaveUnfinished();
-    ASSERT_EQ(channels.container.fileIO.Failures().size(), 16U);
-    EXPECT_NE(channels.container.fileIO.Failures()[0].find(L"cannot shorten " +
-                                                           channels.directory.Path(L"CSC1.vcs")),
+    ASSERT_EQ(FailuresOf(channels.container.fileIO.Files()).size(), 16U);
+    EXPECT_NE(FailuresOf(channels.container.fileIO.Files())[0].find(
+                  L"cannot shorten " + channels.directory.Path(L"CSC1.vcs")),
               std::wstring::npos);
 }
 
@@ -393,7 +394,7 @@ TEST(CSCFileWriterContainer, FailedOpenEndsTheOpening) {
     EXPECT_EQ(container.records.size(), 2U);
     EXPECT_EQ(NamesIn(directory.Path()),
               (std::set<std::string>{"CSC1.vcs", "CSC2.vcs", "CSC3.vcs"}));
-    EXPECT_EQ(container.fileIO.Failures().size(), 1U);
+    EXPECT_EQ(FailuresOf(container.fileIO.Files()).size(), 1U);
 }
 
 TEST(CSCFileWriterContainer, TimestampBeyondTheRangeIsHeldAtItsEndAndTold) {

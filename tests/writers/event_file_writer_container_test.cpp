@@ -8,6 +8,7 @@
 #include "tests/support/engine_run.h"
 #include "tests/support/faulty_file_calls.h"
 #include "tests/support/fixed_identity.h"
+#include "tests/support/output_failures.h"
 #include "tests/support/temp_directory.h"
 
 namespace stalwick::test {
@@ -101,8 +102,8 @@ TEST(EventFileWriterContainer, FileThatCannotBeCreatedFailsWithItsReason) {
     EventFileWriterContainer container(QuickSettings());
     container.samplingFrequency = 32000;
     EXPECT_EQ(container.Open(directory.Path()), -1);
-    ASSERT_EQ(container.fileIO.Failures().size(), 1U);
-    EXPECT_NE(container.fileIO.Failures()[0].find(directory.Path(L"Events.vev")),
+    ASSERT_EQ(FailuresOf(container.fileIO.Files()).size(), 1U);
+    EXPECT_NE(FailuresOf(container.fileIO.Files())[0].find(directory.Path(L"Events.vev")),
               std::wstring::npos);
 }
 
@@ -112,7 +113,7 @@ TEST(EventFileWriterContainer, RefusedHeaderFails) {
     container.samplingFrequency = 32000;
     container.sessionUuid = std::wstring(17000, L'x');
     EXPECT_EQ(container.Open(directory.Path()), -1);
-    EXPECT_EQ(container.fileIO.Failures().size(), 1U);
+    EXPECT_EQ(FailuresOf(container.fileIO.Files()).size(), 1U);
 }
 
 }  // namespace

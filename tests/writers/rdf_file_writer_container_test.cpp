@@ -108,7 +108,7 @@ TEST(RDFFileWriterContainer, HeaderTextThatFillsTheBlockToItsLastByteIsRefused) 
         container.samplingFrequency = 1;
         container.sessionUuid = std::wstring(textSize - length, L'x');
         EXPECT_EQ(container.Open(directory.Path()), textSize == 16383 ? 0 : -1);
-        EXPECT_EQ(container.Failure().empty(), textSize == 16383);
+        EXPECT_EQ(container.File().failure.has_value(), textSize > 16383);
     }
 }
 
@@ -219,7 +219,7 @@ TEST(RDFFileWriterContainer, FileThatCannotBeShortenedIsNamed) {
     FaultyFileCalls calls;
     calls.truncateError = SystemErrorFor(SystemErrorKind::kOther);
     raw.container.LeaveUnfinished();
-    EXPECT_NE(raw.container.Failure().find(L"cannot shorten "), std::wstring::npos);
+    EXPECT_EQ(raw.container.File().failure.value_or(OutputFailure()).action, L"shorten");
 }
 
 TEST(RDFFileWriterContainer, RecordsOfOtherLengthsAreFlushedInTime) {
@@ -250,7 +250,7 @@ TEST(RDFFileWriterContainer, FullDiskIsNoErrorOfTheRecordsAndKeptAsFailure) {
     FaultyFileCalls calls;
     calls.bytesUntilFull = 0;
     for (int packet = 0; packet < 3; ++packet) raw.Write(Samples(4), {}, 1000);
-    EXPECT_NE(raw.container.Failure().find(L"RawData.vrd"), std::wstring::npos);
+    EXPECT_TRUE(raw.container.File().failure);
     raw.container.Finish();
     EXPECT_NE(ReadFile(raw.directory.Path(L"RawData.vrd")).find("File was not closed properly"),
               std::string::npos);
@@ -261,7 +261,7 @@ TEST(RDFFileWriterContainer, FileThatCannotBeCreatedFails) {
     MakeDirectory(directory.Path(L"RawData.vrd"));
     RDFFileWriterContainer container(QuickSettings());
     EXPECT_EQ(container.Open(directory.Path()), -1);
-    EXPECT_FALSE(container.Failure().empty());
+    EXPECT_TRUE(container.File().failure);
 }
 
 }  // namespace

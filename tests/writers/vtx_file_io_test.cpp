@@ -1,13 +1,20 @@
 #include "writers/vtx_file_io.h"
 
+#include <chrono>
 #include <cstring>
+#include <mutex>
+#include <new>
+#include <set>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
 #include "platform/system_error.h"
 #include "tests/support/engine_run.h"
 #include "tests/support/faulty_file_calls.h"
+#include "tests/support/forwarding_file_calls.h"
+#include "tests/support/output_failures.h"
 #include "tests/support/temp_directory.h"
 
 namespace stalwick::test {
@@ -71,7 +78,7 @@ TEST(VtxFileIO, HeaderTextMayFillTheBlockAndNoMore) {
     OpenLibrary file;
     EXPECT_EQ(file.library.SetHeader(file.handle, std::wstring(16384, L'x').c_str()), 0);
     EXPECT_NE(file.library.SetHeader(file.handle, std::wstring(16385, L'x').c_str()), 0);
-    EXPECT_EQ(file.library.Failures().size(), 1U);
+    EXPECT_EQ(FailuresOf(file.library.Files()).size(), 1U);
     EXPECT_NE(file.library.CloseAllOutputFiles(), 0);
     EXPECT_EQ(ReadFile(file.path), std::string(16384, 'x'));
 }
@@ -99,8 +106,8 @@ TEST(VtxFileIO, FileThatCannotBeCreatedIsNamedWithItsReason) {
     VtxFileIO library(kQuick);
     int handle = -1;
     EXPECT_NE(library.OpenVtxOutputFile(path.c_str(), VtxDataTypes::kCSC, handle, 0), 0);
-    ASSERT_EQ(library.Failures().size(), 1U);
-    EXPECT_NE(library.Failures()[0].find(path), std::wstring::npos);
+    ASSERT_EQ(FailuresOf(library.Files()).size(), 1U);
+    EXPECT_NE(FailuresOf(library.Files())[0].find(path), std::wstring::npos);
 }
 
 TEST(VtxFileIO, HandlesAreIndependent) {
@@ -149,9 +156,10 @@ TEST(VtxFileIO, FullDiskFailsTheWriteAndEverythingBehindIt) {
     EXPECT_NE(file.library.WriteDataToFile(file.handle, records.data(), 3 * 1044), 0);
     EXPECT_NE(file.library.SetHeader(file.handle, L"final"), 0);
     EXPECT_NE(file.library.CloseAllOutputFiles(), 0);
-    ASSERT_EQ(file.library.Failures().size(), 1U);
+    ASSERT_EQ(FailuresOf(file.library.Files()).size(), 1U);
     const std::wstring reason = SystemErrorText(SystemErrorFor(SystemErrorKind::kNoSpace));
-    EXPECT_NE(file.library.Failures()[0].find(file.path + L": " + reason), std::wstring::npos);
+    EXPECT_NE(FailuresOf(file.library.Files())[0].find(file.path + L": " + reason),
+              std::wstring::npos);
     const std::string bytes = ReadFile(file.path);
     EXPECT_EQ(bytes.substr(0, 11), "provisional");
     EXPECT_EQ(bytes.size(), 16384U + 1500);
@@ -162,8 +170,8 @@ TEST(VtxFileIO, FailingCloseIsReportedWithItsReason) {
     FaultyFileCalls calls;
     calls.closeError = SystemErrorFor(SystemErrorKind::kNoSpace);
     EXPECT_NE(file.library.CloseAllOutputFiles(), 0);
-    ASSERT_EQ(file.library.Failures().size(), 1U);
-    EXPECT_NE(file.library.Failures()[0].find(file.path), std::wstring::npos);
+    ASSERT_EQ(FailuresOf(file.library.Files()).size(), 1U);
+    EXPECT_NE(FailuresOf(file.library.Files())[0].find(file.path), std::wstring::npos);
 }
 
 TEST(VtxFileIO, InterruptedCloseIsNoFailure) {
@@ -213,6 +221,45 @@ TEST(VtxFileIO, FilesWithDataAreOnTheDiskOnceBeforeAnyFinalHeader) {
     EXPECT_EQ(calls.syncCount, 20U);
 }
 
+// The system's calls, with slow writes; notes which threads write.
+class SlowWrites final : public ForwardingFileCalls {
+  public:
+    std::set<std::thread::id> writers;
+
+    SystemErrorCode WriteAt(FileHandle handle, std::uint64_t offset, const void* data,
+                            std::size_t size, std::size_t& transferred) override {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        const std::scoped_lock lock(mutex_);
+        writers.insert(std::this_thread::get_id());
+        return ForwardingFileCalls::WriteAt(handle, offset, data, size, transferred);
+    }
+
+  private:
+    std::mutex mutex_;
+};
+
+// Its queue is for one caller; up to 16 threads wait for the disk.
+TEST(VtxFileIO, ThreadsThatWaitForTheDiskLeaveTheQueueToTheCaller) {
+    constexpr std::size_t kFiles = 40;
+    const TempDirectory directory;
+    SlowWrites calls;
+    WriteQueue queue;
+    BlockPool pool(&queue);
+    pool.Reserve(kFiles, sizeof(CRRec));
+    VtxFileIO library(OutputSettings(), &pool);
+    for (std::size_t i = 0; i < kFiles; ++i) {
+        int handle = -1;
+        const std::wstring path = directory.Path(std::to_wstring(i));
+        ASSERT_EQ(library.OpenVtxOutputFile(path.c_str(), VtxDataTypes::kCSC, handle, 0), 0);
+        auto* const record = new (pool.Acquire()) CRRec();
+        ASSERT_EQ(library.WriteDataToFile(handle, record, sizeof *record), 0);
+    }
+    EXPECT_EQ(library.SyncFiles(), 0);
+    EXPECT_LE(calls.writers.size(), 2U);  // the queue's thread and this one
+    EXPECT_EQ(library.Totals().bytes, kFiles * sizeof(CRRec));
+    EXPECT_EQ(library.CloseAllOutputFiles(), 0);
+}
+
 TEST(VtxFileIO, FailingSyncFailsThatFileOnly) {
     OpenLibrary file{OutputSettings()};
     int other = -1;
@@ -225,7 +272,7 @@ TEST(VtxFileIO, FailingSyncFailsThatFileOnly) {
     EXPECT_NE(file.library.SyncFiles(), 0);
     EXPECT_NE(file.library.SetHeader(file.handle, L"closed"), 0);
     EXPECT_EQ(file.library.SetHeader(other, L"closed"), 0);
-    EXPECT_EQ(file.library.Failures().size(), 1U);
+    EXPECT_EQ(FailuresOf(file.library.Files()).size(), 1U);
 }
 
 TEST(DescribeFailure, AdviceFitsTheReason) {

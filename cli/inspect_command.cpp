@@ -10,9 +10,11 @@
 #include "cli/info_table.h"
 #include "cli/print_line.h"
 #include "cli/usage_error.h"
+#include "cli/verify_lines.h"
 #include "platform/program_version.h"
 #include "platform/text_encoding.h"
 #include "survey/survey_recording.h"
+#include "survey/verify_outputs.h"
 
 namespace stalwick {
 
@@ -36,17 +38,44 @@ void DeclareInfo(CLI::App& app, InfoOptions& options) {
         "damaged. Gaps and a recording that ends inside a packet are no damage.");
 }
 
+struct VerifyOptions {
+    std::vector<std::string> directories;
+    std::string recording;
+};
+
+void DeclareVerify(CLI::App& app, VerifyOptions& options) {
+    app.option_defaults()->disable_flag_override();
+    app.add_option("DIRECTORY", options.directories, "directories with the outputs of a recording")
+        ->required();
+    app.add_option("--against", options.recording,
+                   "compare everything with what this recording gives")
+        ->type_name("FILE.ord")
+        ->check([](const std::string& path) {
+            return path.empty() ? std::string("it needs the name of a recording") : std::string();
+        });
+    app.footer(
+        "Exit status: 0 all whole; 1 something is not, or cannot be read; 2 wrong usage.\n"
+        "Gaps are of the recording and are no fault of its outputs.");
+}
+
+// What was asked for.
+struct InspectOptions {
+    InfoOptions info;
+    VerifyOptions verify;
+};
+
 std::string VersionLine() {
     return std::string(kProgram) + ' ' + kVersion + '\n';
 }
 
-void Declare(CLI::App& app, InfoOptions& infoOptions) {
-    app.description("Looks at wireless recordings (.ord).");
+void Declare(CLI::App& app, InspectOptions& options) {
+    app.description("Looks at wireless recordings (.ord) and what they were converted to.");
     app.allow_windows_style_options(false);
     app.set_help_flag("-h,--help", "Print this help message and exit");
     app.set_version_flag("--version", VersionLine());
     app.require_subcommand(1);
-    DeclareInfo(*app.add_subcommand("info", "What recordings hold"), infoOptions);
+    DeclareInfo(*app.add_subcommand("info", "What recordings hold"), options.info);
+    DeclareVerify(*app.add_subcommand("verify", "Whether outputs are whole"), options.verify);
 }
 
 bool Flush() {
@@ -99,6 +128,27 @@ int ShowInfo(const InfoOptions& options) {
     return damaged ? kExitLosses : kExitWhole;
 }
 
+int ShowVerify(const VerifyOptions& options) {
+    bool whole = true;
+    const std::wstring recording = FromUtf8(options.recording);
+    for (const std::string& directory : options.directories) {
+        const VerifyReport report = VerifyOutputs({FromUtf8(directory), recording});
+        whole = whole && report.IsWhole();
+        for (const std::wstring& line : ReportAsLines(report, recording)) PrintLine(stdout, line);
+        if (!Flush()) return kExitFailed;
+        if (!report.recordingError.empty()) {
+            PrintLine(stderr, recording + L": not compared with: " + report.recordingError +
+                                  L"; give a recording that can be read");
+            return kExitFailed;
+        }
+        if (!report.error.empty()) {
+            PrintLine(stderr, report.directory + L": not verified: " + report.error +
+                                  L"; give a directory that has the outputs of a recording");
+        }
+    }
+    return whole ? kExitWhole : kExitFailed;
+}
+
 int PrintText(const std::string& text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
     return Flush() ? kExitWhole : kExitFailed;
@@ -114,9 +164,8 @@ int ReportUsage(const std::string& what) {
 
 int RunInspectCommand(const std::vector<std::string>& arguments) {
     CLI::App app("", kProgram);
-    InfoOptions infoOptions;
-    Declare(app, infoOptions);
-    const CLI::App* const info = app.get_subcommand("info");
+    InspectOptions options;
+    Declare(app, options);
     try {
         std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
         app.parse(reversed);
@@ -125,17 +174,19 @@ int RunInspectCommand(const std::vector<std::string>& arguments) {
     } catch (const CLI::CallForVersion&) {
         return PrintText(VersionLine());
     } catch (const CLI::ParseError& error) {
-        if (info->parsed()) return ReportUsage(DescribeUsageError(*info, error));
+        if (const auto given = app.get_subcommands(); !given.empty()) {
+            return ReportUsage(DescribeUsageError(*given.front(), error));
+        }
         if (!app.remaining().empty()) return ReportUsage(DescribeUsageError(app, error));
-        return ReportUsage("say what to do: info FILE...");
+        return ReportUsage("say what to do: info FILE..., or verify DIRECTORY...");
     }
-    return ShowInfo(infoOptions);
+    return app.got_subcommand("verify") ? ShowVerify(options.verify) : ShowInfo(options.info);
 }
 
 void VisitInspectOptions(const std::function<void(const CLI::App&)>& visit) {
     CLI::App app("", kProgram);
-    InfoOptions infoOptions;
-    Declare(app, infoOptions);
+    InspectOptions options;
+    Declare(app, options);
     visit(app);
 }
 

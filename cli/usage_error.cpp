@@ -62,7 +62,10 @@ std::string DescribeUsageError(const CLI::App& app, const CLI::ParseError& error
     const std::vector<std::string> unknown = app.remaining();
     if (!unknown.empty()) return Unknown(unknown);
     const std::string text = error.what();
-    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) return "no FILE was given";
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
+        // The text begins with the argument's name.
+        return "no " + text.substr(0, text.find(' ')) + " was given";
+    }
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
         return DescribeMismatch(app, text);
     }

@@ -22,7 +22,10 @@ class FindingLog {
 
     void Add(const FindingPlace& place, std::wstring text) {
         ++set_->findingCount;
-        if (++count_ > mostListed_) return;
+        if (++count_ > mostListed_) {
+            ++set_->unlisted[path_];
+            return;
+        }
         set_->findings.push_back({path_, place.record, place.byte, std::move(text)});
     }
 

@@ -61,9 +61,8 @@ VerifyReport VerifyOutputs(const VerifyRequest& request, const std::vector<std::
         }
         // Some 50 KB: kept off the stack.
         const auto recording = std::make_unique<ORDFileReader>();
-        const std::wstring refusal = OpenRecording(request.recordingPath, *recording);
-        if (!refusal.empty()) {
-            report.error = request.recordingPath + L": " + refusal;
+        report.recordingError = OpenRecording(request.recordingPath, *recording);
+        if (!report.recordingError.empty()) {
             report.sets.clear();
             return report;
         }

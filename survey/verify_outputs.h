@@ -12,7 +12,7 @@ struct VerifyRequest {
     // The recording that they were made of: every sample, event, raw word and time is compared with
     // what it gives. Empty: the outputs are only held against one another and their format.
     std::wstring recordingPath;
-    std::size_t mostFindingsPerFile = 20;  // that are listed; all are counted
+    std::size_t mostFindingsPerFile = 10;  // that are listed; all are counted
 };
 
 // Looks whether the outputs in a directory are whole. Several conversions may have written there:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,7 +32,8 @@ struct VerifiedSet {
     std::vector<std::wstring> names;  // of its files, in the order in which they were made
     std::uint64_t bytes = 0;          // of all of them
     std::vector<OutputFinding> findings;
-    std::uint64_t findingCount = 0;  // also of those that are not listed
+    std::map<std::wstring, std::uint64_t> unlisted;  // further findings of a file, by path
+    std::uint64_t findingCount = 0;                  // also of those that are not listed
     // Of the set's first A/D channel file, else of its raw data file; the first ones.
     std::vector<OutputGap> gaps;
     std::uint64_t gapCount = 0;
@@ -39,11 +41,13 @@ struct VerifiedSet {
 
 struct VerifyReport {
     std::wstring directory;
-    std::wstring error;  // why there is nothing else here; empty when there is
+    // Why there is nothing else here, of the directory or of the recording; empty when there is.
+    std::wstring error;
+    std::wstring recordingError;
     std::vector<VerifiedSet> sets;
 
     bool IsWhole() const {
-        if (!error.empty()) return false;
+        if (!error.empty() || !recordingError.empty()) return false;
         for (const VerifiedSet& set : sets) {
             if (set.findingCount != 0) return false;
         }

@@ -214,16 +214,20 @@ TEST(VerifyOutputs, OutputsOfAnotherRecordingDiffer) {
     ASSERT_EQ(report.sets.size(), 1U);
     EXPECT_GT(report.sets.front().findingCount, 30U);
     // Of each file a few are listed.
-    EXPECT_LT(report.sets.front().findings.size(), report.sets.front().findingCount);
+    std::uint64_t all = report.sets.front().findings.size();
+    for (const auto& file : report.sets.front().unlisted) all += file.second;
+    EXPECT_EQ(all, report.sets.front().findingCount);
+    EXPECT_EQ(report.sets.front().unlisted.count(L"out/rec/RawData.vrd"), 1U);
 }
 
 TEST(VerifyOutputs, RecordingThatCannotBeReadIsAnError) {
     OutputSetInMemory set(
         EveryOutput(BuildOrdFile(Header(true, 32), MixedPackets(1, 20, true, {0}))));
     set.Recording() = "no recording";
-    EXPECT_NE(set.Compare().error, L"");
+    EXPECT_NE(set.Compare().recordingError, L"");
+    EXPECT_FALSE(set.Compare().IsWhole());
     set.Recording() = BuildOrdFile(Header(true, 32).Set("-SamplingFrequency", "0"), {});
-    EXPECT_NE(set.Compare().error, L"");
+    EXPECT_NE(set.Compare().recordingError, L"");
 }
 
 }  // namespace

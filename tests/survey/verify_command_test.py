@@ -1,0 +1,96 @@
+#!/usr/bin/env python3
+"""`stalwick-inspect verify` as a process, on what stalwick-convert makes.
+
+  verify_command_test.py INSPECT CONVERT ORD_SYNTH
+"""
+
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+
+INSPECT, CONVERT, SYNTH = sys.argv[1:4]
+HEADER = 16384
+
+
+class VerifyCommand(unittest.TestCase):
+    def setUp(self):
+        self.temporary = tempfile.TemporaryDirectory()
+        self.addCleanup(self.temporary.cleanup)
+        self.recording = self.path("rec.ord")
+        subprocess.run([SYNTH, "-q", "-c", "32", "-s", "0.3", "--all", "-o", self.recording], check=True)
+        self.convert()
+
+    def path(self, *names):
+        return os.path.join(self.temporary.name, *names)
+
+    def convert(self, *options):
+        subprocess.run([CONVERT, "-q", "--no-sync", "--all", *options, self.recording],
+                       check=True, stdout=subprocess.DEVNULL)
+
+    def verify(self, *arguments):
+        run = subprocess.run([INSPECT, "verify", *arguments], capture_output=True, text=True)
+        return run.returncode, run.stdout.splitlines(), run.stderr.splitlines()
+
+    def change(self, name, at):
+        with open(self.path("rec", name), "r+b") as file:
+            file.seek(at)
+            byte = file.read(1)[0]
+            file.seek(at)
+            file.write(bytes([byte ^ 4]))
+
+    def test_whole_sets_have_one_line_each(self):
+        self.convert()
+        status, lines, errors = self.verify(self.path("rec"), "--against", self.recording)
+        self.assertEqual((status, len(lines), errors), (0, 2, []), lines)
+        for line in lines:
+            self.assertRegex(line, "whole, all that .*rec.ord gives$")
+        status, lines, errors = self.verify(self.path("rec"))
+        self.assertEqual((status, len(lines), errors), (0, 2, []), lines)
+
+    def test_finding_is_a_line_with_file_record_and_byte(self):
+        self.change("RawData.vrd", HEADER + 7 * 200 + 100)
+        status, lines, errors = self.verify(self.path("rec"))
+        self.assertEqual((status, len(lines), errors), (1, 2, []), lines)
+        self.assertTrue(lines[0].startswith(self.path("rec", "RawData.vrd: record 7 at byte ")))
+        self.assertTrue(lines[1].endswith(": 1 finding"), lines)
+
+        self.change("CSC3.vcs", HEADER + 2 * 1044 + 20 + 2 * 5)
+        status, lines, errors = self.verify("--against", self.recording, self.path("rec"))
+        self.assertEqual((status, len(lines), errors), (1, 3, []), lines)
+        place = f"CSC3.vcs: record 2 at byte {HEADER + 2 * 1044 + 30}: its sample 5 is "
+        self.assertTrue(any(place in line for line in lines), lines)
+
+    def test_one_directory_that_is_not_whole_does_not_hide_the_others(self):
+        status, lines, errors = self.verify(self.path("none"), self.path("rec"))
+        self.assertEqual((status, len(lines), len(errors)), (1, 1, 1))
+        self.assertIn("none: not verified: ", errors[0])
+
+    def test_directory_without_outputs_is_not_whole(self):
+        status, lines, errors = self.verify(self.temporary.name)
+        self.assertEqual((status, lines), (1, []))
+        self.assertIn("there are no outputs", errors[0])
+
+    def test_recording_that_cannot_be_read_is_said(self):
+        status, lines, errors = self.verify("--against", self.path("none.ord"), self.path("rec"))
+        self.assertEqual((status, lines), (1, []))
+        self.assertIn("none.ord: not compared with: ", errors[0])
+
+    def test_wrong_usage_is_named_first(self):
+        for arguments, what in (([], "no DIRECTORY was given"), (["--bogus", "x"], "--bogus"),
+                                (["--against", "", "x"], "--against"),
+                                (["--against", "a", "--against", "b", "x"], "only once")):
+            status, lines, errors = self.verify(*arguments)
+            self.assertEqual((status, lines, len(errors)), (2, [], 1), arguments)
+            self.assertIn(what, errors[0])
+
+    def test_output_that_cannot_be_printed_is_a_failure(self):
+        with open("/dev/full", "w", encoding="utf-8") as full:
+            run = subprocess.run([INSPECT, "verify", self.path("rec")], stdout=full,
+                                 stderr=subprocess.DEVNULL)
+        self.assertEqual(run.returncode, 1)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])

@@ -100,7 +100,7 @@ std::int32_t FileConversion::FailInput(bool inLastBlock) {
 }
 
 std::int32_t FileConversion::PrepareOutputDirectory() {
-    const SystemErrorCode code = EnsureOutputDirectory(directory_);
+    const SystemErrorCode code = EnsureOutputDirectory(directory_, &madeDirectory_);
     if (code == 0) return 0;
     // The processor's error text stays as it was; only the detail tells.
     AddDetail(ConversionDetail::Kind::kIncomplete,
@@ -266,6 +266,7 @@ std::int32_t FileConversion::Finish() {
     // What fails from here on changes no status text; TakeAccount tells of it.
     if (request_.writeEvents) FinishEventFile();
     if (request_.writeRawData) rawDataFile_.Finish();
+    SyncNames();
     reader_.Close();
     return 0;
 }
@@ -274,6 +275,24 @@ void FileConversion::FinishEventFile() {
     if (eventFile_.WriteBufferedEvents() != 0) return;
     eventFile_.records.front().bufferedCount = 0;
     eventFile_.fileIO.CloseAllOutputFiles();
+}
+
+// A power cut then leaves the outputs' names, and with them what they hold.
+void FileConversion::SyncNames() {
+    if (!channelFiles_.settings.syncBeforeFinalHeader) return;
+    std::vector<std::wstring> directories = {directory_};
+    if (madeDirectory_) {
+        directories.push_back(request_.outputDirectory);
+        // Whoever asked for the conversion may just have made that one too.
+        directories.push_back(ParentDirectory(request_.outputDirectory));
+    }
+    for (const std::wstring& directory : directories) {
+        const SystemErrorCode code = SyncDirectory(directory);
+        // One that was moved away took its names along.
+        if (code == 0 || ClassifySystemError(code) == SystemErrorKind::kNotFound) continue;
+        if (syncFailure_.empty())
+            syncFailure_ = DescribeFailure(L"sync directory", directory, code);
+    }
 }
 
 }  // namespace stalwick

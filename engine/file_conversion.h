@@ -78,10 +78,12 @@ class FileConversion {
     std::int32_t Finish();
     void LeaveOutputsUnfinished();
     void FinishEventFile();
+    void SyncNames();
 
     DataProcessor& processor_;
     FileConversionRequest request_;
     std::wstring directory_;  // of this file's outputs
+    bool madeDirectory_ = false;
     ChannelOptions switches_{};
     bool readsAhead_;
     std::unique_ptr<WriteQueue> queue_;  // null: this thread writes
@@ -101,6 +103,7 @@ class FileConversion {
     PacketClock clock_;
     PacketCensus census_;
     ConversionAccount account_;
+    std::wstring syncFailure_;  // of the directories; empty if there is none
 };
 
 }  // namespace stalwick

@@ -139,6 +139,10 @@ void FileConversion::ReportOutputs() {
                                               OneLine(directory_) + L": " + unfinished +
                                               L"; convert it again when the cause is removed");
     }
+    if (!syncFailure_.empty()) {
+        AddInputDetail(Kind::kIncomplete,
+                       L"its outputs may be gone after a power cut: " + syncFailure_);
+    }
     if (channelFiles_.timestampsSaturated || eventFile_.timestampsSaturated ||
         rawDataFile_.timestampsSaturated) {
         AddInputDetail(Kind::kNote,

@@ -7,7 +7,11 @@
 namespace stalwick {
 
 // Makes sure that the output directory exists, creating one level. 0, or the system's error.
-SystemErrorCode EnsureOutputDirectory(const std::wstring& directory);
+// `made`, if asked for, is whether this call created it.
+SystemErrorCode EnsureOutputDirectory(const std::wstring& directory, bool* made = nullptr);
+
+// The directory that a path stands in.
+std::wstring ParentDirectory(const std::wstring& path);
 
 // "Error creating output directory(...) ..." for a directory that cannot be had.
 std::wstring OutputDirectoryErrorText(const std::wstring& directory);

@@ -43,6 +43,9 @@ class FileCalls {
     virtual SystemErrorCode Truncate(FileHandle handle, std::uint64_t size) = 0;
     // Returns when everything written to the file is on the disk.
     virtual SystemErrorCode SyncData(FileHandle handle) = 0;
+    // Returns when the names that stand in a directory are on the disk; at once if its file system
+    // or its permissions leave no way to ask for that.
+    virtual SystemErrorCode SyncDirectory(const std::wstring& path) = 0;
     // Whether the open file has lost its name: nobody will find it once it is closed. False where
     // the system keeps the names of open files.
     virtual SystemErrorCode QueryRemoved(FileHandle /*handle*/, bool& removed) {

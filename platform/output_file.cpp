@@ -84,6 +84,10 @@ bool OutputFile::IsRemoved() const {
     return IsOpen() && CurrentFileCalls().QueryRemoved(handle_, removed) == 0 && removed;
 }
 
+SystemErrorCode SyncDirectory(const std::wstring& path) {
+    return Continue([&](FileCalls& calls) { return calls.SyncDirectory(path); });
+}
+
 SystemErrorCode OutputFile::Close() {
     if (!IsOpen()) return 0;
     const SystemErrorCode code = CurrentFileCalls().Close(std::exchange(handle_, kNoFile));

@@ -44,4 +44,7 @@ class OutputFile {
     FileHandle handle_ = kNoFile;
 };
 
+// Returns when the names that stand in the directory are on the disk, or cannot be asked for.
+SystemErrorCode SyncDirectory(const std::wstring& path);
+
 }  // namespace stalwick

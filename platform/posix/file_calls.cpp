@@ -16,6 +16,11 @@ int Descriptor(FileHandle handle) {
     return static_cast<int>(handle);
 }
 
+// Some file systems, most of them on a network, cannot sync a directory.
+bool IsUnsupported(SystemErrorCode code) {
+    return code == EINVAL || code == ENOTSUP || code == ENOSYS;
+}
+
 class PosixFileCalls final : public FileCalls {
   public:
     SystemErrorCode OpenForReading(const std::wstring& path, FileHandle& handle) override {
@@ -88,6 +93,15 @@ class PosixFileCalls final : public FileCalls {
 
     SystemErrorCode SyncData(FileHandle handle) override {
         return ::fdatasync(Descriptor(handle)) == 0 ? 0 : errno;
+    }
+
+    SystemErrorCode SyncDirectory(const std::wstring& path) override {
+        const int descriptor = ::open(ToUtf8(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        // One that may only be written into cannot be opened for it.
+        if (descriptor < 0) return errno == EACCES ? 0 : errno;
+        const SystemErrorCode code = ::fsync(descriptor) == 0 ? 0 : errno;
+        ::close(descriptor);
+        return IsUnsupported(code) ? 0 : code;
     }
 
     SystemErrorCode QueryRemoved(FileHandle handle, bool& removed) override {

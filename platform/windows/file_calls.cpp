@@ -118,6 +118,9 @@ class WindowsFileCalls final : public FileCalls {
         return ResultOf(::FlushFileBuffers(Native(handle)));
     }
 
+    // NTFS keeps names in its journal, and flushing a directory takes an administrator's rights.
+    SystemErrorCode SyncDirectory(const std::wstring& /*path*/) override { return 0; }
+
     SystemErrorCode Close(FileHandle handle) override {
         return ResultOf(::CloseHandle(Native(handle)));
     }

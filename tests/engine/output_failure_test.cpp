@@ -242,6 +242,22 @@ TEST(OutputFailure, FailingSyncKeepsTheHeaderThatSaysNotClosed) {
     EXPECT_NE(run.files.at("Base_LAX.vcs").find("File was not closed properly"), std::string::npos);
 }
 
+TEST(OutputFailure, FailingSyncOfADirectoryIsReportedAndFailsNoFile) {
+    const TempDirectory directory;
+    FaultyFileCalls calls;
+    calls.syncDirectoryError = SystemErrorFor(SystemErrorKind::kOther);
+    const EngineRun run = RunEngine(directory, FullRecording(),
+                                    {true, false, false, false, true, false}, OutputSettings());
+    EXPECT_EQ(run.statusText, L"Processing complete");
+    ASSERT_EQ(run.details.size(), 1U) << DetailsOf(run);
+    EXPECT_TRUE(Tells(run,
+                      L"rec.ord: its outputs may be gone after a power cut: cannot sync "
+                      L"directory " +
+                          RecDirectory(directory) + L": " +
+                          SystemErrorText(calls.syncDirectoryError)))
+        << DetailsOf(run);
+}
+
 TEST(OutputFailure, ShortAndInterruptedWritesGiveTheSameFiles) {
     const std::string recording = FullRecording();
     const TempDirectory directory;

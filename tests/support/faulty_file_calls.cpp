@@ -81,6 +81,12 @@ SystemErrorCode FaultyFileCalls::SyncData(FileHandle handle) {
     return syncError != 0 ? syncError : SystemFileCalls().SyncData(handle);
 }
 
+SystemErrorCode FaultyFileCalls::SyncDirectory(const std::wstring& path) {
+    const Lock lock(mutex_);
+    if (Interrupts()) return SystemErrorFor(SystemErrorKind::kInterrupted);
+    return syncDirectoryError != 0 ? syncDirectoryError : SystemFileCalls().SyncDirectory(path);
+}
+
 SystemErrorCode FaultyFileCalls::Close(FileHandle handle) {
     const Lock lock(mutex_);
     --openCount;

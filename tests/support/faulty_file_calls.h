@@ -32,6 +32,7 @@ class FaultyFileCalls final : public ForwardingFileCalls {
     std::function<bool(std::uint64_t offset)> writeFails;  // absent: every one
     SystemErrorCode truncateError = 0;
     SystemErrorCode syncError = 0;
+    SystemErrorCode syncDirectoryError = 0;
     SystemErrorCode closeError = 0;
     // Called after each read with what it gave, 0 at the end of the file.
     std::function<void(std::size_t count)> afterRead;
@@ -52,6 +53,7 @@ class FaultyFileCalls final : public ForwardingFileCalls {
                             std::size_t size, std::size_t& transferred) override;
     SystemErrorCode Truncate(FileHandle handle, std::uint64_t size) override;
     SystemErrorCode SyncData(FileHandle handle) override;
+    SystemErrorCode SyncDirectory(const std::wstring& path) override;
     SystemErrorCode Close(FileHandle handle) override;
 
   private:

@@ -48,6 +48,9 @@ class ForwardingFileCalls : public FileCalls {
     SystemErrorCode SyncData(FileHandle handle) override {
         return SystemFileCalls().SyncData(handle);
     }
+    SystemErrorCode SyncDirectory(const std::wstring& path) override {
+        return SystemFileCalls().SyncDirectory(path);
+    }
     SystemErrorCode QueryRemoved(FileHandle handle, bool& removed) override {
         return SystemFileCalls().QueryRemoved(handle, removed);
     }

@@ -84,6 +84,10 @@ SystemErrorCode MemoryFileCalls::SyncData(FileHandle /*handle*/) {
     return 0;
 }
 
+SystemErrorCode MemoryFileCalls::SyncDirectory(const std::wstring& /*path*/) {
+    return 0;
+}
+
 SystemErrorCode MemoryFileCalls::QueryRemoved(FileHandle /*handle*/, bool& removed) {
     removed = false;
     return 0;

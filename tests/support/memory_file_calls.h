@@ -33,6 +33,7 @@ class MemoryFileCalls final : public ForwardingFileCalls {
                                    std::uint64_t size) override;
     SystemErrorCode Truncate(FileHandle handle, std::uint64_t size) override;
     SystemErrorCode SyncData(FileHandle handle) override;
+    SystemErrorCode SyncDirectory(const std::wstring& path) override;
     SystemErrorCode QueryRemoved(FileHandle handle, bool& removed) override;
     SystemErrorCode Close(FileHandle handle) override;
 

@@ -88,6 +88,11 @@ SystemErrorCode NthFaultFileCalls::SyncData(FileHandle handle) {
     return outcome == Outcome::kFailed ? fault_.code : 0;
 }
 
+SystemErrorCode NthFaultFileCalls::SyncDirectory(const std::wstring& path) {
+    const std::scoped_lock lock(mutex_);
+    return Count({FileOperation::kSyncDirectory, path}) == Outcome::kFailed ? fault_.code : 0;
+}
+
 SystemErrorCode NthFaultFileCalls::Close(FileHandle handle) {
     const std::scoped_lock lock(mutex_);
     const Outcome outcome = Count({FileOperation::kClose, open_.at(handle).path});

@@ -19,6 +19,7 @@ enum class FileOperation {
     kWrite,
     kTruncate,
     kSync,
+    kSyncDirectory,
     kClose
 };
 
@@ -66,6 +67,7 @@ class NthFaultFileCalls final : public ForwardingFileCalls {
                                    std::uint64_t size) override;
     SystemErrorCode Truncate(FileHandle handle, std::uint64_t size) override;
     SystemErrorCode SyncData(FileHandle handle) override;
+    SystemErrorCode SyncDirectory(const std::wstring& path) override;
     SystemErrorCode Close(FileHandle handle) override;
 
   private:

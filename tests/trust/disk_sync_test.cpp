@@ -1,5 +1,5 @@
-// The wait for the disk as the system sees it: the linker puts this file's fdatasync before the C
-// library's.
+// The wait for the disk as the system sees it: the linker puts this file's fdatasync and fsync
+// before the C library's.
 
 #include <cerrno>
 #include <filesystem>
@@ -7,7 +7,9 @@
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -25,9 +27,16 @@ using NamesAndSizes = std::multiset<std::pair<std::string, std::uintmax_t>>;
 std::mutex syncedMutex;
 NamesAndSizes synced;  // what each file had when its descriptor was synced
 
+std::vector<fs::path> syncedDirectories;
+
+fs::path PathOf(int descriptor) {
+    std::error_code noFile;
+    return fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor), noFile);
+}
+
 void Note(int descriptor) {
     std::error_code noFile;
-    const fs::path path = fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor), noFile);
+    const fs::path path = PathOf(descriptor);
     const std::uintmax_t size = fs::file_size(path, noFile);
     const std::scoped_lock lock(syncedMutex);
     synced.emplace(path.filename().string(), size);
@@ -38,6 +47,7 @@ EngineRun Convert(bool syncBeforeFinalHeader) {
     OutputSettings settings;
     settings.syncBeforeFinalHeader = syncBeforeFinalHeader;
     synced.clear();
+    syncedDirectories.clear();
     EngineRun run = RunEngine(directory, MakeFullRecording(3, 64), AllOutputs(), settings);
     EXPECT_EQ(run.statusText, L"Processing complete");
     return run;
@@ -53,9 +63,31 @@ TEST(DiskSync, EachFileThatSaysClosedIsSyncedOnceWithAllItsBytes) {
     EXPECT_EQ(synced, expected);
 }
 
+TEST(DiskSync, NewDirectoriesAreSynced) {
+    Convert(true);
+    ASSERT_EQ(syncedDirectories.size(), 3U);
+    EXPECT_EQ(syncedDirectories[0].filename(), "rec");
+    EXPECT_EQ(syncedDirectories[1], syncedDirectories[0].parent_path());
+    EXPECT_EQ(syncedDirectories[2], syncedDirectories[1].parent_path());
+}
+
 TEST(DiskSync, IsLeftOutWhereNobodyWantsToWait) {
     EXPECT_EQ(Convert(false).files.size(), 24U);
     EXPECT_EQ(synced, NamesAndSizes());
+    EXPECT_TRUE(syncedDirectories.empty());
+}
+
+TEST(DiskSync, FileSystemThatCannotSyncDirectoriesIsNoFailure) {
+    const int descriptor = ::open("/proc", O_RDONLY | O_DIRECTORY);
+    EXPECT_EQ(::fsync(descriptor), -1);
+    EXPECT_EQ(errno, EINVAL);
+    ::close(descriptor);
+    EXPECT_EQ(SystemFileCalls().SyncDirectory(L"/proc"), 0);
+}
+
+TEST(DiskSync, DirectoryThatIsNotThereIsTheSystemsReason) {
+    const TempDirectory directory;
+    EXPECT_EQ(SystemFileCalls().SyncDirectory(directory.Path(L"none")), ENOENT);
 }
 
 TEST(DiskSync, FailureIsTheSystemsReason) {
@@ -74,4 +106,11 @@ extern "C" int __wrap_fdatasync(int descriptor);
 extern "C" int __wrap_fdatasync(int descriptor) {
     stalwick::test::Note(descriptor);
     return __real_fdatasync(descriptor);
+}
+
+extern "C" int __real_fsync(int descriptor);
+extern "C" int __wrap_fsync(int descriptor);
+extern "C" int __wrap_fsync(int descriptor) {
+    stalwick::test::syncedDirectories.push_back(stalwick::test::PathOf(descriptor));
+    return __real_fsync(descriptor);
 }

@@ -68,6 +68,38 @@ TEST(Durability, WithoutSyncNobodyWaitsForTheDisk) {
     }
 }
 
+/** The directories that were synced, and where: after the last close of an output or before. */
+std::vector<std::wstring> SyncedAfterTheOutputs(const TempDirectory& directory,
+                                                const OutputSettings& settings) {
+    NthFaultFileCalls disk({});
+    RunEngine(directory, MakeFullRecording(3, 64), AllOutputs(), settings);
+    std::vector<std::wstring> synced;
+    for (const FileCallRecord& call : disk.calls()) {
+        if (call.operation == FileOperation::kSyncDirectory) synced.push_back(call.path);
+        const bool isInput = call.path.ends_with(L"rec.ord");
+        if (call.operation == FileOperation::kClose && !isInput) synced.clear();
+    }
+    return synced;
+}
+
+TEST(Durability, NewDirectoriesAreOnTheDiskWithTheNamesInThem) {
+    const TempDirectory directory;
+    const std::wstring out = directory.Path(L"out");
+    const std::wstring rec = out + kPathSeparator + L"rec";
+    const std::wstring parent = out.substr(0, out.size() - 3);
+    EXPECT_EQ(SyncedAfterTheOutputs(directory, OutputSettings()),
+              (std::vector<std::wstring>{rec, out, parent}));
+    // The second time only the new files' names are new.
+    EXPECT_EQ(SyncedAfterTheOutputs(directory, OutputSettings()), std::vector<std::wstring>{rec});
+}
+
+TEST(Durability, WithoutSyncNobodyWaitsForDirectories) {
+    const TempDirectory directory;
+    OutputSettings settings;
+    settings.syncBeforeFinalHeader = false;
+    EXPECT_EQ(SyncedAfterTheOutputs(directory, settings), std::vector<std::wstring>());
+}
+
 // Each byte is written once and in order, so that a file cut by a power failure is a beginning.
 TEST(Durability, DataOnlyGrow) {
     for (const wchar_t* name : {L"CSC1.vcs", L"Events.vev", L"RawData.vrd"}) {

@@ -125,7 +125,7 @@ bool IsHarmless(const FileCallRecord& call) {
 // Whether the status text shows it. What fails of the rest of the events and of the raw data after
 // their opening shows in the details only.
 bool FileFaultTest::IsFatal(const FileCallRecord& call) const {
-    if (IsHarmless(call)) return false;
+    if (IsHarmless(call) || call.operation == FileOperation::kSyncDirectory) return false;
     if (call.operation == FileOperation::kCreate || call.toFreshHeader) return true;
     const std::string name = FileName(call.path);
     if (name.ends_with(".vrd")) return false;
@@ -200,7 +200,8 @@ void FileFaultTest::CheckNames(const EngineRun& run,
     }
     for (const FileCallRecord& call : failedCalls) {
         const std::string name = FileName(call.path);
-        if (!IsHarmless(call) && name != "rec.ord") expected.insert(name);
+        const bool isFile = call.operation != FileOperation::kSyncDirectory;
+        if (!IsHarmless(call) && isFile && name != "rec.ord") expected.insert(name);
     }
     std::set<std::string> named;
     for (const ConversionDetail& detail : run.details) {

@@ -136,7 +136,8 @@ double SamplesPerSecond(const OutputInSet& output) {
     const std::string text = ToUtf8(output.header.Value(L"-SamplingFrequency"));
     double value = 0.0;
     std::from_chars(text.data(), text.data() + text.size(), value);
-    return value > 0.0 ? value : 0.0;
+    constexpr double kMost = 1e12;  // beyond any recorder; "inf" is a number, too
+    return value > 0.0 && value < kMost ? value : 0.0;
 }
 
 // The value that most have, of two the first one's.

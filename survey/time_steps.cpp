@@ -1,5 +1,6 @@
 #include "survey/time_steps.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -9,6 +10,11 @@ namespace {
 
 constexpr std::size_t kMostGaps = 100;  // that are listed
 constexpr double kMicrosecondsPerSecond = 1e6;
+
+std::uint64_t Rounded(double count) {
+    constexpr double kMost = 1e18;  // damaged times may say anything
+    return static_cast<std::uint64_t>(std::llround(std::min(count, kMost)));
+}
 
 }  // namespace
 
@@ -33,8 +39,7 @@ void TimeSteps::CheckGap(std::uint64_t time, std::uint64_t samples, const Findin
     ++set_.gapCount;
     if (set_.gaps.size() >= kMostGaps) return;
     set_.gaps.push_back({log_.Path(), place.record.value_or(0), place.byte.value_or(0),
-                         missing / samplesPerSecond_,
-                         static_cast<std::uint64_t>(std::llround(missing))});
+                         missing / samplesPerSecond_, Rounded(missing)});
 }
 
 void TimeSteps::Break() {

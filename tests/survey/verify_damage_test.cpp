@@ -133,7 +133,9 @@ TEST(VerifyDamage, EveryTruncationIsFound) {
     for (const std::string name :
          {"CSC1.vcs", "CSC32.vcs", "AFE_MZ.vcs", "Ultrasonic.vcs", "Events.vev", "RawData.vrd"}) {
         std::string& bytes = set.outputs.at(name);
-        const std::size_t recordSize = name.ends_with("vcs") ? 1044 : 184 * 25 * 2;
+        const std::size_t recordSize = name.ends_with("vcs")   ? 1044
+                                       : name.ends_with("vev") ? std::size_t{50} * 184
+                                                               : std::size_t{70} * 200;
         for (const std::size_t length : LengthsToCutTo(bytes, recordSize, random)) {
             const std::string before = bytes;
             bytes.resize(length);
@@ -187,6 +189,57 @@ TEST(VerifyDamage, BytesThatWereAddedAreFound) {
         EXPECT_TRUE(Names(set.Compare(), name)) << name;
         EXPECT_TRUE(Names(set.Verify(), name)) << name;
         bytes = before;
+    }
+}
+
+// What of a record can be known from its set alone.
+TEST(VerifyDamage, FieldsOfARecordAreLookedAtWithoutTheRecordingToo) {
+    OutputSetInMemory set = MakeSet();
+    struct Case {
+        const char* file;
+        std::size_t at;  // byte of the records
+        std::size_t size;
+        const char* text;
+    };
+    const std::size_t last = set.outputs.at("CSC2.vcs").size() - kHeader - 2;
+    const Case cases[] = {{"CSC2.vcs", 1044, 2, "the times of its records are not those"},
+                          {"CSC2.vcs", 1044 + 8, 4, "its channel number is"},
+                          {"CSC2.vcs", 1044 + 12, 4, "its sampling frequency is"},
+                          {"CSC2.vcs", 1044 + 16, 4, "samples"},
+                          {"CSC2.vcs", last, 2, "samples after its"},
+                          {"Events.vev", 184, 6, "reserved bytes of it"},
+                          {"Events.vev", 184 + 13, 1, "microseconds before"},
+                          {"Events.vev", 184 + 14, 2, "its event number is"},
+                          {"Events.vev", 184 + 17, 1, "its TTL value is"},
+                          {"Events.vev", 184 + 18, 38, "reserved bytes of it"},
+                          {"Events.vev", 184 + 56, 128, "its text is not"}};
+    for (const Case& it : cases) {
+        std::string& bytes = set.outputs.at(it.file);
+        for (std::size_t i = 0; i < it.size; ++i) {
+            char& byte = bytes[kHeader + it.at + i];
+            const char before = byte;
+            byte = static_cast<char>(before ^ 0x40);
+            const VerifyReport report = set.Verify();
+            EXPECT_TRUE(Names(report, it.file)) << it.file << " byte " << it.at + i;
+            EXPECT_NE(Findings(report).find(it.text), std::string::npos)
+                << it.text << " at " << i << Findings(report);
+            byte = before;
+        }
+    }
+}
+
+TEST(VerifyDamage, RecordingThatIsDamagedItselfIsAFindingAndComparedBeforeThat) {
+    OutputSetInMemory set = MakeSet();
+    std::string& recording = set.Recording();
+    ASSERT_GT(recording.size(), kHeader + 2 * 50'000);
+    // From here on nothing is a packet.
+    recording.replace(kHeader + 60'000, recording.size() - kHeader - 60'000,
+                      recording.size() - kHeader - 60'000, '\0');
+    const VerifyReport report = set.Compare();
+    EXPECT_NE(Findings(report).find("in/rec.ord byte "), std::string::npos) << Findings(report);
+    EXPECT_NE(Findings(report).find("CSC1.vcs record"), std::string::npos) << Findings(report);
+    for (const OutputFinding& finding : report.sets.front().findings) {
+        EXPECT_EQ(finding.text.find(L"its sample"), std::wstring::npos) << Findings(report);
     }
 }
 

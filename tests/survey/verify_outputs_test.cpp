@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "survey/output_set.h"
 #include "tests/survey/output_set_in_memory.h"
 
 namespace stalwick::test {
@@ -135,6 +136,19 @@ TEST(VerifyOutputs, FilesOfTwoSessionsAreTwoSets) {
     EXPECT_TRUE(report.IsWhole()) << Findings(report);
 }
 
+TEST(OutputSet, HeaderTimesCountSecondsAndRefuseAnythingElse) {
+    const auto first = ReadHeaderTime(L"2021/03/04 09:05:07");
+    ASSERT_TRUE(first.has_value());
+    EXPECT_EQ(ReadHeaderTime(L"2021/03/04 10:00:00"), *first + 54 * 60 + 53);
+    EXPECT_GT(ReadHeaderTime(L"2021/04/01 00:00:00"), ReadHeaderTime(L"2021/03/31 23:59:59"));
+    for (const wchar_t* text :
+         {L"", L"2021/13/04 09:05:07", L"2021/03/32 09:05:07", L"2021/03/04 24:05:07",
+          L"2021/03/04 09:60:07", L"2021/03/04 09:05:61", L"2021-03-04 09:05:07",
+          L"2021/03/04 09:05:0", L"2021/03/04 09:05:070"}) {
+        EXPECT_FALSE(ReadHeaderTime(text).has_value());
+    }
+}
+
 TEST(VerifyOutputs, OtherFilesAreLeftAlone) {
     OutputSetInMemory set(
         EveryOutput(BuildOrdFile(Header(true, 32), MixedPackets(1, 60, true, {0}))));
@@ -183,6 +197,29 @@ TEST(VerifyOutputs, GapsAreListedAndAreNoFinding) {
         const std::uint64_t record = channels ? 2 : 1000;
         EXPECT_EQ(gaps[0].record, record);
         EXPECT_EQ(gaps[0].byte, 16384 + record * (channels ? 1044 : 200));
+    }
+}
+
+TEST(VerifyOutputs, NoGapIsInvented) {
+    for (const unsigned rate : {1000U, 24'414U, 30'000U, 32'000U, 300'000U}) {
+        for (const double drift : {-50e-6, 0.0, 50e-6}) {
+            std::vector<PacketPlan> plans;
+            std::mt19937_64 random(rate);
+            RandomPacketShape shape;
+            for (std::size_t i = 0; i < 400; ++i) {
+                const double ns = static_cast<double>(i) * 1e10 / rate * (1.0 + drift);
+                shape.hardwareTimestamp = 1'000'000'000 + static_cast<std::uint64_t>(ns);
+                plans.push_back(MakeRandomPacket(random, shape));
+            }
+            for (const bool channels : {true, false}) {
+                ReferenceConvertInput input = EveryOutput(BuildOrdFile(
+                    Version2Header(32).Set("-SamplingFrequency", std::to_string(rate)), plans));
+                input.options.csc = channels;
+                const VerifyReport report = OutputSetInMemory(input).Verify();
+                EXPECT_TRUE(report.IsWhole()) << rate << Findings(report);
+                EXPECT_EQ(report.sets.front().gapCount, 0U) << rate << ' ' << drift;
+            }
+        }
     }
 }
 

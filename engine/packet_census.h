@@ -27,8 +27,8 @@ class PacketCensus {
     static std::uint32_t HighestEnabled(const ORDDataPacket& packet, std::uint32_t channels) {
         if (packet.channelMask->empty()) return channels;
         std::uint32_t end = channels;
-        for (std::uint8_t bits : *packet.channelMask) {
-            for (std::uint32_t channel = end; bits != 0; --channel, bits <<= 1U) {
+        for (unsigned bits : *packet.channelMask) {
+            for (std::uint32_t channel = end; bits != 0; --channel, bits = (bits << 1U) & 0xFFU) {
                 if ((bits & 0x80U) != 0) return channel;
             }
             end -= 8;

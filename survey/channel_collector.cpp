@@ -23,7 +23,8 @@ constexpr double kStepsPer14BitStep = 4.0;
 bool IsEnabled(const std::vector<std::uint8_t>& mask, std::size_t channel) {
     if (mask.empty()) return true;
     const std::size_t byte = channel / 8;
-    return byte < mask.size() && ((mask[mask.size() - 1 - byte] >> (channel % 8)) & 1U) != 0;
+    return byte < mask.size() &&
+           (unsigned{mask[mask.size() - 1 - byte]} >> (channel % 8) & 1U) != 0;
 }
 
 // Bit i of the result: whether samples[i] has the value of the sample before it.

@@ -243,6 +243,33 @@ TEST(VerifyOutputs, ChannelTimesThatPassTheEndOf64BitsDoNotGoBack) {
     EXPECT_EQ(Findings(set.Verify()).find(".vcs"), std::string::npos) << Findings(set.Verify());
 }
 
+TEST(VerifyOutputs, TimestampsOfZeroCountAsNoneForChannels) {
+    std::vector<PacketPlan> plans = MixedPackets(1, 200, true, {0});
+    for (PacketPlan& plan : plans) plan.hardwareTimestamp = 0;
+    OutputSetInMemory set(EveryOutput(BuildOrdFile(Header(true, 32), plans)));
+    EXPECT_TRUE(set.Compare().IsWhole()) << Findings(set.Compare());
+}
+
+TEST(VerifyOutputs, RawDataFileThatIsCutInsideAPacketIsFoundByItself) {
+    ReferenceConvertInput input =
+        EveryOutput(BuildOrdFile(Header(true, 32), MixedPackets(1, 60, true, {0})));
+    input.options.csc = false;
+    OutputSetInMemory set(input);
+    set.outputs.at("RawData.vrd").resize(16384 + 13 * 200);
+    EXPECT_NE(Findings(set.Verify()).find("inside the ten records of a packet"), std::string::npos)
+        << Findings(set.Verify());
+}
+
+TEST(VerifyOutputs, RawDataFileOfAnotherChannelCountIsFoundAgainstTheRecording) {
+    OutputSetInMemory set(
+        EveryOutput(BuildOrdFile(Header(true, 32), MixedPackets(1, 60, true, {0}))));
+    std::string& bytes = set.outputs.at("RawData.vrd");
+    const std::string line = "-NumADChannels 32";
+    bytes[bytes.find(line) + line.size() - 1] = '3';
+    EXPECT_NE(Findings(set.Compare()).find("its -NumADChannels has \"33\""), std::string::npos)
+        << Findings(set.Compare());
+}
+
 TEST(VerifyOutputs, OutputsOfAnotherRecordingDiffer) {
     OutputSetInMemory set(
         EveryOutput(BuildOrdFile(Header(true, 32), MixedPackets(1, 60, true, {0}))));

@@ -49,6 +49,15 @@ void PassOver(const PlannedRecording& recording, const ConvertedOutputs& found,
     processor.bytesProcessed.store(QueryFileSize(recording.path), std::memory_order_relaxed);
 }
 
+// After a cancel: a conversion would make outputs without data, beside whole ones perhaps.
+void LeaveAlone(const PlannedRecording& recording, RecordingOutcome& outcome) {
+    outcome.converted = true;
+    outcome.status = kStatusCanceled;
+    outcome.withoutConversion = L"canceled, not looked at";
+    outcome.account = AccountOf(recording);
+    outcome.account.canceled = true;
+}
+
 }  // namespace
 
 bool NeedsConversion(const PlannedRecording& recording, const CommandLine& commandLine,
@@ -63,9 +72,17 @@ bool NeedsConversion(const PlannedRecording& recording, const CommandLine& comma
         recording.path,
         OutputsOf(recording),
         {commandLine.channelOptions, true, commandLine.writeRawData}};
-    const ConvertedOutputs found = FindConvertedOutputs(request, processor.cancelRequested);
-    if (found.whole) PassOver(recording, found, processor, outcome);
-    return !found.whole;
+    const auto canceled = [&] { return processor.cancelRequested.load() != 0; };
+    ConvertedOutputs found;
+    if (!canceled()) found = FindConvertedOutputs(request, processor.cancelRequested);
+    if (found.whole) {
+        PassOver(recording, found, processor, outcome);
+    } else if (canceled()) {
+        LeaveAlone(recording, outcome);
+    } else {
+        return true;
+    }
+    return false;
 }
 
 bool AnyCanBeConverted(const std::vector<PlannedRecording>& recordings) {

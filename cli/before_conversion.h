@@ -12,7 +12,7 @@ namespace stalwick {
 
 // Looks at a recording in its turn, before anything is made for it. False, with the outcome, if it
 // cannot be converted, or if the command line says to pass over what is converted already and it
-// is. A cancel through the processor ends a long look.
+// is. A cancel through the processor ends that long look, and the recording is left alone.
 bool NeedsConversion(const PlannedRecording& recording, const CommandLine& commandLine,
                      DataProcessor& processor, RecordingOutcome& outcome);
 

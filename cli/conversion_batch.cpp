@@ -70,26 +70,32 @@ std::optional<std::size_t> ConversionBatch::BeginNextFile() {
 void ConversionBatch::ConvertFile(std::size_t index) {
     DataProcessor& processor = *processors_[index];
     RecordingOutcome& outcome = outcomes_[index];
-    if (!NeedsConversion(recordings_[index], commandLine_, processor, outcome)) return;
-    ConversionJob job;
-    job.inputFiles = {recordings_[index].path};
-    job.processor = &processor;
-    job.outputDirectory = recordings_[index].outputDirectory;
-    job.channelOptions = commandLine_.channelOptions;
-    job.writeRawData = commandLine_.writeRawData;
-    job.onFinished = [&](const std::wstring& status) { outcome.status = status; };
     // Made beforehand: where memory runs out there is none for them.
     std::wstring outOfMemory = FromUtf8(kStatusOutOfMemory);
     std::vector<ConversionDetail> details = {OutOfMemoryDetail(recordings_[index].path)};
     try {
-        RunConversionJob(std::move(job));
+        // The look needs memory too.
+        if (!NeedsConversion(recordings_[index], commandLine_, processor, outcome)) return;
+        RunJob(index);
         details.clear();
     } catch (const std::bad_alloc&) {
+        outcome = RecordingOutcome();
         outcome.status = std::move(outOfMemory);
     }
     outcome.account = processor.TakeAccount();
     if (outcome.account.details.empty()) outcome.account.details = std::move(details);
     outcome.converted = outcome.status == kStatusComplete || outcome.status == kStatusCanceled;
+}
+
+void ConversionBatch::RunJob(std::size_t index) {
+    ConversionJob job;
+    job.inputFiles = {recordings_[index].path};
+    job.processor = processors_[index].get();
+    job.outputDirectory = recordings_[index].outputDirectory;
+    job.channelOptions = commandLine_.channelOptions;
+    job.writeRawData = commandLine_.writeRawData;
+    job.onFinished = [&](const std::wstring& status) { outcomes_[index].status = status; };
+    RunConversionJob(std::move(job));
 }
 
 void ConversionBatch::Cancel() {

@@ -54,6 +54,7 @@ class ConversionBatch {
     void ConvertFiles(const OnEnded& onEnded);
     std::optional<std::size_t> BeginNextFile();
     void ConvertFile(std::size_t index);
+    void RunJob(std::size_t index);
 
     CommandLine commandLine_;
     std::vector<PlannedRecording> recordings_;

@@ -56,7 +56,9 @@ std::vector<std::wstring> DescribeAll(const std::vector<PlannedRecording>& recor
             if (VerdictOf(outcomes[i]) != named.verdict) continue;
             std::wstring line = std::wstring(L"  ") + named.name + L": " + recordings[i].name;
             if (named.verdict == Verdict::kCanceled) {
-                line += L' ' + DescribeHowFar(outcomes[i].account);
+                line += outcomes[i].withoutConversion.empty()
+                            ? L' ' + DescribeHowFar(outcomes[i].account)
+                            : L", not looked at";
             }
             lines.push_back(line);
         }

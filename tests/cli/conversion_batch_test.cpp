@@ -1,16 +1,22 @@
 #include "cli/conversion_batch.h"
 
+#include <atomic>
 #include <cstdint>
+#include <functional>
 #include <map>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "cli/recap.h"
+#include "cli/recording_line.h"
 #include "platform/paths.h"
 #include "tests/support/engine_run.h"
 #include "tests/support/fixed_identity.h"
+#include "tests/support/forwarding_file_calls.h"
 #include "tests/support/ord_builder.h"
 #include "tests/support/temp_directory.h"
 
@@ -117,6 +123,100 @@ TEST(ConversionBatch, FilesBeforeAFailureAreConvertedAndFarOnesBehindItAreNot) {
         if (jobs > 1) continue;  // others may have begun already
         EXPECT_TRUE(batch.Outcomes()[6].status.empty());
     }
+}
+
+// Something happens at the n-th read of any file.
+class AtRead final : public ForwardingFileCalls {
+  public:
+    AtRead(int number, std::function<void()> happens)
+        : left_(number), happens_(std::move(happens)) {}
+
+    SystemErrorCode Read(FileHandle handle, void* data, std::size_t size,
+                         std::size_t& transferred) override {
+        if (--left_ == 0) happens_();
+        return ForwardingFileCalls::Read(handle, data, size, transferred);
+    }
+
+    bool Happened() const { return left_ <= 0; }
+
+  private:
+    std::atomic<int> left_;
+    std::function<void()> happens_;
+};
+
+// A recording of one channel that is converted already, and a line that passes it over.
+class ConvertedAlready : public testing::Test {
+  protected:
+    ConvertedAlready()
+        : line_(LineFor(directory_,
+                        {PutFile(directory_, 0, L"r.ord",
+                                 BuildOrdFile(Version1Header(1), std::vector<PacketPlan>(60)))},
+                        1)) {
+        ConversionBatch(line_, PlanRecordings(line_)).Run();
+        before_ = Outputs(directory_, L"r");
+        line_.skipConverted = true;
+    }
+
+    TempDirectory directory_;
+    CommandLine line_;
+    std::map<std::string, std::string> before_;
+};
+
+TEST_F(ConvertedAlready, CancelBeforeTheLookMakesNothing) {
+    ConversionBatch batch(line_, PlanRecordings(line_));
+    batch.Cancel();
+    batch.Run();
+    EXPECT_TRUE(Outputs(directory_, L"r") == before_);
+    EXPECT_EQ(batch.Status(), L"Data processing canceled.");
+    EXPECT_EQ(VerdictOf(batch.Outcomes()[0]), Verdict::kCanceled);
+    const auto lines = DescribeRecording(batch.Recordings()[0], batch.Outcomes()[0], true);
+    EXPECT_EQ(lines, std::vector<std::wstring>{line_.inputFiles[0] + L": canceled, not looked at"});
+}
+
+TEST_F(ConvertedAlready, CancelAtAnyReadOfTheLookMakesNothing) {
+    bool happened = true;
+    std::map<Verdict, int> verdicts;
+    for (int number = 1; happened; ++number) {
+        ConversionBatch batch(line_, PlanRecordings(line_));
+        const AtRead cancel(number, [&] { batch.Cancel(); });
+        batch.Run();
+        happened = cancel.Happened();
+        ASSERT_TRUE(Outputs(directory_, L"r") == before_) << "read " << number;
+        ++verdicts[VerdictOf(batch.Outcomes()[0])];
+    }
+    // Canceled in its first reads; whole if the look had all it needs.
+    EXPECT_GT(verdicts[Verdict::kCanceled], 1);
+    EXPECT_GT(verdicts[Verdict::kPassedOver], 0);
+    EXPECT_EQ(verdicts.size(), 2U);
+}
+
+TEST_F(ConvertedAlready, RecapNamesWhatWasNotLookedAt) {
+    line_.inputFiles.push_back(PutFile(directory_, 1, L"s.ord", Recording(1)));
+    ConversionBatch batch(line_, PlanRecordings(line_));
+    batch.Run([&](std::size_t) { batch.Cancel(); });
+    const auto lines = DescribeAll(batch.Recordings(), batch.Outcomes(), false);
+    const std::vector<std::wstring> expected = {
+        L"2 recordings: 0 converted, 1 passed over, 0 with losses, 0 failed, 1 canceled",
+        L"  canceled: " + line_.inputFiles[1] + L", not looked at"};
+    EXPECT_EQ(lines, expected);
+}
+
+TEST(ConversionBatch, LackOfMemoryInALookFailsThatRecordingOnly) {
+    const TempDirectory directory;
+    CommandLine line = LineFor(directory,
+                               {PutFile(directory, 0, L"first.ord", Recording(1)),
+                                PutFile(directory, 0, L"second.ord", Recording(2))},
+                               1);
+    line.keepGoing = true;
+    ConversionBatch batch(line, PlanRecordings(line));
+    const AtRead runsOut(1, [] { throw std::bad_alloc(); });
+    batch.Run();
+    EXPECT_EQ(VerdictOf(batch.Outcomes()[0]), Verdict::kFailed);
+    EXPECT_EQ(VerdictOf(batch.Outcomes()[1]), Verdict::kWhole);
+    const auto lines = DescribeRecording(batch.Recordings()[0], batch.Outcomes()[0], true);
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_EQ(lines[0].rfind(line.inputFiles[0] + L": not converted", 0), 0U);
+    EXPECT_NE(lines[0].find(L"not enough memory"), std::wstring::npos);
 }
 
 }  // namespace

@@ -6,9 +6,7 @@ set -euo pipefail
 build=$1
 output=${2:-$build/screenshots}
 mkdir -p "$output"
-# The pictures show this path: a plain one where it is free.
-recordings=/tmp/recordings
-mkdir "$recordings" 2> /dev/null || recordings=$(mktemp -d)
+recordings=$(mktemp -d)
 trap 'rm -rf "$recordings"' EXIT
 
 seed=1

@@ -1,0 +1,188 @@
+// What of the buffered records reaches the channel files: at a full block, at the end, at a
+// failure.
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/system_error.h"
+#include "tests/support/engine_run.h"
+#include "tests/support/faulty_file_calls.h"
+#include "tests/support/output_failures.h"
+#include "tests/support/reference_writers.h"
+#include "tests/support/temp_directory.h"
+#include "tests/writers/open_channels.h"
+#include "writers/csc_file_writer_container.h"
+#include "writers/sample_scaling.h"
+
+namespace stalwick::test {
+namespace {
+
+TEST(CSCFileWriterBlocks, FinishWritesThePartialRecord) {
+    OpenChannels channels;
+    for (int call = 0; call < 52; ++call) channels.Write(10, 1000);
+    EXPECT_EQ(channels.container.FinishCscFiles(), 0);
+    EXPECT_TRUE(channels.container.records.empty());
+    const auto records = RecordsOf(channels.directory.Path(L"CSC16.vcs"));
+    ASSERT_EQ(records.size(), 2U);
+    EXPECT_EQ(records[1].numValidSamples, 8U);
+    EXPECT_EQ(records[1].samples[7], 48);
+    EXPECT_TRUE(std::all_of(records[1].samples.begin() + 8, records[1].samples.end(),
+                            [](std::int16_t sample) { return sample == 0; }));
+}
+
+TEST(CSCFileWriterBlocks, FinishWithNothingBufferedLeavesTheHeaderOnly) {
+    OpenChannels channels;
+    EXPECT_EQ(channels.container.FinishCscFiles(), 0);
+    EXPECT_EQ(ReadFile(channels.directory.Path(L"CSC1.vcs")).size(), 16384U);
+}
+
+TEST(CSCFileWriterBlocks, FinishWithoutAnyFileSucceeds) {
+    CSCFileWriterContainer container(ChannelSettings());
+    EXPECT_EQ(container.FinishCscFiles(), 0);
+}
+
+TEST(CSCFileWriterBlocks, FullBlockIsWrittenAtOnceAndNothingOfItComesBack) {
+    // Blocks of 4 records: the fifth record begins in the first one's place.
+    OpenChannels channels(kADOnly, 4);
+    for (int call = 0; call < 205; ++call) channels.Write(10, 1000);
+    EXPECT_EQ(channels.container.records[0].bufferedCount, 0U);
+    EXPECT_EQ(ReadFile(channels.directory.Path(L"CSC1.vcs")).size(), 16384U + 4 * 1044);
+    EXPECT_EQ(channels.container.FinishCscFiles(), 0);
+    const auto records = RecordsOf(channels.directory.Path(L"CSC1.vcs"));
+    ASSERT_EQ(records.size(), 5U);
+    EXPECT_EQ(records[4].numValidSamples, 2U);
+    EXPECT_EQ(records[4].samples[1], 48);
+    EXPECT_TRUE(std::all_of(records[4].samples.begin() + 2, records[4].samples.end(),
+                            [](std::int16_t sample) { return sample == 0; }));
+}
+
+TEST(CSCFileWriterBlocks, BlockThatEndsWithTheRecordingHasNothingBehindIt) {
+    OpenChannels channels(kADOnly, 4);
+    for (int call = 0; call < 256; ++call) channels.Write(10, 1000);  // 5 x 512 samples
+    EXPECT_EQ(channels.container.FinishCscFiles(), 0);
+    const auto records = RecordsOf(channels.directory.Path(L"CSC1.vcs"));
+    ASSERT_EQ(records.size(), 5U);
+    EXPECT_EQ(records[4].numValidSamples, 512U);
+}
+
+TEST(CSCFileWriterBlocks, CompleteRecordsAloneHaveNoPartialOneBehindThem) {
+    OpenChannels channels(kADOnly, 4);
+    for (int call = 0; call < 4; ++call) channels.Write(512, 1000 + call);
+    EXPECT_EQ(channels.container.FinishCscFiles(), 0);
+    EXPECT_EQ(RecordsOf(channels.directory.Path(L"CSC1.vcs")).size(), 4U);
+}
+
+TEST(CSCFileWriterBlocks, FileWhoseBlockCannotBeWrittenFailsAndTakesNothingMore) {
+    OpenChannels channels(kADOnly, 1);
+    FaultyFileCalls calls;
+    calls.bytesUntilFull = 0;
+    EXPECT_EQ(channels.Write(512, 1000), -1);
+    EXPECT_EQ(channels.Write(10, 2000), -1);
+    calls.bytesUntilFull.reset();
+    EXPECT_EQ(channels.Write(512, 3000), -1);
+    channels.container.LeaveUnfinished();
+    EXPECT_EQ(channels.container.FinishCscFiles(), -1);
+    EXPECT_EQ(ReadFile(channels.directory.Path(L"CSC1.vcs")).size(), 16384U);
+}
+
+TEST(CSCFileWriterBlocks, FilesThatAreFilledSideBySideAreWrittenInTurns) {
+    OpenChannels channels(kADOnly, 4);
+    channels.Write(512, 1000);
+    for (const auto& [name, size] :
+         {std::pair(L"CSC1.vcs", 0U), std::pair(L"CSC2.vcs", 0U), std::pair(L"CSC3.vcs", 0U),
+          std::pair(L"CSC4.vcs", 1044U), std::pair(L"CSC8.vcs", 1044U)}) {
+        EXPECT_EQ(ReadFile(channels.directory.Path(name)).size(), 16384U + size) << name;
+    }
+}
+
+// More than 5000 records in each file of two groups, through both the container and the reference.
+struct LongChannels {
+    explicit LongChannels(const OutputSettings& settings, WriteQueue* queue = nullptr)
+        : container(settings, queue) {
+        container.numAdChannels = 3;
+        container.samplingFrequency = 30000;
+        container.timestampOffset = 1000;
+        EXPECT_EQ(container.InitializeCscFiles(directory.Path(), {1, 1, 0, 0}), 0);
+        for (std::uint32_t i = 0; i < 12; ++i) {
+            ReferenceChannelFile& file = reference.emplace_back();
+            file.channelIndex = i < 3 ? i : i - 3;
+            file.samplingFrequency = i < 3 ? 30000.0 : 3000.0;
+            file.timestampOffset = 1000;
+        }
+        // 5007 records and a part of one for the A/D channels, 5000 and a part for the others.
+        for (std::uint64_t call = 0; call < 5127; ++call) {
+            Write(ChannelGroup::kAD, 3, 500, call);
+            if (call < 5121) Write(ChannelGroup::kBaseIMU, 9, 500, call);
+        }
+    }
+
+    void Write(ChannelGroup group, std::size_t files, std::uint32_t count, std::uint64_t call) {
+        const std::size_t first = group == ChannelGroup::kAD ? 0 : 3;
+        std::vector<std::int16_t> samples(files * count);
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            samples[i] = static_cast<std::int16_t>(i * 77 + call);
+        }
+        std::vector<std::int16_t> scaled = samples;
+        group == ChannelGroup::kAD ? ScaleADSamples(scaled) : ScaleImuValues(scaled);
+        const std::uint64_t time = 1'000'000 + call * 1'000'000;
+        for (std::size_t i = 0; i < files; ++i) {
+            reference[first + i].WriteSamples(&scaled[i * count], count, time);
+        }
+        EXPECT_EQ(container.WriteSamples(samples, count, group, time), 0);
+    }
+
+    std::string DataOf(std::size_t file) const {
+        return ReadFile(container.records[file].filePath).substr(16384);
+    }
+
+    TempDirectory directory;
+    CSCFileWriterContainer container;
+    std::vector<ReferenceChannelFile> reference;
+};
+
+TEST(CSCFileWriterBlocks, RecordingThatFailsLeavesTheFullBlocksOfEveryFile) {
+    WriteQueue queue;
+    for (WriteQueue* const used : {static_cast<WriteQueue*>(nullptr), &queue}) {
+        for (const std::uint32_t recordsPerWrite : {0U, 1U, 48U, 1250U}) {
+            LongChannels channels(ChannelSettings(recordsPerWrite), used);
+            channels.container.LeaveUnfinished();
+            EXPECT_EQ(channels.container.fileIO.CompleteWrites(), 0);
+            for (std::size_t file = 0; file < 12; ++file) {
+                EXPECT_EQ(channels.DataOf(file).size(), 5000U * 1044);
+                EXPECT_TRUE(SameBytes(channels.DataOf(file), channels.reference[file].written));
+            }
+        }
+    }
+}
+
+TEST(CSCFileWriterBlocks, RecordingThatFailsKeepsEveryWholeRecordIfTheSettingsSaySo) {
+    OutputSettings settings = ChannelSettings();
+    settings.keepPartialBlocks = true;
+    LongChannels channels(settings);
+    channels.container.LeaveUnfinished();
+    EXPECT_EQ(channels.DataOf(0).size(), 5006U * 1044);
+    for (std::size_t file = 0; file < 12; ++file) {
+        const ReferenceChannelFile& reference = channels.reference[file];
+        EXPECT_TRUE(SameBytes(channels.DataOf(file), reference.written + reference.pending));
+    }
+}
+
+TEST(CSCFileWriterBlocks, FileThatCannotBeShortenedIsNamed) {
+    OpenChannels channels(kADOnly, 1);
+    EXPECT_EQ(channels.Write(512, 1000), 0);
+    FaultyFileCalls calls;
+    calls.truncateError = SystemErrorFor(SystemErrorKind::kOther);
+    channels.container.LeaveUnfinished();
+    ASSERT_EQ(FailuresOf(channels.container.fileIO.Files()).size(), 16U);
+    EXPECT_NE(FailuresOf(channels.container.fileIO.Files())[0].find(
+                  L"cannot shorten " + channels.directory.Path(L"CSC1.vcs")),
+              std::wstring::npos);
+}
+
+}  // namespace
+}  // namespace stalwick::test

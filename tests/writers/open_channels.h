@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/engine_run.h"
+#include "tests/support/temp_directory.h"
+#include "writers/csc_file_writer_container.h"
+
+namespace stalwick::test {
+
+inline constexpr ChannelOptions kADOnly = {1, 0, 0, 0};
+
+inline OutputSettings ChannelSettings(std::uint32_t recordsPerWrite = 0) {
+    OutputSettings settings = QuickSettings();
+    settings.recordsPerWrite = recordsPerWrite;
+    return settings;
+}
+
+/** Open channel files: 16 A/D channels of 30 kHz, offset 1000 µs. */
+struct OpenChannels {
+    explicit OpenChannels(const ChannelOptions& options = kADOnly,
+                          std::uint32_t recordsPerWrite = 0)
+        : container(ChannelSettings(recordsPerWrite)) {
+        container.numAdChannels = 16;
+        container.samplingFrequency = 30000;
+        container.timestampOffset = 1000;
+        EXPECT_EQ(container.InitializeCscFiles(directory.Path(), options), 0);
+    }
+
+    // A block of `samplesPerChannel` equal samples for so many channels.
+    std::int32_t Write(std::uint32_t samplesPerChannel, std::optional<std::uint64_t> time,
+                       ChannelGroup group = ChannelGroup::kAD, std::size_t channels = 16,
+                       std::int16_t value = 1000) {
+        std::vector<std::int16_t> samples(channels * samplesPerChannel, value);
+        return container.WriteSamples(samples, samplesPerChannel, group, time);
+    }
+    const VtxDataTypes::CRRec& Record(std::size_t file, std::size_t record) const {
+        return container.records[file].cscBuffer[record];
+    }
+    // A copy: the field may stand anywhere.
+    std::uint64_t TimeOf(std::size_t file, std::size_t record) const {
+        return Record(file, record).timestamp;
+    }
+
+    TempDirectory directory;
+    CSCFileWriterContainer container;
+};
+
+/** The records behind the header of a finished file. */
+inline std::vector<VtxDataTypes::CRRec> RecordsOf(const std::wstring& path) {
+    const std::string bytes = ReadFile(path).substr(16384);
+    EXPECT_EQ(bytes.size() % sizeof(VtxDataTypes::CRRec), 0U);
+    std::vector<VtxDataTypes::CRRec> records(bytes.size() / sizeof(VtxDataTypes::CRRec));
+    std::memcpy(records.data(), bytes.data(), bytes.size());
+    return records;
+}
+
+}  // namespace stalwick::test

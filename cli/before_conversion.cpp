@@ -40,12 +40,13 @@ void PassOver(const PlannedRecording& recording, const ConvertedOutputs& found,
     outcome.converted = true;
     outcome.passedOver = true;
     outcome.status = kStatusComplete;
+    outcome.account = AccountOf(recording);
+    outcome.account.outputs = found.outputs;
+    outcome.account.outputFiles = found.files;
+    outcome.account.outputBytes = found.bytes;
     outcome.withoutConversion = L"passed over, its outputs are whole -> " + recording.shownOutputs +
                                 L" (" + Counted(found.files, L"file") + L", " +
                                 ReadableBytes(found.bytes) + L")";
-    outcome.account = AccountOf(recording);
-    outcome.account.outputFiles = found.files;
-    outcome.account.outputBytes = found.bytes;
     processor.bytesProcessed.store(QueryFileSize(recording.path), std::memory_order_relaxed);
 }
 

@@ -32,6 +32,8 @@ struct RawOptions {
     bool keepGoing = false;
     bool skipConverted = false;
     bool quiet = false;
+    std::string report;
+    bool checksum = false;
     bool noSync = false;
     bool keepPartial = false;
     std::uint32_t jobs = 0;
@@ -118,11 +120,19 @@ void Declare(CLI::App& app, RawOptions& options) {
         ->type_name("N")
         ->transform(WholeNumber(0, kMostJobs))
         ->capture_default_str();
+    CLI::Option* const report =
+        app.add_option("--report", options.report,
+                       "a JSON document about the run, written when it has ended: inputs, outputs, "
+                       "gaps, losses; an earlier report of that name is replaced, no other file")
+            ->type_name("FILE.json");
+    app.add_flag("--checksum", options.checksum,
+                 "with the SHA-256 of each recording and output in the report; reads them again")
+        ->needs(report);
     app.set_version_flag("--version", VersionLine());
     app.footer(
-        "Exit status: 0 all whole; 1 a conversion failed or an output is incomplete; 2 wrong\n"
-        "usage or output directory; 3 all written, but a recording itself lost data; 130, 143\n"
-        "or 129 canceled by SIGINT, SIGTERM or SIGHUP.");
+        "Exit status: 0 all whole; 1 a conversion failed, an output is incomplete or the report\n"
+        "could not be written; 2 wrong usage, output directory or report; 3 all written, but a\n"
+        "recording itself lost data; 130, 143 or 129 canceled by SIGINT, SIGTERM or SIGHUP.");
     UncoverBrackets(app);
 }
 
@@ -139,6 +149,8 @@ CommandLine ToCommandLine(const RawOptions& options) {
     line.keepGoing = options.keepGoing;
     line.skipConverted = options.skipConverted;
     line.quiet = options.quiet;
+    line.reportPath = FromUtf8(options.report);
+    line.checksum = options.checksum;
     line.jobs = options.jobs;
     line.outputSettings.syncBeforeFinalHeader = !options.noSync;
     line.outputSettings.keepPartialBlocks = options.keepPartial;
@@ -175,6 +187,9 @@ ParsedArguments ParseArguments(std::vector<std::string> arguments) {
     }
     if (app.count("--output-dir") != 0 && options.outputDirectory.empty()) {
         return UsageError("-o: an empty directory name");
+    }
+    if (app.count("--report") != 0 && options.report.empty()) {
+        return UsageError("--report: an empty file name");
     }
     parsed.proceed = true;
     parsed.commandLine = ToCommandLine(options);

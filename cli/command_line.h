@@ -21,7 +21,9 @@ struct CommandLine {
     bool keepGoing = false;
     bool skipConverted = false;  // pass over recordings whose outputs are there and whole
     bool quiet = false;
-    std::uint32_t jobs = 0;  // files converted side by side; 0: as many as there are cores
+    std::wstring reportPath;  // of the document about the run; empty: none is wanted
+    bool checksum = false;    // it has the SHA-256 of recordings and outputs
+    std::uint32_t jobs = 0;   // files converted side by side; 0: as many as there are cores
     OutputSettings outputSettings;
 };
 

@@ -8,8 +8,10 @@
 #include "cli/before_conversion.h"
 #include "engine/conversion_job.h"
 #include "engine/out_of_memory.h"
+#include "platform/file_checksum.h"
 #include "platform/file_system.h"
 #include "platform/processor_count.h"
+#include "platform/system_error.h"
 #include "platform/text_encoding.h"
 
 namespace stalwick {
@@ -27,7 +29,10 @@ ConversionBatch::ConversionBatch(const CommandLine& commandLine,
     }
     for (const PlannedRecording& recording : recordings_) {
         processors_.push_back(std::make_unique<DataProcessor>(commandLine_.outputSettings, jobs));
-        bytesTotal_ += QueryFileSize(recording.path);
+        processors_.back()->FollowTime(!commandLine_.reportPath.empty());
+        RecordingFile& file = outcomes_[processors_.size() - 1].file;
+        file = QueryRecordingFile(recording.path);
+        bytesTotal_ += file.bytes;
     }
 }
 
@@ -51,6 +56,7 @@ void ConversionBatch::Run(const OnEnded& onEnded) {
 void ConversionBatch::ConvertFiles(const OnEnded& onEnded) {
     while (const std::optional<std::size_t> index = BeginNextFile()) {
         ConvertFile(*index);
+        if (commandLine_.checksum) TakeChecksums(*index);
         if (onEnded) onEnded(*index);
         if (outcomes_[*index].converted || commandLine_.keepGoing) continue;
         // Files that stand before it in the list are converted all the same.
@@ -96,6 +102,33 @@ void ConversionBatch::RunJob(std::size_t index) {
     job.writeRawData = commandLine_.writeRawData;
     job.onFinished = [&](const std::wstring& status) { outcomes_[index].status = status; };
     RunConversionJob(std::move(job));
+}
+
+// Nothing where it cannot be computed, with the reason among the failures.
+std::string ConversionBatch::TakeChecksum(const std::wstring& path, std::size_t index) {
+    const FileChecksum checksum = ChecksumOf(path, processors_[index]->cancelRequested);
+    if (checksum.error != 0) {
+        outcomes_[index].checksums.failures.push_back(OneLine(path) + L": no SHA-256: " +
+                                                      SystemErrorText(checksum.error));
+    }
+    return checksum.sha256;
+}
+
+void ConversionBatch::TakeChecksums(std::size_t index) {
+    RecordingOutcome& outcome = outcomes_[index];
+    const std::wstring& path = recordings_[index].path;
+    // A pipe can be read once, and what cannot be read has been reported.
+    if (IsOrdinaryFile(path)) {
+        outcome.checksums.recording = TakeChecksum(path, index);
+        if (QueryRecordingFile(path) != outcome.file) {
+            outcome.checksums.recording.clear();
+            outcome.checksums.failures.push_back(
+                OneLine(path) + L": no SHA-256: it has changed during the run; convert it again");
+        }
+    }
+    for (const OutputAccount& output : outcome.account.outputs) {
+        outcome.checksums.outputs.push_back(TakeChecksum(output.path, index));
+    }
 }
 
 void ConversionBatch::Cancel() {

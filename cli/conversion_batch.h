@@ -55,6 +55,8 @@ class ConversionBatch {
     std::optional<std::size_t> BeginNextFile();
     void ConvertFile(std::size_t index);
     void RunJob(std::size_t index);
+    void TakeChecksums(std::size_t index);
+    std::string TakeChecksum(const std::wstring& path, std::size_t index);
 
     CommandLine commandLine_;
     std::vector<PlannedRecording> recordings_;

@@ -16,7 +16,9 @@
 #include "cli/progress_bar.h"
 #include "cli/recap.h"
 #include "cli/recording_line.h"
+#include "cli/report_file.h"
 #include "cli/room_check.h"
+#include "cli/run_report.h"
 #include "engine/output_directory.h"
 #include "platform/console.h"
 #include "platform/system_error.h"
@@ -68,10 +70,50 @@ bool IsPossible(const CommandLine& commandLine, const std::vector<PlannedRecordi
     return false;
 }
 
+// Refused before anything starts, and before a directory is made.
+bool IsReportTaken(const std::wstring& path) {
+    const std::wstring refusal = path.empty() ? path : RefuseReportName(path);
+    if (!refusal.empty()) PrintLine(stderr, L"stalwick-convert: " + refusal);
+    return !refusal.empty();
+}
+
+bool CanReport(const std::wstring& path) {
+    const std::wstring refusal = path.empty() ? path : RefuseReportDirectory(path);
+    if (!refusal.empty()) PrintLine(stderr, L"stalwick-convert: " + refusal);
+    return refusal.empty();
+}
+
+bool ReportChecksumFailures(const std::vector<RecordingOutcome>& outcomes) {
+    bool failed = false;
+    for (const RecordingOutcome& outcome : outcomes) {
+        for (const std::wstring& line : outcome.checksums.failures) PrintLine(stderr, line);
+        failed = failed || !outcome.checksums.failures.empty();
+    }
+    return failed;
+}
+
+// Writes the report of a run that has ended. Returns the exit status.
+int Report(RunReport& report, const ConversionBatch& batch) {
+    report.recordings = &batch.Recordings();
+    report.outcomes = &batch.Outcomes();
+    report.status = batch.Status();
+    report.ended = std::chrono::system_clock::now();
+    const std::wstring failure =
+        WriteReport(report.commandLine.reportPath, FormatRunReport(report));
+    if (failure.empty()) return report.exitStatus;
+    PrintLine(stderr, L"stalwick-convert: " + failure);
+    return batch.Canceled() ? report.exitStatus : kExitFailed;
+}
+
 int Convert(const CommandLine& commandLine) {
     static std::atomic<Interruption> interruption{Interruption::kNone};
     std::vector<PlannedRecording> recordings = PlanRecordings(commandLine);
-    if (!IsPossible(commandLine, recordings)) return kExitUsage;
+    RunReport report{.commandLine = commandLine, .started = std::chrono::system_clock::now()};
+    const std::wstring& reportPath = commandLine.reportPath;
+    if (IsReportTaken(reportPath) || !IsPossible(commandLine, recordings) ||
+        !CanReport(reportPath)) {
+        return kExitUsage;
+    }
     if (!commandLine.quiet) {
         for (const std::wstring& line : DescribeLackOfRoom(recordings, commandLine)) {
             PrintLine(stderr, line);
@@ -85,8 +127,11 @@ int Convert(const CommandLine& commandLine) {
         PrintLine(stderr, line);
     }
     const bool printed = PrintStatus(batch.Status());
-    const int status = ExitStatus(batch.Outcomes(), batch.Canceled(), interruption.load());
-    return printed || batch.Canceled() ? status : kExitFailed;
+    report.exitStatus = ExitStatus(batch.Outcomes(), batch.Canceled(), interruption.load());
+    if ((!printed || ReportChecksumFailures(batch.Outcomes())) && !batch.Canceled()) {
+        report.exitStatus = kExitFailed;
+    }
+    return commandLine.reportPath.empty() ? report.exitStatus : Report(report, batch);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/info_words.h"
+#include "cli/time_json.h"
 #include "platform/text_encoding.h"
 
 namespace stalwick {
@@ -43,25 +44,6 @@ Json BlocksOf(const BlockCounts& blocks) {
             {"channel_mask", blocks.channelMask},
             {"state_per_sample", blocks.statePerSample},
             {"hardware_timestamp", blocks.hardwareTimestamp}};
-}
-
-Json GapsOf(const RecordingSurvey& survey) {
-    Json gaps = Json::array();
-    for (const RecordingGap& gap : survey.gaps) {
-        gaps.push_back({{"at_seconds", gap.atSeconds},
-                        {"seconds", gap.seconds},
-                        {"missing_samples", gap.missingSamples},
-                        {"position", gap.position}});
-    }
-    return gaps;
-}
-
-Json BackwardOf(const RecordingSurvey& survey) {
-    Json all = Json::array();
-    for (const BackwardTimestamp& step : survey.backwardTimestamps) {
-        all.push_back({{"position", step.position}, {"nanoseconds", step.nanoseconds}});
-    }
-    return all;
 }
 
 Json DamageOf(const RecordingSurvey& survey) {
@@ -128,12 +110,12 @@ void AddWhole(const RecordingSurvey& survey, Json& document) {
         document[key] = survey.quick ? Json(nullptr) : std::move(value);
     };
     // Without timestamps nothing says whether there are gaps.
-    add("gaps", survey.hasTimestamps ? GapsOf(survey) : Json(nullptr));
+    add("gaps", survey.hasTimestamps ? GapsAsJson(survey, PacketPositions::kKnown) : Json(nullptr));
     add("missing_samples", survey.hasTimestamps ? Json(survey.missingSamples) : Json(nullptr));
     add("gap_seconds", survey.hasTimestamps ? Json(survey.gapSeconds) : Json(nullptr));
     add("repeated_timestamps", survey.repeatedTimestamps);
     add("short_steps", survey.shortSteps);
-    add("backward_timestamps", BackwardOf(survey));
+    add("backward_timestamps", BackwardTimestampsAsJson(survey, PacketPositions::kKnown));
     add("ttl_changes", survey.ttlChanges);
     add("ttl_events", survey.ttlEvents);
     add("damage", DamageOf(survey));

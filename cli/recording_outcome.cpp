@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/file_system.h"
+
 namespace stalwick {
 
 namespace {
@@ -13,6 +15,10 @@ bool Has(const RecordingOutcome& outcome, ConversionDetail::Kind kind) {
 }
 
 }  // namespace
+
+RecordingFile QueryRecordingFile(const std::wstring& path) {
+    return {QueryFileSize(path), QueryModificationTime(path)};
+}
 
 Verdict VerdictOf(const RecordingOutcome& outcome) {
     if (outcome.status.empty()) return Verdict::kNotBegun;

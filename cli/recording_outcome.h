@@ -1,10 +1,31 @@
 #pragma once
 
+#include <chrono>
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "engine/conversion_account.h"
 
 namespace stalwick {
+
+// A recording as it was when the run began.
+struct RecordingFile {
+    std::uint64_t bytes = 0;  // 0 of a pipe
+    std::optional<std::chrono::system_clock::time_point> modified;
+
+    friend bool operator==(const RecordingFile&, const RecordingFile&) = default;
+};
+
+RecordingFile QueryRecordingFile(const std::wstring& path);
+
+// SHA-256 in hexadecimal digits; empty where there is none.
+struct RecordingChecksums {
+    std::string recording;
+    std::vector<std::string> outputs;    // as the account lists them
+    std::vector<std::wstring> failures;  // why some are empty, a line each
+};
 
 // What became of one FILE.
 struct RecordingOutcome {
@@ -14,6 +35,8 @@ struct RecordingOutcome {
     // What its line says where nothing was made: why it was refused, or where its outputs are.
     std::wstring withoutConversion;
     ConversionAccount account;
+    RecordingFile file;
+    RecordingChecksums checksums;
 };
 
 enum class Verdict {

@@ -66,6 +66,9 @@ std::string DescribeUsageError(const CLI::App& app, const CLI::ParseError& error
         // The text begins with the argument's name.
         return "no " + text.substr(0, text.find(' ')) + " was given";
     }
+    if (dynamic_cast<const CLI::RequiresError*>(&error) != nullptr) {
+        return "--checksum needs --report FILE.json";
+    }
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
         return DescribeMismatch(app, text);
     }

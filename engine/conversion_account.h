@@ -1,12 +1,21 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "engine/conversion_detail.h"
+#include "survey/time_account.h"
 
 namespace stalwick {
+
+// An output as it lies on the disk.
+struct OutputAccount {
+    std::wstring path;
+    std::uint64_t bytes = 0;    // 0 where it is no longer there
+    std::uint64_t records = 0;  // whole ones
+};
 
 // What became of one recording. A conversion that failed or was canceled says how far it came.
 struct ConversionAccount {
@@ -25,8 +34,13 @@ struct ConversionAccount {
     std::uint64_t inputBytes = 0;      // of the recording; 0 where it was not opened or is a pipe
     std::uint64_t inputBytesRead = 0;  // of those, header included, that were converted
 
-    std::uint64_t outputFiles = 0;  // created
-    std::uint64_t outputBytes = 0;  // written to them, headers included
+    std::uint64_t outputFiles = 0;       // created
+    std::uint64_t outputBytes = 0;       // written to them, headers included
+    std::vector<OutputAccount> outputs;  // these files, in the order of their creation
+
+    // Of the packets converted; none without timestamps, or where DataProcessor was not to follow
+    // the time. Positions of packets are unknown: 0.
+    std::optional<TimeAccount> time;
 
     std::vector<ConversionDetail> details;
 };

@@ -35,14 +35,15 @@ class OutputSetCheck {
     std::wstring Check(const std::vector<ExpectedOutput>& outputs,
                        const RecordingContents* contents) {
         contents_ = contents;
-        bytes_ = 0;
+        found_.clear();
         for (const ExpectedOutput& output : outputs) {
             if (const std::wstring fault = FindWhole(output); !fault.empty()) return fault;
         }
         return {};
     }
 
-    std::uint64_t Bytes() const { return bytes_; }
+    // Of a whole set, in its order.
+    const std::vector<OutputAccount>& Found() const { return found_; }
 
   private:
     // One of the files that bear the output's name must be whole.
@@ -58,7 +59,7 @@ class OutputSetCheck {
             }
             fault = CheckFile(path, output);
             if (!fault.empty()) continue;
-            bytes_ += QueryFileSize(path);
+            found_.push_back({path, QueryFileSize(path), records_});
             return {};
         }
     }
@@ -78,6 +79,7 @@ class OutputSetCheck {
     std::wstring CheckChannelFile(const std::wstring& path, const ExpectedOutput& output) {
         ChannelFile file;
         if (const RecordFileError error = file.Open(path)) return error.text;
+        records_ = file.RecordCount();
         if (!file.IsClosed()) return OneLine(path) + L" was not closed";
         if (const std::wstring fault = CheckOrigin(file, output); !fault.empty()) return fault;
         if (contents_ == nullptr) return {};
@@ -102,6 +104,7 @@ class OutputSetCheck {
     std::wstring CheckEventFile(const std::wstring& path, const ExpectedOutput& output) {
         EventFile file;
         if (const RecordFileError error = file.Open(path)) return error.text;
+        records_ = file.RecordCount();
         if (const std::wstring fault = CheckOrigin(file, output); !fault.empty()) return fault;
         if (contents_ == nullptr || file.RecordCount() == contents_->Events()) return {};
         return CountsDiffer(file, contents_->Events());
@@ -112,6 +115,7 @@ class OutputSetCheck {
         // Packets of another width than the header's leave records that do not fill its own.
         const RecordFileError error = file.Open(path);
         if (error && error.kind != RecordFileError::Kind::kCutRecord) return error.text;
+        records_ = file.RecordCount();
         if (!file.IsClosed()) return OneLine(path) + L" was not closed";
         if (const std::wstring fault = CheckOrigin(file, output); !fault.empty()) return fault;
         const std::uint64_t bytes = file.RecordCount() * file.RecordSize() + file.CutBytes();
@@ -134,7 +138,8 @@ class OutputSetCheck {
     std::wstring directory_;
     std::wstring sessionUuid_;
     const RecordingContents* contents_ = nullptr;
-    std::uint64_t bytes_ = 0;
+    std::vector<OutputAccount> found_;
+    std::uint64_t records_ = 0;  // of the file that was looked at last
 };
 
 ConvertedOutputs NotWhole(const std::wstring& reason) {
@@ -168,7 +173,9 @@ ConvertedOutputs FindConvertedOutputs(const ConvertedOutputsRequest& request,
     if (!fault.empty()) return NotWhole(L"the recording " + fault);
     fault = check.Check(outputs, &contents);
     if (!fault.empty()) return NotWhole(fault);
-    return {true, {}, outputs.size(), check.Bytes()};
+    ConvertedOutputs found{true, {}, outputs.size(), 0, check.Found()};
+    for (const OutputAccount& output : found.outputs) found.bytes += output.bytes;
+    return found;
 }
 
 }  // namespace stalwick

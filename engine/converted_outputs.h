@@ -3,7 +3,9 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
+#include <vector>
 
+#include "engine/conversion_account.h"
 #include "engine/wanted_outputs.h"
 
 namespace stalwick {
@@ -14,6 +16,7 @@ struct ConvertedOutputs {
     std::wstring reason;      // why not, one line: the first output that is not as it should be
     std::uint64_t files = 0;  // of a whole set
     std::uint64_t bytes = 0;  // of all of them
+    std::vector<OutputAccount> outputs;
 };
 
 struct ConvertedOutputsRequest {

@@ -30,6 +30,11 @@ class DataProcessor {
                              const ChannelOptions& channelOptions, std::uint8_t writeEvents,
                              std::uint8_t writeRawData);
 
+    // Whether accounts say what the timestamps say: gaps and the clock's drift. What it keeps grows
+    // with the number of gaps.
+    void FollowTime(bool follows) { followsTime_ = follows; }
+    bool FollowsTime() const { return followsTime_; }
+
     // The text of the last failure that had one. Nothing clears it: a failure without a text
     // leaves the earlier one. Kept (pinned by DataProcessor.FailureWithoutTextKeepsTheOldOne).
     void SetErrorMessage(const std::wstring& message) { errorMessage_ = message; }
@@ -56,6 +61,7 @@ class DataProcessor {
   private:
     OutputSettings settings_;
     std::uint32_t conversionsAtOnce_;
+    bool followsTime_ = false;
     std::wstring errorMessage_;
     std::vector<ConversionDetail> details_;
     ConversionAccount lastAccount_;

@@ -79,8 +79,12 @@ FileConversion::FileConversion(DataProcessor& processor, const FileConversionReq
 }
 
 std::int32_t FileConversion::Run() {
-    if (PrepareOutputDirectory() != 0 || OpenInput() != 0 || OpenOutputs() != 0) return -1;
+    if (PrepareOutputDirectory() != 0 || OpenInput() != 0) return -1;
+    const std::int32_t opened = OpenOutputs();
+    NoteOpenOutputs();
+    if (opened != 0) return -1;
     recordPeriod_ = kMicrosecondsPerSecond / reader_.SamplingFrequency() * 10.0;
+    if (processor_.FollowsTime()) timeLine_.emplace(reader_.SamplingFrequency());
     ReportHeader();
     packetsDone_ = ConvertSpans() == 0;
     ReportPackets();
@@ -238,6 +242,9 @@ std::int32_t FileConversion::ConvertPacket(ORDDataPacket& packet) {
     // FileConversion.RunningTimeCountsPacketsWithoutSamples).
     packetTime_ += recordPeriod_;
     clock_.Count(packet.hardwareTimestamp);
+    if (timeLine_ && packet.hardwareTimestamp) {
+        timeLine_->Take(*packet.hardwareTimestamp, 0, std::nullopt);
+    }
     census_.Count(packet);
     processor_.recordsProcessed.fetch_add(1, std::memory_order_relaxed);
     return 0;

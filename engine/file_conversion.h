@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "engine/packet_census.h"
 #include "engine/packet_clock.h"
 #include "ord/ord_file_reader.h"
+#include "survey/time_line.h"
 #include "writers/csc_file_writer_container.h"
 #include "writers/event_file_writer_container.h"
 #include "writers/rdf_file_writer_container.h"
@@ -47,6 +49,11 @@ class FileConversion {
     ConversionAccount TakeAccount();
 
   private:
+    struct OpenedOutput {
+        std::wstring path;
+        std::uint64_t recordBytes;
+    };
+
     std::int32_t Fail(const std::wstring& errorText);
     std::int32_t FailInput(bool inLastBlock);
     void AddDetail(ConversionDetail::Kind kind, const std::wstring& text);
@@ -73,6 +80,8 @@ class FileConversion {
     void ReportChannels();
     std::vector<OutputEnd> OutputEnds() const;
     void ReportOutputs();
+    void ListOutputs();
+    void NoteOpenOutputs();
     std::int32_t ConvertPacket(ORDDataPacket& packet);
     void WriteSensorValues(const ORDDataPacket& packet);
     std::int32_t Finish();
@@ -91,6 +100,7 @@ class FileConversion {
     EventFileWriterContainer eventFile_;
     RDFFileWriterContainer rawDataFile_;
     ORDFileReader reader_;
+    std::vector<OpenedOutput> openedOutputs_;
     bool packetsDone_ = false;  // all were converted, or the conversion was canceled
     bool inputFailed_ = false;  // the recording ended the conversion
 
@@ -101,6 +111,7 @@ class FileConversion {
     double packetTime_ = 0.0;    // microseconds, of the packet without a hardware timestamp
     double recordPeriod_ = 0.0;  // microseconds that ten samples span
     PacketClock clock_;
+    std::optional<TimeLine> timeLine_;
     PacketCensus census_;
     ConversionAccount account_;
     std::wstring syncFailure_;  // of the directories; empty if there is none

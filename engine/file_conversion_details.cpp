@@ -6,6 +6,8 @@
 #include <span>
 #include <utility>
 
+#include "outputs/raw_record.h"
+#include "platform/file_system.h"
 #include "platform/system_error.h"
 #include "platform/text_encoding.h"
 #include "writers/timestamps.h"
@@ -152,6 +154,29 @@ void FileConversion::ReportOutputs() {
     }
 }
 
+// The writers forget a file when it is finished.
+void FileConversion::NoteOpenOutputs() {
+    for (const FileWriterContainer* files : {static_cast<FileWriterContainer*>(&channelFiles_),
+                                             static_cast<FileWriterContainer*>(&eventFile_)}) {
+        for (const OutputFileRecord& file : files->records) {
+            openedOutputs_.push_back({file.filePath, file.recordSize});
+        }
+    }
+    for (const OutputFileRecord& file : rawDataFile_.records) {
+        const std::size_t words = RawRecordWords(rawDataFile_.adChannelCount);
+        openedOutputs_.push_back({file.filePath, words * sizeof(std::uint32_t)});
+    }
+}
+
+// When all are closed.
+void FileConversion::ListOutputs() {
+    for (const OpenedOutput& output : openedOutputs_) {
+        const std::uint64_t bytes = QueryFileSize(output.path);
+        const std::uint64_t data = bytes - std::min<std::uint64_t>(bytes, kOutputHeaderSize);
+        account_.outputs.push_back({output.path, bytes, data / output.recordBytes});
+    }
+}
+
 ConversionAccount FileConversion::TakeAccount() {
     channelFiles_.fileIO.CloseAllOutputFiles();
     eventFile_.fileIO.CloseAllOutputFiles();
@@ -162,7 +187,9 @@ ConversionAccount FileConversion::TakeAccount() {
     totals += rawDataFile_.Totals();
     account_.outputFiles = totals.files;
     account_.outputBytes = totals.bytes;
+    ListOutputs();
     account_.packets = clock_.Packets();
+    if (timeLine_ && clock_.HasTimestamps()) timeLine_->Finish(account_.time.emplace());
     account_.durationSeconds = clock_.Seconds(recordPeriod_ / kMicrosecondsPerSecond);
     return std::move(account_);
 }

@@ -17,6 +17,7 @@ class PacketClock {
     }
 
     std::uint64_t Packets() const { return packets_; }
+    bool HasTimestamps() const { return first_.has_value(); }
 
     // From the first timestamp to the end of the last packet, which spans `packetSeconds`. Without
     // timestamps, or where they run backwards, the packets one after another.

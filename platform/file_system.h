@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -22,6 +23,17 @@ bool IsOrdinaryFile(const std::wstring& path);
 // Bytes of the file at the path; 0 for anything else (a directory, a pipe) and where that is not
 // known. The file is not opened: a pipe that was opened and closed would lose its writer.
 std::uint64_t QueryFileSize(const std::wstring& path);
+
+// When the contents of what stands at the path changed last; none where that is not known.
+std::optional<std::chrono::system_clock::time_point> QueryModificationTime(
+    const std::wstring& path);
+
+// Gives a file another name on the same file system. A file that has that name is replaced in one
+// step; with a directory of that name it fails.
+SystemErrorCode RenameOver(const std::wstring& path, const std::wstring& newPath);
+
+// Removes a file that this program made.
+SystemErrorCode RemoveFile(const std::wstring& path);
 
 // What a user may still write to a file system.
 struct FreeSpace {

@@ -8,25 +8,12 @@
 
 #include "ord/packet_decoder.h"
 #include "ord/recording_header.h"
+#include "survey/time_account.h"
 
 namespace stalwick {
 
 // What a recording holds: plain values, nothing of it printed. Times are seconds from the first
 // sample; positions are bytes of the file.
-
-// Samples that the recorder did not get: a step of the timestamps that is too long.
-struct RecordingGap {
-    std::uint64_t position = 0;  // of the packet after it
-    double atSeconds = 0.0;      // of the first missing sample
-    double seconds = 0.0;
-    std::uint64_t missingSamples = 0;  // a channel
-};
-
-// A timestamp before the one of the packet before.
-struct BackwardTimestamp {
-    std::uint64_t position = 0;
-    std::uint64_t nanoseconds = 0;  // by how much
-};
 
 // Bytes that are no certain packets, and what they stood for as far as timestamps tell.
 struct DamagedStretch {
@@ -70,7 +57,7 @@ struct OutputSize {
 
 inline constexpr std::size_t kTtlLines = 8;
 
-struct RecordingSurvey {
+struct RecordingSurvey : TimeAccount {
     std::wstring error;  // why there is nothing else here; empty when there is
     std::wstring path;
     std::uint64_t fileSize = 0;  // bytes
@@ -80,11 +67,6 @@ struct RecordingSurvey {
 
     std::uint64_t packets = 0;      // that were read
     std::uint64_t packetBytes = 0;  // of these
-    double durationSeconds = 0.0;   // gaps included; without timestamps that of the samples alone
-    std::optional<std::uint64_t> firstTimestampNs;
-    std::optional<std::uint64_t> lastTimestampNs;
-    std::optional<double> measuredRate;  // samples per second by the timestamps
-    std::optional<double> driftPpm;      // of it against the header's
 
     BlockCounts blocks;
     std::array<std::uint64_t, 4> packetsByChannelCode{};  // of 32, 64, 128 and 256 channels
@@ -92,13 +74,6 @@ struct RecordingSurvey {
     std::uint32_t channelsMasked = 0;                     // of these, never recorded
     std::array<std::uint64_t, kTtlLines> ttlChanges{};
     std::uint64_t ttlEvents = 0;  // samples at which any line changed
-
-    std::vector<RecordingGap> gaps;
-    std::uint64_t missingSamples = 0;  // in all gaps, a channel
-    double gapSeconds = 0.0;
-    std::uint64_t repeatedTimestamps = 0;
-    std::uint64_t shortSteps = 0;  // timestamps that came too early, yet not back in time
-    std::vector<BackwardTimestamp> backwardTimestamps;
 
     std::vector<DamagedStretch> damage;
     std::uint64_t damagedBytes = 0;

@@ -161,7 +161,7 @@ void Surveyor::Finish() {
         survey_.durationSeconds *= static_cast<double>(survey_.fileSize - kHeaderBlockSize) /
                                    static_cast<double>(survey_.packetBytes);
     }
-    timeLine_.Finish(survey_);
+    timeLine_.Finish(survey_, survey_.damage);
     survey_.channelStatistics = channels_.Finish(survey_.header.adBitVolts * kMicrovoltsPerVolt);
     survey_.outputs = outputs_.Finish(survey_.header);
     FindMaskedChannels();

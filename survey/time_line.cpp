@@ -67,38 +67,39 @@ std::int64_t TimeLine::MissingSamples(std::uint64_t stepNs) const {
     return std::llround((wholePackets ? packets : samples) - kSamples);
 }
 
-void TimeLine::AddOddStep(const OddStep& step, RecordingSurvey& survey) const {
+void TimeLine::AddOddStep(const OddStep& step, TimeAccount& account,
+                          std::span<DamagedStretch> damage) const {
     const std::int64_t missing = MissingSamples(step.stepNs);
     const double atSeconds =
         (static_cast<double>(step.elapsedNs) + MeasuredStepNs()) / kNanosecondsPerSecond;
     if (step.damage) {
-        DamagedStretch& damage = survey.damage[*step.damage];
-        damage.atSeconds = atSeconds;
-        damage.missingSamples = missing > 0 ? static_cast<std::uint64_t>(missing) : 0;
+        DamagedStretch& stretch = damage[*step.damage];
+        stretch.atSeconds = atSeconds;
+        stretch.missingSamples = missing > 0 ? static_cast<std::uint64_t>(missing) : 0;
     } else if (missing > 0) {
         const double seconds =
             (static_cast<double>(step.stepNs) - MeasuredStepNs()) / kNanosecondsPerSecond;
-        survey.gaps.push_back(
+        account.gaps.push_back(
             {step.position, atSeconds, seconds, static_cast<std::uint64_t>(missing)});
-        survey.missingSamples += survey.gaps.back().missingSamples;
-        survey.gapSeconds += seconds;
+        account.missingSamples += account.gaps.back().missingSamples;
+        account.gapSeconds += seconds;
     } else {
-        ++survey.shortSteps;
+        ++account.shortSteps;
     }
 }
 
-void TimeLine::Finish(RecordingSurvey& survey) const {
+void TimeLine::Finish(TimeAccount& account, std::span<DamagedStretch> damage) const {
     if (!first_) return;
-    survey.firstTimestampNs = first_;
-    survey.lastTimestampNs = last_;
-    survey.repeatedTimestamps = repeated_;
-    survey.backwardTimestamps = backward_;
-    survey.durationSeconds =
+    account.firstTimestampNs = first_;
+    account.lastTimestampNs = last_;
+    account.repeatedTimestamps = repeated_;
+    account.backwardTimestamps = backward_;
+    account.durationSeconds =
         (static_cast<double>(elapsedNs_) + MeasuredStepNs()) / kNanosecondsPerSecond;
-    for (const OddStep& step : oddSteps_) AddOddStep(step, survey);
+    for (const OddStep& step : oddSteps_) AddOddStep(step, account, damage);
     if (regularSteps_ == 0) return;
-    survey.measuredRate = kNanosecondsPerSecond * kSamples / MeasuredStepNs();
-    survey.driftPpm = (*survey.measuredRate / samplingFrequency_ - 1.0) * 1e6;
+    account.measuredRate = kNanosecondsPerSecond * kSamples / MeasuredStepNs();
+    account.driftPpm = (*account.measuredRate / samplingFrequency_ - 1.0) * 1e6;
 }
 
 }  // namespace stalwick

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "survey/recording_survey.h"
@@ -24,8 +25,9 @@ class TimeLine {
     // Nanoseconds from the first timestamp on; steps back in time are not taken off.
     std::uint64_t ElapsedNs() const { return elapsedNs_; }
 
-    // Fills in what timestamps say. Call it once, when `survey.damage` is complete.
-    void Finish(RecordingSurvey& survey) const;
+    // Fills in what timestamps say; nothing where there were none. `damage`: the stretches that
+    // Take had numbers of, which get their times and lengths. Call it once.
+    void Finish(TimeAccount& account, std::span<DamagedStretch> damage = {}) const;
 
   private:
     struct OddStep {
@@ -37,7 +39,8 @@ class TimeLine {
 
     double MeasuredStepNs() const;
     std::int64_t MissingSamples(std::uint64_t stepNs) const;
-    void AddOddStep(const OddStep& step, RecordingSurvey& survey) const;
+    void AddOddStep(const OddStep& step, TimeAccount& account,
+                    std::span<DamagedStretch> damage) const;
 
     std::uint32_t samplingFrequency_;
     double nominalNs_;  // of ten samples

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <system_error>
 
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <unistd.h>
 
 #include "platform/text_encoding.h"
 
@@ -30,6 +32,25 @@ std::uint64_t QueryFileSize(const std::wstring& path) {
     struct stat status {};
     if (::stat(ToUtf8(path).c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return 0;
     return static_cast<std::uint64_t>(status.st_size);
+}
+
+std::optional<std::chrono::system_clock::time_point> QueryModificationTime(
+    const std::wstring& path) {
+    struct stat status {};
+    if (::stat(ToUtf8(path).c_str(), &status) != 0) return std::nullopt;
+    const timespec& time = status.st_mtim;
+    const auto sinceEpoch =
+        std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+    return std::chrono::system_clock::time_point(
+        std::chrono::duration_cast<std::chrono::system_clock::duration>(sinceEpoch));
+}
+
+SystemErrorCode RenameOver(const std::wstring& path, const std::wstring& newPath) {
+    return std::rename(ToUtf8(path).c_str(), ToUtf8(newPath).c_str()) == 0 ? 0 : errno;
+}
+
+SystemErrorCode RemoveFile(const std::wstring& path) {
+    return ::unlink(ToUtf8(path).c_str()) == 0 ? 0 : errno;
 }
 
 std::optional<FreeSpace> QueryFreeSpace(const std::wstring& directory) {

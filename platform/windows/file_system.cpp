@@ -32,6 +32,35 @@ std::uint64_t QueryFileSize(const std::wstring& path) {
     return std::uint64_t{data.nFileSizeHigh} << kHalf | data.nFileSizeLow;
 }
 
+std::optional<std::chrono::system_clock::time_point> QueryModificationTime(
+    const std::wstring& path) {
+    using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, 10'000'000>>;
+    constexpr std::chrono::seconds kFrom1601To1970(11'644'473'600);
+    constexpr unsigned kHalf = 32;
+    WIN32_FILE_ATTRIBUTE_DATA data{};
+    if (::GetFileAttributesExW(SystemPath(path).c_str(), GetFileExInfoStandard, &data) == FALSE) {
+        return std::nullopt;
+    }
+    const std::uint64_t ticks = std::uint64_t{data.ftLastWriteTime.dwHighDateTime} << kHalf |
+                                data.ftLastWriteTime.dwLowDateTime;
+    const auto sinceEpoch = Ticks(static_cast<std::int64_t>(ticks)) - kFrom1601To1970;
+    return std::chrono::system_clock::time_point(
+        std::chrono::duration_cast<std::chrono::system_clock::duration>(sinceEpoch));
+}
+
+SystemErrorCode RenameOver(const std::wstring& path, const std::wstring& newPath) {
+    if (::MoveFileExW(SystemPath(path).c_str(), SystemPath(newPath).c_str(),
+                      MOVEFILE_REPLACE_EXISTING) != FALSE) {
+        return 0;
+    }
+    return static_cast<SystemErrorCode>(::GetLastError());
+}
+
+SystemErrorCode RemoveFile(const std::wstring& path) {
+    if (::DeleteFileW(SystemPath(path).c_str()) != FALSE) return 0;
+    return static_cast<SystemErrorCode>(::GetLastError());
+}
+
 // Directories of one drive or share begin alike; a volume that is mounted in a directory counts as
 // its drive's, with its own free space.
 std::optional<FreeSpace> QueryFreeSpace(const std::wstring& directory) {

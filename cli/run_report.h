@@ -1,0 +1,27 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "cli/command_line.h"
+#include "cli/conversion_plan.h"
+#include "cli/recording_outcome.h"
+
+namespace stalwick {
+
+// A run that has ended.
+struct RunReport {
+    const CommandLine& commandLine;
+    std::chrono::system_clock::time_point started{};
+    std::chrono::system_clock::time_point ended{};
+    const std::vector<PlannedRecording>* recordings = nullptr;
+    const std::vector<RecordingOutcome>* outcomes = nullptr;  // of these
+    std::wstring status{};                                    // as it was printed
+    int exitStatus = 0;
+};
+
+// The document that docs/report.schema.json describes, with a line feed at its end.
+std::string FormatRunReport(const RunReport& report);
+
+}  // namespace stalwick

@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/argument_brackets.h"
 #include "cli/exit_status.h"
 #include "cli/usage_error.h"
 #include "platform/program_version.h"
@@ -59,30 +60,6 @@ CLI::Validator WholeNumber(std::uint32_t least, std::uint32_t most) {
                    std::to_string(most);
         },
         "");
-}
-
-// CLI11 takes an argument in square brackets for a list. A character in front, which no option
-// begins with, hides the bracket from it.
-constexpr char kBracketCover = '\x1f';
-
-void CoverBrackets(std::vector<std::string>& arguments) {
-    for (std::string& argument : arguments) {
-        if (!argument.empty() && (argument.front() == '[' || argument.front() == kBracketCover)) {
-            argument.insert(argument.begin(), kBracketCover);
-        }
-    }
-}
-
-void UncoverBrackets(CLI::App& app) {
-    for (CLI::Option* const option : app.get_options()) {
-        // In front of the option's own checks.
-        option->transform(CLI::Validator(
-            [](std::string& value) {
-                if (!value.empty() && value.front() == kBracketCover) value.erase(0, 1);
-                return std::string();
-            },
-            ""));
-    }
 }
 
 void Declare(CLI::App& app, RawOptions& options) {

@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/argument_brackets.h"
 #include "cli/exit_status.h"
 #include "cli/info_json.h"
 #include "cli/info_table.h"
@@ -36,6 +37,7 @@ void DeclareInfo(CLI::App& app, InfoOptions& options) {
     app.footer(
         "Exit status: 0 all whole; 1 a FILE cannot be read; 2 wrong usage; 3 a recording is\n"
         "damaged. Gaps and a recording that ends inside a packet are no damage.");
+    UncoverBrackets(app);
 }
 
 struct VerifyOptions {
@@ -56,6 +58,7 @@ void DeclareVerify(CLI::App& app, VerifyOptions& options) {
     app.footer(
         "Exit status: 0 all whole; 1 something is not, or cannot be read; 2 wrong usage.\n"
         "Gaps are of the recording and are no fault of its outputs.");
+    UncoverBrackets(app);
 }
 
 // What was asked for.
@@ -168,6 +171,7 @@ int RunInspectCommand(const std::vector<std::string>& arguments) {
     Declare(app, options);
     try {
         std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
+        CoverBrackets(reversed);
         app.parse(reversed);
     } catch (const CLI::CallForHelp&) {
         return PrintText(app.help());

@@ -49,6 +49,16 @@ class VerifyCommand(unittest.TestCase):
         status, lines, errors = self.verify(self.path("rec"))
         self.assertEqual((status, len(lines), errors), (0, 2, []), lines)
 
+    def test_name_in_brackets_is_a_name(self):
+        recording, outputs = self.path("[a]"), self.path("[rec]")
+        os.rename(self.recording, recording)
+        os.rename(self.path("rec"), outputs)
+        for arguments in (["info", "[a]"], ["info", "--quick", "[a]", "[a]"],
+                          ["verify", "[rec]"], ["verify", "--against", "[a]", "[rec]"]):
+            run = subprocess.run([INSPECT, *arguments], capture_output=True, text=True,
+                                 cwd=self.temporary.name)
+            self.assertEqual((run.returncode, run.stderr), (0, ""), arguments)
+
     def test_finding_is_a_line_with_file_record_and_byte(self):
         self.change("RawData.vrd", HEADER + 7 * 200 + 100)
         status, lines, errors = self.verify(self.path("rec"))

@@ -10,6 +10,7 @@
 #include "engine/out_of_memory.h"
 #include "platform/file_checksum.h"
 #include "platform/file_system.h"
+#include "platform/paths.h"
 #include "platform/processor_count.h"
 #include "platform/system_error.h"
 #include "platform/text_encoding.h"
@@ -143,6 +144,10 @@ BatchProgress ConversionBatch::Progress() const {
     progress.currentFile = filesStarted_.load(std::memory_order_relaxed);
     progress.fileCount = outcomes_.size();
     progress.bytesTotal = bytesTotal_;
+    if (progress.currentFile != 0) {
+        const PathParts parts = SplitPath(recordings_[progress.currentFile - 1].name);
+        progress.currentName = parts.name + parts.extension;
+    }
     for (const auto& processor : processors_) {
         progress.bytesProcessed += processor->bytesProcessed.load(std::memory_order_relaxed);
     }

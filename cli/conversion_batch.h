@@ -22,6 +22,7 @@ struct BatchProgress {
     std::size_t fileCount = 0;
     std::uint64_t bytesProcessed = 0;
     std::uint64_t bytesTotal = 0;  // 0 where a size is not known
+    std::wstring currentName{};    // of the file begun last, without its directory
 };
 
 // Converts recordings, each in a job of its own, as many side by side as the command line says. No

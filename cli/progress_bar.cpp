@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <string_view>
 
 #include "cli/print_line.h"
 #include "platform/console.h"
+#include "platform/text_encoding.h"
 
 namespace stalwick {
 
@@ -31,15 +33,36 @@ double FractionDone(const BatchProgress& progress) {
                              static_cast<double>(progress.bytesTotal));
 }
 
-std::string FormatBar(double fraction, int width) {
-    std::string bar(static_cast<std::size_t>(width) + 2, '.');
-    std::fill_n(bar.begin() + 1, static_cast<int>(fraction * width), '#');
-    bar.front() = '[';
-    bar.back() = ']';
+// Columns that a terminal needs for the text at most: letters of many scripts take two.
+int Columns(std::wstring_view text) {
+    constexpr wchar_t kFirstThatMayBeWide = 0x1100;
+    const auto wide =
+        std::count_if(text.begin(), text.end(), [](wchar_t c) { return c >= kFirstThatMayBeWide; });
+    return static_cast<int>(text.size()) + static_cast<int>(wide);
+}
+
+std::wstring FormatBar(double fraction, int width) {
+    std::wstring bar(static_cast<std::size_t>(width) + 2, L'.');
+    std::fill_n(bar.begin() + 1, static_cast<int>(fraction * width), L'#');
+    bar.front() = L'[';
+    bar.back() = L']';
     return bar;
 }
 
-std::string FormatFigures(const BatchProgress& progress, double seconds) {
+// The name and what parts it from the figures; its end is cut off if there is no room for it.
+std::wstring FormatName(const std::wstring& fileName, int room) {
+    constexpr std::wstring_view kGap = L"  ";
+    constexpr std::wstring_view kCut = L"...";
+    constexpr int kFewestColumns = 10;
+    const std::wstring whole = std::wstring(kGap) + OneLine(fileName);
+    if (fileName.empty() || Columns(whole) <= room) return fileName.empty() ? fileName : whole;
+    if (room < kFewestColumns) return {};
+    std::wstring name = whole;
+    while (Columns(name) + Columns(kCut) > room) name.pop_back();
+    return name.append(kCut);
+}
+
+std::wstring FormatFigures(const BatchProgress& progress, double seconds) {
     const double fraction = FractionDone(progress);
     const double rate = seconds > 0 ? static_cast<double>(progress.bytesProcessed) / seconds : 0;
     const double left = fraction > 0 ? seconds * (1 - fraction) / fraction : 0;
@@ -47,17 +70,19 @@ std::string FormatFigures(const BatchProgress& progress, double seconds) {
     std::snprintf(text, sizeof text, " %3d %%  %.1f MB/s  %s left  file %zu of %zu",
                   static_cast<int>(fraction * 100), rate / kBytesPerMegabyte,
                   FormatSeconds(left).c_str(), progress.currentFile, progress.fileCount);
-    return text;
+    return FromUtf8(text);
 }
 
 }  // namespace
 
-std::string FormatProgress(const BatchProgress& progress, std::chrono::duration<double> elapsed,
-                           int width) {
-    const std::string figures = FormatFigures(progress, elapsed.count());
-    const int room = width - static_cast<int>(figures.size()) - 3;  // brackets, last column
+std::wstring FormatProgress(const BatchProgress& progress, std::chrono::duration<double> elapsed,
+                            int width) {
+    const std::wstring figures = FormatFigures(progress, elapsed.count());
+    const int room = width - Columns(figures) - 3;  // brackets, last column
     if (room < kNarrowestBar) return figures.substr(1, static_cast<std::size_t>(width - 1));
-    return FormatBar(FractionDone(progress), std::min(room, kWidestBar)) + figures;
+    const std::wstring name = FormatName(progress.currentName, room - kNarrowestBar);
+    return FormatBar(FractionDone(progress), std::min(room - Columns(name), kWidestBar)) + figures +
+           name;
 }
 
 ProgressBar::ProgressBar(bool enabled)
@@ -82,20 +107,19 @@ void ProgressBar::Finish(const BatchProgress& progress) {
 }
 
 void ProgressBar::Draw(const BatchProgress& progress) {
-    std::string line =
+    std::wstring line =
         FormatProgress(progress, std::chrono::steady_clock::now() - start_, TerminalWidth());
     // An unchanged line is not drawn again: no flicker.
     if (line == shown_) return;
-    // Blanks erase what is left of a longer line; not every console knows escape sequences.
-    const std::size_t longest = std::max(line.size(), shown_.size());
-    std::fprintf(stderr, "\r%-*s", static_cast<int>(longest), line.c_str());
+    // Blanks erase the line before; not every console knows escape sequences.
+    std::fprintf(stderr, "\r%*s\r%s", Columns(shown_), "", ToUtf8(line).c_str());
     std::fflush(stderr);
     shown_ = std::move(line);
 }
 
 void ProgressBar::Erase() {
     if (shown_.empty()) return;
-    std::fprintf(stderr, "\r%*s\r", static_cast<int>(shown_.size()), "");
+    std::fprintf(stderr, "\r%*s\r", Columns(shown_), "");
     shown_.clear();
 }
 

@@ -9,10 +9,10 @@
 
 namespace stalwick {
 
-// The line that a progress bar shows, at most `width` columns: bar, per cent of bytes, MB/s, time
-// left, file i of n.
-std::string FormatProgress(const BatchProgress& progress, std::chrono::duration<double> elapsed,
-                           int width);
+// The line that a progress bar shows, in less than `width` columns: bar, per cent of bytes, MB/s,
+// time left, file i of n, and its name as far as there is room.
+std::wstring FormatProgress(const BatchProgress& progress, std::chrono::duration<double> elapsed,
+                            int width);
 
 // Draws the progress on standard error, and nothing when that is no terminal. The last line stays.
 // Any thread may call any operation.
@@ -31,8 +31,8 @@ class ProgressBar {
 
     bool enabled_;
     std::chrono::steady_clock::time_point start_;
-    std::mutex mutex_;   // of what is on the terminal
-    std::string shown_;  // the progress that stands there
+    std::mutex mutex_;    // of what is on the terminal
+    std::wstring shown_;  // the progress that stands there
 };
 
 }  // namespace stalwick

@@ -82,6 +82,7 @@ TEST(ConversionBatch, JobsGiveTheSameFilesAsOneAfterAnother) {
         const BatchProgress progress = batch.Progress();
         EXPECT_EQ(progress.currentFile, 7U);
         EXPECT_EQ(progress.fileCount, 7U);
+        EXPECT_EQ(progress.currentName, L"r6.ord");
         EXPECT_EQ(progress.bytesProcessed, progress.bytesTotal);
     }
 }

@@ -5,9 +5,9 @@
 #include "cli/readable_figures.h"
 #include "engine/conversion_job.h"
 #include "engine/converted_outputs.h"
+#include "engine/output_directory.h"
 #include "engine/recording_check.h"
 #include "platform/file_system.h"
-#include "platform/paths.h"
 #include "platform/text_encoding.h"
 
 namespace stalwick {
@@ -15,7 +15,7 @@ namespace stalwick {
 namespace {
 
 std::wstring OutputsOf(const PlannedRecording& recording) {
-    return recording.outputDirectory + kPathSeparator + SplitPath(recording.path).name;
+    return OutputDirectoryOf(recording.path, recording.outputDirectory);
 }
 
 ConversionAccount AccountOf(const PlannedRecording& recording) {

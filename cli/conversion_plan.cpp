@@ -4,21 +4,13 @@
 #include <iterator>
 #include <map>
 
+#include "engine/output_directory.h"
 #include "platform/file_system.h"
 #include "platform/paths.h"
 
 namespace stalwick {
 
 namespace {
-
-// The directory part of a path as the window shows it: without the last separator.
-std::wstring DirectoryOf(const std::wstring& path) {
-    const PathParts parts = SplitPath(path);
-    std::wstring directory = parts.directory;
-    if (directory.size() > 1) directory.pop_back();
-    if (parts.drive.empty() && directory.empty()) return L".";
-    return parts.drive + directory;
-}
 
 // Where its outputs go, without making anything absolute.
 std::wstring ShownOutputs(const std::wstring& name, std::wstring outputDirectory) {
@@ -39,14 +31,13 @@ std::wstring WithoutCase(std::wstring text) {
 
 // Equal for recordings whose outputs would go into one directory.
 std::wstring DirectoryKey(const PlannedRecording& recording) {
-    return WithoutCase(ResolvedPath(recording.outputDirectory) + kPathSeparator +
-                       SplitPath(recording.path).name);
+    return WithoutCase(OutputDirectoryOf(recording.path, ResolvedPath(recording.outputDirectory)));
 }
 
 std::wstring DescribePair(const PlannedRecording& first, const PlannedRecording& second) {
     if (first.name == second.name) return first.name + L" is given twice; give it once";
     return first.name + L" and " + second.name + L" would be converted into one directory, " +
-           second.outputDirectory + kPathSeparator + SplitPath(second.path).name +
+           OutputDirectoryOf(second.path, second.outputDirectory) +
            L"; convert them in two runs, each with an --output-dir of its own";
 }
 
@@ -57,7 +48,7 @@ std::vector<PlannedRecording> PlanRecordings(const CommandLine& commandLine) {
         const std::wstring path = AbsolutePath(name);
         const std::wstring& directory = commandLine.outputDirectory;
         return PlannedRecording{name, path,
-                                directory.empty() ? DirectoryOf(path) : AbsolutePath(directory),
+                                directory.empty() ? ParentDirectory(path) : AbsolutePath(directory),
                                 ShownOutputs(name, directory)};
     };
     std::vector<PlannedRecording> recordings;

@@ -4,8 +4,8 @@
 #include <map>
 
 #include "cli/readable_figures.h"
+#include "engine/output_directory.h"
 #include "engine/output_estimate.h"
-#include "platform/paths.h"
 
 namespace stalwick {
 
@@ -19,7 +19,7 @@ struct Room {
 
 bool MayBePassedOver(const PlannedRecording& recording, const CommandLine& commandLine) {
     return commandLine.skipConverted &&
-           QueryPath(recording.outputDirectory + kPathSeparator + SplitPath(recording.path).name) ==
+           QueryPath(OutputDirectoryOf(recording.path, recording.outputDirectory)) ==
                PathKind::kDirectory;
 }
 

@@ -1,6 +1,7 @@
 #include "engine/data_processor.h"
 
 #include "engine/file_conversion.h"
+#include "engine/output_directory.h"
 
 namespace stalwick {
 
@@ -22,7 +23,7 @@ std::int32_t DataProcessor::ProcessFile(const std::vector<std::wstring>& files,
         lastAccount_ = {};
         lastAccount_.failed = true;
         lastAccount_.recording = path;
-        lastAccount_.outputDirectory = OutputDirectoryOf(request);
+        lastAccount_.outputDirectory = OutputDirectoryOf(path, outputDirectory);
         FileConversion conversion(*this, request, settings_);
         const std::int32_t status = conversion.Run();
         lastAccount_ = conversion.TakeAccount();

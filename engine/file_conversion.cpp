@@ -60,15 +60,11 @@ void CopyAsSigned(const Values& values, Target& target) {
 
 }  // namespace
 
-std::wstring OutputDirectoryOf(const FileConversionRequest& request) {
-    return request.outputDirectory + kPathSeparator + SplitPath(request.inputPath).name;
-}
-
 FileConversion::FileConversion(DataProcessor& processor, const FileConversionRequest& request,
                                const OutputSettings& settings)
     : processor_(processor),
       request_(request),
-      directory_(OutputDirectoryOf(request)),
+      directory_(OutputDirectoryOf(request.inputPath, request.outputDirectory)),
       readsAhead_(UsesHelperThreads(settings)),
       queue_(MakeQueue(settings)),
       channelFiles_(settings, queue_.get()),

@@ -29,9 +29,6 @@ struct FileConversionRequest {
     std::uint32_t conversionsAtOnce = 1;  // by this process: their files are open together
 };
 
-// The directory of the recording's outputs: named after it, below the request's.
-std::wstring OutputDirectoryOf(const FileConversionRequest& request);
-
 // The conversion of one recording: its reader, its writers, and the road of its packets. Lives as
 // long as that file is converted and is used by one thread. Others of its own may read ahead and
 // write behind.

@@ -13,12 +13,8 @@ SystemErrorCode EnsureOutputDirectory(const std::wstring& directory, bool* made)
     return code != 0 && QueryPath(directory) == PathKind::kDirectory ? 0 : code;
 }
 
-std::wstring ParentDirectory(const std::wstring& path) {
-    std::wstring own = path;
-    while (own.size() > 1 && LastSeparator(own) == own.size() - 1) own.pop_back();
-    const PathParts parts = SplitPath(own);
-    const std::wstring parent = parts.drive + parts.directory;
-    return parent.empty() ? L"." : parent;
+std::wstring OutputDirectoryOf(const std::wstring& recording, const std::wstring& outputDirectory) {
+    return outputDirectory + kPathSeparator + SplitPath(recording).name;
 }
 
 std::wstring OutputDirectoryErrorText(const std::wstring& directory) {

@@ -10,8 +10,8 @@ namespace stalwick {
 // `made`, if asked for, is whether this call created it.
 SystemErrorCode EnsureOutputDirectory(const std::wstring& directory, bool* made = nullptr);
 
-// The directory that a path stands in.
-std::wstring ParentDirectory(const std::wstring& path);
+// The directory of a recording's outputs: named after it, below the output directory.
+std::wstring OutputDirectoryOf(const std::wstring& recording, const std::wstring& outputDirectory);
 
 // "Error creating output directory(...) ..." for a directory that cannot be had.
 std::wstring OutputDirectoryErrorText(const std::wstring& directory);

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "engine/output_directory.h"
 #include "ord/ord_file_reader.h"
 #include "platform/file_system.h"
 #include "platform/paths.h"
@@ -33,8 +34,7 @@ RecordingRefusal DescribeOpenFailure(const ORDFileReader& reader) {
 
 // The directory of the outputs has the recording's name without the extension.
 bool WouldReplaceItself(const std::wstring& path, const std::wstring& outputDirectory) {
-    return SplitPath(path).extension.empty() &&
-           outputDirectory + kPathSeparator + SplitPath(path).name == path;
+    return SplitPath(path).extension.empty() && OutputDirectoryOf(path, outputDirectory) == path;
 }
 
 }  // namespace

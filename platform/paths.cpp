@@ -18,6 +18,15 @@ std::wstring::size_type LastSeparator(const std::wstring& path) {
     return path.find_last_of(kSeparators);
 }
 
+std::wstring ParentDirectory(const std::wstring& path) {
+    std::wstring own = path;
+    while (own.size() > 1 && LastSeparator(own) == own.size() - 1) own.pop_back();
+    PathParts parts = SplitPath(own);
+    if (parts.directory.size() > 1) parts.directory.pop_back();
+    const std::wstring parent = parts.drive + parts.directory;
+    return parent.empty() ? L"." : parent;
+}
+
 PathParts SplitPath(const std::wstring& path) {
     constexpr std::wstring::size_type kDriveLength = 2;
     PathParts parts;

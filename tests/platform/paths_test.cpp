@@ -41,6 +41,16 @@ TEST(Paths, PartsJoinedAreThePathAgain) {
     }
 }
 
+TEST(Paths, ParentDirectoryHasNoSeparatorAtItsEndUnlessItIsTheRoot) {
+    EXPECT_EQ(ParentDirectory(L"/a/b/c.d"), L"/a/b");
+    EXPECT_EQ(ParentDirectory(L"/a/b//"), L"/a");
+    EXPECT_EQ(ParentDirectory(L"/c.d"), L"/");
+    EXPECT_EQ(ParentDirectory(L"/"), L"/");
+    EXPECT_EQ(ParentDirectory(L"a/c.d"), L"a");
+    EXPECT_EQ(ParentDirectory(L"c.d"), L".");
+    EXPECT_EQ(ParentDirectory(L""), L".");
+}
+
 TEST(Paths, SeparatorEndsTheDirectory) {
     EXPECT_EQ(SplitPath(L"/a/b/c.d").directory, L"/a/b/");
     EXPECT_EQ(LastSeparator(L"/a/b"), 2U);

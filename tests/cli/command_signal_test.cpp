@@ -76,11 +76,19 @@ TEST(CommandSignal, SecondSignalOfAnyKindEndsTheCommandAtOnce) {
     EXPECT_EQ(running.command.Wait().signal, SIGHUP);
 }
 
-bool Sleeps(pid_t process) {
-    std::ifstream stat("/proc/" + std::to_string(process) + "/stat");
-    std::string number, name, state;
-    stat >> number >> name >> state;
-    return state == "S";
+// Whether a shell waits for its command: only then does it catch the interrupt, and it sleeps. The
+// system shows both at one moment.
+bool WaitsForItsCommand(pid_t shell) {
+    std::ifstream status("/proc/" + std::to_string(shell) + "/status");
+    bool sleeps = false;
+    bool catches = false;
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("State:\tS", 0) == 0) sleeps = true;
+        if (line.rfind("SigCgt:\t", 0) != 0) continue;
+        const auto caught = std::stoull(line.substr(line.find('\t') + 1), nullptr, 16);
+        catches = (caught >> static_cast<unsigned>(SIGINT - 1) & 1U) != 0;
+    }
+    return sleeps && catches;
 }
 
 // The shell hears the Ctrl-C too, and goes on unless its command died of it.
@@ -99,7 +107,8 @@ TEST(CommandSignal, InterruptStopsTheLoopOfAShell) {
     };
     CommandProcess shell({}, setup);
     while (!Exists(directory.Path(L"out/first/Events.vev")) && !shell.Ended()) Pause();
-    while (!Sleeps(shell.Pid())) Pause();  // a shell that does not wait yet ends by itself
+    // A shell that does not wait yet ends by itself.
+    while (!WaitsForItsCommand(shell.Pid())) Pause();
     ::kill(-shell.Pid(), SIGINT);
     while (!shell.Ended()) {
         recording.Feed();

@@ -1,5 +1,6 @@
 #include "writers/data_file.h"
 
+#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -154,6 +155,7 @@ bool DataFile::CutTo(std::uint64_t dataSize) {
     if (dataSize >= dataSize_) return true;
     if (!Check(file_.Truncate(kOutputHeaderSize + dataSize), L"shorten")) return false;
     dataSize_ = dataSize;
+    writeBackEnd_ = std::min(writeBackEnd_, dataSize);
     return true;
 }
 

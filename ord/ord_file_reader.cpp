@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <new>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -92,6 +93,7 @@ std::uint32_t ORDFileReader::Decode(std::uint32_t validBytes, std::vector<ORDDat
     const std::uint8_t* const next =
         ProcessDataBuffer(buffer_.data(), validBytes, records, PacketDecodeOptions(header_),
                           kSamplesPerPacket, sparePackets_);
+    for (const ORDDataPacket& packet : records) kinds_.Count(packet);
     return static_cast<std::uint32_t>(next - buffer_.data());
 }
 
@@ -111,8 +113,9 @@ std::int32_t ORDFileReader::DecodeBuffer(std::uint32_t validBytes,
 }
 
 bool ORDFileReader::EndsInACutPacket() const {
-    return unconsumedBytes_ != 0 && unconsumedBytes_ < kLongestPacketSize &&
-           buffer_.front() == kDataPacketType;
+    const std::span<const std::uint8_t> held(buffer_);
+    return IsCutPacket(held.first(static_cast<std::size_t>(unconsumedBytes_)), kinds_,
+                       PacketDecodeOptions(header_));
 }
 
 std::int32_t ORDFileReader::Close() {
@@ -128,6 +131,7 @@ void ORDFileReader::Reset() {
     bytesRead_ = 0;
     unconsumedBytes_ = 0;
     endedInHeader_ = false;
+    kinds_ = {};
     contradictsVersion_ = false;
     readError_ = 0;
     RecordingHeader blank;

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "ord/cut_packet.h"
 #include "ord/ord_data_packet.h"
 #include "ord/ord_format.h"
 #include "ord/read_sizes.h"
@@ -68,7 +69,8 @@ class ORDFileReader {
     std::uint64_t UnconsumedBytes() const { return unconsumedBytes_; }
     // Where in the file the next packet begins.
     std::uint64_t NextPacketPosition() const { return bytesRead_ - unconsumedBytes_; }
-    // Behind the last block: whether the unconsumed bytes can be a packet that lacks its end.
+    // After the last block: whether the unconsumed bytes are a packet that lacks its end; see
+    // IsCutPacket.
     bool EndsInACutPacket() const;
     // Whether a read failed after the bytes of the last block: the next call of GetData fails.
     bool ReadHasFailed() const { return readError_ != 0; }
@@ -96,6 +98,7 @@ class ORDFileReader {
     std::uint64_t bytesRead_ = 0;
     std::uint64_t unconsumedBytes_ = 0;
     bool endedInHeader_ = false;  // the file was shorter than its header block
+    PacketKinds kinds_;
     bool contradictsVersion_ = false;
     SystemErrorCode readError_ = 0;  // every further call of GetData fails with it
     SystemErrorCode systemError_ = 0;

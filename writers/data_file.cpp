@@ -118,7 +118,7 @@ bool DataFile::SetHeader(std::string_view text, std::size_t mostBytes) {
 }
 
 bool DataFile::Sync() {
-    if (!CompleteAppends()) return false;
+    if (Failed()) return false;
     if (!hasUnsyncedData_ || !settings_.syncBeforeFinalHeader) return true;
     if (!Check(file_.SyncData(), L"write")) return false;
     hasUnsyncedData_ = false;

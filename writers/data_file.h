@@ -78,10 +78,12 @@ class DataFile final : private WriteTarget {
     // Waits for what was handed over; also after Close.
     OutputFileState State() const;
 
-    // Waits for what was handed over; false when the file failed by then.
+    // Waits for what was handed over; false if the file failed by then.
     bool CompleteAppends() const;
 
-    // Waits until the appended data are on the disk, unless the settings say otherwise.
+    // Waits until the appended data are on the disk, unless the settings say otherwise. Only after
+    // CompleteAppends: it leaves the pool and its queue alone, so that several threads can sync
+    // several files at a time.
     bool Sync();
 
     // Nothing where the file was never created; also after Close.

@@ -5,7 +5,7 @@
 
 namespace stalwick {
 
-// Of a conversion that an output's failure or a lack of memory has ended.
+// Of a conversion that a lack of memory has ended.
 inline constexpr wchar_t kOutputsMayLackTheirEnd[] =
     L"every output that says that it was not closed may lack its end";
 

@@ -1,6 +1,8 @@
 #include "engine/converted_outputs.h"
 
+#include <array>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "engine/recording_check.h"
@@ -142,6 +144,25 @@ class OutputSetCheck {
     std::uint64_t records_ = 0;  // of the file that was looked at last
 };
 
+// What packets carry that the header does not announce, so that no output takes it; or nothing.
+std::wstring FindLeftOut(const WantedOutputs& wanted, const RecordingHeader& header,
+                         const RecordingContents& contents) {
+    if (contents.MostADChannels() > header.numADChannels) {
+        return L"has packets of more channels than its header announces";
+    }
+    const std::array<std::pair<ChannelGroup, bool>, 3> sensors = {
+        {{ChannelGroup::kBaseIMU, header.baseImuAvailable},
+         {ChannelGroup::kAfeIMU, header.afeImuAvailable},
+         {ChannelGroup::kUltrasonic, header.ultrasonicAvailable}}};
+    for (const auto& [sensor, announced] : sensors) {
+        const bool asked = wanted.channelOptions[static_cast<std::size_t>(sensor)] != 0;
+        if (asked && !announced && contents.Carries(sensor)) {
+            return L"has packets with sensors that its header does not announce";
+        }
+    }
+    return {};
+}
+
 ConvertedOutputs NotWhole(const std::wstring& reason) {
     ConvertedOutputs found;
     found.reason = reason;
@@ -167,9 +188,7 @@ ConvertedOutputs FindConvertedOutputs(const ConvertedOutputsRequest& request,
     }
     RecordingContents contents;
     std::wstring fault = CountRecording(*reader, cancelRequested, contents);
-    if (fault.empty() && contents.MostADChannels() > header.numADChannels) {
-        fault = L"has packets of more channels than its header announces";
-    }
+    if (fault.empty()) fault = FindLeftOut(request.wanted, header, contents);
     if (!fault.empty()) return NotWhole(L"the recording " + fault);
     fault = check.Check(outputs, &contents);
     if (!fault.empty()) return NotWhole(fault);

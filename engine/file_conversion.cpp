@@ -37,7 +37,7 @@ std::unique_ptr<WriteQueue> MakeQueue(const OutputSettings& settings) {
     try {
         return std::make_unique<WriteQueue>();
     } catch (const std::system_error&) {
-        return nullptr;  // no thread to be had: the converting one writes
+        return nullptr;  // no thread is available: the converting one writes
     }
 }
 
@@ -102,7 +102,7 @@ std::int32_t FileConversion::FailInput(bool inLastBlock) {
 std::int32_t FileConversion::PrepareOutputDirectory() {
     const SystemErrorCode code = EnsureOutputDirectory(directory_, &madeDirectory_);
     if (code == 0) return 0;
-    // The processor's error text stays as it was; only the detail tells.
+    // The processor's error text stays as it was; only the detail says why.
     AddDetail(ConversionDetail::Kind::kIncomplete,
               DescribeFailure(L"create directory", directory_, code));
     return -1;
@@ -266,7 +266,7 @@ void FileConversion::WriteSensorValues(const ORDDataPacket& packet) {
 
 std::int32_t FileConversion::Finish() {
     if (channelFiles_.FinishCscFiles() != 0) return -1;
-    // What fails from here on changes no status text; TakeAccount tells of it.
+    // What fails from here on changes no status text; TakeAccount reports it.
     if (request_.writeEvents) FinishEventFile();
     if (request_.writeRawData) rawDataFile_.Finish();
     SyncNames();
@@ -293,8 +293,9 @@ void FileConversion::SyncNames() {
         const SystemErrorCode code = SyncDirectory(directory);
         // One that was moved away took its names along.
         if (code == 0 || ClassifySystemError(code) == SystemErrorKind::kNotFound) continue;
-        if (syncFailure_.empty())
+        if (syncFailure_.empty()) {
             syncFailure_ = DescribeFailure(L"sync directory", directory, code);
+        }
     }
 }
 

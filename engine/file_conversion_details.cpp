@@ -58,11 +58,14 @@ void FileConversion::ReportWhereItStopped(bool inLastBlock) {
                 L"lacks just its last byte would take it for that");
         return;
     }
-    AddInputDetail(Kind::kIncomplete,
-                   place +
-                       L"; the outputs end with what had been written before and say that "
-                       L"they were not closed; look for a whole copy of the recording")
-        .cause = Cause::kStoppedInTheMiddle;
+    const bool keepsAll = channelFiles_.settings.keepPartialBlocks;
+    ConversionDetail& detail = AddInputDetail(
+        Kind::kIncomplete,
+        place + L"; the outputs keep " +
+            (keepsAll ? L"every whole record before it"
+                      : L"only full blocks of 5000 records before it, often none,") +
+            L" and say that they were not closed; look for a whole copy of the recording");
+    if (!keepsAll) detail.cause = Cause::kStoppedInTheMiddle;
 }
 
 void FileConversion::ReportUnreadInput() {

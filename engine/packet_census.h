@@ -1,16 +1,22 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "ord/ord_data_packet.h"
+#include "outputs/channel_options.h"
 
 namespace stalwick {
 
-// Which A/D channels the packets of a recording carry.
+// Which A/D channels and sensors the packets of a recording carry.
 class PacketCensus {
   public:
     void Count(const ORDDataPacket& packet) {
+        Note(ChannelGroup::kBaseIMU, packet.baseIMU.has_value());
+        Note(ChannelGroup::kAfeIMU, packet.afeIMU.has_value());
+        Note(ChannelGroup::kUltrasonic, packet.ultrasonic.has_value());
         if (!packet.adSamples) return;
         const std::uint32_t channels = 32U << packet.channelCountCode;
         mostDescribed_ = std::max(mostDescribed_, channels);
@@ -22,7 +28,14 @@ class PacketCensus {
     // Position, from 1, of the last channel that any packet had samples of; 0: none had.
     std::uint32_t MostCarried() const { return mostCarried_; }
 
+    // Whether any packet had values of that sensor.
+    bool Carries(ChannelGroup sensor) const { return carried_[static_cast<std::size_t>(sensor)]; }
+
   private:
+    void Note(ChannelGroup sensor, bool present) {
+        if (present) carried_[static_cast<std::size_t>(sensor)] = true;
+    }
+
     // The mask's first byte has the highest channels.
     static std::uint32_t HighestEnabled(const ORDDataPacket& packet, std::uint32_t channels) {
         if (packet.channelMask->empty()) return channels;
@@ -36,6 +49,7 @@ class PacketCensus {
         return 0;
     }
 
+    std::array<bool, 4> carried_{};  // by channel group; of A/D channels see mostCarried_
     std::uint32_t mostDescribed_ = 0;
     std::uint32_t mostCarried_ = 0;
 };

@@ -25,6 +25,7 @@ class RecordingContents {
     std::uint64_t RawBytes() const;
     // Position, from 1, of the last A/D channel that any packet had samples of.
     std::uint32_t MostADChannels() const { return census_.MostCarried(); }
+    bool Carries(ChannelGroup sensor) const { return census_.Carries(sensor); }
 
   private:
     PacketCensus census_;

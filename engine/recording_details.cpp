@@ -33,24 +33,50 @@ void FileConversion::ReportHeader() {
                                         L"\" cannot be read; its packets count as ones without "
                                         L"timestamps");
     }
-    ReportAbsentGroups();
 }
 
 void FileConversion::ReportAbsentGroups() {
-    constexpr std::array<const wchar_t*, 4> kNames = {L"A/D channels", L"base IMU", L"AFE IMU",
-                                                      L"ultrasonic sensor"};
+    struct Group {
+        const wchar_t* name;
+        const wchar_t* key;
+    };
+    constexpr std::array<Group, 4> kGroups = {{{L"A/D channels", L"-NumADChannels"},
+                                               {L"base IMU", L"-BaseIMUAvailable"},
+                                               {L"AFE IMU", L"-AfeIMUAvailable"},
+                                               {L"ultrasonic sensor", L"-UltrasonicAvailable"}}};
     std::wstring absent;
-    for (std::size_t i = 0; i < kNames.size(); ++i) {
+    std::wstring leftOut;
+    std::wstring corrections;
+    const auto add = [](std::wstring& list, const std::wstring& item) {
+        list += (list.empty() ? L"" : L", ") + item;
+    };
+    for (std::size_t i = 0; i < kGroups.size(); ++i) {
         if (request_.channelOptions[i] == 0 || switches_[i] != 0) continue;
-        absent += (absent.empty() ? L"" : L", ") + std::wstring(kNames[i]);
+        // Sensors only: of A/D channels ReportChannels says how many are left out.
+        if (census_.Carries(static_cast<ChannelGroup>(i))) {
+            add(leftOut, kGroups[i].name);
+            add(corrections, kGroups[i].key + std::wstring(L" 1"));
+        } else {
+            add(absent, kGroups[i].name);
+        }
     }
-    if (absent.empty()) return;
-    AddInputDetail(Kind::kNote,
-                   L"its header announces none of these, so they have no files: " + absent);
+    if (!absent.empty()) {
+        AddInputDetail(Kind::kNote,
+                       L"its header announces none of these, so they have no files: " + absent);
+    }
+    if (!leftOut.empty()) {
+        AddInputDetail(Kind::kLoss,
+                       L"its packets carry what its header does not announce, so it "
+                       L"was left out: " +
+                           leftOut + L"; set " + corrections + L" in a copy and convert the copy");
+    }
 }
 
 void FileConversion::ReportPackets() {
-    if (!reader_.ContradictsVersion()) return ReportChannels();
+    if (!reader_.ContradictsVersion()) {
+        ReportAbsentGroups();
+        return ReportChannels();
+    }
     const bool stated = PacketsCarryTimestamps(PacketDecodeOptions(reader_.Header()));
     AddInputDetail(Kind::kLoss,
                    L"its packets contradict its header's -FileVersion " +
@@ -76,12 +102,18 @@ void FileConversion::ReportChannels() {
     }
     // A recording without a packet lacks them all; it says so in other ways.
     const std::uint32_t described = census_.MostDescribed();
-    if (IsOn(ChannelGroup::kAD) && described != 0 && described < announced && !account_.canceled) {
-        AddInputDetail(Kind::kNote, L"its header announces " + std::to_wstring(announced) +
-                                        L" A/D channels, its packets carry " +
-                                        std::to_wstring(described) + L": the files of " +
-                                        ChannelRange(described + 1, announced) + L" are empty");
+    if (!asked || described == 0 || described >= announced || account_.canceled) return;
+    std::wstring effect;
+    if (IsOn(ChannelGroup::kAD)) {
+        effect = L"the files of " + ChannelRange(described + 1, announced) + L" are empty";
     }
+    if (request_.writeRawData) {
+        effect += (effect.empty() ? L"" : L", and ") +
+                  std::wstring(L"the raw data file has shorter records than its header says");
+    }
+    AddInputDetail(Kind::kNote, L"its header announces " + std::to_wstring(announced) +
+                                    L" A/D channels, its packets carry " +
+                                    std::to_wstring(described) + L": " + effect);
 }
 
 }  // namespace stalwick

@@ -83,6 +83,43 @@ TEST_F(CommandAccount, LossInARecordingIsStatusThree) {
     }
 }
 
+TEST_F(CommandAccount, VersionThatThePacketsContradictIsStatusThree) {
+    RandomRecordingShape shape;
+    shape.packetCount = 60;
+    Put(L"rat.ord", BuildOrdFile(Version1Header(32), MakeRandomPackets(72, shape)));
+    const CommandResult result = Run({"-q", "rat.ord"});
+    EXPECT_EQ(result.exitStatus, 3);
+    EXPECT_NE(result.error.find("its packets contradict its header's -FileVersion 1.0"),
+              std::string::npos)
+        << result.error;
+}
+
+TEST_F(CommandAccount, PacketsLeftOutAfterAWrongByteAreStatusThree) {
+    RandomRecordingShape shape;
+    shape.packetCount = 60;
+    const std::vector<PacketPlan> packets = MakeRandomPackets(73, shape);
+    const std::size_t last = EncodePacket(packets.back()).size();
+    std::string recording = BuildOrdFile(Version2Header(32), packets);
+    recording[recording.size() - last] = '\x05';  // where the last packet should begin
+    Put(L"rat.ord", recording);
+    const CommandResult result = Run({"-q", "rat.ord"});
+    EXPECT_EQ(result.exitStatus, 3);
+    EXPECT_NE(result.error.find(std::to_string(last) + " trailing bytes from byte " +
+                                std::to_string(recording.size() - last) + " on were left out"),
+              std::string::npos)
+        << result.error;
+}
+
+TEST_F(CommandAccount, PacketsOfSensorsThatTheHeaderLacksAreStatusThree) {
+    RandomRecordingShape shape;
+    shape.packetCount = 60;
+    shape.packet.baseImu = true;
+    Put(L"rat.ord", BuildOrdFile(Version2Header(32).Set("-BaseIMUAvailable", "0"),
+                                 MakeRandomPackets(74, shape)));
+    EXPECT_EQ(Run({"-q", "--base-imu", "rat.ord"}).exitStatus, 3);
+    EXPECT_EQ(Run({"-q", "-f", "rat.ord"}).exitStatus, 0);
+}
+
 TEST_F(CommandAccount, RecordingThatEndsInsideAPacketIsWholeWithANote) {
     Put(L"cut.ord", CutRecording());
     const CommandResult result = Run({"cut.ord"});

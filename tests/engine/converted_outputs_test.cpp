@@ -221,6 +221,18 @@ TEST_F(ConvertedOutputsTest, RecordingWithMoreChannelsThanItsHeaderIsNeverPassed
     EXPECT_EQ(Reason(), L"the recording has packets of more channels than its header announces");
 }
 
+TEST_F(ConvertedOutputsTest, RecordingWithSensorsThatItsHeaderLacksIsNeverPassedOver) {
+    RandomRecordingShape shape;
+    shape.packetCount = 60;
+    shape.packet.afeImu = true;
+    const std::string recording =
+        BuildOrdFile(Version2Header(32).Set("-AfeIMUAvailable", "0"), MakeRandomPackets(3, shape));
+    Put(recording, recording);
+    EXPECT_EQ(Reason(),
+              L"the recording has packets with sensors that its header does not announce");
+    EXPECT_EQ(Find({{1, 1, 0, 1}, true, true}).reason, L"");
+}
+
 TEST_F(ConvertedOutputsTest, ChannelsThatAMaskLeavesOutNeedNoOutputs) {
     RandomRecordingShape shape;
     shape.packetCount = 60;

@@ -79,6 +79,18 @@ TEST(RecordingDetails, ChannelsThatNoPacketCarriedAreNoted) {
     EXPECT_TRUE(DetailsOf(recording, kEventsOnly).empty());
 }
 
+TEST(RecordingDetails, RawRecordsShorterThanTheHeaderSaysAreNoted) {
+    const std::string recording = BuildOrdFile(Version2Header(50), Packets(true));
+    EXPECT_TRUE(Says(DetailsOf(recording, kRawOnly), Kind::kNote,
+                     L"announces 50 A/D channels, its packets carry 32: the raw data file has "
+                     L"shorter records than its header says"));
+    ReferenceConvertOptions both = kChannelsOnly;
+    both.raw = true;
+    EXPECT_TRUE(Says(DetailsOf(recording, both), Kind::kNote,
+                     L"the files of channels 33 to 50 are empty, and the raw data file has "
+                     L"shorter records than its header says"));
+}
+
 TEST(RecordingDetails, VersionThatThePacketsContradictIsALoss) {
     EXPECT_TRUE(Says(DetailsOf(BuildOrdFile(Version1Header(32), Packets(true)), kEventsOnly),
                      Kind::kLoss, L"contradict its header's -FileVersion 1.0: they carry time"));
@@ -117,6 +129,26 @@ TEST(RecordingDetails, SensorsThatTheHeaderDoesNotAnnounceAreNoted) {
     ASSERT_EQ(details.size(), 1U);
     EXPECT_TRUE(Says(details, Kind::kNote, L"have no files: AFE IMU, ultrasonic sensor"));
     EXPECT_TRUE(DetailsOf(header.Block(), kChannelsOnly).empty());
+}
+
+TEST(RecordingDetails, SensorsThatOnlyThePacketsHaveAreALoss) {
+    RandomRecordingShape shape;
+    shape.packetCount = 30;
+    shape.packet.baseImu = shape.packet.ultrasonic = true;
+    OrdHeaderText header = Version2Header(32);
+    header.Set("-BaseIMUAvailable", "0")
+        .Set("-AfeIMUAvailable", "0")
+        .Set("-UltrasonicAvailable", "0 1");
+    const std::string recording = BuildOrdFile(header, MakeRandomPackets(82, shape));
+    const auto details = DetailsOf(recording, AllOutputs());
+    EXPECT_EQ(details.size(), 2U);
+    EXPECT_TRUE(Says(details, Kind::kNote, L"so they have no files: AFE IMU"));
+    EXPECT_TRUE(Says(details, Kind::kLoss,
+                     L"its packets carry what its header does not announce, so it was left out: "
+                     L"base IMU, ultrasonic sensor; set -BaseIMUAvailable 1, "
+                     L"-UltrasonicAvailable 1 in a copy and convert the copy"));
+    // Nobody asked for them.
+    EXPECT_TRUE(DetailsOf(recording, kChannelsOnly).empty());
 }
 
 TEST(RecordingDetails, HeaderWithoutChannelsIsNotedWhereTheyWereAskedFor) {

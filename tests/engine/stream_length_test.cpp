@@ -143,7 +143,22 @@ TEST(StreamLength, DamageIsReportedWithItsPlaceAndItsCause) {
     ASSERT_EQ(run.details.size(), 1U);
     const std::wstring& text = run.details[0].text;
     EXPECT_NE(text.find(L"stopped at byte " + std::to_wstring(16384 + 33)), std::wstring::npos);
+    EXPECT_NE(text.find(L"the outputs keep only full blocks of 5000 records before it"),
+              std::wstring::npos);
     EXPECT_EQ(run.details[0].cause, ConversionDetail::Cause::kStoppedInTheMiddle);
+}
+
+TEST(StreamLength, DamageLeavesNothingToAdviseIfPartialBlocksAreKept) {
+    const TempDirectory directory;
+    OutputSettings settings = QuickSettings();
+    settings.keepPartialBlocks = true;
+    const EngineRun run =
+        RunEngine(directory, Version1Header(32).Block() + PlainPackets(3) + std::string(60000, 'x'),
+                  ReferenceConvertOptions(), settings);
+    ASSERT_EQ(run.details.size(), 1U);
+    EXPECT_NE(run.details[0].text.find(L"the outputs keep every whole record before it"),
+              std::wstring::npos);
+    EXPECT_EQ(run.details[0].cause, ConversionDetail::Cause::kOther);
 }
 
 TEST(StreamLength, EveryWholeRecordBeforeTheDamageStaysIfTheSettingsSaySo) {

@@ -117,7 +117,7 @@ TEST_F(CommandAccount, PacketsOfSensorsThatTheHeaderLacksAreStatusThree) {
     Put(L"rat.ord", BuildOrdFile(Version2Header(32).Set("-BaseIMUAvailable", "0"),
                                  MakeRandomPackets(74, shape)));
     EXPECT_EQ(Run({"-q", "--base-imu", "rat.ord"}).exitStatus, 3);
-    EXPECT_EQ(Run({"-q", "-f", "rat.ord"}).exitStatus, 0);
+    EXPECT_EQ(Run({"-q", "rat.ord"}).exitStatus, 0);
 }
 
 TEST_F(CommandAccount, RecordingThatEndsInsideAPacketIsWholeWithANote) {

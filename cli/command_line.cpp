@@ -37,6 +37,7 @@ struct RawOptions {
     bool checksum = false;
     bool noSync = false;
     bool keepPartial = false;
+    bool salvage = false;
     std::uint32_t jobs = 0;
 };
 
@@ -92,6 +93,8 @@ void Declare(CLI::App& app, RawOptions& options) {
     app.add_flag("--keep-partial", options.keepPartial,
                  "where a recording fails in its middle, keep every whole record before that, not "
                  "only full blocks of 5000 of each file");
+    app.add_flag("--salvage", options.salvage,
+                 "go on after damaged stretches of a recording, and report what is lost");
     app.add_option("-j,--jobs", options.jobs,
                    "files converted side by side, 1 to 64; 0: as many as there are cores")
         ->type_name("N")
@@ -131,6 +134,7 @@ CommandLine ToCommandLine(const RawOptions& options) {
     line.jobs = options.jobs;
     line.outputSettings.syncBeforeFinalHeader = !options.noSync;
     line.outputSettings.keepPartialBlocks = options.keepPartial;
+    line.outputSettings.onDamage = options.salvage ? OnDamage::kSkip : OnDamage::kStop;
     return line;
 }
 

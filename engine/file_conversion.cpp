@@ -69,7 +69,8 @@ FileConversion::FileConversion(DataProcessor& processor, const FileConversionReq
       queue_(MakeQueue(settings)),
       channelFiles_(settings, queue_.get()),
       eventFile_(settings),  // few and small blocks, whose failures end the conversion at once
-      rawDataFile_(settings, queue_.get()) {
+      rawDataFile_(settings, queue_.get()),
+      source_(MakePacketSource(settings.onDamage)) {
     account_.recording = request.inputPath;
     account_.outputDirectory = directory_;
 }
@@ -79,10 +80,11 @@ std::int32_t FileConversion::Run() {
     const std::int32_t opened = OpenOutputs();
     NoteOpenOutputs();
     if (opened != 0) return -1;
-    recordPeriod_ = kMicrosecondsPerSecond / reader_.SamplingFrequency() * 10.0;
-    if (processor_.FollowsTime()) timeLine_.emplace(reader_.SamplingFrequency());
+    recordPeriod_ = kMicrosecondsPerSecond / source_->Header().samplingFrequency * 10.0;
+    if (processor_.FollowsTime()) timeLine_.emplace(source_->Header().samplingFrequency);
     ReportHeader();
     packetsDone_ = ConvertSpans() == 0;
+    ReportSkipped();
     ReportPackets();
     return packetsDone_ ? Finish() : -1;
 }
@@ -95,7 +97,7 @@ std::int32_t FileConversion::Fail(const std::wstring& errorText) {
 std::int32_t FileConversion::FailInput(bool inLastBlock) {
     inputFailed_ = true;
     ReportWhereItStopped(inLastBlock);
-    const std::wstring reason = reader_.GetErrorMessage();
+    const std::wstring reason = source_->GetErrorMessage();
     return Fail(reason.empty() ? L"Failed to process input file" : reason);
 }
 
@@ -109,18 +111,18 @@ std::int32_t FileConversion::PrepareOutputDirectory() {
 }
 
 std::int32_t FileConversion::OpenInput() {
-    if (reader_.Open(request_.inputPath) != 0) {
-        const SystemErrorCode code = reader_.SystemError();
+    if (source_->Open(request_.inputPath) != 0) {
+        const SystemErrorCode code = source_->SystemError();
         AddInputDetail(ConversionDetail::Kind::kIncomplete,
                        L"not converted: " +
-                           (code != 0 ? SystemErrorText(code) : reader_.GetErrorMessage()) +
+                           (code != 0 ? SystemErrorText(code) : source_->GetErrorMessage()) +
                            L"; choose a recording that can be read");
-        return Fail(reader_.GetErrorMessage());
+        return Fail(source_->GetErrorMessage());
     }
-    account_.inputBytes = reader_.FileSize();
-    account_.adChannels = reader_.NumADChannels();
+    account_.inputBytes = source_->FileSize();
+    account_.adChannels = source_->Header().numADChannels;
     processor_.bytesTotal.store(account_.inputBytes, std::memory_order_relaxed);
-    const RecordingRefusal refusal = CheckHeader(reader_.Header());
+    const RecordingRefusal refusal = CheckHeader(source_->Header());
     if (!refusal) return 0;
     // Refused before an output file is made.
     AddInputDetail(ConversionDetail::Kind::kIncomplete, refusal.reason);
@@ -129,7 +131,7 @@ std::int32_t FileConversion::OpenInput() {
 
 std::uint64_t FileConversion::CountOutputFiles() const {
     std::uint64_t count = (request_.writeEvents ? 1U : 0U) + (request_.writeRawData ? 1U : 0U);
-    if (IsOn(ChannelGroup::kAD)) count += reader_.NumADChannels();
+    if (IsOn(ChannelGroup::kAD)) count += source_->Header().numADChannels;
     if (IsOn(ChannelGroup::kBaseIMU)) count += kImuChannelNames.size();
     if (IsOn(ChannelGroup::kAfeIMU)) count += kImuChannelNames.size();
     if (IsOn(ChannelGroup::kUltrasonic)) ++count;
@@ -150,8 +152,9 @@ std::int32_t FileConversion::OpenOutputs() {
 }
 
 void FileConversion::SelectChannelGroups() {
-    const std::array<bool, 4> present = {reader_.NumADChannels() > 0, reader_.BaseIMUAvailable(),
-                                         reader_.AfeIMUAvailable(), reader_.UltrasonicAvailable()};
+    const std::array<bool, 4> present = {
+        source_->Header().numADChannels > 0, source_->Header().baseImuAvailable,
+        source_->Header().afeImuAvailable, source_->Header().ultrasonicAvailable};
     for (std::size_t i = 0; i < present.size(); ++i) {
         switches_[i] = request_.channelOptions[i] != 0 && present[i] ? 1 : 0;
     }
@@ -161,30 +164,30 @@ std::int32_t FileConversion::OpenChannelFiles() {
     // Without A/D channels these keep their defaults, also for the sensors' files. Kept (pinned by
     // FileConversion.SensorFilesWithoutADChannelsHaveNoTimestampOffset).
     if (IsOn(ChannelGroup::kAD)) {
-        channelFiles_.numAdChannels = reader_.NumADChannels();
-        TakeTiming(reader_.Header(), channelFiles_);
+        channelFiles_.numAdChannels = source_->Header().numADChannels;
+        TakeTiming(source_->Header(), channelFiles_);
     }
     if (std::all_of(switches_.begin(), switches_.end(), [](auto on) { return on == 0; })) return 0;
-    channelFiles_.adMaxValue = reader_.ADMaxValue();
-    TakeSession(reader_.Header(), channelFiles_);
+    channelFiles_.adMaxValue = source_->Header().adMaxValue;
+    TakeSession(source_->Header(), channelFiles_);
     return channelFiles_.InitializeCscFiles(directory_, switches_);
 }
 
 std::int32_t FileConversion::OpenEventFile() {
-    TakeTiming(reader_.Header(), eventFile_);
-    TakeSession(reader_.Header(), eventFile_);
+    TakeTiming(source_->Header(), eventFile_);
+    TakeSession(source_->Header(), eventFile_);
     return eventFile_.Open(directory_);
 }
 
 std::int32_t FileConversion::OpenRawDataFile() {
-    rawDataFile_.adChannelCount = reader_.NumADChannels();
-    TakeTiming(reader_.Header(), rawDataFile_);
-    TakeSession(reader_.Header(), rawDataFile_);
+    rawDataFile_.adChannelCount = source_->Header().numADChannels;
+    TakeTiming(source_->Header(), rawDataFile_);
+    TakeSession(source_->Header(), rawDataFile_);
     return rawDataFile_.Open(directory_);
 }
 
 std::int32_t FileConversion::ConvertSpans() {
-    SpanReader spans(reader_, readsAhead_);
+    SpanReader spans(*source_, readsAhead_);
     for (bool endOfFile = false; !endOfFile;) {
         if (processor_.cancelRequested.load(std::memory_order_relaxed) != 0) {
             account_.canceled = true;
@@ -196,8 +199,7 @@ std::int32_t FileConversion::ConvertSpans() {
             LeaveOutputsUnfinished();
             return FailInput(endOfFile);
         }
-        for (ORDDataPacket& packet : span.packets) {
-            if (ConvertPacket(packet) == 0) continue;
+        if (ConvertSpan(span) != 0) {
             // The disk of the recording had failed before, and no later than this it is said.
             return span.readFailedAfter ? FailInput(spans.Next().endOfFile) : -1;
         }
@@ -213,6 +215,22 @@ void FileConversion::LeaveOutputsUnfinished() {
     channelFiles_.LeaveUnfinished();
     eventFile_.LeaveUnfinished();
     rawDataFile_.LeaveUnfinished();
+}
+
+std::int32_t FileConversion::ConvertSpan(DecodedSpan& span) {
+    auto stretch = span.skipped.begin();
+    for (std::size_t i = 0; i < span.packets.size(); ++i) {
+        if (stretch != span.skipped.end() && stretch->packetsBefore == i) Skip((stretch++)->part);
+        if (ConvertPacket(span.packets[i]) != 0) return -1;
+    }
+    if (stretch != span.skipped.end()) Skip(stretch->part);
+    return 0;
+}
+
+void FileConversion::Skip(const StreamPart& stretch) {
+    // A failure shows when the files are finished.
+    channelFiles_.EndRecords(PacketsCarryTimestamps(PacketDecodeOptions(source_->Header())));
+    skipped_.Add(stretch, clock_.Seconds(recordPeriod_ / kMicrosecondsPerSecond));
 }
 
 std::int32_t FileConversion::ConvertPacket(ORDDataPacket& packet) {
@@ -270,7 +288,7 @@ std::int32_t FileConversion::Finish() {
     if (request_.writeEvents) FinishEventFile();
     if (request_.writeRawData) rawDataFile_.Finish();
     SyncNames();
-    reader_.Close();
+    source_->Close();
     return 0;
 }
 

@@ -11,7 +11,8 @@
 #include "engine/output_failures.h"
 #include "engine/packet_census.h"
 #include "engine/packet_clock.h"
-#include "ord/ord_file_reader.h"
+#include "engine/packet_source.h"
+#include "engine/skipped_stretches.h"
 #include "survey/time_line.h"
 #include "writers/csc_file_writer_container.h"
 #include "writers/event_file_writer_container.h"
@@ -76,9 +77,12 @@ class FileConversion {
     void ReportPackets();
     void ReportChannels();
     std::vector<OutputEnd> OutputEnds() const;
+    void ReportSkipped();
     void ReportOutputs();
     void ListOutputs();
     void NoteOpenOutputs();
+    std::int32_t ConvertSpan(DecodedSpan& span);
+    void Skip(const StreamPart& stretch);
     std::int32_t ConvertPacket(ORDDataPacket& packet);
     void WriteSensorValues(const ORDDataPacket& packet);
     std::int32_t Finish();
@@ -96,7 +100,7 @@ class FileConversion {
     CSCFileWriterContainer channelFiles_;
     EventFileWriterContainer eventFile_;
     RDFFileWriterContainer rawDataFile_;
-    ORDFileReader reader_;
+    std::unique_ptr<PacketSource> source_;
     std::vector<OpenedOutput> openedOutputs_;
     bool packetsDone_ = false;  // all were converted, or the conversion was canceled
     bool inputFailed_ = false;  // the recording ended the conversion
@@ -110,6 +114,7 @@ class FileConversion {
     PacketClock clock_;
     std::optional<TimeLine> timeLine_;
     PacketCensus census_;
+    SkippedStretches skipped_;
     ConversionAccount account_;
     std::wstring syncFailure_;  // of the directories; empty if there is none
 };

@@ -44,11 +44,12 @@ void FileConversion::ReportOpenFileLimit(std::uint64_t needed, std::uint64_t lim
 }
 
 void FileConversion::ReportWhereItStopped(bool inLastBlock) {
-    const std::wstring reason = reader_.SystemError() != 0 ? SystemErrorText(reader_.SystemError())
-                                                           : reader_.GetErrorMessage();
+    const std::wstring reason = source_->SystemError() != 0
+                                    ? SystemErrorText(source_->SystemError())
+                                    : source_->GetErrorMessage();
     const std::wstring place = L"conversion stopped at byte " +
-                               std::to_wstring(reader_.NextPacketPosition()) + L": " + reason;
-    if (inLastBlock && reader_.SystemError() == 0) {
+                               std::to_wstring(source_->NextPacketPosition()) + L": " + reason;
+    if (inLastBlock && source_->SystemError() == 0) {
         // Nothing is damaged: the last block has the one length that is refused.
         AddInputDetail(
             Kind::kIncomplete,
@@ -69,13 +70,13 @@ void FileConversion::ReportWhereItStopped(bool inLastBlock) {
 }
 
 void FileConversion::ReportUnreadInput() {
-    const std::uint64_t bytesRead = reader_.BytesRead();
+    const std::uint64_t bytesRead = source_->BytesRead();
     if (bytesRead < account_.inputBytes) {
         AddInputDetail(Kind::kIncomplete,
                        L"it had " + std::to_wstring(account_.inputBytes) +
                            L" bytes and ended after " + std::to_wstring(bytesRead) +
                            L": it was cut while it was read; convert it again from a whole copy");
-    } else if (reader_.FileSize() > bytesRead) {
+    } else if (source_->FileSize() > bytesRead) {
         AddInputDetail(Kind::kIncomplete,
                        L"it has grown while it was read, what came after byte " +
                            std::to_wstring(bytesRead) +
@@ -91,11 +92,11 @@ void FileConversion::ReportUnreadInput() {
 }
 
 void FileConversion::ReportTrailingBytes() {
-    if (reader_.UnconsumedBytes() == 0) return;
-    const std::wstring position = std::to_wstring(reader_.NextPacketPosition());
-    const std::wstring trailing = std::to_wstring(reader_.UnconsumedBytes()) +
+    if (source_->UnconsumedBytes() == 0) return;
+    const std::wstring position = std::to_wstring(source_->NextPacketPosition());
+    const std::wstring trailing = std::to_wstring(source_->UnconsumedBytes()) +
                                   L" trailing bytes from byte " + position + L" on were left out";
-    if (reader_.EndsInACutPacket()) {
+    if (source_->EndsInACutPacket()) {
         AddInputDetail(Kind::kNote, L"it ends inside a packet: " + trailing +
                                         L"; that is all right if the recorder was switched off, "
                                         L"else look for a whole copy");

@@ -6,6 +6,7 @@
 #include "engine/file_conversion.h"
 #include "ord/header_fields.h"
 #include "platform/text_encoding.h"
+#include "writers/timestamps.h"
 
 namespace stalwick {
 
@@ -22,7 +23,7 @@ std::wstring ChannelRange(std::uint32_t first, std::uint32_t last) {
 }  // namespace
 
 void FileConversion::ReportHeader() {
-    const RecordingHeader& header = reader_.Header();
+    const RecordingHeader& header = source_->Header();
     for (const UnreadableNumber& number : header.unreadableNumbers) {
         AddInputDetail(Kind::kNote, L"its header's " + number.key +
                                         L" cannot be read as a number and counts as " +
@@ -72,22 +73,30 @@ void FileConversion::ReportAbsentGroups() {
     }
 }
 
+void FileConversion::ReportSkipped() {
+    const bool hasTimestamps = PacketsCarryTimestamps(PacketDecodeOptions(source_->Header()));
+    for (const std::wstring& line :
+         skipped_.Describe(recordPeriod_ / kMicrosecondsPerSecond, hasTimestamps)) {
+        AddInputDetail(Kind::kLoss, line);
+    }
+}
+
 void FileConversion::ReportPackets() {
-    if (!reader_.ContradictsVersion()) {
+    if (!source_->ContradictsVersion()) {
         ReportAbsentGroups();
         return ReportChannels();
     }
-    const bool stated = PacketsCarryTimestamps(PacketDecodeOptions(reader_.Header()));
+    const bool stated = PacketsCarryTimestamps(PacketDecodeOptions(source_->Header()));
     AddInputDetail(Kind::kLoss,
                    L"its packets contradict its header's -FileVersion " +
-                       OneLine(reader_.FileVersion()) + L": they carry " +
+                       OneLine(source_->Header().fileVersion) + L": they carry " +
                        (stated ? L"no timestamps" : L"timestamps") +
                        L", so the outputs are not what was recorded; set -FileVersion " +
                        (stated ? L"1.0" : L"2.0") + L" in a copy and convert the copy");
 }
 
 void FileConversion::ReportChannels() {
-    const std::uint32_t announced = reader_.NumADChannels();
+    const std::uint32_t announced = source_->Header().numADChannels;
     const std::uint32_t carried = census_.MostCarried();
     const bool asked = request_.channelOptions[0] != 0 || request_.writeRawData;
     if (asked && carried > announced) {

@@ -4,7 +4,7 @@
 
 namespace stalwick {
 
-SpanReader::SpanReader(ORDFileReader& reader, bool readsAhead) : reader_(reader) {
+SpanReader::SpanReader(PacketSource& source, bool readsAhead) : source_(source) {
     if (!readsAhead) return;
     try {
         thread_ = std::thread([this] { Work(); });
@@ -25,13 +25,11 @@ SpanReader::~SpanReader() {
 
 void SpanReader::Read(DecodedSpan& span) noexcept {
     try {
-        span.status = reader_.GetData(span.packets, span.endOfFile);
+        source_.Read(span);
     } catch (...) {
         span.status = -1;
         span.exception = std::current_exception();
     }
-    span.bytesRead = reader_.BytesRead();
-    span.readFailedAfter = reader_.ReadHasFailed();
 }
 
 void SpanReader::Work() {

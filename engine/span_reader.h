@@ -4,40 +4,26 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
-#include <exception>
 #include <mutex>
 #include <thread>
-#include <vector>
 
-#include "ord/ord_file_reader.h"
+#include "engine/packet_source.h"
 
 namespace stalwick {
-
-// What one call of ORDFileReader::GetData gave.
-struct DecodedSpan {
-    std::int32_t status = 0;
-    bool endOfFile = false;
-    std::vector<ORDDataPacket> packets;
-    std::uint64_t bytesRead = 0;   // of the file so far, with the header span
-    bool readFailedAfter = false;  // the next span is the failure
-    std::exception_ptr exception;  // what the call threw
-
-    bool IsLast() const { return status != 0 || endOfFile; }
-};
 
 // Gives the spans of an open recording in their order. With a second thread they are read and
 // decoded a few spans ahead, while the caller works on the one that it has.
 class SpanReader {
   public:
     // Where no thread can be had, spans are read when they are asked for.
-    SpanReader(ORDFileReader& reader, bool readsAhead);
+    SpanReader(PacketSource& source, bool readsAhead);
     // Waits for a span that is being read.
     ~SpanReader();
     SpanReader(const SpanReader&) = delete;
     SpanReader& operator=(const SpanReader&) = delete;
 
     // The next span; it is the caller's until the next call. Throws what reading it threw. There
-    // is none behind a span that IsLast(). Only then may the caller use the reader itself again.
+    // is none behind a span that IsLast(). Only then may the caller use the source itself again.
     DecodedSpan& Next();
 
   private:
@@ -48,7 +34,7 @@ class SpanReader {
     void Read(DecodedSpan& span) noexcept;
     void Work();
 
-    ORDFileReader& reader_;
+    PacketSource& source_;
     std::array<DecodedSpan, kMostAhead + 1> spans_;  // in turns; one is the caller's
     std::mutex mutex_;
     std::condition_variable available_;

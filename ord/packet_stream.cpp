@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <string_view>
 #include <utility>
 
 #include "ord/read_sizes.h"
+#include "ord/version_check.h"
 #include "platform/text_encoding.h"
 
 namespace stalwick {
@@ -15,11 +17,23 @@ namespace {
 
 constexpr std::size_t kSoundChain = 3;           // packets in a row, with timestamps
 constexpr std::size_t kSoundChainUnstamped = 8;  // without
+constexpr std::size_t kFewestAfterUnstamped = 2;
+constexpr std::size_t kNearChain = 2;
+constexpr std::size_t kSectorSize = 4096;  // of what a disk puts into a wrong place
+constexpr std::uint64_t kPacketsToKnowFlags = 100;
+// Of many more any number of nanoseconds may be whole steps by a clock that drifts.
+constexpr std::uint64_t kMostStepsInARow = 250;
+constexpr std::size_t kStampsAround = 4;
+constexpr std::size_t kFewestStampsInStep = 2;
 // A packet and a chain after it are in the window together.
 constexpr std::size_t kLookahead = (kSoundChainUnstamped + 2) * kLongestPacketSize;
 static_assert(kLookahead < StreamWindow::kMostBytes);
 
 constexpr std::size_t kStampEnd = kPacketHeadSize + kHardwareTimestampSize;
+
+unsigned CodeOf(std::uint8_t flags) {
+    return static_cast<unsigned>(flags) >> kChannelCountCodeShift;
+}
 
 std::uint64_t ReadBigEndian64(const std::uint8_t* data) {
     std::uint64_t value = 0;
@@ -57,20 +71,30 @@ SystemErrorCode PacketStream::SystemError() const {
 
 StreamPart PacketStream::Next(ORDDataPacket& packet) {
     window_->Fill(kLookahead);
+    if (!versionIsChecked_) CheckVersion();
     const auto bytes = window_->Bytes();
-    if (bytes.empty()) return {StreamPart::Kind::kEnd, window_->Position(), 0, {}, 0};
+    const std::uint64_t position = window_->Position();
+    if (bytes.empty()) return {StreamPart::Kind::kEnd, position, 0, {}, 0};
     const PacketParse parse = TryParsePacket(bytes, packet, options_, kSamplesPerPacket);
-    if (parse.refusal == PacketRefusal::kWrongType) {
-        return SkipDamage(parse.refusal, window_->Position());
-    }
+    if (parse.refusal == PacketRefusal::kWrongType) return SkipDamage(parse.refusal, position);
     // The window has room for the longest packet: only the end of the file cuts one.
     if (parse.refusal != PacketRefusal::kNone) return TakeRest(parse.refusal);
     const auto size = static_cast<std::size_t>(parse.end - bytes.data());
     const std::uint8_t flags = bytes[1];
+    if (isStrict_ && IsOutOfStep(packet.hardwareTimestamp, size)) {
+        return SkipDamage(PacketRefusal::kNone, position);
+    }
     if (IsCertain(packet, flags, size)) return TakePacket(packet, flags, size);
     const bool wrongType = bytes[size] != kDataPacketType;
     return SkipDamage(wrongType ? PacketRefusal::kWrongType : PacketRefusal::kNone,
-                      window_->Position() + size);
+                      position + size);
+}
+
+void PacketStream::CheckVersion() {
+    versionIsChecked_ = true;
+    const auto bytes = window_->Bytes();
+    contradictsVersion_ =
+        PacketsContradictVersion(bytes.data(), std::min(bytes.size(), kDataBufferSize), options_);
 }
 
 bool PacketStream::SkipTo(std::uint64_t position) {
@@ -83,11 +107,16 @@ bool PacketStream::SkipTo(std::uint64_t position) {
 StreamPart PacketStream::TakePacket(const ORDDataPacket& packet, std::uint8_t flags,
                                     std::size_t size) {
     const StreamPart part{StreamPart::Kind::kPacket, window_->Position(), size, {}, 0};
-    if (packet.hardwareTimestamp && lastStamp_)
+    if (packet.hardwareTimestamp && lastStamp_) {
+        ++steps_;
+        if (clock_.WholeSteps(*lastStamp_, *packet.hardwareTimestamp)) ++wholeSteps_;
         clock_.Learn(*lastStamp_, *packet.hardwareTimestamp);
+    }
     lastStamp_ = packet.hardwareTimestamp;
     knownFlags_.set(flags);
+    knownCodes_.set(CodeOf(flags));
     packetBytes_ += size;
+    longestPacket_ = std::max(longestPacket_, size);
     ++packetCount_;
     window_->Advance(size);
     return part;
@@ -99,7 +128,25 @@ StreamPart PacketStream::SkipDamage(PacketRefusal refusal, std::uint64_t noticed
     window_->Advance(1);
     FindPlaceToGoOn();
     part.size = window_->Position() - part.position;
+    CountLostPackets(part);
     return part;
+}
+
+// The window begins where packets go on, or at the end of the file.
+void PacketStream::CountLostPackets(StreamPart& part) const {
+    const std::optional<Head> next = HeadAt(0);
+    if (next && next->timestamp && lastStamp_ && clock_.StepNs() > 0.0) {
+        const std::uint64_t distance = *next->timestamp - *lastStamp_;
+        if (distance <= UINT64_MAX / 2) {
+            const auto steps = std::llround(static_cast<double>(distance) / clock_.StepNs());
+            part.packetsLost = steps > 1 ? static_cast<std::uint64_t>(steps) - 1 : 0;
+            part.packetsLostIsKnown = true;
+            return;
+        }
+    }
+    const bool beginsWithPacket = part.noticedAt > part.position;
+    part.packetsLost = std::max<std::uint64_t>(longestPacket_ != 0 ? part.size / longestPacket_ : 0,
+                                               beginsWithPacket ? 1 : 0);
 }
 
 // A packet that reaches beyond the end of the file: it was cut there, unless packets go on inside.
@@ -108,7 +155,9 @@ StreamPart PacketStream::TakeRest(PacketRefusal refusal) {
     window_->Advance(1);
     const bool goesOn = FindPlaceToGoOn();
     const auto kind = goesOn ? StreamPart::Kind::kDamage : StreamPart::Kind::kEnd;
-    return {kind, start, window_->Position() - start, refusal, start};
+    StreamPart part{kind, start, window_->Position() - start, refusal, start};
+    if (goesOn) CountLostPackets(part);
+    return part;
 }
 
 std::optional<PacketStream::Head> PacketStream::HeadAt(std::size_t offset) const {
@@ -121,42 +170,103 @@ std::optional<PacketStream::Head> PacketStream::HeadAt(std::size_t offset) const
     return head;
 }
 
-bool PacketStream::FollowsPlausibly(const Head& head, const Head& next) const {
-    if (next.flags != head.flags && !knownFlags_.test(next.flags)) return false;
-    return !head.timestamp || !next.timestamp ||
-           clock_.WholeSteps(*head.timestamp, *next.timestamp).has_value();
+bool PacketStream::Follows(const Head& head, const Head& next, Link link) const {
+    if (link == Link::kType) return true;
+    if (CodeOf(next.flags) != CodeOf(head.flags)) return false;
+    const bool flagsCount = link == Link::kFlags || link == Link::kFlagsAndStamps;
+    if (flagsCount && next.flags != head.flags && !knownFlags_.test(next.flags)) return false;
+    const bool stampsCount = link == Link::kCodeAndStamps || link == Link::kFlagsAndStamps;
+    if (!stampsCount || !head.timestamp || !next.timestamp) return true;
+    const auto steps = clock_.WholeSteps(*head.timestamp, *next.timestamp);
+    return steps && *steps <= kMostStepsInARow;
 }
 
 // Whether the packet at the window's beginning, which ends at `end`, is what it seems to be.
 bool PacketStream::IsCertain(const ORDDataPacket& packet, std::uint8_t flags, std::size_t end) {
     const auto bytes = window_->Bytes();
     if (end == bytes.size()) return true;
-    if (bytes[end] != kDataPacketType) return false;
-    const std::optional<Head> next = HeadAt(end);
-    if (!next) return true;  // a packet that lacks its end
     if (window_->Position() + end < soundUntil_) return true;
-    return FollowsPlausibly({flags, packet.hardwareTimestamp}, *next) || BeginsSoundChain(end);
+    const std::optional<Head> next = HeadAt(end);
+    if (!next) return bytes[end] == kDataPacketType;  // a packet that lacks its end
+    const Head head{flags, packet.hardwareTimestamp};
+    if (head.timestamp) return IsFollowedInStep(head, end);
+    if (bytes[end] != kDataPacketType) return false;
+    if (isStrict_) return BeginsUnstampedChain(end);
+    return Follows(head, *next, Link::kFlags) || BeginsSoundChain(end);
 }
 
-// Parses the packets from `offset` on, as long as they follow each other.
-PacketStream::Chain PacketStream::FollowChain(std::size_t offset, std::size_t wanted,
-                                              bool plausiblyOnly) {
+// The same with timestamps, which say most. Damage of what follows the packet may reach into it
+// from there, so that its type byte counts too.
+bool PacketStream::IsFollowedInStep(const Head& head, std::size_t end) {
+    const Head next = *HeadAt(end);
+    if (window_->Bytes()[end] != kDataPacketType) return false;
+    if (clock_.WholeSteps(*head.timestamp, *next.timestamp) == 1U) return true;
+    return Follows(head, next, Link::kFlagsAndStamps) || BeginsSoundChain(end) ||
+           GoesOnInStep(*head.timestamp, 1, end);
+}
+
+// Whether those before and after the packet at the window's beginning agree on another time for it.
+// Recorders may repeat a timestamp and write 0 for none.
+bool PacketStream::IsOutOfStep(std::optional<std::uint64_t> timestamp, std::size_t end) {
+    constexpr double kHalfASample = 0.5 / kSamplesPerPacket;  // of a step
+    if (!timestamp || *timestamp == 0 || timestamp == lastStamp_) return false;
+    if (!lastStamp_) return IsOutOfStepWithNext(*timestamp, end);
+    if (clock_.WholeSteps(*lastStamp_, *timestamp) == 1U) return false;
+    const auto distance = static_cast<double>(*timestamp - *lastStamp_);
+    if (std::abs(distance - clock_.StepNs()) < kHalfASample * clock_.StepNs()) return false;
+    const std::optional<Head> next = HeadAt(end);
+    if (next && next->timestamp == timestamp) return false;
+    return GoesOnInStep(*lastStamp_, 2, end);
+}
+
+// The same of a first packet: those after it are in step with each other.
+bool PacketStream::IsOutOfStepWithNext(std::uint64_t timestamp, std::size_t end) {
+    const std::optional<Head> next = HeadAt(end);
+    if (!next || *next->timestamp == timestamp || clock_.WholeSteps(timestamp, *next->timestamp)) {
+        return false;
+    }
+    const Chain chain = FollowChain(end, {kSoundChain}, Link::kFlagsAndStamps);
+    return chain.packets == kSoundChain && *next->timestamp != 0 &&
+           GoesOnInStep(*next->timestamp, 1, FollowChain(end, {}, Link::kType).end);
+}
+
+// Whether packets from `offset` on have the timestamps that follow `timestamp`, the first of them
+// so many steps later. One that is damaged itself may be among them.
+bool PacketStream::GoesOnInStep(std::uint64_t timestamp, std::uint64_t stepsToFirst,
+                                std::size_t offset) {
+    std::size_t inStep = 0;
+    std::size_t count = 0;
+    for (; count < kStampsAround; ++count) {
+        const Chain chain = FollowChain(offset, {}, Link::kType);
+        if (chain.packets == 0) break;
+        const std::optional<Head> head = HeadAt(offset);
+        if (!head) break;
+        if (clock_.WholeSteps(timestamp, *head->timestamp) == stepsToFirst + count) ++inStep;
+        offset = chain.end;
+    }
+    return inStep != 0 && inStep >= std::min(count, kFewestStampsInStep);
+}
+
+// Parses the packets from `offset` on, as long as they follow each other and until there are as
+// many as wanted and the last one begins so many bytes after the first.
+PacketStream::Chain PacketStream::FollowChain(std::size_t offset, ChainLength wanted, Link link) {
     const auto bytes = window_->Bytes();
-    Chain chain{0, offset, false};
+    Chain chain{0, offset, offset, false};
     std::optional<Head> last;
-    while (chain.packets < wanted) {
+    while (chain.packets < wanted.packets || chain.lastStart - offset < wanted.bytes) {
         if (chain.end == bytes.size()) {
             chain.atEnd = window_->ReachesEnd();
             break;
         }
         const std::optional<Head> head = HeadAt(chain.end);
-        if (plausiblyOnly && last && head && !FollowsPlausibly(*last, *head)) break;
+        if (last && head && !Follows(*last, *head, link)) break;
         const PacketParse parse =
             TryParsePacket(bytes.subspan(chain.end), scratch_, options_, kSamplesPerPacket);
         if (parse.refusal != PacketRefusal::kNone) {
             chain.atEnd = parse.refusal != PacketRefusal::kWrongType && window_->ReachesEnd();
             break;
         }
+        chain.lastStart = chain.end;
         chain.end = static_cast<std::size_t>(parse.end - bytes.data());
         ++chain.packets;
         last = head;
@@ -164,38 +274,73 @@ PacketStream::Chain PacketStream::FollowChain(std::size_t offset, std::size_t wa
     return chain;
 }
 
+// Packets of the chain that another one of it follows need no further look. With timestamps the
+// last one begins as it should, without them it may be a chance.
+void PacketStream::Trust(const Chain& chain) {
+    const bool toItsEnd = PacketsCarryTimestamps() || chain.atEnd;
+    soundUntil_ = window_->Position() + (toItsEnd ? chain.end : chain.lastStart);
+}
+
 // Whether packets go on from `offset` although the first of them does not follow what was before.
 bool PacketStream::BeginsSoundChain(std::size_t offset) {
     const std::size_t wanted = PacketsCarryTimestamps() ? kSoundChain : kSoundChainUnstamped;
-    Chain chain = FollowChain(offset, wanted, true);
+    Chain chain = FollowChain(offset, {wanted}, Link::kFlagsAndStamps);
     if (chain.packets < wanted && !chain.atEnd) {
-        chain = FollowChain(offset, kSoundChainUnstamped, false);
+        const bool knowsFlags = packetCount_ >= kPacketsToKnowFlags;
+        const Link link = !isStrict_ ? Link::kType : knowsFlags ? Link::kFlags : Link::kCode;
+        chain = FollowChain(offset, {kSoundChainUnstamped}, link);
         if (chain.packets < kSoundChainUnstamped && !chain.atEnd) return false;
     }
-    soundUntil_ = window_->Position() + chain.end;
+    Trust(chain);
     return true;
 }
 
-// Whether packets go on at `offset` of the window, `skipped` bytes after the last certain one.
-bool PacketStream::IsPlaceToGoOn(std::size_t offset, std::uint64_t skipped) {
-    const std::optional<Head> head = HeadAt(offset);
-    if (!head || (packetCount_ != 0 && !knownFlags_.test(head->flags))) return false;
-    std::size_t wanted = kSoundChainUnstamped;
-    bool endsSoon = false;  // fewer packets are enough where the file ends
-    if (head->timestamp && lastStamp_) {
-        if (*head->timestamp - *lastStamp_ > UINT64_MAX / 2) return false;  // back in time
-        const auto steps = clock_.WholeSteps(*lastStamp_, *head->timestamp);
-        // Far ahead of what the bytes between can have held, it may be a sector out of its place.
-        const std::uint64_t shortest = std::max<std::uint64_t>(packetBytes_ / packetCount_ / 2, 1);
-        if (steps && *steps <= skipped / shortest + 2) {
-            wanted = kSoundChain;
-            endsSoon = true;
-        }
+// Whether enough packets follow from `offset` on to say that one without a timestamp ended there:
+// the bytes after one whose length is damaged look like one packet by chance, but not like two.
+bool PacketStream::BeginsUnstampedChain(std::size_t offset) {
+    const Head head = *HeadAt(offset);
+    if (packetCount_ != 0 && !knownFlags_.test(head.flags)) return BeginsSoundChain(offset);
+    const Chain chain = FollowChain(offset, {kSoundChainUnstamped}, Link::kFlags);
+    if (chain.packets < kFewestAfterUnstamped && !chain.atEnd) return BeginsSoundChain(offset);
+    Trust(chain);
+    return true;
+}
+
+// Whether a packet of this time can come after so many skipped bytes: whole steps after the last
+// certain one, and not more of them than the bytes can have held.
+bool PacketStream::IsNear(std::uint64_t timestamp, std::uint64_t skipped) const {
+    if (!lastStamp_) return false;
+    const auto steps = clock_.WholeSteps(*lastStamp_, timestamp);
+    const std::uint64_t shortest = std::max<std::uint64_t>(packetBytes_ / packetCount_ / 2, 1);
+    return steps && *steps <= skipped / shortest + 2;
+}
+
+// Whether packets go on at the window's beginning, `skipped` bytes after the last certain one.
+bool PacketStream::IsPlaceToGoOn(std::uint64_t skipped) {
+    const std::optional<Head> head = HeadAt(0);
+    if (!head || (packetCount_ != 0 && !knownCodes_.test(CodeOf(head->flags)))) return false;
+    if (head->timestamp && IsNear(*head->timestamp, skipped)) {
+        const Chain chain = FollowChain(0, {kNearChain}, Link::kCodeAndStamps);
+        if (chain.packets < kNearChain && !(chain.atEnd && chain.packets != 0)) return false;
+        Trust(chain);
+        return true;
     }
-    const Chain chain = FollowChain(offset, wanted, true);
-    const bool sound = chain.packets >= wanted || (endsSoon && chain.atEnd && chain.packets > 0);
-    if (sound) soundUntil_ = window_->Position() + chain.end;
-    return sound;
+    const ChainLength wanted{kSoundChainUnstamped, kSectorSize};
+    const Chain chain = FollowChain(0, wanted, IsRegular() ? Link::kCodeAndStamps : Link::kCode);
+    if (chain.packets < wanted.packets) return false;
+    if (chain.lastStart < wanted.bytes && !chain.atEnd) return false;
+    Trust(chain);
+    if (isStrict_) LeaveOutChanceHead(*head);
+    return true;
+}
+
+// Bytes inside a damaged packet may look like a head, and end with that packet by chance. Where no
+// timestamps link it to the next one, the first packet of a row is left out.
+void PacketStream::LeaveOutChanceHead(const Head& head) {
+    const std::size_t end = FollowChain(0, {}, Link::kType).end;
+    const std::optional<Head> next = HeadAt(end);
+    const bool isLinked = head.timestamp && next && Follows(head, *next, Link::kCodeAndStamps);
+    if (!isLinked) window_->Advance(end);
 }
 
 // Moves the window to the next place where packets follow each other plausibly; to the end of the
@@ -215,7 +360,7 @@ bool PacketStream::FindPlaceToGoOn() {
         window_->Advance(
             static_cast<std::size_t>(static_cast<const std::uint8_t*>(found) - bytes.data()));
         window_->Fill(kLookahead);
-        if (IsPlaceToGoOn(0, window_->Position() - start)) return true;
+        if (IsPlaceToGoOn(window_->Position() - start)) return true;
         window_->Advance(1);
     }
 }

@@ -29,6 +29,10 @@ struct StreamPart {
     // end of the file.
     PacketRefusal refusal = PacketRefusal::kNone;
     std::uint64_t noticedAt = 0;  // byte of the file
+    // Of damage: packets that are missing after the last one that was given. Known if there are
+    // timestamps before and after; else at least so many, going by the bytes.
+    std::uint64_t packetsLost = 0;
+    bool packetsLostIsKnown = false;
 };
 
 // Reads a recording's packets one by one as if the whole file were in memory, goes on after damage,
@@ -38,8 +42,9 @@ struct StreamPart {
 // this recording: type byte, channel code and blocks as before, timestamp whole steps later. Where
 // that does not hold, a longer look decides: several packets in a row are no accident. Damage
 // begins with the last packet that is not certain and ends where packets follow each other
-// plausibly, the first of them whole steps after the last certain one; without timestamps at least
-// eight have to follow each other.
+// plausibly: two, if the first of them is as many whole steps after the last certain one as the
+// bytes between can have held; else at least eight and more bytes than a disk's sector has, since a
+// shorter row may be a sector out of its place.
 //
 // ORDFileReader reads spans of 50,000 bytes instead, ends at damage, and may take other bytes for a
 // packet of width 0 that is cut by a span's end. Where a recording has neither both give the same.
@@ -55,11 +60,19 @@ class PacketStream {
     // GetErrorMessage() and, where the system gave one, in SystemError().
     [[nodiscard]] std::int32_t Open(const std::wstring& path);
 
+    // Leaves out what a conversion might put into a wrong place: a packet whose timestamp is out of
+    // step with all around it; without timestamps also one that only a single packet follows, and
+    // the first one after damage. Call it before the first packet.
+    void BeStrict() { isStrict_ = true; }
+
     const RecordingHeader& Header() const { return header_; }
     const std::wstring& HeaderText() const { return headerText_; }
     const std::wstring& GetErrorMessage() const { return errorMessage_; }
     bool PacketsCarryTimestamps() const { return stalwick::PacketsCarryTimestamps(options_); }
     std::uint64_t FileSize() const { return file_.Size(); }  // bytes; 0: not known
+
+    // Of the stream's beginning, once a part was read: see version_check.h.
+    bool ContradictsVersion() const { return contradictsVersion_; }
 
     // The next part of the stream, parts without a space between them. `packet` holds what a part
     // of kind kPacket decodes to; for others its content means nothing. After kEnd there is none.
@@ -79,19 +92,38 @@ class PacketStream {
         std::uint8_t flags = 0;
         std::optional<std::uint64_t> timestamp;  // nanoseconds
     };
+    // What packets in a row must have in common with those before.
+    enum class Link { kType, kCode, kCodeAndStamps, kFlags, kFlagsAndStamps };
     struct Chain {
         std::size_t packets = 0;
-        std::size_t end = 0;  // bytes from the window's first one
-        bool atEnd = false;   // it ends with the file, or with a packet that lacks its end
+        std::size_t lastStart = 0;  // of its last packet; bytes from the window's first one
+        std::size_t end = 0;        // the same
+        bool atEnd = false;         // it ends with the file, or with a packet that lacks its end
+    };
+    struct ChainLength {
+        std::size_t packets = 1;
+        std::size_t bytes = 0;  // from the first one's start to the last one's
     };
 
     std::optional<Head> HeadAt(std::size_t offset) const;
-    bool FollowsPlausibly(const Head& head, const Head& next) const;
+    bool Follows(const Head& head, const Head& next, Link link) const;
     bool IsCertain(const ORDDataPacket& packet, std::uint8_t flags, std::size_t end);
-    Chain FollowChain(std::size_t offset, std::size_t wanted, bool plausiblyOnly);
+    bool IsFollowedInStep(const Head& head, std::size_t end);
+    bool IsOutOfStep(std::optional<std::uint64_t> timestamp, std::size_t end);
+    bool IsOutOfStepWithNext(std::uint64_t timestamp, std::size_t end);
+    bool GoesOnInStep(std::uint64_t timestamp, std::uint64_t stepsToFirst, std::size_t offset);
+    Chain FollowChain(std::size_t offset, ChainLength wanted, Link link);
     bool BeginsSoundChain(std::size_t offset);
-    bool IsPlaceToGoOn(std::size_t offset, std::uint64_t skipped);
+    bool BeginsUnstampedChain(std::size_t offset);
+    void Trust(const Chain& chain);
+    // Whether most timestamps so far were whole steps after those before them.
+    bool IsRegular() const { return 2 * wholeSteps_ >= steps_; }
+    bool IsNear(std::uint64_t timestamp, std::uint64_t skipped) const;
+    bool IsPlaceToGoOn(std::uint64_t skipped);
+    void LeaveOutChanceHead(const Head& head);
     bool FindPlaceToGoOn();
+    void CheckVersion();
+    void CountLostPackets(StreamPart& part) const;
     StreamPart TakePacket(const ORDDataPacket& packet, std::uint8_t flags, std::size_t size);
     StreamPart SkipDamage(PacketRefusal refusal, std::uint64_t noticedAt);
     StreamPart TakeRest(PacketRefusal refusal);
@@ -105,10 +137,17 @@ class PacketStream {
     std::optional<StreamWindow> window_;
     StepClock clock_;
     std::bitset<256> knownFlags_;             // of the packets so far
+    std::bitset<4> knownCodes_;               // their channel count codes
     std::optional<std::uint64_t> lastStamp_;  // of the last packet
-    std::uint64_t packetBytes_ = 0;           // of all packets so far
+    std::uint64_t steps_ = 0;
+    std::uint64_t wholeSteps_ = 0;
+    std::uint64_t packetBytes_ = 0;  // of all packets so far
     std::uint64_t packetCount_ = 0;
-    std::uint64_t soundUntil_ = 0;  // packets that begin before this byte were looked at already
+    std::uint64_t soundUntil_ = 0;   // packets that begin before this byte were looked at already
+    std::size_t longestPacket_ = 0;  // bytes, of the packets so far
+    bool isStrict_ = false;
+    bool versionIsChecked_ = false;
+    bool contradictsVersion_ = false;
     ORDDataPacket scratch_;
 };
 

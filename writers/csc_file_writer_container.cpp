@@ -38,6 +38,11 @@ inline void PrefetchForWriting(const std::int16_t* address) {
     __builtin_prefetch(address, 1);
 }
 
+void ClearUnusedSamples(CRRec& record) {
+    std::fill(record.samples.begin() + record.numValidSamples, record.samples.end(),
+              std::int16_t{0});
+}
+
 // A packet's samples are copied by a few fixed moves.
 inline void CopySamples(std::span<const std::int16_t> samples, std::int16_t* target) {
     if (samples.size() == kPacketSamples) {
@@ -255,6 +260,7 @@ void CSCFileWriterContainer::StartRecord(OutputFileRecord& record) {
 
 std::int32_t CSCFileWriterContainer::CompleteRecord(OutputFileRecord& record,
                                                     bool hasBaseTimestamp) {
+    const std::uint32_t sampleCount = record.cscBuffer[record.bufferedCount].numValidSamples;
     ++record.bufferedCount;
     if (record.bufferedCount == record.cscBuffer.size()) {
         if (WriteRecords(record, record.bufferedCount) != 0) return -1;
@@ -264,7 +270,7 @@ std::int32_t CSCFileWriterContainer::CompleteRecord(OutputFileRecord& record,
     record.cscBuffer[record.bufferedCount].numValidSamples = 0;
     if (!hasBaseTimestamp) {
         record.accumulatedTimestamp +=
-            (kMicrosecondsPerSecond / record.samplingFrequency) * kSamplesPerRecord;
+            (kMicrosecondsPerSecond / record.samplingFrequency) * sampleCount;
         record.runningTimestamp = TruncateToCount(record.accumulatedTimestamp, timestampsSaturated);
     }
     return 0;
@@ -279,13 +285,25 @@ std::int32_t CSCFileWriterContainer::WriteRecords(OutputFileRecord& record, std:
     return fileIO.WriteDataToFile(record.handle, block, length) == 0 ? 0 : -1;
 }
 
+std::int32_t CSCFileWriterContainer::EndRecords(bool hasBaseTimestamps) {
+    std::int32_t result = 0;
+    for (OutputFileRecord& record : records) {
+        if (record.cscBuffer.empty()) continue;  // its block could not be written
+        CRRec& current = record.cscBuffer[record.bufferedCount];
+        if (current.numValidSamples == 0) continue;
+        ClearUnusedSamples(current);
+        if (CompleteRecord(record, hasBaseTimestamps) != 0) result = -1;
+    }
+    return result;
+}
+
 // Writes the complete records and the one in progress, whose unused samples are 0.
 std::int32_t CSCFileWriterContainer::WriteRest(OutputFileRecord& record) {
     if (record.cscBuffer.empty()) return -1;
     std::uint32_t count = record.bufferedCount;
     CRRec& last = record.cscBuffer[count];
     if (last.numValidSamples > 0) {
-        std::fill(last.samples.begin() + last.numValidSamples, last.samples.end(), std::int16_t{0});
+        ClearUnusedSamples(last);
         ++count;
     }
     return WriteRecords(record, count);
@@ -296,7 +314,7 @@ void CSCFileWriterContainer::LeaveUnfinished() {
         if (record.cscBuffer.empty()) continue;
         const std::uint64_t whole = record.writtenCount + record.bufferedCount;
         const std::uint64_t kept =
-            settings.keepPartialBlocks ? whole : whole - whole % kRecordsPerBlock;
+            KeepsPartialBlocks(settings) ? whole : whole - whole % kRecordsPerBlock;
         if (kept > record.writtenCount) {
             WriteRecords(record, kept - record.writtenCount);
         } else {

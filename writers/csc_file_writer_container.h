@@ -35,6 +35,11 @@ class CSCFileWriterContainer : public FileWriterContainer {
     std::int32_t WriteSamples(std::span<std::int16_t> samples, std::uint32_t samplesPerChannel,
                               ChannelGroup group, std::optional<std::uint64_t> baseTimestamp);
 
+    // Ends the record in progress of every file, however few samples it has: those that come next
+    // begin another one. `hasBaseTimestamps`: WriteSamples gets them. Returns -1 where a block
+    // could not be written.
+    std::int32_t EndRecords(bool hasBaseTimestamps);
+
     // Writes what is buffered, gives every file its final header, and closes them all.
     std::int32_t FinishCscFiles();
 

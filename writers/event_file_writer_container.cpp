@@ -60,7 +60,7 @@ std::int32_t EventFileWriterContainer::CommitEvent() {
 }
 
 void EventFileWriterContainer::LeaveUnfinished() {
-    if (settings.keepPartialBlocks && !records.empty()) WriteBufferedEvents();
+    if (KeepsPartialBlocks(settings) && !records.empty()) WriteBufferedEvents();
 }
 
 std::int32_t EventFileWriterContainer::WriteBufferedEvents() {

@@ -149,7 +149,7 @@ void RDFFileWriterContainer::SubmitWords(OutputFileRecord& record, std::uint64_t
 
 void RDFFileWriterContainer::LeaveUnfinished() {
     for (OutputFileRecord& record : records) {
-        const std::uint64_t kept = settings.keepPartialBlocks
+        const std::uint64_t kept = KeepsPartialBlocks(settings)
                                        ? record.writtenCount + record.bufferedCount
                                        : fullBlocksEnd_;
         if (kept > record.writtenCount) {

@@ -49,6 +49,11 @@ TEST(CommandLine, AllMeansEveryFurtherOutput) {
     EXPECT_EQ(Parsed({"--all", "--no-csc", "a"}).channelOptions, (ChannelOptions{0, 1, 1, 1}));
 }
 
+TEST(CommandLine, DamageIsSkippedOnlyIfSalvageIsAskedFor) {
+    EXPECT_EQ(Parsed({"a"}).outputSettings.onDamage, OnDamage::kStop);
+    EXPECT_EQ(Parsed({"--salvage", "a"}).outputSettings.onDamage, OnDamage::kSkip);
+}
+
 TEST(CommandLine, NoSyncTurnsTheWaitForTheDiskOff) {
     EXPECT_FALSE(Parsed({"--no-sync", "a"}).outputSettings.syncBeforeFinalHeader);
     EXPECT_TRUE(Parsed({"--all", "a"}).outputSettings.syncBeforeFinalHeader);

@@ -1,0 +1,147 @@
+// The stream over recordings with known damage: what it gives was recorded, stands in its place,
+// and is nearly all that is left.
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <random>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "ord/packet_stream.h"
+#include "platform/file_calls.h"
+#include "tests/support/damaged_recording.h"
+#include "tests/support/memory_file_calls.h"
+#include "tests/support/plain_packet.h"
+
+namespace stalwick::test {
+namespace {
+
+constexpr wchar_t kPath[] = L"rec.ord";
+constexpr double kHalfASampleNs = 333'333.0 / 10 / 2;
+
+struct Share {
+    std::uint64_t undamaged = 0;
+    std::uint64_t recovered = 0;
+    double Value() const { return static_cast<double>(recovered) / static_cast<double>(undamaged); }
+};
+
+// One damaged recording, read once.
+class DamagedStream {
+  public:
+    DamagedStream(const WholeRecording& whole, const DamagedRecording& damaged)
+        : whole_(whole), damaged_(damaged) {
+        disk_.files[kPath] = damaged.bytes;
+        before_ = SetFileCalls(&disk_);
+    }
+    ~DamagedStream() { SetFileCalls(before_); }
+
+    void Read(Share& share) {
+        CountUndamaged(share);
+        PacketStream stream;
+        stream.BeStrict();
+        ASSERT_EQ(stream.Open(kPath), 0);
+        ORDDataPacket packet;
+        std::uint64_t position = kOrdHeaderBytes;
+        for (;;) {
+            const StreamPart part = stream.Next(packet);
+            ASSERT_EQ(part.position, position);
+            position += part.size;
+            if (part.kind == StreamPart::Kind::kEnd) break;
+            if (part.kind != StreamPart::Kind::kPacket) continue;
+            ASSERT_NO_FATAL_FAILURE(Check(part, ToReference(packet), share));
+        }
+        EXPECT_EQ(position, damaged_.bytes.size());
+    }
+
+  private:
+    bool IsUndamaged(std::size_t position, std::size_t index) const {
+        const std::size_t size = whole_.positions[index + 1] - whole_.positions[index];
+        const auto first = damaged_.moved.begin() + static_cast<std::ptrdiff_t>(position);
+        return damaged_.IsIntact(position, size) &&
+               std::find(first, first + static_cast<std::ptrdiff_t>(size), 1) ==
+                   first + static_cast<std::ptrdiff_t>(size);
+    }
+
+    void CountUndamaged(Share& share) const {
+        for (std::size_t i = kOrdHeaderBytes; i < damaged_.source.size(); ++i) {
+            if (damaged_.source[i] == DamagedRecording::kNew) continue;
+            const std::int64_t index = whole_.PacketAt(damaged_.source[i]);
+            if (index >= 0 && IsUndamaged(i, static_cast<std::size_t>(index))) ++share.undamaged;
+        }
+    }
+
+    void Check(const StreamPart& part, const ReferencePacket& packet, Share& share) {
+        const auto start = static_cast<std::size_t>(part.position);
+        const std::int64_t index = whole_.PacketAt(damaged_.source[start]);
+        ASSERT_GE(index, 0) << "no packet began at byte " << start;
+        const std::size_t end = start + part.size;
+        // Nothing shows that a sector fits into another's place to the byte; timestamps do.
+        const bool fits = !whole_.timestamps && damaged_.moved[start] && lastEnd_ == start;
+        lastEnd_ = end;
+        if (fits) return;
+        ASSERT_GT(index, last_) << "out of its place, at byte " << start;
+        last_ = index;
+        if (end < damaged_.source.size() && damaged_.source[end] != DamagedRecording::kNew) {
+            ASSERT_GE(whole_.PacketAt(damaged_.source[end]), 0) << "its end is wrong: " << start;
+        }
+        const ReferencePacket& truth = whole_.packets[static_cast<std::size_t>(index)];
+        if (whole_.timestamps) {
+            const auto off =
+                static_cast<std::int64_t>(*packet.hardwareTimestamp - *truth.hardwareTimestamp);
+            ASSERT_LT(std::abs(static_cast<double>(off)), kHalfASampleNs) << "at byte " << start;
+        }
+        // Changed bytes in its middle cannot be seen: nothing in a packet speaks of the others.
+        const bool isIntact = damaged_.IsIntact(start, part.size);
+        ASSERT_TRUE(!isIntact || packet == truth) << start;
+        if (IsUndamaged(start, static_cast<std::size_t>(index))) ++share.recovered;
+    }
+
+    const WholeRecording& whole_;
+    const DamagedRecording& damaged_;
+    MemoryFileCalls disk_;
+    FileCalls* before_ = nullptr;
+    std::int64_t last_ = -1;   // packet that was given
+    std::size_t lastEnd_ = 0;  // of it
+};
+
+std::uint64_t Setting(const char* name, std::uint64_t otherwise) {
+    const char* const text = std::getenv(name);
+    return text != nullptr ? std::strtoull(text, nullptr, 10) : otherwise;
+}
+
+class PacketStreamDamage : public testing::TestWithParam<bool> {};
+
+TEST_P(PacketStreamDamage, WhatItGivesWasRecordedInThatPlaceAndIsNearlyAllThatIsLeft) {
+    const bool timestamps = GetParam();
+    const std::uint64_t recordings = Setting("STALWICK_DAMAGED_RECORDINGS", 300) / 2;
+    const std::uint64_t seed = Setting("STALWICK_DAMAGE_SEED", 1);
+    std::vector<WholeRecording> bases;
+    for (std::uint8_t code = 0; code < 3; ++code) {
+        bases.push_back(MakeWholeRecording(seed + code, {timestamps, code, {}, 4000}));
+        bases.push_back(MakeWholeRecording(seed + code, {timestamps, code, 7, 4000}));
+    }
+    Share share;
+    for (std::uint64_t i = 0; i < recordings; ++i) {
+        const WholeRecording& whole = bases[i % bases.size()];
+        std::mt19937_64 random(seed * 1'000'000 + i);
+        DamagedRecording damaged(whole);
+        for (std::uint64_t place = 1 + random() % 20; place > 0; --place) {
+            DamageOnePlace(damaged, random);
+        }
+        DamagedStream stream(whole, damaged);
+        ASSERT_NO_FATAL_FAILURE(stream.Read(share)) << "recording " << i;
+    }
+    std::cout << recordings << " recordings " << (timestamps ? "with" : "without")
+              << " timestamps: " << share.recovered << " of " << share.undamaged
+              << " undamaged packets recovered, " << share.Value() * 100 << " %\n";
+    EXPECT_GT(share.Value(), timestamps ? 0.999 : 0.99);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, PacketStreamDamage, testing::Bool(), [](const auto& test) {
+    return std::string(test.param ? "WithTimestamps" : "WithoutTimestamps");
+});
+
+}  // namespace
+}  // namespace stalwick::test

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <ostream>
-#include <regex>
 #include <set>
+#include <sstream>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -150,26 +150,37 @@ std::wstring FileFaultTest::StatusText(const std::vector<FileCallRecord>& failed
     }
 }
 
+// The output's name that a word of a detail has; empty if it has none.
+std::string NameIn(const std::string& word) {
+    const std::string base = word.substr(word.find_last_of("/\\") + 1);
+    for (const char* extension : {".vcs", ".vev", ".vrd"}) {
+        const auto at = base.find(extension);
+        if (at != std::string::npos) return base.substr(0, at + 4);
+    }
+    return {};
+}
+
 // The names of outputs that a detail has; "CSC1.vcs to CSC3.vcs" are three.
 std::set<std::string> NamesIn(const std::wstring& detail) {
     std::string text = ToUtf8(detail);
     // That begins the detail whatever the file's name is.
     const std::string prefix = "RawData.vrd is incomplete: ";
     if (text.starts_with(prefix)) text.erase(0, prefix.size());
-    static const std::regex pattern(
-        "(CSC(\\d+)[^/\\\\ ]*\\.vcs) to CSC(\\d+)[^ ]*\\.vcs|"
-        "\\w+\\.(vcs|vev|vrd)");
+    std::istringstream words(text);
     std::set<std::string> names;
-    for (std::sregex_iterator match(text.begin(), text.end(), pattern), end; match != end;
-         ++match) {
-        if (!(*match)[1].matched) {
-            names.insert(match->str());
-            continue;
+    std::string last;
+    bool isRange = false;
+    for (std::string word; words >> word;) {
+        const std::string name = NameIn(word);
+        if (!name.empty()) names.insert(name);
+        if (isRange && name.starts_with("CSC")) {
+            const int end = std::stoi(name.substr(3));
+            const int start = std::stoi(last.substr(3));
+            const std::string rest = last.substr(3 + std::to_string(start).size());
+            for (int n = start; n < end; ++n) names.insert("CSC" + std::to_string(n) + rest);
         }
-        const std::string rest = (*match)[1].str().substr(3 + (*match)[2].length());
-        for (int n = std::stoi((*match)[2]); n <= std::stoi((*match)[3]); ++n) {
-            names.insert("CSC" + std::to_string(n) + rest);
-        }
+        isRange = word == "to" && last.starts_with("CSC");
+        if (word != "to") last = name;
     }
     return names;
 }

@@ -86,7 +86,7 @@ TEST(Durability, NewDirectoriesAreOnTheDiskWithTheNamesInThem) {
     const TempDirectory directory;
     const std::wstring out = directory.Path(L"out");
     const std::wstring rec = out + kPathSeparator + L"rec";
-    const std::wstring parent = out.substr(0, out.size() - 3);
+    const std::wstring parent = out.substr(0, out.size() - 4);  // without the separator
     EXPECT_EQ(SyncedAfterTheOutputs(directory, OutputSettings()),
               (std::vector<std::wstring>{rec, out, parent}));
     // The second time only the new files' names are new.

@@ -20,7 +20,7 @@ TEST(EventFile, GivesEventsByPosition) {
     ASSERT_EQ(file.RecordCount(), 5U);
     std::vector<VtxDataTypes::EventRec> events(3);
     ASSERT_FALSE(file.ReadRecords(2, events));
-    EXPECT_EQ(events[0].timestamp, 3000U);
+    EXPECT_EQ(std::uint64_t{events[0].timestamp}, 3000U);
     EXPECT_EQ(events[0].eventId, 21);
     EXPECT_EQ(events[0].ttlValue, 3);
     EXPECT_EQ(events[2].ttlValue, 5);

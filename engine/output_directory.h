@@ -13,7 +13,7 @@ SystemErrorCode EnsureOutputDirectory(const std::wstring& directory, bool* made 
 // The directory of a recording's outputs: named after it, below the output directory.
 std::wstring OutputDirectoryOf(const std::wstring& recording, const std::wstring& outputDirectory);
 
-// "Error creating output directory(...) ..." for a directory that cannot be had.
+// "Error creating output directory(...) ..." for a directory that is unavailable.
 std::wstring OutputDirectoryErrorText(const std::wstring& directory);
 
 }  // namespace stalwick

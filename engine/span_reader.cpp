@@ -9,7 +9,7 @@ SpanReader::SpanReader(PacketSource& source, bool readsAhead) : source_(source) 
     try {
         thread_ = std::thread([this] { Work(); });
     } catch (const std::system_error&) {
-        // No thread to be had: Next() reads.
+        // No thread is available: Next() reads.
     }
 }
 

@@ -15,7 +15,7 @@ namespace stalwick {
 // decoded a few spans ahead, while the caller works on the one that it has.
 class SpanReader {
   public:
-    // Where no thread can be had, spans are read when they are asked for.
+    // If no thread is available, spans are read when they are asked for.
     SpanReader(PacketSource& source, bool readsAhead);
     // Waits for a span that is being read.
     ~SpanReader();

@@ -75,7 +75,7 @@ class RecordLayout:
         return heads
 
     def record_range(self, start: int, stop: int) -> tuple[int, int]:
-        """The records (first, behind the last) that hold samples start to stop, start < stop."""
+        """The records (first, after the last) that hold samples start to stop, start < stop."""
         if self.regular:
             return start // SAMPLES_PER_RECORD, (stop - 1) // SAMPLES_PER_RECORD + 1
         first = np.searchsorted(self.starts, start, side="right") - 1

@@ -51,7 +51,7 @@ test-tsan:
 test-tsan-engine:
 	scripts/install-deps.sh
 	cmake --preset tsan-engine
-	cmake --build --preset tsan-engine --target engine_tests writers_tests cli_tests stalwick-convert ord_synth
+	cmake --build --preset tsan-engine --target engine_tests writers_tests cli_tests stalwick-convert stalwick-inspect ord_synth
 	ctest --preset tsan-engine -j $(JOBS) -L '^(engine|writers|cli)$$'
 
 # Each fuzz target for FUZZ_SECONDS (docs/testing.md).

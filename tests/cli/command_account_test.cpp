@@ -166,7 +166,7 @@ TEST_F(CommandAccount, RecapCountsAllAndNamesWhatIsNotWhole) {
 TEST_F(CommandAccount, RecordingsThatWereNotBegunAreNamed) {
     const std::string empty = Put(L"empty.ord", "");
     const std::string whole = Put(L"whole.ord", Recording());
-    const CommandResult result = Run({empty, whole});
+    const CommandResult result = Run({"-j1", empty, whole});
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_NE(result.error.find("2 recordings: 0 converted, 0 with losses, 1 failed, 0 canceled, 1 "
                                 "not begun\n  failed: empty.ord\n  not begun: whole.ord\n"),

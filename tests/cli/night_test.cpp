@@ -120,7 +120,7 @@ const std::vector<std::string> kRecap = {
     "  canceled: stopped.ord"};
 
 TEST_P(Night, AccountNamesExactlyWhatIsNotWhole) {
-    const CommandResult result = ConvertUntilTheLast({"-k"});
+    const CommandResult result = ConvertUntilTheLast({"-k", "-j1"});
     EXPECT_EQ(result.exitStatus, 143);
     EXPECT_EQ(result.output.rfind("Processing failed", 0), 0U) << result.output;
     const auto lines = LinesOf(result.error);

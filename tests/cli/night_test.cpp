@@ -145,7 +145,7 @@ TEST_P(Night, AccountNamesExactlyWhatIsNotWhole) {
 }
 
 TEST_P(Night, QuietNamesTheSameAndNothingElse) {
-    const CommandResult result = ConvertUntilTheLast({"-qk", "-j2"});
+    const CommandResult result = ConvertUntilTheLast({"-qk", "-j1"});
     EXPECT_EQ(result.exitStatus, 143);
     const auto lines = LinesOf(result.error);
     EXPECT_EQ(RecapIn(lines), kRecap) << result.error;

@@ -110,7 +110,11 @@ std::vector<std::string> RecapIn(const std::vector<std::string>& lines) {
         return line.rfind("40 recordings: ", 0) == 0;
     });
     std::vector<std::string> recap(begin, lines.end());
-    for (std::string& line : recap) line = line.substr(0, line.find(" after "));
+    // How far a canceled one came depends on when the signal did.
+    for (std::string& line : recap) {
+        line =
+            line.substr(0, std::min(line.find(" after "), line.find(" before its first packet")));
+    }
     return recap;
 }
 

@@ -8,11 +8,13 @@ set -euo pipefail
 packages_of() {
     case "$1" in
         build) echo g++ cmake ninja-build make git \
-                    libboost-dev libcli11-dev libhwy-dev nlohmann-json3-dev libssl-dev qt6-base-dev libgl-dev ;;
+                    libboost-dev libcli11-dev libhwy-dev nlohmann-json3-dev libssl-dev python3-dev pybind11-dev \
+                    qt6-base-dev libgl-dev ;;
         test) echo libgtest-dev libgmock-dev librapidcheck-dev python3 python3-jsonschema xvfb xauth xdotool openbox \
                    x11-utils desktop-file-utils appstream shared-mime-info libsm-dev libice-dev \
                    python3-numpy python3-pytest python3-matplotlib python3-build \
-                   python3-setuptools python3-wheel python3-venv octave ;;
+                   python3-setuptools python3-wheel python3-venv octave \
+                   mandoc zsh fish ;;
         check) echo clang clang-format libclang-rt-14-dev mypy flake8 python3-numpy ;;
         fuzz) echo clang libclang-rt-14-dev ;;
         bench) echo libbenchmark-dev zstd flac python3 python3-numpy ;;

@@ -21,6 +21,8 @@ namespace stalwick {
 namespace {
 
 constexpr std::uint32_t kImuSamplesPerPacket = 1;
+// Packets whose A/D samples are sorted into their files together.
+constexpr std::size_t kPacketsAtOnce = 8;
 // Files that a process has open beside recordings and outputs: the streams, a window's own.
 constexpr std::uint64_t kReservedDescriptors = 64;
 
@@ -219,15 +221,25 @@ void FileConversion::LeaveOutputsUnfinished() {
 
 std::int32_t FileConversion::ConvertSpan(DecodedSpan& span) {
     auto stretch = span.skipped.begin();
-    for (std::size_t i = 0; i < span.packets.size(); ++i) {
+    std::int32_t result = 0;
+    for (std::size_t i = 0; i < span.packets.size() && result == 0; ++i) {
         if (stretch != span.skipped.end() && stretch->packetsBefore == i) Skip((stretch++)->part);
-        if (ConvertPacket(span.packets[i]) != 0) return -1;
+        result = ConvertPacket(span.packets[i]);
+        if (adBlocks_.size() == kPacketsAtOnce) WriteADBlocks();
     }
-    if (stretch != span.skipped.end()) Skip(stretch->part);
-    return 0;
+    WriteADBlocks();
+    if (result == 0 && stretch != span.skipped.end()) Skip(stretch->part);
+    return result;
+}
+
+// A failure shows when the files are finished.
+void FileConversion::WriteADBlocks() {
+    channelFiles_.WriteSamples(adBlocks_, kSamplesPerPacket, ChannelGroup::kAD);
+    adBlocks_.clear();
 }
 
 void FileConversion::Skip(const StreamPart& stretch) {
+    WriteADBlocks();
     // A failure shows when the files are finished.
     channelFiles_.EndRecords(PacketsCarryTimestamps(PacketDecodeOptions(source_->Header())));
     skipped_.Add(stretch, clock_.Seconds(recordPeriod_ / kMicrosecondsPerSecond));
@@ -242,9 +254,7 @@ std::int32_t FileConversion::ConvertPacket(ORDDataPacket& packet) {
                                          packet.hardwareTimestamp);
         }
         if (IsOn(ChannelGroup::kAD)) {
-            // A failure shows when the files are finished.
-            channelFiles_.WriteSamples(AsSigned(*packet.adSamples), kSamplesPerPacket,
-                                       ChannelGroup::kAD, packet.hardwareTimestamp);
+            adBlocks_.push_back({AsSigned(*packet.adSamples), packet.hardwareTimestamp});
         }
     }
     WriteSensorValues(packet);
@@ -265,21 +275,16 @@ std::int32_t FileConversion::ConvertPacket(ORDDataPacket& packet) {
 }
 
 void FileConversion::WriteSensorValues(const ORDDataPacket& packet) {
-    if (IsOn(ChannelGroup::kBaseIMU) && packet.baseIMU) {
-        CopyAsSigned(*packet.baseIMU, baseImuValues_);
-        channelFiles_.WriteSamples(baseImuValues_, kImuSamplesPerPacket, ChannelGroup::kBaseIMU,
-                                   packet.hardwareTimestamp);
-    }
-    if (IsOn(ChannelGroup::kAfeIMU) && packet.afeIMU) {
-        CopyAsSigned(*packet.afeIMU, afeImuValues_);
-        channelFiles_.WriteSamples(afeImuValues_, kImuSamplesPerPacket, ChannelGroup::kAfeIMU,
-                                   packet.hardwareTimestamp);
-    }
-    if (IsOn(ChannelGroup::kUltrasonic) && packet.ultrasonic) {
-        CopyAsSigned(*packet.ultrasonic, ultrasonicValues_);
-        channelFiles_.WriteSamples(ultrasonicValues_, kUltrasonicValues, ChannelGroup::kUltrasonic,
-                                   packet.hardwareTimestamp);
-    }
+    const auto write = [&](const auto& values, auto& signedValues, ChannelGroup group,
+                           std::uint32_t samplesPerChannel) {
+        if (!IsOn(group) || !values) return;
+        CopyAsSigned(*values, signedValues);
+        const SampleBlock block{signedValues, packet.hardwareTimestamp};
+        channelFiles_.WriteSamples({&block, 1}, samplesPerChannel, group);
+    };
+    write(packet.baseIMU, baseImuValues_, ChannelGroup::kBaseIMU, kImuSamplesPerPacket);
+    write(packet.afeIMU, afeImuValues_, ChannelGroup::kAfeIMU, kImuSamplesPerPacket);
+    write(packet.ultrasonic, ultrasonicValues_, ChannelGroup::kUltrasonic, kUltrasonicValues);
 }
 
 std::int32_t FileConversion::Finish() {

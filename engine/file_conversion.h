@@ -84,6 +84,7 @@ class FileConversion {
     std::int32_t ConvertSpan(DecodedSpan& span);
     void Skip(const StreamPart& stretch);
     std::int32_t ConvertPacket(ORDDataPacket& packet);
+    void WriteADBlocks();
     void WriteSensorValues(const ORDDataPacket& packet);
     std::int32_t Finish();
     void LeaveOutputsUnfinished();
@@ -105,6 +106,7 @@ class FileConversion {
     bool packetsDone_ = false;  // all were converted, or the conversion was canceled
     bool inputFailed_ = false;  // the recording ended the conversion
 
+    std::vector<SampleBlock> adBlocks_;  // of packets of the span, not yet written
     std::array<std::int16_t, kImuValues> baseImuValues_{};
     std::array<std::int16_t, kImuValues> afeImuValues_{};
     std::array<std::int16_t, kUltrasonicValues> ultrasonicValues_{};

@@ -38,18 +38,28 @@ inline void PrefetchForWriting(const std::int16_t* address) {
     __builtin_prefetch(address, 1);
 }
 
-void ClearUnusedSamples(CRRec& record) {
-    std::fill(record.samples.begin() + record.numValidSamples, record.samples.end(),
-              std::int16_t{0});
+// What an earlier use of the block left behind the record's samples becomes 0.
+void ClearUnusedSamples(const OutputFileRecord& record) {
+    std::fill_n(record.nextSample, kSamplesPerRecord - record.filledSamples, std::int16_t{0});
+}
+
+void ScaleSamples(std::span<std::int16_t> samples, ChannelGroup group) {
+    if (group == ChannelGroup::kAD) {
+        ScaleADSamples(samples);
+    } else if (group != ChannelGroup::kUltrasonic) {
+        ScaleImuValues(samples);
+    }
 }
 
 // A packet's samples are copied by a few fixed moves.
-inline void CopySamples(std::span<const std::int16_t> samples, std::int16_t* target) {
+inline void CopySamples(std::span<const std::int16_t> samples, OutputFileRecord& record) {
     if (samples.size() == kPacketSamples) {
-        std::memcpy(target, samples.data(), kPacketSamples * sizeof *target);
+        std::memcpy(record.nextSample, samples.data(), kPacketSamples * sizeof samples[0]);
     } else {
-        std::copy(samples.begin(), samples.end(), target);
+        std::copy(samples.begin(), samples.end(), record.nextSample);
     }
+    record.nextSample += samples.size();
+    record.filledSamples += static_cast<std::uint32_t>(samples.size());
 }
 
 }  // namespace
@@ -84,7 +94,6 @@ std::int32_t CSCFileWriterContainer::OpenChannelFile(const std::wstring& directo
     record.recordSize = sizeof(CRRec);
     // Files that are filled side by side would else all be full in the same packet.
     StartBlock(record, recordsPerWrite_ - channelIndex % recordsPerWrite_);
-    record.cscBuffer.front().numValidSamples = 0;
     InitOutputFileRecord(*this, record, opened);
     records.push_back(std::move(record));
     return 0;
@@ -175,44 +184,45 @@ std::span<OutputFileRecord> CSCFileWriterContainer::FilesOf(ChannelGroup group) 
     return {};
 }
 
-std::int32_t CSCFileWriterContainer::WriteSamples(std::span<std::int16_t> samples,
+// File by file: what a file's record says then stays in the nearest cache for all blocks.
+std::int32_t CSCFileWriterContainer::WriteSamples(std::span<const SampleBlock> sampleBlocks,
                                                   std::uint32_t samplesPerChannel,
-                                                  ChannelGroup group,
-                                                  std::optional<std::uint64_t> baseTimestamp) {
+                                                  ChannelGroup group) {
     if (channelOptions[static_cast<std::size_t>(group)] == 0) return -1;
-    if (group == ChannelGroup::kAD) {
-        ScaleADSamples(samples);
-    } else if (group != ChannelGroup::kUltrasonic) {
-        ScaleImuValues(samples);
-    }
+    for (const SampleBlock& block : sampleBlocks) ScaleSamples(block.samples, group);
+    std::int32_t result = 0;
+    std::size_t position = 0;
     for (OutputFileRecord& record : FilesOf(group)) {
-        if (samples.size() < samplesPerChannel) break;
-        if (AppendSamples(record, samples.first(samplesPerChannel), baseTimestamp) != 0) return -1;
-        samples = samples.subspan(samplesPerChannel);
+        for (std::size_t i = 0; i < sampleBlocks.size(); ++i) {
+            const SampleBlock& block = sampleBlocks[i];
+            if (block.samples.size() < position + samplesPerChannel) continue;
+            if (AppendSamples(record, block.samples.subspan(position, samplesPerChannel),
+                              block.baseTimestamp) != 0) {
+                result = -1;
+                sampleBlocks = sampleBlocks.first(i);
+            }
+        }
+        position += samplesPerChannel;
     }
-    return 0;
+    return result;
 }
 
 inline std::int32_t CSCFileWriterContainer::AppendSamples(
     OutputFileRecord& record, std::span<const std::int16_t> samples,
     std::optional<std::uint64_t> baseTimestamp) {
     // A file whose block could not be written has none: it gets nothing more.
-    if (record.bufferedCount == record.cscBuffer.size()) return -1;
+    if (record.cscBuffer.empty()) return -1;
     if (baseTimestamp && *baseTimestamp != record.lastBaseTimestamp) {
         record.phase = 0;
         record.lastBaseTimestamp = *baseTimestamp;
     }
-    CRRec& current = record.cscBuffer[record.bufferedCount];
-    const std::uint32_t filled = current.numValidSamples;
-    if (filled == 0) StartRecord(record);
-    if (filled + samples.size() >= kSamplesPerRecord) {
+    if (record.filledSamples == 0) StartRecord(record);
+    if (record.filledSamples + samples.size() >= kSamplesPerRecord) {
         return AppendAcrossRecords(record, samples, baseTimestamp.has_value());
     }
     AdvancePhase(record, static_cast<std::uint32_t>(samples.size()));
-    std::int16_t* const target = current.samples.data() + filled;
-    CopySamples(samples, target);
-    PrefetchForWriting(target + kPrefetchDistance);
-    current.numValidSamples = filled + static_cast<std::uint32_t>(samples.size());
+    CopySamples(samples, record);
+    PrefetchForWriting(record.nextSample + kPrefetchDistance);
     return 0;
 }
 
@@ -220,25 +230,22 @@ inline std::int32_t CSCFileWriterContainer::AppendSamples(
 std::int32_t CSCFileWriterContainer::AppendAcrossRecords(OutputFileRecord& record,
                                                          std::span<const std::int16_t> samples,
                                                          bool hasBaseTimestamp) {
-    CRRec* current = &record.cscBuffer[record.bufferedCount];
-    const std::size_t count = kSamplesPerRecord - current->numValidSamples;
+    const std::size_t count = kSamplesPerRecord - record.filledSamples;
     AdvancePhase(record, static_cast<std::uint32_t>(count));
-    CopySamples(samples.first(count), current->samples.data() + current->numValidSamples);
-    current->numValidSamples = kSamplesPerRecord;
+    CopySamples(samples.first(count), record);
     if (CompleteRecord(record, hasBaseTimestamp) != 0) return -1;
     if (count == samples.size()) return 0;
 
     StartRecord(record);
-    current = &record.cscBuffer[record.bufferedCount];
     // The phase is not advanced for these samples. Kept (pinned by
     // CSCFileWriterContainer.PhaseLagsBehindTheSamplesThatStartARecord).
-    CopySamples(samples.subspan(count), current->samples.data());
-    current->numValidSamples = static_cast<std::uint32_t>(samples.size() - count);
+    CopySamples(samples.subspan(count), record);
     return 0;
 }
 
 void CSCFileWriterContainer::StartBlock(OutputFileRecord& record, std::size_t recordCount) {
     record.cscBuffer = {reinterpret_cast<CRRec*>(blocks.Acquire()), recordCount};
+    record.nextSample = record.cscBuffer.front().samples.data();
 }
 
 void CSCFileWriterContainer::StartRecord(OutputFileRecord& record) {
@@ -260,14 +267,15 @@ void CSCFileWriterContainer::StartRecord(OutputFileRecord& record) {
 
 std::int32_t CSCFileWriterContainer::CompleteRecord(OutputFileRecord& record,
                                                     bool hasBaseTimestamp) {
-    const std::uint32_t sampleCount = record.cscBuffer[record.bufferedCount].numValidSamples;
+    const std::uint32_t sampleCount = std::exchange(record.filledSamples, 0);
+    record.cscBuffer[record.bufferedCount].numValidSamples = sampleCount;
     ++record.bufferedCount;
     if (record.bufferedCount == record.cscBuffer.size()) {
         if (WriteRecords(record, record.bufferedCount) != 0) return -1;
         StartBlock(record, recordsPerWrite_);
+    } else {
+        record.nextSample = record.cscBuffer[record.bufferedCount].samples.data();
     }
-    // What an earlier use of the block left in the next record goes as it is filled.
-    record.cscBuffer[record.bufferedCount].numValidSamples = 0;
     if (!hasBaseTimestamp) {
         record.accumulatedTimestamp +=
             (kMicrosecondsPerSecond / record.samplingFrequency) * sampleCount;
@@ -289,9 +297,8 @@ std::int32_t CSCFileWriterContainer::EndRecords(bool hasBaseTimestamps) {
     std::int32_t result = 0;
     for (OutputFileRecord& record : records) {
         if (record.cscBuffer.empty()) continue;  // its block could not be written
-        CRRec& current = record.cscBuffer[record.bufferedCount];
-        if (current.numValidSamples == 0) continue;
-        ClearUnusedSamples(current);
+        if (record.filledSamples == 0) continue;
+        ClearUnusedSamples(record);
         if (CompleteRecord(record, hasBaseTimestamps) != 0) result = -1;
     }
     return result;
@@ -301,9 +308,9 @@ std::int32_t CSCFileWriterContainer::EndRecords(bool hasBaseTimestamps) {
 std::int32_t CSCFileWriterContainer::WriteRest(OutputFileRecord& record) {
     if (record.cscBuffer.empty()) return -1;
     std::uint32_t count = record.bufferedCount;
-    CRRec& last = record.cscBuffer[count];
-    if (last.numValidSamples > 0) {
-        ClearUnusedSamples(last);
+    if (record.filledSamples > 0) {
+        record.cscBuffer[count].numValidSamples = record.filledSamples;
+        ClearUnusedSamples(record);
         ++count;
     }
     return WriteRecords(record, count);

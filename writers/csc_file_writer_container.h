@@ -11,6 +11,13 @@
 
 namespace stalwick {
 
+// What a packet holds for the files of a group: samples[file * samplesPerChannel + i], and the
+// hardware time of the first ones in nanoseconds.
+struct SampleBlock {
+    std::span<std::int16_t> samples;
+    std::optional<std::uint64_t> baseTimestamp;
+};
+
 // Writes the continuously sampled channel files (.vcs), laid out as in docs/output-files.md:
 // one for each A/D channel, nine for each inertial unit, one for the ultrasonic channel.
 // Records are written in small blocks.
@@ -29,11 +36,11 @@ class CSCFileWriterContainer : public FileWriterContainer {
     // Gives every file its header, in order, until one fails.
     std::int32_t SetHeaders(bool fileClosed);
 
-    // Takes samples[file * samplesPerChannel + i] for the files of a group and scales them in
-    // place. `baseTimestamp` is the hardware time of the first sample in nanoseconds. Files
-    // beyond the end of `samples` get nothing.
-    std::int32_t WriteSamples(std::span<std::int16_t> samples, std::uint32_t samplesPerChannel,
-                              ChannelGroup group, std::optional<std::uint64_t> baseTimestamp);
+    // Takes packets' samples for the files of a group, in order, and scales them in place. Files
+    // beyond the end of a block get nothing of it. A file that fails ends the block, and every
+    // later one, for the files after it.
+    std::int32_t WriteSamples(std::span<const SampleBlock> sampleBlocks,
+                              std::uint32_t samplesPerChannel, ChannelGroup group);
 
     // Ends the record in progress of every file, however few samples it has: those that come next
     // begin another one. `hasBaseTimestamps`: WriteSamples gets them. Returns -1 where a block

@@ -90,6 +90,55 @@ TEST(CSCFileWriterBlocks, FileWhoseBlockCannotBeWrittenFailsAndTakesNothingMore)
     EXPECT_EQ(ReadFile(channels.directory.Path(L"CSC1.vcs")).size(), 16384U);
 }
 
+// Two channels' packets of ten samples; every third holds the first channel's alone.
+std::vector<std::vector<std::int16_t>> PacketsOfTwoChannels(std::size_t count) {
+    std::vector<std::vector<std::int16_t>> packets(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        packets[i].resize(i % 3 == 2 ? 10 : 20);
+        for (std::size_t k = 0; k < packets[i].size(); ++k) {
+            packets[i][k] = static_cast<std::int16_t>(i * 300 + k * 50);
+        }
+    }
+    return packets;
+}
+
+TEST(CSCFileWriterBlocks, PacketsWrittenTogetherGiveWhatTheyGiveOneByOne) {
+    for (const bool hasTimes : {true, false}) {
+        OpenChannels together, apart;
+        auto packets = PacketsOfTwoChannels(120);
+        auto samePackets = packets;
+        std::vector<SampleBlock> blocks;
+        for (std::size_t i = 0; i < packets.size(); ++i) {
+            const auto time = hasTimes ? std::optional<std::uint64_t>(i / 2 * 333'333 + 5)
+                                       : std::optional<std::uint64_t>();
+            blocks.push_back({packets[i], time});
+            EXPECT_EQ(WriteSamples(apart.container, samePackets[i], 10, ChannelGroup::kAD, time),
+                      0);
+        }
+        EXPECT_EQ(together.container.WriteSamples(blocks, 10, ChannelGroup::kAD), 0);
+        EXPECT_EQ(together.container.FinishCscFiles(), 0);
+        EXPECT_EQ(apart.container.FinishCscFiles(), 0);
+        for (const wchar_t* const name : {L"CSC1.vcs", L"CSC2.vcs"}) {
+            EXPECT_EQ(ReadFile(together.directory.Path(name)).substr(16384),
+                      ReadFile(apart.directory.Path(name)).substr(16384));
+        }
+        EXPECT_EQ(RecordsOf(together.directory.Path(L"CSC2.vcs")).size(), 2U);
+    }
+}
+
+TEST(CSCFileWriterBlocks, FileThatFailsEndsThePacketAndLaterOnesForTheFilesAfterIt) {
+    OpenChannels channels(kADOnly, 1);
+    std::vector<std::int16_t> first(16 * 500, 1000), second(16 * 500, 1000), third(second);
+    FaultyFileCalls calls;
+    calls.bytesUntilFull = 2 * sizeof(VtxDataTypes::CRRec);
+    const std::vector<SampleBlock> blocks = {{first, 1000}, {second, 2000}, {third, 3000}};
+    EXPECT_EQ(channels.container.WriteSamples(blocks, 500, ChannelGroup::kAD), -1);
+    // The first file's two records took the room; the second file's first one fails it.
+    EXPECT_EQ(channels.FilledSamples(0), 1500U - 2 * 512);
+    EXPECT_TRUE(channels.container.records[1].cscBuffer.empty());
+    for (std::size_t file = 2; file < 16; ++file) EXPECT_EQ(channels.FilledSamples(file), 500U);
+}
+
 TEST(CSCFileWriterBlocks, FilesThatAreFilledSideBySideAreWrittenInTurns) {
     OpenChannels channels(kADOnly, 4);
     channels.Write(512, 1000);
@@ -133,7 +182,7 @@ struct LongChannels {
         for (std::size_t i = 0; i < files; ++i) {
             reference[first + i].WriteSamples(&scaled[i * count], count, time);
         }
-        EXPECT_EQ(container.WriteSamples(samples, count, group, time), 0);
+        EXPECT_EQ(WriteSamples(container, samples, count, group, time), 0);
     }
 
     std::string DataOf(std::size_t file) const {

@@ -49,7 +49,7 @@ TEST(CSCFileWriterContainer, OpeningComparesOptionsWithOneAndWritingTakesAnyForY
     EXPECT_EQ(container.InitializeCscFiles(directory.Path(), {2, 0, 0, 0}), 0);
     EXPECT_TRUE(container.records.empty());
     std::vector<std::int16_t> samples(20, 1000);
-    EXPECT_EQ(container.WriteSamples(samples, 10, ChannelGroup::kAD, {}), 0);
+    EXPECT_EQ(WriteSamples(container, samples, 10, ChannelGroup::kAD, {}), 0);
     EXPECT_EQ(samples[0], 48);
 }
 
@@ -58,9 +58,9 @@ TEST(CSCFileWriterContainer, SamplesOfAGroupThatIsOnWithoutFilesGoNowhere) {
     CSCFileWriterContainer container(ChannelSettings());
     EXPECT_EQ(container.InitializeCscFiles(directory.Path(), {0, 2, 2, 2}), 0);
     std::vector<std::int16_t> samples(70, 512);
-    EXPECT_EQ(container.WriteSamples(samples, 1, ChannelGroup::kBaseIMU, {}), 0);
-    EXPECT_EQ(container.WriteSamples(samples, 1, ChannelGroup::kAfeIMU, {}), 0);
-    EXPECT_EQ(container.WriteSamples(samples, 70, ChannelGroup::kUltrasonic, {}), 0);
+    EXPECT_EQ(WriteSamples(container, samples, 1, ChannelGroup::kBaseIMU, {}), 0);
+    EXPECT_EQ(WriteSamples(container, samples, 1, ChannelGroup::kAfeIMU, {}), 0);
+    EXPECT_EQ(WriteSamples(container, samples, 70, ChannelGroup::kUltrasonic, {}), 0);
     EXPECT_EQ(container.FinishCscFiles(), 0);
 }
 
@@ -79,7 +79,7 @@ TEST(CSCFileWriterContainer, FailedOpenEndsTheOpening) {
 TEST(CSCFileWriterContainer, GroupThatIsOffIsRefusedAndItsSamplesStay) {
     OpenChannels channels;
     std::vector<std::int16_t> samples(9, 1000);
-    EXPECT_EQ(channels.container.WriteSamples(samples, 1, ChannelGroup::kBaseIMU, {}), -1);
+    EXPECT_EQ(WriteSamples(channels.container, samples, 1, ChannelGroup::kBaseIMU, {}), -1);
     EXPECT_EQ(samples, std::vector<std::int16_t>(9, 1000));
 }
 
@@ -104,7 +104,7 @@ TEST(CSCFileWriterContainer, FiftySecondCallCompletesARecordAndStartsTheNext) {
     for (std::size_t file = 0; file < 16; ++file) {
         EXPECT_EQ(channels.container.records[file].bufferedCount, 1U);
         EXPECT_EQ(channels.Record(file, 0).numValidSamples, 512U);
-        EXPECT_EQ(channels.Record(file, 1).numValidSamples, 8U);
+        EXPECT_EQ(channels.FilledSamples(file), 8U);
         EXPECT_EQ(channels.TimeOf(file, 0), 1000U + 1000U);
         // Two samples behind the packet's time: 51 x 333.333 + 2 x 33.33 µs, and the offset.
         EXPECT_EQ(channels.TimeOf(file, 1), 18066U + 1000U);
@@ -167,18 +167,18 @@ TEST(CSCFileWriterContainer, SamplesStandFileByFile) {
     OpenChannels channels(kEverything);
     std::vector<std::int16_t> samples(9);
     for (std::size_t i = 0; i < 9; ++i) samples[i] = static_cast<std::int16_t>(256 * i);
-    EXPECT_EQ(channels.container.WriteSamples(samples, 1, ChannelGroup::kAfeIMU, 1000), 0);
+    EXPECT_EQ(WriteSamples(channels.container, samples, 1, ChannelGroup::kAfeIMU, 1000), 0);
     for (std::size_t i = 0; i < 9; ++i) {
         EXPECT_EQ(channels.Record(25 + i, 0).samples[0], static_cast<std::int16_t>(i));
-        EXPECT_EQ(channels.Record(16 + i, 0).numValidSamples, 0U);
+        EXPECT_EQ(channels.FilledSamples(16 + i), 0U);
     }
 }
 
 TEST(CSCFileWriterContainer, ChannelsBeyondTheBlockGetNothingAndTheirStateStays) {
     OpenChannels channels;
     EXPECT_EQ(channels.Write(10, 7777, ChannelGroup::kAD, 12), 0);
-    EXPECT_EQ(channels.Record(11, 0).numValidSamples, 10U);
-    EXPECT_EQ(channels.Record(12, 0).numValidSamples, 0U);
+    EXPECT_EQ(channels.FilledSamples(11), 10U);
+    EXPECT_EQ(channels.FilledSamples(12), 0U);
     EXPECT_EQ(channels.container.records[12].lastBaseTimestamp, 0U);
     EXPECT_EQ(channels.container.records[12].phase, 0U);
 }

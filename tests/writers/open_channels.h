@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstring>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,14 @@ inline OutputSettings ChannelSettings(std::uint32_t recordsPerWrite = 0) {
     return settings;
 }
 
+// One packet's samples for the files of a group.
+inline std::int32_t WriteSamples(CSCFileWriterContainer& container, std::span<std::int16_t> samples,
+                                 std::uint32_t samplesPerChannel, ChannelGroup group,
+                                 std::optional<std::uint64_t> time) {
+    const SampleBlock block{samples, time};
+    return container.WriteSamples({&block, 1}, samplesPerChannel, group);
+}
+
 /** Open channel files: 16 A/D channels of 30 kHz, offset 1000 µs. */
 struct OpenChannels {
     explicit OpenChannels(const ChannelOptions& options = kADOnly,
@@ -38,7 +47,11 @@ struct OpenChannels {
                        ChannelGroup group = ChannelGroup::kAD, std::size_t channels = 16,
                        std::int16_t value = 1000) {
         std::vector<std::int16_t> samples(channels * samplesPerChannel, value);
-        return container.WriteSamples(samples, samplesPerChannel, group, time);
+        return WriteSamples(container, samples, samplesPerChannel, group, time);
+    }
+    // In the record in progress.
+    std::uint32_t FilledSamples(std::size_t file) const {
+        return container.records[file].filledSamples;
     }
     const VtxDataTypes::CRRec& Record(std::size_t file, std::size_t record) const {
         return container.records[file].cscBuffer[record];

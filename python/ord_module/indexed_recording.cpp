@@ -188,7 +188,7 @@ void IndexedRecording::Read(const RecordingIndex& index, const SampleRequest& re
     const std::size_t neededValues = (std::size_t{lastChannel} + 1) * kSamplesInPacket[group];
     std::vector<std::uint8_t> buffer(kDataBufferSize);
     std::vector<ORDDataPacket> packets;
-    std::vector<ORDDataPacket> spares;
+    SpanMemory memory;
     std::uint64_t sample = request.start;
     if (after == index.spans.begin()) Fail(path_, kStaleIndex);
     const auto first = after - 1;
@@ -198,7 +198,7 @@ void IndexedRecording::Read(const RecordingIndex& index, const SampleRequest& re
         const auto code = file_.ReadAt(span->position, buffer.data(), buffer.size(), size);
         if (code != 0) Fail(path_, SystemErrorText(code));
         ProcessDataBuffer(buffer.data(), size, packets, PacketDecodeOptions(header_),
-                          kSamplesPerPacket, spares);
+                          kSamplesPerPacket, memory);
         sample = span->first[group];
         for (ORDDataPacket& packet : packets) {
             const auto values = ValuesOf(packet, request.group);

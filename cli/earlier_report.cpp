@@ -31,8 +31,8 @@ std::string ContentsOf(const std::wstring& path) {
 }
 
 OutputAccount OutputOf(const Json& output) {
-    return {FromUtf8(output.at("name").get<std::string>()),
-            output.at("bytes").get<std::uint64_t>(), output.at("records").get<std::uint64_t>()};
+    return {FromUtf8(output.at("name").get<std::string>()), output.at("bytes").get<std::uint64_t>(),
+            output.at("records").get<std::uint64_t>()};
 }
 
 }  // namespace

@@ -21,10 +21,7 @@ struct RunReport {
     int exitStatus = 0;
 };
 
-// UTC to the microsecond, as ISO 8601 has it.
-[[nodiscard]] std::string FormatReportTime(std::chrono::system_clock::time_point time);
-
 // The document that docs/report.schema.json describes, with a line feed at its end.
-[[nodiscard]] std::string FormatRunReport(const RunReport& report);
+std::string FormatRunReport(const RunReport& report);
 
 }  // namespace stalwick

@@ -225,7 +225,6 @@ std::int32_t FileConversion::ConvertSpan(DecodedSpan& span) {
     for (std::size_t i = 0; i < span.packets.size() && result == 0; ++i) {
         if (stretch != span.skipped.end() && stretch->packetsBefore == i) Skip((stretch++)->part);
         result = ConvertPacket(span.packets[i]);
-        if (result == 0 && timeLine_) FollowTime(span.packets[i], span.positions[i]);
         if (adBlocks_.size() == kPacketsAtOnce) WriteADBlocks();
     }
     WriteADBlocks();
@@ -243,20 +242,7 @@ void FileConversion::Skip(const StreamPart& stretch) {
     WriteADBlocks();
     // A failure shows when the files are finished.
     channelFiles_.EndRecords(PacketsCarryTimestamps(PacketDecodeOptions(source_->Header())));
-    const double atSeconds = clock_.Seconds(recordPeriod_ / kMicrosecondsPerSecond);
-    skipped_.Add(stretch, atSeconds);
-    if (!timeLine_) return;
-    skippedBefore_ = account_.skipped.size();
-    account_.skipped.push_back({stretch.position, stretch.size, stretch.refusal, stretch.noticedAt,
-                                clock_.Packets() != 0 ? std::optional(atSeconds) : std::nullopt,
-                                std::nullopt});
-}
-
-void FileConversion::FollowTime(const ORDDataPacket& packet, std::uint64_t position) {
-    if (packet.hardwareTimestamp) {
-        timeLine_->Take(*packet.hardwareTimestamp, position, skippedBefore_);
-    }
-    skippedBefore_.reset();
+    skipped_.Add(stretch, clock_.Seconds(recordPeriod_ / kMicrosecondsPerSecond));
 }
 
 std::int32_t FileConversion::ConvertPacket(ORDDataPacket& packet) {
@@ -280,6 +266,9 @@ std::int32_t FileConversion::ConvertPacket(ORDDataPacket& packet) {
     // FileConversion.RunningTimeCountsPacketsWithoutSamples).
     packetTime_ += recordPeriod_;
     clock_.Count(packet.hardwareTimestamp);
+    if (timeLine_ && packet.hardwareTimestamp) {
+        timeLine_->Take(*packet.hardwareTimestamp, 0, std::nullopt);
+    }
     census_.Count(packet);
     processor_.recordsProcessed.fetch_add(1, std::memory_order_relaxed);
     return 0;

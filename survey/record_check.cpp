@@ -45,11 +45,10 @@ std::wstring IsNot(const wchar_t* what, std::uint64_t value, std::uint64_t wante
 
 class ChannelRecordCheck {
   public:
-    ChannelRecordCheck(const OutputInSet& output, const ChannelCheckContext& context)
+    ChannelRecordCheck(const OutputInSet& output, FindingLog& log)
         : channel_(output.name.channel),
           frequency_(output.header.Value(L"-SamplingFrequency")),
-          mayEndEarly_(context.mayEndEarly),
-          log_(context.log) {}
+          log_(log) {}
 
     void Check(const CRRec& record, const FindingPlace& place, bool isLast) {
         if (record.channelNumber != channel_) {
@@ -61,7 +60,7 @@ class ChannelRecordCheck {
             log_.Add(place, L"it says that it has " + std::to_wstring(valid) + L" samples");
             return;
         }
-        if (!isLast && !mayEndEarly_ && valid != kSamplesPerRecord) {
+        if (!isLast && valid != kSamplesPerRecord) {
             log_.Add(place, L"it has only " + std::to_wstring(valid) +
                                 L" samples, which no record but the last may have");
         }
@@ -90,7 +89,6 @@ class ChannelRecordCheck {
     std::uint32_t channel_;
     std::wstring frequency_;
     std::optional<std::uint32_t> sound_;
-    bool mayEndEarly_;
     FindingLog& log_;
 };
 
@@ -124,20 +122,18 @@ void CheckEvent(const EventRec& event, const FindingPlace& place, FindingLog& lo
 }  // namespace
 
 ChannelTotals CheckChannelRecords(const OutputInSet& output, const RecordFile& file,
-                                  const ChannelCheckContext& context) {
-    ChannelRecordCheck check(output, context);
+                                  TimeSteps& steps, FindingLog& log) {
+    ChannelRecordCheck check(output, log);
     ChannelTotals totals;
-    std::uint64_t samplesBefore = kSamplesPerRecord;
     const auto take = [&](const CRRec& record, const FindingPlace& place, bool isLast) {
         check.Check(record, place, isLast);
-        context.steps.CheckOrder(record.timestamp, place);
-        context.steps.CheckGap(record.timestamp, samplesBefore, place);
-        if (context.mayEndEarly) samplesBefore = record.numValidSamples;
+        steps.CheckOrder(record.timestamp, place);
+        steps.CheckGap(record.timestamp, kSamplesPerRecord, place);
         ++totals.records;
         totals.samples += record.numValidSamples;
         totals.timesDigest = AddToDigest(totals.timesDigest, record.timestamp);
     };
-    ReadRecords<CRRec>(file, context.log, take);
+    ReadRecords<CRRec>(file, log, take);
     return totals;
 }
 

@@ -56,10 +56,13 @@ class IndexedRecording {
     // Decodes the whole recording once.
     RecordingIndex BuildIndex() const;
 
-    // Decodes the spans that hold the requested samples; they must all be there.
+    // Decodes the spans that hold the requested samples, long requests on two threads; the samples
+    // must all be there.
     void Read(const RecordingIndex& index, const SampleRequest& request) const;
 
   private:
+    void ReadPart(const RecordingIndex& index, const SampleRequest& request) const;
+
     std::wstring path_;
     RecordingHeader header_;
     InputFile file_;

@@ -1,4 +1,4 @@
-// The Python module stalwick._ord: python/stalwick/ord_recording.py is its only user.
+// The Python module stalwick._ord, which python/stalwick/decoder.py imports.
 
 #include <cstring>
 #include <stdexcept>
@@ -7,8 +7,10 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include "outputs/vtx_data_types.h"
 #include "platform/text_encoding.h"
 #include "python/ord_module/indexed_recording.h"
+#include "python/ord_module/sample_order.h"
 
 namespace py = pybind11;
 
@@ -134,13 +136,74 @@ class Recording {
     RecordingIndex index_;
 };
 
+// rows[channel, sample] to out[sample, channel].
+void Interleave(const py::array_t<std::int16_t>& rows, py::array_t<std::int16_t> out) {
+    if (rows.ndim() != 2 || out.ndim() != 2 || rows.shape(0) != out.shape(1) ||
+        rows.shape(1) != out.shape(0) || (out.flags() & py::array::c_style) == 0 ||
+        (rows.shape(1) > 1 && rows.strides(1) != sizeof(std::int16_t))) {
+        throw std::invalid_argument("the arrays do not fit each other");
+    }
+    std::vector<const std::int16_t*> channels;
+    for (py::ssize_t i = 0; i < rows.shape(0) && rows.shape(1) > 0; ++i) {
+        channels.push_back(rows.data(i, 0));
+    }
+    if (channels.empty()) return;
+    const auto count = static_cast<std::size_t>(rows.shape(1));
+    std::int16_t* const to = out.mutable_data();
+    const py::gil_scoped_release others;
+    InterleaveChannels(channels, count, to);
+}
+
+using Bytes = py::array_t<std::uint8_t, py::array::c_style>;
+using Words = py::array_t<std::uint32_t, py::array::c_style>;
+
+// Samples of full records, from `skipped` in the first one on, to out[sample, channel]: files[i]
+// are the records of a channel, from the first on. Returns the position of a channel with a record
+// that has another head than heads[record, word], or -1.
+py::ssize_t InterleaveFiles(const std::vector<Bytes>& files, const Words& channelNumbers,
+                            std::size_t firstRecord, const Words& heads, std::size_t skipped,
+                            py::array_t<std::int16_t> out) {
+    constexpr py::ssize_t kRecordBytes = sizeof(VtxDataTypes::CRRec);
+    const auto channels = static_cast<py::ssize_t>(files.size());
+    if (out.ndim() != 2 || out.shape(1) != channels || (out.flags() & py::array::c_style) == 0 ||
+        channelNumbers.size() != channels || heads.ndim() != 2 || heads.shape(1) != 5 ||
+        skipped >= VtxDataTypes::kSamplesPerRecord) {
+        throw std::invalid_argument("the arrays do not fit each other");
+    }
+    const auto count = static_cast<std::size_t>(out.shape(0));
+    const auto records = static_cast<std::size_t>(heads.shape(0));
+    if (skipped + count > records * VtxDataTypes::kSamplesPerRecord) {
+        throw std::out_of_range("there are fewer samples");
+    }
+    std::vector<const std::uint8_t*> starts;
+    for (const Bytes& file : files) {
+        if (static_cast<std::size_t>(file.size() / kRecordBytes) < firstRecord + records) {
+            throw std::out_of_range("there are fewer records");
+        }
+        starts.push_back(file.data());
+    }
+    const MappedRecords mapped{
+        starts,
+        {channelNumbers.data(), static_cast<std::size_t>(channelNumbers.size())},
+        {heads.data(), static_cast<std::size_t>(heads.size())},
+        firstRecord};
+    std::int16_t* const to = out.mutable_data();
+    const py::gil_scoped_release others;
+    const auto wrong = InterleaveRecords(mapped, skipped, count, to);
+    return wrong ? static_cast<py::ssize_t>(*wrong) : -1;
+}
+
 }  // namespace
 
 }  // namespace stalwick
 
 PYBIND11_MODULE(_ord, module) {
     using stalwick::Recording;
-    module.doc() = "Decodes recordings; stalwick.open_ord uses it.";
+    module.doc() = "Decodes recordings and orders samples, for the package stalwick.";
+    // Without conversion: what is written to a copy would be lost.
+    module.def("interleave", &stalwick::Interleave, py::arg().noconvert(), py::arg().noconvert());
+    module.def("interleave_files", &stalwick::InterleaveFiles, py::arg(), py::arg(), py::arg(),
+               py::arg(), py::arg(), py::arg().noconvert());
     py::class_<Recording>(module, "Recording")
         .def(py::init<const std::string&>())
         .def("header", &Recording::Header)

@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import json
-import os
 import sys
 import time
 from collections import deque
@@ -11,27 +10,26 @@ from collections.abc import Iterator
 from concurrent.futures import Future, ThreadPoolExecutor
 from dataclasses import dataclass
 from pathlib import Path
-from typing import Any, BinaryIO, Literal
+from typing import TYPE_CHECKING, Any, BinaryIO, Literal
 
 import numpy as np
 from numpy.typing import NDArray
 
+from .continuous_file import sample_type
+from .decoder import compiled
 from .errors import StalwickError
 from .layout import SAMPLES_PER_RECORD
-from .record_layout import check_range
-from .trace_group import Channels, TraceGroup
+
+if TYPE_CHECKING:
+    from .trace_group import TraceGroup
 
 BinaryType = Literal["int16", "float32"]
 
-#: Bytes of samples that are turned round in one go, at most, and records a channel, at least:
-#: large enough that the work on each channel is mostly copying.
-_CHUNK_BYTES = 16 << 20
+#: Bytes of samples that are turned round in one go, at most, and records a channel, at least.
+#: Small ones stay in the cache; NumPy needs large ones, to be mostly copying.
+_CHUNK_BYTES = 16 << 20 if compiled is None else 4 << 20
 _CHUNK_RECORDS = 16
 _MAKERS = 3
-#: Samples that are turned round while they fit into a processor's nearest caches.
-_TILE = 512
-#: Samples of 16 bits that move together as one number of 128 bits.
-_PACK = 8
 
 
 @dataclass(frozen=True)
@@ -44,6 +42,11 @@ class BinaryExport:
     stop: int
     dtype: BinaryType
     path: Path
+
+    def __post_init__(self) -> None:
+        if self.dtype not in ("int16", "float32"):
+            raise ValueError(f'dtype is "int16" or "float32", not {self.dtype!r}')
+        sample_type("int16" if self.dtype == "int16" else "uV", self.group.name)
 
     @property
     def size(self) -> int:
@@ -64,7 +67,7 @@ class BinaryExport:
     def description(self) -> dict[str, Any]:
         """The sidecar: what whoever reads the binary file must know."""
         group = self.group
-        gain = float(group.get_channel_gains()[0]) if self.dtype == "int16" else 1.0
+        gain = group.microvolts_per_step if self.dtype == "int16" else 1.0
         has_samples = self.stop > self.start
         start_time = int(group.times(self.start, self.start + 1)[0]) if has_samples else None
         return {
@@ -91,48 +94,32 @@ class BinaryExport:
             ],
         }
 
-
-def to_binary(
-    group: TraceGroup,
-    path: str | os.PathLike[str],
-    *,
-    dtype: BinaryType = "int16",
-    channels: Channels = None,
-    start: int | None = None,
-    stop: int | None = None,
-    progress: bool | None = None,
-    overwrite: bool = False,
-) -> Path:
-    """Writes samples start to stop of channels to path, and path.json beside it; see Session."""
-    if dtype not in ("int16", "float32"):
-        raise ValueError(f'dtype is "int16" or "float32", not {dtype!r}')
-    names = group.names(channels)
-    first, last = check_range(start, stop, group.num_samples)
-    export = BinaryExport(group, names, first, last, dtype, Path(path))
-    targets = [export.path, export.sidecar]
-    _refuse_existing(targets, overwrite)
-    parts = [target.with_name(target.name + ".part") for target in targets]
-    made: list[Path] = []
-    try:
-        with open(parts[0], "xb", buffering=0) as file:
-            made.append(parts[0])
-            _write_samples(export, file, _Bar(export.size, progress))
-        with open(parts[1], "x", encoding="utf-8") as text:
-            made.append(parts[1])
-            json.dump(export.description(), text, indent=1)
-            text.write("\n")
+    def write(self, progress: bool | None, overwrite: bool) -> Path:
+        """Writes file and sidecar, or neither; see Traces.to_binary."""
+        targets = [self.path, self.sidecar]
         _refuse_existing(targets, overwrite)
-        for part, target in zip(parts, targets):
-            part.replace(target)
-    except FileExistsError as error:
-        # Not ours: another export may be at work on it.
-        _remove(made)
-        reason = "it exists; remove it if nothing writes it"
-        raise StalwickError(f"{error.filename}: {reason}") from None
-    except BaseException:
-        _remove(made)
-        raise
-    return export.path
+        parts = [target.with_name(target.name + ".part") for target in targets]
+        made: list[Path] = []
+        try:
+            with open(parts[0], "xb", buffering=0) as file:
+                made.append(parts[0])
+                _write_samples(self, file, _Bar(self.size, progress))
+            with open(parts[1], "x", encoding="utf-8") as text:
+                made.append(parts[1])
+                json.dump(self.description(), text, indent=1)
+                text.write("\n")
+            _refuse_existing(targets, overwrite)
+            for part, target in zip(parts, targets):
+                part.replace(target)
+        except FileExistsError as error:
+            # Not ours: another export may be at work on it.
+            _remove(made)
+            reason = "it exists; remove it if nothing writes it"
+            raise StalwickError(f"{error.filename}: {reason}") from None
+        except BaseException:
+            _remove(made)
+            raise
+        return self.path
 
 
 def _remove(paths: list[Path]) -> None:
@@ -173,37 +160,20 @@ class _ChunkMaker:
     """Makes chunks [sample, channel] in memory of its own, valid until the next one."""
 
     def __init__(self, export: BinaryExport) -> None:
-        shape = (len(export.channels), min(export.chunk_samples, export.stop - export.start))
+        shape = (min(export.chunk_samples, export.stop - export.start), len(export.channels))
         self._group = export.group
         self._names = export.channels
-        self._rows = np.empty(shape, dtype=export.dtype)
-        self._turned = np.empty(shape[::-1], dtype=export.dtype)
+        self._frames = np.empty(shape, dtype=np.int16)
+        self._scaled = np.empty(shape if export.dtype == "float32" else (0, 0), dtype=np.float32)
 
     def make(self, start: int, stop: int) -> NDArray[Any]:
-        rows = self._rows[:, : stop - start]
-        turned = self._turned[: stop - start]
-        self._group.read_rows(self._names, rows, start)
-        if rows.dtype == np.int16:
-            turn_round(rows, turned)
-        else:
-            turned[:] = rows.T
-        return turned
-
-
-def turn_round(rows: NDArray[np.int16], out: NDArray[np.int16]) -> None:
-    """Copies rows[channel, sample] to out[sample, channel], several times as fast as NumPy does:
-    eight samples of a channel move as one number, and then, within the cache, one by one."""
-    channels, samples = rows.shape
-    packed = np.empty((_TILE // _PACK, channels), dtype=np.complex128)
-    for start in range(0, samples, _TILE):
-        stop = min(start + _TILE, samples)
-        if stop - start < _TILE:
-            out[start:stop] = rows[:, start:stop].T
-            break
-        tile = rows[:, start:stop]
-        np.copyto(packed, tile.view(np.complex128).T)
-        groups = packed.view(np.int16).reshape(-1, channels, _PACK)
-        np.copyto(out[start:stop].reshape(-1, _PACK, channels), groups.transpose(0, 2, 1))
+        frames = self._frames[: stop - start]
+        self._group.read_frames(self._names, frames, start)
+        if not len(self._scaled):
+            return frames
+        scaled = self._scaled[: stop - start]
+        gain = np.float32(self._group.microvolts_per_step)
+        return np.multiply(frames, gain, out=scaled, dtype=np.float32)
 
 
 def _write(file: BinaryIO, chunk: NDArray[Any]) -> int:

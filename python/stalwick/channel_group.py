@@ -6,9 +6,10 @@ import warnings
 from functools import cached_property
 from typing import Any
 
+import numpy as np
 from numpy.typing import NDArray
 
-from .continuous_file import ContinuousFile
+from .continuous_file import ContinuousFile, interleave_files
 from .errors import DamagedFileError, InconsistentSetError, StalwickWarning
 from .layout import PACKET_CHANNELS
 from .record_layout import RecordLayout
@@ -18,9 +19,17 @@ from .trace_group import TraceGroup
 class ChannelGroup(TraceGroup):
     """Channel files with the same times, read as one array.
 
-    files        their files by name
-    short_files  A/D channels that packets describing fewer channels left shorter or empty; read
-                 them one at a time
+    Attributes
+    ----------
+    name : str
+        "AD", "Base", "AFE" or "Ultrasonic".
+    ids : list of str
+        Names of the channels that can be read together, in order.
+    files : dict of str to ContinuousFile
+        Their files by name.
+    short_files : dict of str to ContinuousFile
+        A/D channels that packets describing fewer channels left shorter or empty; read them one
+        at a time.
     """
 
     def __init__(self, name: str, files: list[ContinuousFile]) -> None:
@@ -31,7 +40,7 @@ class ChannelGroup(TraceGroup):
         files = _carried(files) if incomplete else self._split_short(files)
         self.short_files |= {file.name: file for file in given if file not in files}
         self.files = {file.name: file for file in files}
-        self.channel_ids = list(self.files)
+        self.ids = list(self.files)
         self._records = min(len(file.records) for file in files)
         self._check_alike(files)
 
@@ -47,10 +56,18 @@ class ChannelGroup(TraceGroup):
         return layout if len(layout.counts) == self._records else layout.first(self._records)
 
     def read_rows(self, names: list[str], rows: NDArray[Any], start: int) -> None:
+        """Copies samples from the files; see TraceGroup.read_rows."""
         for row, name in zip(rows, names):
             self.files[name].read_into(row, start, self.layout)
 
+    def read_frames(self, names: list[str], frames: NDArray[np.int16], start: int) -> None:
+        """Copies samples from the files; see TraceGroup.read_frames."""
+        files = [self.files[name] for name in names]
+        if not interleave_files(files, self.layout, frames, start):
+            super().read_frames(names, frames, start)
+
     def close(self) -> None:
+        """Gives the channels' files back."""
         for file in [*self.files.values(), *self.short_files.values()]:
             file.close()
 

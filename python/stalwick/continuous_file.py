@@ -10,6 +10,7 @@ from typing import Any, Final, Literal
 import numpy as np
 from numpy.typing import NDArray
 
+from .decoder import compiled
 from .errors import DamagedFileError
 from .header import number, text, whole
 from .layout import (
@@ -35,17 +36,32 @@ _COUNT_WORD: Final = 4
 _SCAN: Final = 1 << 16
 
 
-def sample_type(units: Units) -> np.dtype[Any]:
+def sample_type(units: Units, name: str) -> np.dtype[Any]:
+    """What samples of a channel or of a group of that name are read as."""
     if units not in ("int16", "uV"):
         raise ValueError(f'units are "int16" or "uV", not {units!r}')
+    if units == "uV" and not name.startswith(("AD", "CSC")):
+        raise ValueError(f"{name}: a sensor's values are no voltages; read them as int16")
     return np.dtype(np.int16 if units == "int16" else np.float32)
 
 
 class ContinuousFile(MappedFile):
     """One channel. ``open_vcs`` makes it.
 
-    name      of the channel: CSC1, Base_LAX, ...
-    records   the file's records as they stand, unchecked: a read-only view of the mapped bytes
+    Attributes
+    ----------
+    path : pathlib.Path
+        The file.
+    header : dict
+        Its header fields by their keys without the leading "-".
+    name : str
+        The channel: CSC1, Base_LAX, ...
+    index : int
+        Its place in its group, from 0.
+    rate : int
+        Samples a second.
+    records : numpy.ndarray
+        The file's records as they stand, unchecked: a read-only view of the mapped bytes.
     """
 
     def __init__(self, path: str | os.PathLike[str], allow_incomplete: bool = False) -> None:
@@ -68,10 +84,12 @@ class ContinuousFile(MappedFile):
 
     @property
     def num_samples(self) -> int:
+        """Samples in the file."""
         return self.layout.num_samples
 
     @property
     def gaps(self) -> list[Gap]:
+        """Where the records' times step."""
         return self.layout.gaps()
 
     @cached_property
@@ -90,21 +108,57 @@ class ContinuousFile(MappedFile):
     def traces(
         self, start: int | None = None, stop: int | None = None, units: Units = "int16"
     ) -> NDArray[Any]:
-        """Samples start to stop, a copy."""
+        """Reads samples.
+
+        Parameters
+        ----------
+        start, stop : int, optional
+            First sample, and the one after the last. Default: all samples.
+        units : {"int16", "uV"}
+            "int16" gives the file's values, "uV" float32 microvolts.
+
+        Returns
+        -------
+        numpy.ndarray
+            The samples, a copy.
+
+        Raises
+        ------
+        DamagedFileError
+            A record that was read is not what the format says.
+        """
         first, last = check_range(start, stop, self.num_samples)
-        out = np.empty(last - first, dtype=sample_type(units))
+        out = np.empty(last - first, dtype=sample_type(units, self.name))
         self.read_into(out, first, self.layout)
         return out
 
     def times(self, start: int | None = None, stop: int | None = None) -> NDArray[np.int64]:
-        """Microseconds of samples start to stop (docs/output-files.md says from which zero)."""
+        """Works out when samples were taken.
+
+        Parameters
+        ----------
+        start, stop : int, optional
+            First sample, and the one after the last. Default: all samples.
+
+        Returns
+        -------
+        numpy.ndarray of int64
+            Microseconds; docs/output-files.md says from which zero.
+        """
         return self.layout.sample_times(*check_range(start, stop, self.num_samples))
 
     def read_into(self, out: NDArray[Any], start: int, layout: RecordLayout) -> None:
-        """Fills out with samples from start on, in microvolts where out is of floats.
+        """Fills an array with samples; `traces` is easier to use.
 
-        layout may be that of another channel of the group: a record whose time or number of
-        samples is not the layout's raises DamagedFileError.
+        Parameters
+        ----------
+        out : numpy.ndarray of int16 or float32
+            What to fill; floats are filled with microvolts.
+        start : int
+            The first sample.
+        layout : RecordLayout
+            The file's own, or that of another channel of its group: a record whose time or
+            number of samples is not the layout's raises DamagedFileError.
         """
         self._data()
         if len(out) == 0:
@@ -123,7 +177,18 @@ class ContinuousFile(MappedFile):
             np.multiply(values, out.dtype.type(CHANNEL_MICROVOLTS), out=out)
 
     def head(self, record: int) -> tuple[int, int]:
-        """Time and number of samples of one record."""
+        """Looks at the head of a record.
+
+        Parameters
+        ----------
+        record : int
+            Its position in the file, from 0.
+
+        Returns
+        -------
+        tuple of int
+            Its time in microseconds, and how many samples it holds.
+        """
         words = self._words[record, :_HEAD_WORDS]
         return int(words[:2].copy().view("<i8")[0]), int(words[_COUNT_WORD])
 
@@ -208,10 +273,46 @@ def _copy(
         out[middle:] = samples[begun + full, : len(out) - middle]
 
 
+def interleave_files(
+    files: list[ContinuousFile], layout: RecordLayout, frames: NDArray[np.int16], start: int
+) -> bool:
+    """Fills frames[sample, channel] from mapped records; False where that needs read_into: without
+    the compiled module, for records that are not full, and to report what is wrong with one."""
+    if compiled is None or not files or not len(frames):
+        return False
+    first, last = layout.record_range(start, start + len(frames))
+    if not (layout.counts[first:last] == SAMPLES_PER_RECORD).all():
+        return False
+    if any(len(file.records) < last for file in files):
+        return False
+    records = [file._bytes_of_records() for file in files]
+    indices = np.array([file.index for file in files], dtype=np.uint32)
+    skipped = start - int(layout.starts[first])
+    heads = layout.heads(first, last)
+    wrong: int = compiled.interleave_files(records, indices, first, heads, skipped, frames)
+    return wrong < 0
+
+
 def open_vcs(path: str | os.PathLike[str], *, allow_incomplete: bool = False) -> ContinuousFile:
     """Opens a channel file.
 
-    A file whose conversion did not reach its end raises IncompleteFileError; with
-    allow_incomplete its whole records are read. Other damage raises DamagedFileError.
+    Parameters
+    ----------
+    path : path-like
+        The file.
+    allow_incomplete : bool
+        Whether a file is opened too whose conversion did not reach its end: its whole records.
+
+    Returns
+    -------
+    ContinuousFile
+        The file, mapped into memory.
+
+    Raises
+    ------
+    IncompleteFileError
+        The file's conversion did not reach its end.
+    DamagedFileError
+        The file is not what the format says.
     """
     return ContinuousFile(path, allow_incomplete)

@@ -12,9 +12,14 @@ class StalwickError(Exception):
 class DamagedFileError(StalwickError):
     """A file that is not what the format says.
 
-    path    the file
-    record  the record's position in the file, from 0; None in the header block
-    byte    the position in the file at which the wrong bytes begin
+    Attributes
+    ----------
+    path : pathlib.Path
+        The file.
+    record : int or None
+        The record's position in the file, from 0; None in the header block.
+    byte : int
+        The position in the file at which the wrong bytes begin.
     """
 
     def __init__(self, path: Path, reason: str, *, byte: int, record: int | None = None) -> None:
@@ -26,7 +31,13 @@ class DamagedFileError(StalwickError):
 
 
 class IncompleteFileError(StalwickError):
-    """A file whose conversion did not reach its end."""
+    """A file whose conversion did not reach its end.
+
+    Attributes
+    ----------
+    path : pathlib.Path
+        The file.
+    """
 
     def __init__(self, path: Path, reason: str) -> None:
         self.path = path

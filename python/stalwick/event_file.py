@@ -21,10 +21,15 @@ LINES = 8
 class Events:
     """The changes of the eight TTL lines, one element an event.
 
-    times     microseconds
-    ttl       the new value of all lines, line 0 is its lowest bit
-    previous  the value before; -1 for the first event where nothing says what it was: the
-              event file does not, the raw data file does
+    Attributes
+    ----------
+    times : numpy.ndarray of int64
+        Microseconds.
+    ttl : numpy.ndarray of uint8
+        The new value of all lines; line 0 is its lowest bit.
+    previous : numpy.ndarray of int16
+        The value before; -1 for the first event where nothing says what it was: the event file
+        does not, the raw data file does.
     """
 
     times: NDArray[np.int64]
@@ -50,17 +55,50 @@ class Events:
         return self._known(self.previous & ~self.ttl.astype(np.int16))
 
     def rising_times(self, line: int) -> NDArray[np.int64]:
-        """When a line, 0 to 7, went high, in microseconds."""
+        """Finds when a line went high.
+
+        Parameters
+        ----------
+        line : int
+            0 to 7.
+
+        Returns
+        -------
+        numpy.ndarray of int64
+            Microseconds.
+        """
         chosen: NDArray[np.int64] = self.times[self.rising & _bit(line) != 0]
         return chosen
 
     def falling_times(self, line: int) -> NDArray[np.int64]:
-        """When a line, 0 to 7, went low, in microseconds."""
+        """Finds when a line went low.
+
+        Parameters
+        ----------
+        line : int
+            0 to 7.
+
+        Returns
+        -------
+        numpy.ndarray of int64
+            Microseconds.
+        """
         chosen: NDArray[np.int64] = self.times[self.falling & _bit(line) != 0]
         return chosen
 
     def with_initial(self, ttl: int) -> Events:
-        """The same events of a recording that began with this value of the lines."""
+        """Says what the lines were before the first event.
+
+        Parameters
+        ----------
+        ttl : int
+            The value of all lines, 0 to 255.
+
+        Returns
+        -------
+        Events
+            The same events, the first of them with its line changes.
+        """
         if not 0 <= ttl < 1 << LINES:
             raise ValueError(f"a TTL value is 0 to 255, not {ttl}")
         previous = self.previous.copy()
@@ -80,7 +118,14 @@ def _bit(line: int) -> int:
 class EventFile(MappedFile):
     """An event file. ``open_vev`` makes it.
 
-    records   as they stand, unchecked: a read-only view of the mapped bytes
+    Attributes
+    ----------
+    path : pathlib.Path
+        The file.
+    header : dict
+        Its header fields by their keys without the leading "-".
+    records : numpy.ndarray
+        The file's records as they stand, unchecked: a read-only view of the mapped bytes.
     """
 
     def __init__(self, path: str | os.PathLike[str], allow_incomplete: bool = False) -> None:
@@ -128,7 +173,23 @@ class EventFile(MappedFile):
 def open_vev(path: str | os.PathLike[str], *, allow_incomplete: bool = False) -> EventFile:
     """Opens an event file.
 
-    Its header never says whether it was closed. A cut record at its end raises
-    IncompleteFileError; with allow_incomplete it is left out.
+    Parameters
+    ----------
+    path : path-like
+        The file. Its header never says whether it was closed.
+    allow_incomplete : bool
+        Whether a file is opened too that ends inside a record: without that one.
+
+    Returns
+    -------
+    EventFile
+        The file, mapped into memory.
+
+    Raises
+    ------
+    IncompleteFileError
+        The file ends inside a record.
+    DamagedFileError
+        The header is not what the format says. Records are checked when `events` is first used.
     """
     return EventFile(path, allow_incomplete)

@@ -5,24 +5,33 @@ from __future__ import annotations
 import mmap
 import os
 from pathlib import Path
-from types import TracebackType
-from typing import Any, Self
+from typing import Any
 
 import numpy as np
 from numpy.typing import NDArray
 
+from .closing import Closing
 from .errors import IncompleteFileError, StalwickError
 from .header import Header, parse_header
 from .layout import HEADER_SIZE
 
 
-class MappedFile:
+class MappedFile(Closing):
     """Base of the three kinds of files.
 
-    path        the file
-    header      its header fields by key: ``header["SamplingFrequency"]``
-    size        bytes in the file when it was opened
+    Attributes
+    ----------
+    path : pathlib.Path
+        The file.
+    header : dict
+        Its header fields by their keys without the leading "-": ``header["SamplingFrequency"]``.
+    size : int
+        Bytes in the file when it was opened.
+    allow_incomplete : bool
+        Whether a file is read too whose conversion did not reach its end.
 
+    Notes
+    -----
     The bytes are mapped, not read. A file must not be cut while it is open: the system ends a
     program that reads mapped bytes that are no longer there.
     """
@@ -55,17 +64,6 @@ class MappedFile:
     def close(self) -> None:
         """Gives the file back. Arrays that were taken from it as views keep it open."""
         self._bytes = None
-
-    def __enter__(self) -> Self:
-        return self
-
-    def __exit__(
-        self,
-        kind: type[BaseException] | None,
-        error: BaseException | None,
-        traceback: TracebackType | None,
-    ) -> None:
-        self.close()
 
     def __repr__(self) -> str:
         return f"{type(self).__name__}({str(self.path)!r})"

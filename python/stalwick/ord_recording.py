@@ -5,27 +5,20 @@ from __future__ import annotations
 import os
 import warnings
 import zipfile
-from importlib import import_module
 from pathlib import Path
-from types import ModuleType, TracebackType
-from typing import Any, Final, Self
+from typing import Any, Final
 
 import numpy as np
 from numpy.typing import NDArray
 
-from .ad_traces import ADTraces
+from .decoder import compiled
 from .errors import StalwickError, StalwickWarning
 from .event_file import Events
 from .header import Header
 from .layout import AXES, CHANNEL_MICROVOLTS, SAMPLES_PER_RECORD
 from .record_layout import RecordLayout
+from .sample_source import SampleSource
 from .trace_group import TraceGroup
-
-_ord: ModuleType | None
-try:
-    _ord = import_module("stalwick._ord")
-except ModuleNotFoundError:  # a package that was made without the decoder
-    _ord = None
 
 #: The groups in the decoder's order, with their rates; the A/D channels' is the recording's.
 _GROUPS: Final = {"AD": 0, "Base": 3000, "AFE": 3000, "Ultrasonic": 210000}
@@ -33,13 +26,21 @@ _INDEX_VERSION: Final = 1
 
 
 class OrdGroup(TraceGroup):
-    """A group of a recording's channels, with the values that the channel files have."""
+    """A group of a recording's channels, with the values that the channel files have.
+
+    Attributes
+    ----------
+    name : str
+        "AD", "Base", "AFE" or "Ultrasonic".
+    ids : list of str
+        Names of the channels, in order.
+    """
 
     def __init__(
         self, decoder: Any, name: str, channel_ids: list[str], layout: RecordLayout
     ) -> None:
         self.name = name
-        self.channel_ids = channel_ids
+        self.ids = channel_ids
         self._decoder = decoder
         self._layout = layout
 
@@ -49,9 +50,10 @@ class OrdGroup(TraceGroup):
         return self._layout
 
     def read_rows(self, names: list[str], rows: NDArray[Any], start: int) -> None:
+        """Decodes samples into an array; see TraceGroup.read_rows."""
         values = rows if rows.dtype == np.int16 else np.empty(rows.shape, dtype=np.int16)
         group = list(_GROUPS).index(self.name)
-        channels = [self.channel_ids.index(name) for name in names]
+        channels = [self.ids.index(name) for name in names]
         try:
             self._decoder.read(group, channels, start, values)
         except RuntimeError as error:
@@ -60,14 +62,19 @@ class OrdGroup(TraceGroup):
             np.multiply(values, rows.dtype.type(CHANNEL_MICROVOLTS), out=rows)
 
 
-class OrdRecording(ADTraces):
+class OrdRecording(SampleSource[OrdGroup]):
     """A recording. ``open_ord`` makes it.
 
-    path             the file
-    header           the recording's header fields
-    groups           the channels by group: "AD", "Base", "AFE", "Ultrasonic"
-    ends_in_damage   whether the stream goes on after the last packet that was read with bytes
-                     that are none
+    Attributes
+    ----------
+    path : pathlib.Path
+        The file.
+    header : dict
+        The recording's header fields by their keys without the leading "-".
+    groups : dict of str to OrdGroup
+        The channels by group: "AD", "Base", "AFE", "Ultrasonic".
+    ends_in_damage : bool
+        Whether bytes that are no packet follow the last packet that was read.
     """
 
     def __init__(self, path: Path, decoder: Any, index: dict[str, Any]) -> None:
@@ -82,19 +89,9 @@ class OrdRecording(ADTraces):
         }
 
     @property
-    def ad(self) -> TraceGroup:
-        """The A/D channels; raises StalwickError where there are none."""
-        return self._group("AD")
-
-    @property
-    def imu(self) -> dict[str, TraceGroup]:
-        """The inertial units that are there, "Base" and "AFE": LAX to MZ, 3000 samples a second."""
-        return {name: self.groups[name] for name in ("Base", "AFE") if name in self.groups}
-
-    @property
-    def ultrasonic(self) -> TraceGroup:
-        """The ultrasonic channel; raises StalwickError where there is none."""
-        return self._group("Ultrasonic")
+    def place(self) -> Path:
+        """The file."""
+        return self.path
 
     @property
     def events(self) -> Events:
@@ -110,24 +107,8 @@ class OrdRecording(ADTraces):
         """Gives the file back."""
         self.groups = {}
 
-    def __enter__(self) -> Self:
-        return self
-
-    def __exit__(
-        self,
-        kind: type[BaseException] | None,
-        error: BaseException | None,
-        traceback: TracebackType | None,
-    ) -> None:
-        self.close()
-
     def __repr__(self) -> str:
         return f"OrdRecording({str(self.path)!r})"
-
-    def _group(self, name: str) -> TraceGroup:
-        if name not in self.groups:
-            raise StalwickError(f"{self.path}: there are no {name} channels")
-        return self.groups[name]
 
     def _make_group(self, decoder: Any, number: int, name: str) -> OrdGroup | None:
         names = self._channel_names(name)
@@ -163,22 +144,38 @@ class OrdRecording(ADTraces):
 def open_ord(
     path: str | os.PathLike[str], *, keep_index: bool = False, allow_incomplete: bool = False
 ) -> OrdRecording:
-    """Opens a recording.
+    """Opens a recording without converting it.
 
-    The whole recording is decoded once, to know where every sample is. With keep_index that is
-    written to path.index.npz, and taken from there as long as the recording has the same size and
-    modification time.
+    The whole recording is decoded once, to know where every sample is.
 
-    allow_incomplete  also a recording that is damaged: what is before the damage
+    Parameters
+    ----------
+    path : path-like
+        The recording, a .ord file.
+    keep_index : bool
+        Whether to keep where the samples are in `path` with ".index.npz" at its end, and to take
+        it from there as long as the recording has the same size and modification time.
+    allow_incomplete : bool
+        Whether a damaged recording is opened too: what is before the damage.
+
+    Returns
+    -------
+    OrdRecording
+        The recording; samples are decoded when they are asked for.
+
+    Raises
+    ------
+    StalwickError
+        The recording is damaged or cannot be read, or this package was made without the decoder.
     """
-    if _ord is None:
+    if compiled is None:
         raise StalwickError(
             "this package has no decoder: build it by cmake with -DSTALWICK_BUILD_PYTHON=ON, "
             "or convert the recording and use open_session"
         )
     path = Path(path)
     try:
-        decoder = _ord.Recording(os.fspath(path))
+        decoder = compiled.Recording(os.fspath(path))
         index = _load_index(path) if keep_index else None
         if index is None:
             index = decoder.build_index()

@@ -44,6 +44,17 @@ class _Run:
 class RawFile(MappedFile):
     """A raw data file. ``open_vrd`` makes it.
 
+    Attributes
+    ----------
+    path : pathlib.Path
+        The file.
+    header : dict
+        Its header fields by their keys without the leading "-".
+    header_channels : int
+        Channels that the recording's header announces.
+
+    Notes
+    -----
     Records carry their own number of values where the packets describe another number of
     channels than the header does. Every record is checked, its checksum too, when it is read.
     """
@@ -81,8 +92,27 @@ class RawFile(MappedFile):
         stop: int | None = None,
         units: str = "int32",
     ) -> NDArray[Any]:
-        """Samples start to stop as [sample, channel]: int32 values or, with "uV", float32
-        microvolts. channels are indices from 0; default: all that every record has."""
+        """Reads samples.
+
+        Parameters
+        ----------
+        channels : list of int, optional
+            Positions from 0. Default: all channels that every record has.
+        start, stop : int, optional
+            First sample, and the one after the last. Default: all samples.
+        units : {"int32", "uV"}
+            "int32" gives the file's values, "uV" float32 microvolts.
+
+        Returns
+        -------
+        numpy.ndarray
+            The samples as [sample, channel], a copy.
+
+        Raises
+        ------
+        DamagedFileError
+            A record that was read is not what the format says, or its checksum is wrong.
+        """
         if units not in ("int32", "uV"):
             raise ValueError(f'units are "int32" or "uV", not {units!r}')
         first, last = check_range(start, stop, self.num_samples)
@@ -98,7 +128,18 @@ class RawFile(MappedFile):
         return out
 
     def times(self, start: int | None = None, stop: int | None = None) -> NDArray[np.int64]:
-        """Microseconds of samples start to stop, one time a record as it stands in the file."""
+        """Reads when samples were taken, as it stands in the file.
+
+        Parameters
+        ----------
+        start, stop : int, optional
+            First sample, and the one after the last. Default: all samples.
+
+        Returns
+        -------
+        numpy.ndarray of int64
+            Microseconds.
+        """
         first, last = check_range(start, stop, self.num_samples)
         out = np.empty(last - first, dtype=np.int64)
         for position, records in self._read(first, last):
@@ -107,7 +148,18 @@ class RawFile(MappedFile):
         return out
 
     def ttl(self, start: int | None = None, stop: int | None = None) -> NDArray[np.uint8]:
-        """The TTL value at samples start to stop."""
+        """Reads the values of the TTL lines.
+
+        Parameters
+        ----------
+        start, stop : int, optional
+            First sample, and the one after the last. Default: all samples.
+
+        Returns
+        -------
+        numpy.ndarray of uint8
+            The value of all lines at each sample; line 0 is its lowest bit.
+        """
         first, last = check_range(start, stop, self.num_samples)
         out = np.empty(last - first, dtype=np.uint8)
         for position, records in self._read(first, last):
@@ -215,7 +267,23 @@ class RawFile(MappedFile):
 def open_vrd(path: str | os.PathLike[str], *, allow_incomplete: bool = False) -> RawFile:
     """Opens a raw data file.
 
-    A file whose conversion did not reach its end raises IncompleteFileError; with
-    allow_incomplete its whole records are read. Other damage raises DamagedFileError.
+    Parameters
+    ----------
+    path : path-like
+        The file.
+    allow_incomplete : bool
+        Whether a file is opened too whose conversion did not reach its end: its whole records.
+
+    Returns
+    -------
+    RawFile
+        The file, mapped into memory.
+
+    Raises
+    ------
+    IncompleteFileError
+        The file's conversion did not reach its end.
+    DamagedFileError
+        The file is not what the format says.
     """
     return RawFile(path, allow_incomplete)

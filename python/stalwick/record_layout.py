@@ -18,11 +18,18 @@ _GAP_PERIODS = 9.5
 class Gap:
     """A step of time between two records that is not the length of the first.
 
-    record           the record after which the time steps
-    start_frame      first sample of that record: the gap is after it
-    end_frame        first sample of the next record: the gap is before it
-    time             of the record before the step, in microseconds
-    missing_samples  how many sample periods the step is too long; negative when time goes back
+    Attributes
+    ----------
+    record : int
+        The record after which the time steps, from 0.
+    start_frame : int
+        First sample of that record: the gap is after it.
+    end_frame : int
+        First sample of the next record: the gap is before it.
+    time : int
+        Of the record before the step, in microseconds.
+    missing_samples : int
+        How many sample periods the step is too long; negative when time goes back.
     """
 
     record: int
@@ -35,10 +42,16 @@ class Gap:
 class RecordLayout:
     """The records' times and sample counts of one channel, which its whole group shares.
 
-    counts[record]   samples in it, 1 to 512
-    starts[record]   number of its first sample; starts[-1] is the number of all samples
-    times[record]    microseconds, as a signed number: the format's sums are modulo 2^64
-    rate             samples a second, a whole number
+    Attributes
+    ----------
+    counts : numpy.ndarray of int64
+        Samples in each record, 1 to 512.
+    starts : numpy.ndarray of int64
+        Number of each record's first sample; at its end the number of all samples.
+    times : numpy.ndarray of int64
+        Microseconds of each record, signed: the format's sums are modulo 2^64.
+    rate : int
+        Samples a second.
     """
 
     def __init__(self, counts: NDArray[np.int64], times: NDArray[np.int64], rate: int) -> None:

@@ -6,10 +6,7 @@ import os
 import re
 from collections.abc import Iterable
 from pathlib import Path
-from types import TracebackType
-from typing import Self
 
-from .ad_traces import ADTraces
 from .channel_group import ChannelGroup
 from .continuous_file import ContinuousFile
 from .errors import InconsistentSetError, StalwickError
@@ -17,17 +14,31 @@ from .event_file import EventFile, Events
 from .header import Header
 from .mapped_file import MappedFile
 from .raw_file import RawFile
+from .sample_source import SampleSource
 
 _FILE_NAME = re.compile(r"(?P<entity>.+?)(?P<suffix>_\d{2,})?(?P<kind>\.vcs|\.vev|\.vrd)")
 
 
-class Session(ADTraces):
+class Session(SampleSource[ChannelGroup]):
     """A set of outputs. ``open_session`` makes it.
 
-    files       every file by its entity: CSC1, Base_LAX, Ultrasonic, Events, RawData
-    groups      the channels by group: "AD", "Base", "AFE", "Ultrasonic"
-    raw         the raw data file, or None
-    other_runs  suffixes of further outputs in the directory ("_01", ...), each a session of its own
+    Attributes
+    ----------
+    directory : pathlib.Path
+        Where the files are.
+    files : dict of str to MappedFile
+        Every file by its entity: CSC1, Base_LAX, Ultrasonic, Events, RawData.
+    groups : dict of str to ChannelGroup
+        The channels by group: "AD", "Base", "AFE", "Ultrasonic".
+    raw : RawFile or None
+        The raw data file.
+    other_runs : list of str
+        Suffixes of further outputs in the directory ("_01", ...), each a session of its own.
+
+    Examples
+    --------
+    >>> session = open_session("recording")
+    >>> volts = session.traces(["CSC1", "CSC2"], 0, 30000, units="uV")
     """
 
     def __init__(
@@ -44,6 +55,11 @@ class Session(ADTraces):
         self._check_raw_length()
 
     @property
+    def place(self) -> Path:
+        """The directory."""
+        return self.directory
+
+    @property
     def headers(self) -> dict[str, Header]:
         """The header fields of every file, by its entity."""
         return {entity: file.header for entity, file in self.files.items()}
@@ -52,7 +68,7 @@ class Session(ADTraces):
     def events(self) -> Events:
         """The changes of the TTL input; raises StalwickError where there is no event file.
 
-        The value before the first event comes from the raw data file, where there is one.
+        The lines' value before the first event comes from the raw data file, where there is one.
         """
         if not isinstance(self._event_file, EventFile):
             raise StalwickError(f"{self.directory}: there is no event file")
@@ -64,44 +80,13 @@ class Session(ADTraces):
         is_before = self.raw.times(0, 1)[0] < events.times[0] and initial != events.ttl[0]
         return events.with_initial(initial) if is_before else events
 
-    @property
-    def imu(self) -> dict[str, ChannelGroup]:
-        """The inertial units that are there, "Base" and "AFE": LAX to MZ, 3000 samples a second."""
-        return {name: self.groups[name] for name in ("Base", "AFE") if name in self.groups}
-
-    @property
-    def ultrasonic(self) -> ChannelGroup:
-        """The ultrasonic channel; raises StalwickError where there is none."""
-        return self._group("Ultrasonic")
-
-    @property
-    def ad(self) -> ChannelGroup:
-        """The A/D channels; raises StalwickError where there are none."""
-        return self._group("AD")
-
     def close(self) -> None:
         """Gives every file back."""
         for file in self.files.values():
             file.close()
 
-    def __enter__(self) -> Self:
-        return self
-
-    def __exit__(
-        self,
-        kind: type[BaseException] | None,
-        error: BaseException | None,
-        traceback: TracebackType | None,
-    ) -> None:
-        self.close()
-
     def __repr__(self) -> str:
         return f"Session({str(self.directory)!r}, {len(self.files)} files)"
-
-    def _group(self, name: str) -> ChannelGroup:
-        if name not in self.groups:
-            raise StalwickError(f"{self.directory}: there are no {name} channels")
-        return self.groups[name]
 
     def _check_raw_length(self) -> None:
         """One raw record for each A/D sample, unless a conversion stopped between them."""
@@ -121,14 +106,29 @@ def open_session(
     suffix: str = "",
     allow_incomplete: bool = False,
 ) -> Session:
-    """Opens the outputs of one recording: a directory, or a list of files.
+    """Opens the outputs of one recording.
 
-    suffix            "_01", "_02", ...: outputs of a further conversion into the same directory
-    allow_incomplete  also files whose conversion did not reach its end: their whole records, and
-                      of the channels those that all have
+    Parameters
+    ----------
+    source : path-like or iterable of path-like
+        The directory of the outputs, or a list of files.
+    suffix : str
+        "_01", "_02", ...: outputs of a further conversion into the same directory.
+    allow_incomplete : bool
+        Whether files are opened too whose conversion did not reach its end: their whole records,
+        and of the channels those that all have.
 
-    Files that are damaged, of different recordings or not each other's equals raise a
-    StalwickError.
+    Returns
+    -------
+    Session
+        The files, mapped into memory.
+
+    Raises
+    ------
+    IncompleteFileError
+        A file's conversion did not reach its end.
+    StalwickError
+        Files are damaged, of different recordings or not each other's equals, or there are none.
     """
     if isinstance(source, (str, os.PathLike)):
         directory = Path(source)
@@ -185,10 +185,7 @@ def _check_one_session(files: dict[str, MappedFile]) -> None:
     for file in files.values():
         for key in ("SessionUUID", "AcquisitionSystem", "ApplicationName"):
             if file.header[key] != first.header[key]:
-                raise InconsistentSetError(
-                    f"{file.path}: its -{key} is not that of {first.path}; "
-                    "they were not made from one recording"
-                )
+                raise _other_recording(file, key, first)
 
 
 def _group(files: dict[str, MappedFile]) -> dict[str, ChannelGroup]:
@@ -199,7 +196,13 @@ def _group(files: dict[str, MappedFile]) -> dict[str, ChannelGroup]:
             members.setdefault(name, []).append(file)
     order = [name for name in ("AD", "Base", "AFE", "Ultrasonic") if name in members]
     groups = {name: ChannelGroup(name, members[name]) for name in order}
-    values = {file.header["ADMaxValue"] for group in members.values() for file in group}
-    if len(values) > 1:
-        raise InconsistentSetError("the files' -ADMaxValue differ; not made from one recording")
+    channels = [file for group in members.values() for file in group]
+    for file in channels:
+        if file.header["ADMaxValue"] != channels[0].header["ADMaxValue"]:
+            raise _other_recording(file, "ADMaxValue", channels[0])
     return groups
+
+
+def _other_recording(file: MappedFile, key: str, first: MappedFile) -> InconsistentSetError:
+    reason = f"its -{key} is not that of {first.path}; they were not made from one recording"
+    return InconsistentSetError(f"{file.path}: {reason}")

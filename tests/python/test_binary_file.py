@@ -9,7 +9,7 @@ import pytest
 
 import stalwick
 from output_files import channel_file, write
-from stalwick.binary_file import turn_round
+from stalwick.frames import turn_round, turn_round_in_numpy
 
 RATE = 30000
 COUNT = 3000
@@ -85,12 +85,29 @@ def test_chunks_of_every_size_give_the_same_file(
     assert np.array_equal(found, session.traces(start=17))
 
 
-@pytest.mark.parametrize("channels, samples", [(1, 1), (3, 512), (5, 1000), (64, 1536), (2, 1031)])
-def test_turning_round_is_a_transposition(channels: int, samples: int) -> None:
+@pytest.mark.parametrize("turn", [turn_round, turn_round_in_numpy])
+@pytest.mark.parametrize(
+    "channels, samples", [(1, 1), (3, 512), (5, 1000), (8, 32), (9, 33), (64, 1536), (20, 1031)]
+)
+def test_turning_round_is_a_transposition(turn, channels: int, samples: int) -> None:
     rows = np.arange(channels * samples, dtype=np.int32).astype(np.int16).reshape(channels, -1)
     out = np.empty((samples, channels), dtype=np.int16)
-    turn_round(rows, out)
+    turn(rows, out)
     assert np.array_equal(out, rows.T)
+
+
+@pytest.mark.parametrize("start, stop", [(0, 2560), (0, 3000), (5, 900), (600, 601), (1024, 1536)])
+def test_samples_are_turned_round_alike_with_and_without_the_compiled_module(
+    session, monkeypatch: pytest.MonkeyPatch, start: int, stop: int
+) -> None:
+    names = ["CSC5", "CSC1", "CSC2"]
+    frames = np.empty((2, stop - start, 3), dtype=np.int16)
+    session.ad.read_frames(names, frames[0], start)
+    monkeypatch.setattr("stalwick.continuous_file.compiled", None)
+    monkeypatch.setattr("stalwick.frames.compiled", None)
+    session.ad.read_frames(names, frames[1], start)
+    assert np.array_equal(frames[0], session.traces(names, start, stop))
+    assert np.array_equal(frames[1], frames[0])
 
 
 def test_nothing_that_exists_is_replaced_unasked(session, tmp_path: Path) -> None:
@@ -132,7 +149,23 @@ def test_the_bar_ends_at_a_hundred_per_cent(session, tmp_path: Path, capsys) -> 
     assert capsys.readouterr().err == ""
 
 
+def sensor(directory: Path) -> Path:
+    target = directory / "sensor"
+    target.mkdir()
+    write(target / "Base_LAX.vcs", channel_file("Base_LAX", 3000, [(0, [1, 2, 3])]))
+    return target
+
+
+def test_any_group_has_a_flat_file(tmp_path: Path) -> None:
+    base = stalwick.open_session(sensor(tmp_path)).imu["Base"]
+    path = base.to_binary(tmp_path / "x")
+    assert np.fromfile(path, dtype="<i2").tolist() == [1, 2, 3]
+    assert sidecar(path)["gain_to_uv"] == 1.0
+
+
 def test_an_unknown_type_is_refused(session, tmp_path: Path) -> None:
     with pytest.raises(ValueError, match="int32"):
         session.to_binary(tmp_path / "x", dtype="int32")
+    with pytest.raises(ValueError, match="no voltages"):
+        stalwick.open_session(sensor(tmp_path)).groups["Base"].to_binary(tmp_path / "x", "float32")
     assert not (tmp_path / "x").exists()

@@ -85,6 +85,8 @@ def test_inertial_values_are_read_like_channels(directory: Path) -> None:
     assert base.traces(["Base_MZ"], 98, 100).tolist() == expected([8], 98, 100)
     assert base.times(1, 3).tolist() == [5_000_333, 5_000_666]
     assert base.get_channel_gains().tolist() == [1.0] * 9
+    with pytest.raises(ValueError, match="no voltages"):
+        base.traces(units="uV")
 
 
 @pytest.mark.parametrize("channels", [["CSC13"], ["csc1"], [12], [-1]])
@@ -175,6 +177,14 @@ def test_a_file_of_another_recording_is_found(directory: Path) -> None:
     data = path.read_bytes()
     write(path, data.replace(b"-SessionUUID 0f", b"-SessionUUID 1f"))
     with pytest.raises(stalwick.InconsistentSetError, match="not made from one recording"):
+        stalwick.open_session(directory)
+
+
+def test_a_file_with_another_range_of_values_is_named(directory: Path) -> None:
+    path = directory / "Base_MX.vcs"
+    data = path.read_bytes()
+    write(path, data.replace(b"-ADMaxValue 32767", b"-ADMaxValue 32766"))
+    with pytest.raises(stalwick.InconsistentSetError, match="Base_MX.vcs: its -ADMaxValue"):
         stalwick.open_session(directory)
 
 

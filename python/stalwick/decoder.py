@@ -1,0 +1,12 @@
+"""The compiled module, where the package was made with it."""
+
+from __future__ import annotations
+
+from importlib import import_module
+from types import ModuleType
+
+compiled: ModuleType | None
+try:
+    compiled = import_module("stalwick._ord")
+except ModuleNotFoundError:
+    compiled = None

@@ -10,8 +10,8 @@ function file = readVcs(path, varargin)
 %   file.microvoltsPerStep  double(file.samples) * this are microvolts
 %   file.samplingFrequency  samples a second
 %   file.numSamples         in the whole file
-%   file.gaps               struct array: after which sample (afterSample, the last of the record
-%                           before the gap is endSample), missingSamples
+%   file.gaps               struct array, one a step of the records' times: it is after sample
+%                           startSample and before sample endSample, and missingSamples long
 %   file.name, file.header  the channel's name; the header's fields
 %
 %   A file that is not what the format says is an error that names file, record and byte; records

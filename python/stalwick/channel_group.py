@@ -56,12 +56,10 @@ class ChannelGroup(TraceGroup):
         return layout if len(layout.counts) == self._records else layout.first(self._records)
 
     def read_rows(self, names: list[str], rows: NDArray[Any], start: int) -> None:
-        """Copies samples from the files; see TraceGroup.read_rows."""
         for row, name in zip(rows, names):
             self.files[name].read_into(row, start, self.layout)
 
     def read_frames(self, names: list[str], frames: NDArray[np.int16], start: int) -> None:
-        """Copies samples from the files; see TraceGroup.read_frames."""
         files = [self.files[name] for name in names]
         if not interleave_files(files, self.layout, frames, start):
             super().read_frames(names, frames, start)

@@ -50,7 +50,6 @@ class OrdGroup(TraceGroup):
         return self._layout
 
     def read_rows(self, names: list[str], rows: NDArray[Any], start: int) -> None:
-        """Decodes samples into an array; see TraceGroup.read_rows."""
         values = rows if rows.dtype == np.int16 else np.empty(rows.shape, dtype=np.int16)
         group = list(_GROUPS).index(self.name)
         channels = [self.ids.index(name) for name in names]

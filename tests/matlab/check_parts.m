@@ -9,6 +9,7 @@ assert(isa(part.samples, 'int16') && isa(part.times, 'int64'));
 assert(part.numSamples == 1100 && whole.samplingFrequency == 30000);
 assert(strcmp(whole.header.AcqEntName, 'CSC2') && whole.microvoltsPerStep == 4);
 assert(isempty(whole.gaps) && strcmp(whole.name, 'CSC2'));
+assert(isequal(fieldnames(whole.gaps)', {'startSample', 'endSample', 'missingSamples'}));
 empty = stalwick.readVcs(path, 'Range', [1 0]);
 assert(isempty(empty.samples) && isempty(empty.times));
 

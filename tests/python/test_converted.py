@@ -11,22 +11,16 @@ import pytest
 
 import stalwick
 from output_files import read_channel, read_events, read_raw
-
-RECORDINGS = {
-    "version 2.0": ("--channels", "64", "--seconds", "1", "--all"),
-    "version 1.0": ("--channels", "32", "--seconds", "1", "--all", "--file-version", "1.0"),
-    "256 channels": ("--channels", "256", "--seconds", "0.3", "--per-sample-states"),
-    "a mask": ("--channels", "128", "--seconds", "0.3", "--mask", "0-15,20"),
-    "gaps": ("--channels", "32", "--seconds", "2", "--gap", "0.5:0.25", "--gap", "1.5:0.001"),
-    "another rate": ("--channels", "32", "--seconds", "1", "--rate", "12345", "--base-imu"),
-    "before 1970": ("--channels", "32", "--seconds", "0.2", "--utc-offset", "-9000000000000000"),
-}
-SWITCHES = {
-    "every output": ("--all",),
-    "channels alone": (),
-    "sensors alone": ("--no-csc", "--base-imu", "--afe-imu", "--ultrasonic"),
-    "channels and raw data": ("--raw",),
-}
+from sets import (
+    RECORDINGS,
+    SWITCHES,
+    canceled,
+    each_sample,
+    is_incomplete,
+    of_sample,
+    packet_channels,
+    salvaged,
+)
 
 
 def check_channels(session: stalwick.Session, directory: Path) -> int:
@@ -38,23 +32,27 @@ def check_channels(session: stalwick.Session, directory: Path) -> int:
             assert np.array_equal(traces[:, position], np.array(samples, dtype=np.int16)), name
             assert np.array_equal(times, np.array(expected_times, dtype=np.int64)), name
             compared += 1
+        for name, file in group.short_files.items():
+            samples, expected_times = read_channel((directory / f"{name}.vcs").read_bytes())
+            assert (file.traces().tolist(), file.times().tolist()) == (samples, expected_times)
+            compared += 1
     return compared
 
 
-def check_set(directory: Path) -> None:
-    with warnings.catch_warnings():
-        warnings.simplefilter("error")
-        session = stalwick.open_session(directory)
+def check_set(directory: Path, raw_channels: int | None = None) -> stalwick.Session:
+    incomplete = is_incomplete(directory)
+    session = stalwick.open_session(directory, allow_incomplete=incomplete)
     assert check_channels(session, directory) == len(list(directory.glob("*.vcs")))
     events = session.events
     expected = read_events((directory / "Events.vev").read_bytes())
     assert list(zip(events.times.tolist(), events.ttl.tolist())) == expected
     if session.raw is not None:
-        check_raw(session.raw, directory)
+        check_raw(session.raw, directory, raw_channels or session.raw.num_channels)
+    return session
 
 
-def check_raw(raw: stalwick.RawFile, directory: Path) -> None:
-    records = read_raw((directory / "RawData.vrd").read_bytes(), raw.num_channels)
+def check_raw(raw: stalwick.RawFile, directory: Path, channels: int) -> None:
+    records = read_raw((directory / "RawData.vrd").read_bytes(), channels)
     assert raw.num_samples == len(records)
     assert raw.times().tolist() == [time for time, _, _ in records]
     assert raw.ttl().tolist() == [ttl for _, ttl, _ in records]
@@ -63,7 +61,9 @@ def check_raw(raw: stalwick.RawFile, directory: Path) -> None:
 
 @pytest.mark.parametrize("recording", RECORDINGS)
 def test_every_kind_of_recording_reads_as_its_bytes(recording: str, synth, convert) -> None:
-    check_set(convert(synth(*RECORDINGS[recording]), "--all"))
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        check_set(convert(synth(*RECORDINGS[recording]), "--all"))
 
 
 @pytest.mark.parametrize("switches", SWITCHES)
@@ -104,6 +104,28 @@ def test_a_set_whose_recording_is_damaged_is_read_as_far_as_it_goes(
     session = stalwick.open_session(directory, allow_incomplete=True)
     assert session.num_samples > 5000
     assert check_channels(session, directory) == 64 + 9 + 9 + 1
+
+
+def test_the_sets_of_a_canceled_conversion_read_as_their_bytes(synth, tmp_path: Path) -> None:
+    first, second = (check_set(directory) for directory in canceled(synth, tmp_path))
+    assert 0 < first.num_samples < 30000
+    assert second.traces().shape == (0, 64)
+
+
+@pytest.mark.parametrize("recording", ["version 2.0", "version 1.0"])
+def test_a_salvaged_set_reads_as_its_bytes(recording: str, synth, convert, tmp_path: Path) -> None:
+    session = check_set(salvaged(recording, synth, convert, tmp_path))
+    counts = session.ad.layout.counts
+    assert np.count_nonzero(counts[:-1] < 512) == 2, "a record ends before each skipped stretch"
+    missing = sum(gap.missing_samples for gap in session.gaps)
+    has_timestamps = recording == "version 2.0"
+    assert missing == (30000 - session.num_samples if has_timestamps else 0)
+
+
+@each_sample
+@pytest.mark.filterwarnings("ignore::stalwick.StalwickWarning")
+def test_every_shared_sample_reads_as_its_bytes(sample: Path, convert) -> None:
+    check_set(of_sample(sample, convert), packet_channels(sample))
 
 
 def test_gaps_of_the_recording_are_found_to_the_sample(synth, convert) -> None:

@@ -12,7 +12,16 @@ import numpy as np
 import pytest
 
 from output_files import AXES, channel_file, read_channel, read_events, read_raw, write
-from test_converted import RECORDINGS, SWITCHES
+from sets import (
+    RECORDINGS,
+    SWITCHES,
+    canceled,
+    each_sample,
+    is_incomplete,
+    of_sample,
+    packet_channels,
+    salvaged,
+)
 from test_damage import CHANGES, damage_one_file, make_set
 
 ROOT = Path(__file__).resolve().parents[2]
@@ -58,8 +67,8 @@ def expected_bytes(directory: Path, raw_channels: int) -> bytes:
     return b"".join(parts)
 
 
-def check(directory: Path, raw_channels: int, word: str = "whole") -> None:
-    read_sets([directory], word)
+def check(directory: Path, raw_channels: int) -> None:
+    read_sets([directory], "incomplete" if is_incomplete(directory) else "whole")
     error = beside(directory, ".error")
     assert not error.exists(), error.read_text()
     assert beside(directory, ".found").read_bytes() == expected_bytes(directory, raw_channels)
@@ -86,6 +95,20 @@ def test_a_set_without_samples_reads_as_its_bytes(synth, convert, tmp_path: Path
     recording = tmp_path / "empty.ord"
     recording.write_bytes(synth(*RECORDINGS["version 2.0"]).read_bytes()[:16384])
     check(convert(recording, "--all"), 64)
+
+
+def test_the_sets_of_a_canceled_conversion_read_as_their_bytes(synth, tmp_path: Path) -> None:
+    for directory in canceled(synth, tmp_path):
+        check(directory, 64)
+
+
+def test_a_salvaged_set_reads_as_its_bytes(synth, convert, tmp_path: Path) -> None:
+    check(salvaged("version 2.0", synth, convert, tmp_path), 64)
+
+
+@each_sample
+def test_every_shared_sample_reads_as_its_bytes(sample: Path, convert) -> None:
+    check(of_sample(sample, convert), packet_channels(sample))
 
 
 def test_records_that_end_early_move_those_after_them(tmp_path: Path) -> None:

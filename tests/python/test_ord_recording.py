@@ -10,7 +10,7 @@ import numpy as np
 import pytest
 
 import stalwick
-from test_converted import RECORDINGS
+from sets import RECORDINGS, each_sample, is_incomplete, of_sample
 
 
 def check_equal(recording: stalwick.OrdRecording, session: stalwick.Session) -> None:
@@ -36,6 +36,19 @@ def test_every_kind_of_recording_gives_what_its_outputs_give(kind: str, synth, c
     check_equal(recording, session)
     if len(session.events):
         assert recording.events.previous[0] == session.events.previous[0]
+
+
+@each_sample
+@pytest.mark.filterwarnings("ignore::stalwick.StalwickWarning")
+def test_every_shared_sample_gives_what_its_outputs_give(sample: Path, convert) -> None:
+    directory = of_sample(sample, convert)
+    incomplete = is_incomplete(directory)
+    session = stalwick.open_session(directory, allow_incomplete=incomplete)
+    recording = stalwick.open_ord(sample, allow_incomplete=incomplete)
+    if incomplete:  # it holds no more than whole blocks of records
+        assert np.array_equal(recording.traces(stop=session.num_samples), session.traces())
+    else:
+        check_equal(recording, session)
 
 
 @pytest.mark.parametrize("cut", [1, 100, 5000])

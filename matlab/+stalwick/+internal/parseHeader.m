@@ -35,9 +35,15 @@ length = find([block, 0] == 0, 1) - 1;
 if any(block(length + 1:end))
     fail(path, length + find(block(length + 1:end), 1) - 1, 'the header''s padding is not zero');
 end
+% Octave refuses other bytes, MATLAB replaces them.
 try
     text = native2unicode(block(1:length), 'UTF-8');
+    again = unicode2native(text, 'UTF-8');
+    same = isequal(again(:)', block(1:length));
 catch
+    same = false;
+end
+if ~same
     fail(path, 0, 'the header is not UTF-8');
 end
 title = ['######## Veltrosyn Data File Header' char([13 10])];

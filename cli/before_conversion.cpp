@@ -44,9 +44,12 @@ void PassOver(const PlannedRecording& recording, const ConvertedOutputs& found,
     outcome.account.outputs = found.outputs;
     outcome.account.outputFiles = found.files;
     outcome.account.outputBytes = found.bytes;
-    outcome.withoutConversion = L"passed over, its outputs are whole -> " + recording.shownOutputs +
-                                L" (" + Counted(found.files, L"file") + L", " +
-                                ReadableBytes(found.bytes) + L")";
+    outcome.withoutConversion = std::wstring(L"passed over, ") +
+                                (found.areAsKnown ? L"it and its outputs are as the report has them"
+                                                  : L"its outputs are whole") +
+                                L" -> " + recording.shownOutputs + L" (" +
+                                Counted(found.files, L"file") + L", " + ReadableBytes(found.bytes) +
+                                L")";
     processor.bytesProcessed.store(QueryFileSize(recording.path), std::memory_order_relaxed);
 }
 
@@ -72,7 +75,8 @@ bool NeedsConversion(const PlannedRecording& recording, const CommandLine& comma
     const ConvertedOutputsRequest request = {
         recording.path,
         OutputsOf(recording),
-        {commandLine.channelOptions, true, commandLine.writeRawData}};
+        {commandLine.channelOptions, true, commandLine.writeRawData},
+        recording.knownOutputs};
     const auto canceled = [&] { return processor.cancelRequested.load() != 0; };
     ConvertedOutputs found;
     if (!canceled()) found = FindConvertedOutputs(request, processor.cancelRequested);

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "cli/before_conversion.h"
+#include "cli/earlier_report.h"
 #include "engine/conversion_job.h"
 #include "engine/out_of_memory.h"
 #include "platform/file_checksum.h"
@@ -34,6 +35,15 @@ ConversionBatch::ConversionBatch(const CommandLine& commandLine,
         RecordingFile& file = outcomes_[processors_.size() - 1].file;
         file = QueryRecordingFile(recording.path);
         bytesTotal_ += file.bytes;
+    }
+    if (commandLine_.skipConverted && !commandLine_.reportPath.empty()) ReadEarlierReport();
+}
+
+void ConversionBatch::ReadEarlierReport() {
+    const EarlierReport report(commandLine_.reportPath);
+    for (std::size_t i = 0; i < recordings_.size(); ++i) {
+        recordings_[i].knownOutputs =
+            report.OutputsOf(recordings_[i], outcomes_[i].file, commandLine_);
     }
 }
 

@@ -51,6 +51,7 @@ class ConversionBatch {
     bool Canceled() const { return canceled_.load(std::memory_order_relaxed); }
 
   private:
+    void ReadEarlierReport();
     std::uint32_t JobsAtOnce() const;
     void ConvertFiles(const OnEnded& onEnded);
     std::optional<std::size_t> BeginNextFile();

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "cli/command_line.h"
+#include "engine/conversion_account.h"
 
 namespace stalwick {
 
@@ -13,6 +14,8 @@ struct PlannedRecording {
     std::wstring path;             // the same, absolute
     std::wstring outputDirectory;  // absolute; the outputs go into its subdirectory
     std::wstring shownOutputs;     // that subdirectory as the user would write it
+    // What the report of an earlier run says was made of it, if it is as it was.
+    std::vector<OutputAccount> knownOutputs = {};
 };
 
 // The FILEs in their order. Without --output-dir each one's outputs go beside it.

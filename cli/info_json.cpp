@@ -46,19 +46,6 @@ Json BlocksOf(const BlockCounts& blocks) {
             {"hardware_timestamp", blocks.hardwareTimestamp}};
 }
 
-Json DamageOf(const RecordingSurvey& survey) {
-    Json all = Json::array();
-    for (const DamagedStretch& damage : survey.damage) {
-        all.push_back({{"position", damage.position},
-                       {"bytes", damage.bytes},
-                       {"reason", ToUtf8(DamageReason(damage))},
-                       {"noticed_at", damage.noticedAt},
-                       {"at_seconds", OrNull(damage.atSeconds)},
-                       {"missing_samples", OrNull(damage.missingSamples)}});
-    }
-    return all;
-}
-
 Json CutEndOf(const RecordingSurvey& survey) {
     if (survey.cutEndBytes == 0) return nullptr;
     return {{"bytes", survey.cutEndBytes}, {"reason", ToUtf8(CutEndReason(survey))}};
@@ -110,15 +97,15 @@ void AddWhole(const RecordingSurvey& survey, Json& document) {
         document[key] = survey.quick ? Json(nullptr) : std::move(value);
     };
     // Without timestamps nothing says whether there are gaps.
-    add("gaps", survey.hasTimestamps ? GapsAsJson(survey, PacketPositions::kKnown) : Json(nullptr));
+    add("gaps", survey.hasTimestamps ? GapsAsJson(survey) : Json(nullptr));
     add("missing_samples", survey.hasTimestamps ? Json(survey.missingSamples) : Json(nullptr));
     add("gap_seconds", survey.hasTimestamps ? Json(survey.gapSeconds) : Json(nullptr));
     add("repeated_timestamps", survey.repeatedTimestamps);
     add("short_steps", survey.shortSteps);
-    add("backward_timestamps", BackwardTimestampsAsJson(survey, PacketPositions::kKnown));
+    add("backward_timestamps", BackwardTimestampsAsJson(survey));
     add("ttl_changes", survey.ttlChanges);
     add("ttl_events", survey.ttlEvents);
-    add("damage", DamageOf(survey));
+    add("damage", DamageAsJson(survey.damage));
     add("damaged_bytes", survey.damagedBytes);
     add("channel_statistics", ChannelsOf(survey));
     add("outputs", OutputsOf(survey));

@@ -43,6 +43,7 @@ void DeclareInfo(CLI::App& app, InfoOptions& options) {
 struct VerifyOptions {
     std::vector<std::string> directories;
     std::string recording;
+    bool salvaged = false;
 };
 
 void DeclareVerify(CLI::App& app, VerifyOptions& options) {
@@ -55,6 +56,8 @@ void DeclareVerify(CLI::App& app, VerifyOptions& options) {
         ->check([](const std::string& path) {
             return path.empty() ? std::string("it needs the name of a recording") : std::string();
         });
+    app.add_flag("--salvaged", options.salvaged,
+                 "made by stalwick-convert --salvage: records may end before a damaged stretch");
     app.footer(
         "Exit status: 0 all whole; 1 something is not, or cannot be read; 2 wrong usage.\n"
         "Gaps are of the recording and are no fault of its outputs.");
@@ -135,7 +138,9 @@ int ShowVerify(const VerifyOptions& options) {
     bool whole = true;
     const std::wstring recording = FromUtf8(options.recording);
     for (const std::string& directory : options.directories) {
-        const VerifyReport report = VerifyOutputs({FromUtf8(directory), recording});
+        VerifyRequest request{FromUtf8(directory), recording};
+        request.salvaged = options.salvaged;
+        const VerifyReport report = VerifyOutputs(request);
         whole = whole && report.IsWhole();
         for (const std::wstring& line : ReportAsLines(report, recording)) PrintLine(stdout, line);
         if (!Flush()) return kExitFailed;

@@ -16,28 +16,11 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 using Kind = ConversionDetail::Kind;
-using TimePoint = std::chrono::system_clock::time_point;
 
 constexpr int kFormatVersion = 1;
 
 Json TextOrNull(const std::string& text) {
     return text.empty() ? Json(nullptr) : Json(text);
-}
-
-// UTC to the microsecond, as ISO 8601 has it.
-std::string FormatTime(TimePoint time) {
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
-    const auto day = std::chrono::floor<std::chrono::days>(seconds);
-    const std::chrono::year_month_day date(day);
-    const std::chrono::hh_mm_ss clock(seconds - day);
-    const auto rest = std::chrono::floor<std::chrono::microseconds>(time - seconds);
-    char text[64];
-    std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02d.%06dZ",
-                  static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                  static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
-                  static_cast<int>(clock.minutes().count()),
-                  static_cast<int>(clock.seconds().count()), static_cast<int>(rest.count()));
-    return text;
 }
 
 const char* NameOf(Verdict verdict) {
@@ -69,6 +52,7 @@ Json OptionsOf(const CommandLine& line) {
             {"raw", line.writeRawData},
             {"keep_going", line.keepGoing},
             {"keep_partial", line.outputSettings.keepPartialBlocks},
+            {"salvage", line.outputSettings.onDamage == OnDamage::kSkip},
             {"skip_converted", line.skipConverted},
             {"sync", line.outputSettings.syncBeforeFinalHeader},
             {"checksum", line.checksum}};
@@ -115,15 +99,16 @@ void AddTime(const ConversionAccount& account, Json& entry) {
     };
     add("measured_rate", time.measuredRate ? Json(*time.measuredRate) : Json(nullptr));
     add("drift_ppm", time.driftPpm ? Json(*time.driftPpm) : Json(nullptr));
-    add("gaps", GapsAsJson(time, PacketPositions::kUnknown));
+    add("gaps", GapsAsJson(time));
     add("missing_samples", time.missingSamples);
     add("gap_seconds", time.gapSeconds);
     add("repeated_timestamps", time.repeatedTimestamps);
     add("short_steps", time.shortSteps);
-    add("backward_timestamps", BackwardTimestampsAsJson(time, PacketPositions::kUnknown));
+    add("backward_timestamps", BackwardTimestampsAsJson(time));
 }
 
-Json RecordingEntry(const PlannedRecording& recording, const RecordingOutcome& outcome) {
+Json RecordingEntry(const PlannedRecording& recording, const RecordingOutcome& outcome,
+                    const CommandLine& options) {
     const ConversionAccount& account = outcome.account;
     // Of a recording that is passed over, packets and time were not taken.
     const bool converted = account.outputFiles != 0 && !outcome.passedOver;
@@ -131,13 +116,15 @@ Json RecordingEntry(const PlannedRecording& recording, const RecordingOutcome& o
     entry["path"] = ToUtf8(recording.path);
     entry["bytes"] = outcome.file.bytes;
     entry["modified"] =
-        outcome.file.modified ? Json(FormatTime(*outcome.file.modified)) : Json(nullptr);
+        outcome.file.modified ? Json(FormatReportTime(*outcome.file.modified)) : Json(nullptr);
     entry["sha256"] = TextOrNull(outcome.checksums.recording);
     entry["result"] = NameOf(VerdictOf(outcome));
     entry["status"] = TextOrNull(ToUtf8(outcome.status));
     entry["packets"] = converted ? Json(account.packets) : Json(nullptr);
     entry["duration_seconds"] = converted ? Json(account.durationSeconds) : Json(nullptr);
     AddTime(account, entry);
+    const bool salvaged = converted && options.outputSettings.onDamage == OnDamage::kSkip;
+    entry["damage"] = salvaged ? DamageAsJson(account.skipped) : Json(nullptr);
     entry["losses"] = LossesOf(account);
     entry["details"] = DetailsOf(account);
     entry["directory"] = TextOrNull(ToUtf8(account.outputDirectory));
@@ -147,20 +134,36 @@ Json RecordingEntry(const PlannedRecording& recording, const RecordingOutcome& o
 
 }  // namespace
 
+std::string FormatReportTime(std::chrono::system_clock::time_point time) {
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
+    const auto day = std::chrono::floor<std::chrono::days>(seconds);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss clock(seconds - day);
+    const auto rest = std::chrono::floor<std::chrono::microseconds>(time - seconds);
+    char text[64];
+    std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02d.%06dZ",
+                  static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                  static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
+                  static_cast<int>(clock.minutes().count()),
+                  static_cast<int>(clock.seconds().count()), static_cast<int>(rest.count()));
+    return text;
+}
+
 std::string FormatRunReport(const RunReport& report) {
     constexpr int kIndent = 2;
     Json document;
     document["report_of"] = "stalwick-convert";  // kReportBeginning
     document["format_version"] = kFormatVersion;
     document["version"] = kVersion;
-    document["started"] = FormatTime(report.started);
-    document["ended"] = FormatTime(report.ended);
+    document["started"] = FormatReportTime(report.started);
+    document["ended"] = FormatReportTime(report.ended);
     document["status"] = ToUtf8(report.status);
     document["exit_status"] = report.exitStatus;
     document["options"] = OptionsOf(report.commandLine);
     Json& recordings = document["recordings"] = Json::array();
     for (std::size_t i = 0; i < report.recordings->size(); ++i) {
-        recordings.push_back(RecordingEntry((*report.recordings)[i], (*report.outcomes)[i]));
+        recordings.push_back(
+            RecordingEntry((*report.recordings)[i], (*report.outcomes)[i], report.commandLine));
     }
     // A file's name may have bytes that are no text.
     return document.dump(kIndent, ' ', false, Json::error_handler_t::replace) + '\n';

@@ -21,7 +21,10 @@ struct RunReport {
     int exitStatus = 0;
 };
 
+// UTC to the microsecond, as ISO 8601 has it.
+[[nodiscard]] std::string FormatReportTime(std::chrono::system_clock::time_point time);
+
 // The document that docs/report.schema.json describes, with a line feed at its end.
-std::string FormatRunReport(const RunReport& report);
+[[nodiscard]] std::string FormatRunReport(const RunReport& report);
 
 }  // namespace stalwick

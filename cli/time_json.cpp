@@ -2,34 +2,42 @@
 
 #include <nlohmann/json.hpp>
 
+#include "cli/info_words.h"
+#include "platform/text_encoding.h"
+
 namespace stalwick {
 
 using Json = nlohmann::ordered_json;
 
-namespace {
-
-Json PositionOf(std::uint64_t position, PacketPositions positions) {
-    return positions == PacketPositions::kKnown ? Json(position) : Json(nullptr);
-}
-
-}  // namespace
-
-Json GapsAsJson(const TimeAccount& time, PacketPositions positions) {
+Json GapsAsJson(const TimeAccount& time) {
     Json gaps = Json::array();
     for (const RecordingGap& gap : time.gaps) {
         gaps.push_back({{"at_seconds", gap.atSeconds},
                         {"seconds", gap.seconds},
                         {"missing_samples", gap.missingSamples},
-                        {"position", PositionOf(gap.position, positions)}});
+                        {"position", gap.position}});
     }
     return gaps;
 }
 
-Json BackwardTimestampsAsJson(const TimeAccount& time, PacketPositions positions) {
+Json BackwardTimestampsAsJson(const TimeAccount& time) {
     Json all = Json::array();
     for (const BackwardTimestamp& step : time.backwardTimestamps) {
-        all.push_back({{"position", PositionOf(step.position, positions)},
-                       {"nanoseconds", step.nanoseconds}});
+        all.push_back({{"position", step.position}, {"nanoseconds", step.nanoseconds}});
+    }
+    return all;
+}
+
+Json DamageAsJson(std::span<const DamagedStretch> damage) {
+    const auto orNull = [](const auto& value) { return value ? Json(*value) : Json(nullptr); };
+    Json all = Json::array();
+    for (const DamagedStretch& stretch : damage) {
+        all.push_back({{"position", stretch.position},
+                       {"bytes", stretch.bytes},
+                       {"reason", ToUtf8(DamageReason(stretch))},
+                       {"noticed_at", stretch.noticedAt},
+                       {"at_seconds", orNull(stretch.atSeconds)},
+                       {"missing_samples", orNull(stretch.missingSamples)}});
     }
     return all;
 }

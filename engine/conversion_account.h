@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "engine/conversion_detail.h"
-#include "survey/time_account.h"
+#include "survey/recording_survey.h"
 
 namespace stalwick {
 
@@ -15,6 +15,8 @@ struct OutputAccount {
     std::wstring path;
     std::uint64_t bytes = 0;    // 0 where it is no longer there
     std::uint64_t records = 0;  // whole ones
+
+    friend bool operator==(const OutputAccount&, const OutputAccount&) = default;
 };
 
 // What became of one recording. A conversion that failed or was canceled says how far it came.
@@ -38,9 +40,12 @@ struct ConversionAccount {
     std::uint64_t outputBytes = 0;       // written to them, headers included
     std::vector<OutputAccount> outputs;  // these files, in the order of their creation
 
-    // Of the packets converted; none without timestamps, or where DataProcessor was not to follow
-    // the time. Positions of packets are unknown: 0.
+    // Of the packets converted; none without timestamps, or if DataProcessor was not to follow the
+    // time.
     std::optional<TimeAccount> time;
+    // What a conversion that goes on after damage left out, if DataProcessor was to follow the
+    // time.
+    std::vector<DamagedStretch> skipped;
 
     std::vector<ConversionDetail> details;
 };

@@ -1,5 +1,6 @@
 #include "engine/converted_outputs.h"
 
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <utility>
@@ -163,6 +164,19 @@ std::wstring FindLeftOut(const WantedOutputs& wanted, const RecordingHeader& hea
     return {};
 }
 
+bool AreKnown(const std::vector<OutputAccount>& found, const std::vector<OutputAccount>& known) {
+    return !known.empty() &&
+           std::all_of(found.begin(), found.end(), [&](const OutputAccount& output) {
+               return std::find(known.begin(), known.end(), output) != known.end();
+           });
+}
+
+ConvertedOutputs Whole(const std::vector<OutputAccount>& outputs) {
+    ConvertedOutputs found{true, {}, outputs.size(), 0, outputs, false};
+    for (const OutputAccount& output : outputs) found.bytes += output.bytes;
+    return found;
+}
+
 ConvertedOutputs NotWhole(const std::wstring& reason) {
     ConvertedOutputs found;
     found.reason = reason;
@@ -186,15 +200,17 @@ ConvertedOutputs FindConvertedOutputs(const ConvertedOutputsRequest& request,
     if (const std::wstring fault = check.Check(outputs, nullptr); !fault.empty()) {
         return NotWhole(fault);
     }
+    if (AreKnown(check.Found(), request.known)) {
+        ConvertedOutputs found = Whole(check.Found());
+        found.areAsKnown = true;
+        return found;
+    }
     RecordingContents contents;
     std::wstring fault = CountRecording(*reader, cancelRequested, contents);
     if (fault.empty()) fault = FindLeftOut(request.wanted, header, contents);
     if (!fault.empty()) return NotWhole(L"the recording " + fault);
     fault = check.Check(outputs, &contents);
-    if (!fault.empty()) return NotWhole(fault);
-    ConvertedOutputs found{true, {}, outputs.size(), 0, check.Found()};
-    for (const OutputAccount& output : found.outputs) found.bytes += output.bytes;
-    return found;
+    return fault.empty() ? Whole(check.Found()) : NotWhole(fault);
 }
 
 }  // namespace stalwick

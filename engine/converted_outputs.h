@@ -17,19 +17,23 @@ struct ConvertedOutputs {
     std::uint64_t files = 0;  // of a whole set
     std::uint64_t bytes = 0;  // of all of them
     std::vector<OutputAccount> outputs;
+    bool areAsKnown = false;  // the recording was not read: see ConvertedOutputsRequest::known
 };
 
 struct ConvertedOutputsRequest {
     std::wstring recordingPath;
     std::wstring directory;  // where its outputs are
     WantedOutputs wanted;
+    // What a whole conversion of this very recording is known to have made, with at least the
+    // wanted outputs: if they are as they were, the recording is not read.
+    std::vector<OutputAccount> known = {};
 };
 
 // Looks for a whole set of the wanted outputs, made from this recording: every one has a whole
 // header with the recording's -SessionUUID and a time of closing (the event file never has one),
 // and exactly as many records, and samples in the last one, as the packets of the recording give,
-// which are all read and decoded for that. An output under a later name (CSC1_01.vcs) counts as
-// well. Sample values and timestamps are not compared.
+// which are all read and decoded for that; or as many as are known. An output under a later name
+// (CSC1_01.vcs) counts as well. Sample values and timestamps are not compared.
 //
 // A recording that itself lost data never counts, so that its losses are reported each time; nor
 // does one without -SessionUUID, or one that is no ordinary file.

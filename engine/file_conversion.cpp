@@ -225,6 +225,7 @@ std::int32_t FileConversion::ConvertSpan(DecodedSpan& span) {
     for (std::size_t i = 0; i < span.packets.size() && result == 0; ++i) {
         if (stretch != span.skipped.end() && stretch->packetsBefore == i) Skip((stretch++)->part);
         result = ConvertPacket(span.packets[i]);
+        if (result == 0 && timeLine_) FollowTime(span.packets[i], span.positions[i]);
         if (adBlocks_.size() == kPacketsAtOnce) WriteADBlocks();
     }
     WriteADBlocks();
@@ -242,7 +243,20 @@ void FileConversion::Skip(const StreamPart& stretch) {
     WriteADBlocks();
     // A failure shows when the files are finished.
     channelFiles_.EndRecords(PacketsCarryTimestamps(PacketDecodeOptions(source_->Header())));
-    skipped_.Add(stretch, clock_.Seconds(recordPeriod_ / kMicrosecondsPerSecond));
+    const double atSeconds = clock_.Seconds(recordPeriod_ / kMicrosecondsPerSecond);
+    skipped_.Add(stretch, atSeconds);
+    if (!timeLine_) return;
+    skippedBefore_ = account_.skipped.size();
+    account_.skipped.push_back({stretch.position, stretch.size, stretch.refusal, stretch.noticedAt,
+                                clock_.Packets() != 0 ? std::optional(atSeconds) : std::nullopt,
+                                std::nullopt});
+}
+
+void FileConversion::FollowTime(const ORDDataPacket& packet, std::uint64_t position) {
+    if (packet.hardwareTimestamp) {
+        timeLine_->Take(*packet.hardwareTimestamp, position, skippedBefore_);
+    }
+    skippedBefore_.reset();
 }
 
 std::int32_t FileConversion::ConvertPacket(ORDDataPacket& packet) {
@@ -266,9 +280,6 @@ std::int32_t FileConversion::ConvertPacket(ORDDataPacket& packet) {
     // FileConversion.RunningTimeCountsPacketsWithoutSamples).
     packetTime_ += recordPeriod_;
     clock_.Count(packet.hardwareTimestamp);
-    if (timeLine_ && packet.hardwareTimestamp) {
-        timeLine_->Take(*packet.hardwareTimestamp, 0, std::nullopt);
-    }
     census_.Count(packet);
     processor_.recordsProcessed.fetch_add(1, std::memory_order_relaxed);
     return 0;

@@ -83,6 +83,7 @@ class FileConversion {
     void NoteOpenOutputs();
     std::int32_t ConvertSpan(DecodedSpan& span);
     void Skip(const StreamPart& stretch);
+    void FollowTime(const ORDDataPacket& packet, std::uint64_t position);
     std::int32_t ConvertPacket(ORDDataPacket& packet);
     void WriteADBlocks();
     void WriteSensorValues(const ORDDataPacket& packet);
@@ -115,6 +116,7 @@ class FileConversion {
     double recordPeriod_ = 0.0;  // microseconds that ten samples span
     PacketClock clock_;
     std::optional<TimeLine> timeLine_;
+    std::optional<std::size_t> skippedBefore_;  // the packet that comes next: in account_.skipped
     PacketCensus census_;
     SkippedStretches skipped_;
     ConversionAccount account_;

@@ -193,7 +193,9 @@ ConversionAccount FileConversion::TakeAccount() {
     account_.outputBytes = totals.bytes;
     ListOutputs();
     account_.packets = clock_.Packets();
-    if (timeLine_ && clock_.HasTimestamps()) timeLine_->Finish(account_.time.emplace());
+    if (timeLine_ && clock_.HasTimestamps()) {
+        timeLine_->Finish(account_.time.emplace(), account_.skipped);
+    }
     account_.durationSeconds = clock_.Seconds(recordPeriod_ / kMicrosecondsPerSecond);
     return std::move(account_);
 }

@@ -25,10 +25,11 @@ struct DecodedSpan {
     std::int32_t status = 0;
     bool endOfFile = false;
     std::vector<ORDDataPacket> packets;
-    std::vector<SkippedStretch> skipped;  // in their order
-    std::uint64_t bytesRead = 0;          // of the file so far, with the header span
-    bool readFailedAfter = false;         // the next span is the failure
-    std::exception_ptr exception;         // what the call threw
+    std::vector<std::uint64_t> positions;  // bytes of the file where these packets begin
+    std::vector<SkippedStretch> skipped;   // in their order
+    std::uint64_t bytesRead = 0;           // of the file so far, with the header span
+    bool readFailedAfter = false;          // the next span is the failure
+    std::exception_ptr exception;          // what the call threw
 
     bool IsLast() const { return status != 0 || endOfFile; }
 };

@@ -20,8 +20,12 @@ std::wstring Seconds(double seconds) {
 
 void SkippedStretches::Loss::Add(const StreamPart& stretch) {
     bytes += stretch.size;
-    packets += stretch.packetsLost;
-    isKnown = isKnown && stretch.packetsLostIsKnown;
+    if (stretch.packetsLostIsKnown) {
+        lost += stretch.packetsLost;
+        anyKnown = true;
+    } else {
+        room += stretch.packetsLost;
+    }
 }
 
 void SkippedStretches::Add(const StreamPart& stretch, double atSeconds) {
@@ -34,24 +38,33 @@ void SkippedStretches::Add(const StreamPart& stretch, double atSeconds) {
     }
 }
 
-// "412 bytes were skipped, at least 2 packets (0.0007 s) are lost".
+// "412 bytes were skipped, 2 packets (0.0007 s) are lost", or ", the room of 2 packets (0.0007 s)
+// or more": bytes that something else put there were never packets.
 std::wstring SkippedStretches::Describe(const Loss& loss, double packetSeconds) {
-    return Counted(loss.bytes, L"byte") + (loss.bytes == 1 ? L" was" : L" were") + L" skipped, " +
-           (loss.isKnown ? L"" : L"at least ") + Counted(loss.packets, L"packet") + L" (" +
-           Seconds(static_cast<double>(loss.packets) * packetSeconds) + L")" +
-           (loss.packets == 1 ? L" is" : L" are") + L" lost";
+    const auto packets = [&](std::uint64_t count) {
+        return Counted(count, L"packet") + L" (" +
+               Seconds(static_cast<double>(count) * packetSeconds) + L")";
+    };
+    std::wstring text =
+        Counted(loss.bytes, L"byte") + (loss.bytes == 1 ? L" was" : L" were") + L" skipped";
+    if (loss.anyKnown)
+        text += L", " + packets(loss.lost) + (loss.lost == 1 ? L" is" : L" are") + L" lost";
+    if (loss.room == 0) return text;
+    return text + (loss.anyKnown ? L", others had the room of " : L", the room of ") +
+           packets(loss.room) + L" or more";
 }
 
 std::vector<std::wstring> SkippedStretches::Describe(double packetSeconds,
                                                      bool packetsCarryTimestamps) const {
     std::vector<std::wstring> lines;
     if (count_ == 0) return lines;
-    const std::wstring early =
-        packetsCarryTimestamps
-            ? L""
-            : L"; without timestamps the time went on as if nothing were missing and is at "
-              L"least " +
-                  Seconds(static_cast<double>(all_.packets) * packetSeconds) + L" early at the end";
+    const std::wstring early = packetsCarryTimestamps
+                                   ? L""
+                                   : L"; without timestamps the time went on as if nothing were "
+                                     L"missing: if all these bytes "
+                                     L"were packets, it is at least " +
+                                         Seconds(static_cast<double>(all_.room) * packetSeconds) +
+                                         L" early at the end";
     const std::wstring advice = early + L"; look for a whole copy";
     if (count_ > 1) {
         lines.push_back(L"damaged in " + std::to_wstring(count_) + L" places: in all " +

@@ -22,8 +22,9 @@ class SkippedStretches {
   private:
     struct Loss {
         std::uint64_t bytes = 0;
-        std::uint64_t packets = 0;
-        bool isKnown = true;  // else `packets` are the fewest
+        std::uint64_t lost = 0;  // packets, where timestamps tell
+        bool anyKnown = false;   // they told of a stretch
+        std::uint64_t room = 0;  // packets that the other stretches had room for, at least
 
         void Add(const StreamPart& stretch);
     };

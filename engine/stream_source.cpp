@@ -36,6 +36,7 @@ void StreamSource::Read(DecodedSpan& span) {
     span.status = readFailed_ ? -1 : 0;
     span.endOfFile = false;
     span.skipped.clear();
+    span.positions.clear();
     std::size_t count = 0;
     if (!readFailed_) ReadParts(span, count);
     for (; span.packets.size() > count; span.packets.pop_back()) {
@@ -70,6 +71,7 @@ void StreamSource::ReadParts(DecodedSpan& span, std::size_t& count) {
         if (isAfterStretch) {
             AddStretch(span, part, count);
         } else {
+            span.positions.push_back(part.position);
             ++count;
         }
         bytes += part.size;

@@ -92,7 +92,7 @@ std::uint32_t ORDFileReader::Decode(std::uint32_t validBytes, std::vector<ORDDat
     }
     const std::uint8_t* const next =
         ProcessDataBuffer(buffer_.data(), validBytes, records, PacketDecodeOptions(header_),
-                          kSamplesPerPacket, sparePackets_);
+                          kSamplesPerPacket, spanMemory_);
     for (const ORDDataPacket& packet : records) kinds_.Count(packet);
     return static_cast<std::uint32_t>(next - buffer_.data());
 }

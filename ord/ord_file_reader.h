@@ -8,6 +8,7 @@
 #include "ord/cut_packet.h"
 #include "ord/ord_data_packet.h"
 #include "ord/ord_format.h"
+#include "ord/packet_decoder.h"
 #include "ord/read_sizes.h"
 #include "ord/recording_header.h"
 #include "platform/input_file.h"
@@ -67,6 +68,8 @@ class ORDFileReader {
     std::uint64_t BytesRead() const { return bytesRead_; }
     // Bytes read that made no whole packet yet.
     std::uint64_t UnconsumedBytes() const { return unconsumedBytes_; }
+    // Bytes of each packet of the last block, which stand one after another before the next packet.
+    const std::vector<std::uint32_t>& PacketSizes() const { return spanMemory_.packetSizes; }
     // Where in the file the next packet begins.
     std::uint64_t NextPacketPosition() const { return bytesRead_ - unconsumedBytes_; }
     // After the last block: whether the unconsumed bytes are a packet that lacks its end; see
@@ -94,7 +97,7 @@ class ORDFileReader {
     RecordingHeader header_;
     std::array<std::uint8_t, kDataBufferSize> buffer_{};
     std::uint32_t bytesHeld_ = 0;
-    std::vector<ORDDataPacket> sparePackets_;  // memory for blocks of more packets
+    SpanMemory spanMemory_;
     std::uint64_t bytesRead_ = 0;
     std::uint64_t unconsumedBytes_ = 0;
     bool endedInHeader_ = false;  // the file was shorter than its header block

@@ -158,18 +158,22 @@ const std::uint8_t* ProcessDataBuffer(const std::uint8_t* data, std::size_t leng
                                       std::vector<ORDDataPacket>& packets,
                                       const DecodeOptions& options,
                                       std::optional<std::uint32_t> samplesOverride,
-                                      std::vector<ORDDataPacket>& spares) {
+                                      SpanMemory& memory) {
     const std::uint8_t* const end = data + length;
     std::size_t count = 0;
+    memory.packetSizes.clear();
     for (;;) {
         const std::uint8_t* next =
             ParseDataPacket(data, static_cast<std::size_t>(end - data),
-                            PacketAt(packets, count, spares), options, samplesOverride);
+                            PacketAt(packets, count, memory.spares), options, samplesOverride);
         if (next == data) break;
         ++count;
+        memory.packetSizes.push_back(static_cast<std::uint32_t>(next - data));
         data = next;
     }
-    for (; packets.size() > count; packets.pop_back()) spares.push_back(std::move(packets.back()));
+    for (; packets.size() > count; packets.pop_back()) {
+        memory.spares.push_back(std::move(packets.back()));
+    }
     return data;
 }
 
@@ -177,8 +181,8 @@ const std::uint8_t* ProcessDataBuffer(const std::uint8_t* data, std::size_t leng
                                       std::vector<ORDDataPacket>& packets,
                                       const DecodeOptions& options,
                                       std::optional<std::uint32_t> samplesOverride) {
-    std::vector<ORDDataPacket> spares;
-    return ProcessDataBuffer(data, length, packets, options, samplesOverride, spares);
+    SpanMemory memory;
+    return ProcessDataBuffer(data, length, packets, options, samplesOverride, memory);
 }
 
 }  // namespace stalwick

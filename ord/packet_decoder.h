@@ -43,13 +43,18 @@ const std::uint8_t* ProcessDataBuffer(const std::uint8_t* data, std::size_t leng
                                       const DecodeOptions& options,
                                       std::optional<std::uint32_t> samplesOverride);
 
-// The same without an allocation a packet: packets that this call does not need are kept with their
-// memory in `spares`, and taken from there when a later call needs more.
+// What calls of ProcessDataBuffer leave for the next one.
+struct SpanMemory {
+    std::vector<ORDDataPacket> spares;       // packets that were not needed, with their memory
+    std::vector<std::uint32_t> packetSizes;  // bytes of each packet of the last call
+};
+
+// The same without an allocation a packet.
 const std::uint8_t* ProcessDataBuffer(const std::uint8_t* data, std::size_t length,
                                       std::vector<ORDDataPacket>& packets,
                                       const DecodeOptions& options,
                                       std::optional<std::uint32_t> samplesOverride,
-                                      std::vector<ORDDataPacket>& spares);
+                                      SpanMemory& memory);
 
 // Decodes the packet that begins with the span; `packet` is blank when it was refused.
 [[nodiscard]] PacketParse TryParsePacket(std::span<const std::uint8_t> span, ORDDataPacket& packet,

@@ -30,7 +30,7 @@ struct StreamPart {
     PacketRefusal refusal = PacketRefusal::kNone;
     std::uint64_t noticedAt = 0;  // byte of the file
     // Of damage: packets that are missing after the last one that was given. Known if there are
-    // timestamps before and after; else at least so many, going by the bytes.
+    // timestamps before and after; else as many as the bytes have room for at least.
     std::uint64_t packetsLost = 0;
     bool packetsLostIsKnown = false;
 };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <string_view>
+#include <utility>
 
 #include "outputs/raw_record.h"
 
@@ -65,11 +66,7 @@ const CRRec* ExpectedChannel::Take(std::span<const std::int16_t> samples,
     phase_ = (phase_ + static_cast<std::uint32_t>(fitting.size())) % kPacketSamples;
     if (current_.numValidSamples < kSamplesPerRecord) return nullptr;
 
-    complete_ = current_;
-    current_ = {};
-    if (!timestamp) {
-        counted_ += (kMicrosecondsPerSecond / source_.samplesPerSecond) * kSamplesPerRecord;
-    }
+    Complete(timestamp.has_value());
     const auto rest = samples.subspan(fitting.size());
     if (!rest.empty()) {
         Start();
@@ -77,6 +74,18 @@ const CRRec* ExpectedChannel::Take(std::span<const std::int16_t> samples,
         std::copy(rest.begin(), rest.end(), current_.samples.begin());
         current_.numValidSamples = static_cast<std::uint32_t>(rest.size());
     }
+    return &complete_;
+}
+
+void ExpectedChannel::Complete(bool hasTimestamp) {
+    complete_ = std::exchange(current_, {});
+    if (hasTimestamp) return;
+    counted_ += (kMicrosecondsPerSecond / source_.samplesPerSecond) * complete_.numValidSamples;
+}
+
+const CRRec* ExpectedChannel::End(bool hasTimestamps) {
+    if (Rest() == nullptr) return nullptr;
+    Complete(hasTimestamps);
     return &complete_;
 }
 

@@ -30,9 +30,13 @@ class ExpectedChannel {
                                     std::optional<std::uint64_t> timestamp);
     // The record that the end of the recording leaves incomplete, or null.
     const VtxDataTypes::CRRec* Rest() const;
+    // The same before packets that were left out: the next samples begin a record. Where packets
+    // carry no time, that of the next record goes on by the samples of this one.
+    const VtxDataTypes::CRRec* End(bool hasTimestamps);
 
   private:
     void Start();
+    void Complete(bool hasTimestamp);
 
     Source source_;
     VtxDataTypes::CRRec current_{};

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "platform/open_file_limit.h"
+#include "platform/system_error.h"
 #include "survey/compared_file.h"
 #include "survey/expected_records.h"
 
@@ -21,6 +22,11 @@ struct ComparedChannel {
 
     void Take(std::span<const std::int16_t> samples, std::optional<std::uint64_t> timestamp) {
         if (const auto* record = expected.Take(samples, timestamp)) {
+            file->Compare(record, sizeof(*record));
+        }
+    }
+    void EndRecord(bool hasTimestamps) {
+        if (const auto* record = expected.End(hasTimestamps)) {
             file->Compare(record, sizeof(*record));
         }
     }
@@ -50,6 +56,8 @@ class Comparison {
     }
 
     void Take(const ORDDataPacket& packet);
+    // Packets were left out here.
+    void EndRecords(bool hasTimestamps);
     void Finish();
 
   private:
@@ -150,6 +158,12 @@ void Comparison::TakeTtlValues(std::optional<std::uint64_t> timestamp) {
     for (const auto& event : newEvents_) eventFile_->Compare(&event, sizeof(event));
 }
 
+void Comparison::EndRecords(bool hasTimestamps) {
+    for (auto& group : channels_) {
+        for (ComparedChannel& channel : group) channel.EndRecord(hasTimestamps);
+    }
+}
+
 void Comparison::Finish() {
     for (auto& group : channels_) {
         for (ComparedChannel& channel : group) channel.Finish();
@@ -158,24 +172,51 @@ void Comparison::Finish() {
     if (rawFile_) rawFile_->Finish();
 }
 
+void AllowToOpen(const std::vector<OutputInSet>& outputs) {
+    constexpr std::uint64_t kReservedDescriptors = 64;
+    RaiseOpenFileLimit(outputs.size() + kReservedDescriptors);
+}
+
+void ReportEnd(std::uint64_t position, const std::wstring& reason, VerifiedSet& set) {
+    ++set.findingCount;
+    set.findings.push_back({L"", std::nullopt, position,
+                            L"the recording could not be decoded from here on, so its outputs were "
+                            L"compared with what stands before: " +
+                                reason});
+}
+
 }  // namespace
 
 void CompareRecords(ORDFileReader& recording, const std::vector<OutputInSet>& outputs,
                     std::size_t mostFindingsPerFile, VerifiedSet& set) {
-    constexpr std::uint64_t kReservedDescriptors = 64;
-    RaiseOpenFileLimit(outputs.size() + kReservedDescriptors);
+    AllowToOpen(outputs);
     Comparison comparison(recording.Header(), outputs, mostFindingsPerFile, set);
     std::vector<ORDDataPacket> packets;
     for (bool endOfFile = false; !endOfFile;) {
         if (recording.GetData(packets, endOfFile) != 0) {
-            ++set.findingCount;
-            set.findings.push_back({L"", std::nullopt, recording.NextPacketPosition(),
-                                    L"the recording could not be decoded from here on, so its "
-                                    L"outputs were compared with what stands before: " +
-                                        recording.GetErrorMessage()});
+            ReportEnd(recording.NextPacketPosition(), recording.GetErrorMessage(), set);
             break;
         }
         for (const ORDDataPacket& packet : packets) comparison.Take(packet);
+    }
+    comparison.Finish();
+}
+
+void CompareRecords(PacketStream& recording, const std::vector<OutputInSet>& outputs,
+                    std::size_t mostFindingsPerFile, VerifiedSet& set) {
+    AllowToOpen(outputs);
+    Comparison comparison(recording.Header(), outputs, mostFindingsPerFile, set);
+    ORDDataPacket packet;
+    StreamPart part = recording.Next(packet);
+    for (; part.kind != StreamPart::Kind::kEnd; part = recording.Next(packet)) {
+        if (part.kind == StreamPart::Kind::kPacket) {
+            comparison.Take(packet);
+        } else {
+            comparison.EndRecords(recording.PacketsCarryTimestamps());
+        }
+    }
+    if (const SystemErrorCode code = recording.SystemError(); code != 0) {
+        ReportEnd(part.position, SystemErrorText(code), set);
     }
     comparison.Finish();
 }

@@ -45,10 +45,11 @@ std::wstring IsNot(const wchar_t* what, std::uint64_t value, std::uint64_t wante
 
 class ChannelRecordCheck {
   public:
-    ChannelRecordCheck(const OutputInSet& output, FindingLog& log)
+    ChannelRecordCheck(const OutputInSet& output, const ChannelCheckContext& context)
         : channel_(output.name.channel),
           frequency_(output.header.Value(L"-SamplingFrequency")),
-          log_(log) {}
+          mayEndEarly_(context.mayEndEarly),
+          log_(context.log) {}
 
     void Check(const CRRec& record, const FindingPlace& place, bool isLast) {
         if (record.channelNumber != channel_) {
@@ -60,7 +61,7 @@ class ChannelRecordCheck {
             log_.Add(place, L"it says that it has " + std::to_wstring(valid) + L" samples");
             return;
         }
-        if (!isLast && valid != kSamplesPerRecord) {
+        if (!isLast && !mayEndEarly_ && valid != kSamplesPerRecord) {
             log_.Add(place, L"it has only " + std::to_wstring(valid) +
                                 L" samples, which no record but the last may have");
         }
@@ -89,6 +90,7 @@ class ChannelRecordCheck {
     std::uint32_t channel_;
     std::wstring frequency_;
     std::optional<std::uint32_t> sound_;
+    bool mayEndEarly_;
     FindingLog& log_;
 };
 
@@ -122,18 +124,20 @@ void CheckEvent(const EventRec& event, const FindingPlace& place, FindingLog& lo
 }  // namespace
 
 ChannelTotals CheckChannelRecords(const OutputInSet& output, const RecordFile& file,
-                                  TimeSteps& steps, FindingLog& log) {
-    ChannelRecordCheck check(output, log);
+                                  const ChannelCheckContext& context) {
+    ChannelRecordCheck check(output, context);
     ChannelTotals totals;
+    std::uint64_t samplesBefore = kSamplesPerRecord;
     const auto take = [&](const CRRec& record, const FindingPlace& place, bool isLast) {
         check.Check(record, place, isLast);
-        steps.CheckOrder(record.timestamp, place);
-        steps.CheckGap(record.timestamp, kSamplesPerRecord, place);
+        context.steps.CheckOrder(record.timestamp, place);
+        context.steps.CheckGap(record.timestamp, samplesBefore, place);
+        if (context.mayEndEarly) samplesBefore = record.numValidSamples;
         ++totals.records;
         totals.samples += record.numValidSamples;
         totals.timesDigest = AddToDigest(totals.timesDigest, record.timestamp);
     };
-    ReadRecords<CRRec>(file, log, take);
+    ReadRecords<CRRec>(file, context.log, take);
     return totals;
 }
 

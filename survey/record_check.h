@@ -15,9 +15,15 @@ struct ChannelTotals {
     std::uint64_t timesDigest = 0;  // equal for equal times
 };
 
+struct ChannelCheckContext {
+    TimeSteps& steps;
+    FindingLog& log;
+    bool mayEndEarly = false;  // records, where a conversion skipped what is damaged
+};
+
 // Looks at every whole record of a channel file.
 [[nodiscard]] ChannelTotals CheckChannelRecords(const OutputInSet& output, const RecordFile& file,
-                                                TimeSteps& steps, FindingLog& log);
+                                                const ChannelCheckContext& context);
 
 // Looks at every whole record of an event file.
 void CheckEventRecords(const RecordFile& file, TimeSteps& steps, FindingLog& log);

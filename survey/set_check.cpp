@@ -154,8 +154,11 @@ Value MostFrequent(const std::vector<Value>& values) {
 // Goes through the files of a set and gathers what their records come to.
 class RecordsCheck {
   public:
-    RecordsCheck(const Outputs& outputs, std::size_t mostListed, VerifiedSet& set)
-        : outputs_(outputs), mostListed_(mostListed), set_(set) {}
+    RecordsCheck(const Outputs& outputs, const VerifyRequest& request, VerifiedSet& set)
+        : outputs_(outputs),
+          mostListed_(request.mostFindingsPerFile),
+          mayEndEarly_(request.salvaged),
+          set_(set) {}
 
     void Run() {
         const auto gapSource =
@@ -197,7 +200,7 @@ class RecordsCheck {
                 return;
             case OutputName::Kind::kChannel:
                 channels_[Alike(output.name)].push_back(
-                    {&output, CheckChannelRecords(output, file, steps, log)});
+                    {&output, CheckChannelRecords(output, file, {steps, log, mayEndEarly_})});
                 return;
         }
     }
@@ -255,6 +258,7 @@ class RecordsCheck {
 
     const Outputs& outputs_;
     std::size_t mostListed_;
+    bool mayEndEarly_;
     VerifiedSet& set_;
     std::map<std::pair<ChannelGroup, std::uint32_t>, std::vector<CheckedChannel>> channels_;
     std::optional<std::uint64_t> adSamples_;  // of channels that every packet has
@@ -270,9 +274,9 @@ void CheckMembers(const std::vector<OutputInSet>& outputs, const RecordingHeader
     MemberCheck(outputs, recording, mostFindingsPerFile, set).Run();
 }
 
-void CheckRecords(const std::vector<OutputInSet>& outputs, std::size_t mostFindingsPerFile,
+void CheckRecords(const std::vector<OutputInSet>& outputs, const VerifyRequest& request,
                   VerifiedSet& set) {
-    RecordsCheck(outputs, mostFindingsPerFile, set).Run();
+    RecordsCheck(outputs, request, set).Run();
 }
 
 }  // namespace stalwick

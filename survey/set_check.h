@@ -4,7 +4,7 @@
 
 #include "ord/recording_header.h"
 #include "survey/output_set.h"
-#include "survey/verify_report.h"
+#include "survey/verify_outputs.h"
 
 namespace stalwick {
 
@@ -14,7 +14,7 @@ void CheckMembers(const std::vector<OutputInSet>& outputs, const RecordingHeader
                   std::size_t mostFindingsPerFile, VerifiedSet& set);
 
 // Looks at every record of a set's files, and whether their counts and times agree.
-void CheckRecords(const std::vector<OutputInSet>& outputs, std::size_t mostFindingsPerFile,
+void CheckRecords(const std::vector<OutputInSet>& outputs, const VerifyRequest& request,
                   VerifiedSet& set);
 
 }  // namespace stalwick

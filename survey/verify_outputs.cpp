@@ -16,7 +16,8 @@ namespace {
 constexpr std::uint32_t kMostChannels = 256;
 
 // Why there are no outputs of a recording to compare with; empty: there are.
-std::wstring OpenRecording(const std::wstring& path, ORDFileReader& reader) {
+template <typename Reader>
+std::wstring OpenRecording(const std::wstring& path, Reader& reader) {
     if (reader.Open(path) != 0) {
         return reader.SystemError() != 0 ? SystemErrorText(reader.SystemError())
                                          : reader.GetErrorMessage();
@@ -26,8 +27,13 @@ std::wstring OpenRecording(const std::wstring& path, ORDFileReader& reader) {
     return L"its header is damaged, no outputs are made of it";
 }
 
-void CompareSet(const std::vector<OutputInSet>& outputs, const VerifyRequest& request,
-                ORDFileReader& recording, VerifiedSet& set) {
+// Returns why it could not compare; empty: it could.
+template <typename Reader>
+std::wstring CompareSet(const std::vector<OutputInSet>& outputs, const VerifyRequest& request,
+                        Reader& recording, VerifiedSet& set) {
+    if (std::wstring error = OpenRecording(request.recordingPath, recording); !error.empty()) {
+        return error;
+    }
     const RecordingHeader& header = recording.Header();
     CheckMembers(outputs, &header, request.mostFindingsPerFile, set);
     CheckHeaders(outputs, &header, request.mostFindingsPerFile, set);
@@ -35,13 +41,25 @@ void CompareSet(const std::vector<OutputInSet>& outputs, const VerifyRequest& re
     for (OutputFinding& finding : set.findings) {
         if (finding.path.empty()) finding.path = request.recordingPath;
     }
+    return {};
+}
+
+// Some 50 KB each: kept off the stack.
+std::wstring CompareSet(const std::vector<OutputInSet>& outputs, const VerifyRequest& request,
+                        VerifiedSet& set) {
+    if (!request.salvaged) {
+        return CompareSet(outputs, request, *std::make_unique<ORDFileReader>(), set);
+    }
+    const auto stream = std::make_unique<PacketStream>();
+    stream->BeStrict();
+    return CompareSet(outputs, request, *stream, set);
 }
 
 void CheckSet(const std::vector<OutputInSet>& outputs, const VerifyRequest& request,
               VerifiedSet& set) {
     CheckMembers(outputs, nullptr, request.mostFindingsPerFile, set);
     CheckHeaders(outputs, nullptr, request.mostFindingsPerFile, set);
-    CheckRecords(outputs, request.mostFindingsPerFile, set);
+    CheckRecords(outputs, request, set);
 }
 
 }  // namespace
@@ -59,14 +77,11 @@ VerifyReport VerifyOutputs(const VerifyRequest& request, const std::vector<std::
             CheckSet(outputs, request, set);
             continue;
         }
-        // Some 50 KB: kept off the stack.
-        const auto recording = std::make_unique<ORDFileReader>();
-        report.recordingError = OpenRecording(request.recordingPath, *recording);
+        report.recordingError = CompareSet(outputs, request, set);
         if (!report.recordingError.empty()) {
             report.sets.clear();
             return report;
         }
-        CompareSet(outputs, request, *recording, set);
     }
     if (report.sets.empty()) report.error = L"there are no outputs (.vcs, .vev, .vrd) in it";
     return report;

@@ -13,6 +13,8 @@ struct VerifyRequest {
     // what it gives. Empty: the outputs are only held against one another and their format.
     std::wstring recordingPath;
     std::size_t mostFindingsPerFile = 10;  // that are listed; all are counted
+    // Made by a conversion that skipped what is damaged: records may end before such a place.
+    bool salvaged = false;
 };
 
 // Looks whether the outputs in a directory are whole. Several conversions may have written there:

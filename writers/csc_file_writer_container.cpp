@@ -17,7 +17,7 @@ using VtxDataTypes::CRRec;
 using VtxDataTypes::kSamplesPerRecord;
 
 constexpr int kADBitVoltsDigits = 24;
-constexpr std::size_t kPrefetchDistance = 64;  // samples
+constexpr std::size_t kPrefetchDistance = 160;  // samples
 constexpr std::uint32_t kRecordsPerWrite = 64;
 
 bool IsOn(const ChannelOptions& options, ChannelGroup group) {

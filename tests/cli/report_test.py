@@ -112,9 +112,8 @@ class Report(unittest.TestCase):
             self.assertEqual(entry[key], survey[key], key)
         # By the header's rate here, by the measured one there.
         self.assertAlmostEqual(entry["duration_seconds"], survey["duration_seconds"], places=6)
-        for gap in survey["gaps"]:
-            gap["position"] = None  # the conversion does not know it
         self.assertEqual(entry["gaps"], survey["gaps"])
+        self.assertIsNone(entry["damage"])
         sizes = {output["name"]: (output["records"], output["bytes"])
                  for output in survey["outputs"]}
         self.assertEqual({output["name"]: (output["records"], output["bytes"])
@@ -150,6 +149,28 @@ class Report(unittest.TestCase):
         self.assertEqual(len(entry["losses"]), 1)
         self.assertIn("300 trailing bytes", entry["losses"][0])
         self.assertEqual(entry["details"], [])
+
+    def test_report_of_a_salvaged_recording_has_each_stretch_that_was_left_out(self):
+        self.make("a.ord", "--channels", "64", "--gap", "1:0.25", "--insert", "500000:300",
+                  "--drop-bytes", "900000:70")
+        document = self.report("--salvage", "a.ord", status=3)
+        self.assertTrue(document["options"]["salvage"])
+        entry = document["recordings"][0]
+        survey = self.inspect("a.ord")
+        self.assertEqual(len(survey["damage"]), 2)
+        self.assertEqual(entry["damage"], survey["damage"])
+        self.assertEqual(entry["gaps"], survey["gaps"])
+        self.make("old.ord", "--insert", "500000:300", "--file-version", "1.0")
+        entry = self.report("--salvage", "old.ord", status=3)["recordings"][0]
+        self.assertEqual(len(entry["damage"]), 1)
+        stretch = entry["damage"][0]
+        self.assertLess(stretch["position"], 500000)
+        self.assertGreaterEqual(stretch["position"] + stretch["bytes"], 500300)
+        self.assertIsNone(stretch["missing_samples"])
+        self.make("b.ord")
+        document = self.report("--salvage", "b.ord")
+        self.assertEqual(document["recordings"][0]["damage"], [])
+        self.assertFalse(self.report("b.ord")["options"]["salvage"])
 
     def test_report_of_failed_and_not_begun_recordings(self):
         self.make("a.ord")
@@ -226,6 +247,67 @@ class Report(unittest.TestCase):
         self.assertEqual({output["name"]: output for output in second["outputs"]}, by_name)
         self.assertEqual(second["sha256"], first["sha256"])
         self.assertIsNone(second["packets"])
+
+    def skip(self, *arguments, status=0):
+        run = self.run_convert("--report", "report.json", "--skip-converted", *arguments,
+                               status=status)
+        self.load()
+        return run.stderr.decode()
+
+    def test_what_the_report_of_an_earlier_run_has_is_passed_over_without_being_read(self):
+        self.make("a.ord", "--all")
+        self.report("--all", "a.ord")
+        # A byte of a packet, which only reading would find.
+        stat = os.stat(self.path("a.ord"))
+        with open(self.path("a.ord"), "r+b") as file:
+            file.seek(16384 + 50_000)
+            file.write(b"\xee" * 5000)
+        os.utime(self.path("a.ord"), ns=(stat.st_atime_ns, stat.st_mtime_ns))
+        as_reported = "passed over, it and its outputs are as the report has them"
+        self.assertIn(as_reported, self.skip("--all", "a.ord"))
+        self.assertIn(as_reported, self.skip("a.ord"))  # of the report of the run just before
+        self.assertEqual(self.load()["recordings"][0]["result"], "passed_over")
+        os.utime(self.path("a.ord"), ns=(stat.st_atime_ns, stat.st_mtime_ns + 1000))
+        self.assertNotIn("passed over", self.skip("a.ord", status=1))
+
+    def test_what_differs_from_the_report_of_an_earlier_run_is_looked_at(self):
+        self.make("a.ord", "--all", "--channels", "32")
+        looked = "passed over, its outputs are whole"
+        first = self.report("a.ord")
+        saved = json.dumps(first)
+
+        def put_report(text):
+            with open(self.path("report.json"), "w", encoding="utf-8") as file:
+                file.write(text)
+
+        def changed(**changes):
+            entry = {**first["recordings"][0], **changes}
+            return json.dumps({**first, "recordings": [entry]}, indent=2)
+
+        for name, text in (
+                ("another size", changed(bytes=first["recordings"][0]["bytes"] + 1)),
+                ("another directory", changed(directory="/elsewhere")),
+                ("another path", changed(path="/elsewhere/a.ord")),
+                ("no time of change", changed(modified=None)),
+                ("not whole", changed(result="with_losses")),
+                ("an output less", changed(outputs=first["recordings"][0]["outputs"][1:])),
+                ("not a list", changed(outputs=7)),
+                ("not JSON", json.dumps(first, indent=2)[:-40])):
+            with self.subTest(name):
+                put_report(text)
+                self.assertIn(looked, self.skip("a.ord"))
+        os.remove(self.path("report.json"))
+        self.assertIn(looked, self.skip("a.ord"))
+        put_report(json.dumps(json.loads(saved), indent=2))
+        # An output more than it has; then a shorter output.
+        self.assertNotIn("passed over", self.skip("--raw", "a.ord"))
+        put_report(json.dumps(json.loads(saved), indent=2))
+        with open(self.path("a/CSC3.vcs"), "r+b") as file:
+            file.truncate(16384 + 1044)
+        for name in os.listdir(self.path("a")):
+            if "_" in name or name == "RawData.vrd":
+                os.remove(self.path("a/" + name))
+        self.assertNotIn("passed over", self.skip("a.ord"))
 
     def test_report_of_an_earlier_run_is_replaced(self):
         self.make("a.ord")

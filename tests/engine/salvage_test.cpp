@@ -116,13 +116,41 @@ TEST(Salvage, WithoutTimestampsTheTimeGoesOnAndTheAccountSaysHowEarly) {
     const EngineRun run = RunEngine(directory, Damaged(false), AllOutputs(), Salvage());
     ASSERT_EQ(run.recordsProcessed, kPackets - kLost);
     ASSERT_EQ(run.details.size(), 1U);
-    EXPECT_NE(run.details[0].text.find(L"early at the end"), std::wstring::npos);
+    const std::wstring& text = run.details[0].text;
+    EXPECT_NE(text.find(L"bytes were skipped, the room of "), std::wstring::npos);
+    EXPECT_NE(text.find(L"if all these bytes were packets, it is at least 0.00"),
+              std::wstring::npos);
+    EXPECT_NE(text.find(L" s early at the end"), std::wstring::npos);
     double samples = 0.0;
     for (const VtxDataTypes::CRRec& record : RecordsOf(run.files.at("CSC1.vcs"))) {
         EXPECT_NEAR(static_cast<double>(record.timestamp), samples * 1e6 / 30000, 1.0);
         samples += record.numValidSamples;
     }
     EXPECT_EQ(samples, 10.0 * (kPackets - kLost));
+}
+
+// Timestamps show that nothing is missing. Without them nothing tells, and no number is claimed.
+TEST(Salvage, BytesThatWerePutBetweenPacketsAreNotCalledLostPackets) {
+    for (const bool timestamps : {true, false}) {
+        std::string stream;
+        const std::vector<PacketPlan> plans = Packets(timestamps);
+        for (std::size_t i = 0; i < plans.size(); ++i) {
+            if (i == kBeforeDamage) stream += std::string(20'000, '\xEE');
+            stream += EncodePacket(plans[i]);
+        }
+        const TempDirectory directory;
+        const EngineRun run =
+            RunEngine(directory, Header(timestamps).Block() + stream, AllOutputs(), Salvage());
+        ASSERT_EQ(run.details.size(), 1U);
+        const std::wstring& text = run.details[0].text;
+        // The packet before such a place is not certain.
+        const bool saysLost = text.find(L" lost") != std::wstring::npos;
+        EXPECT_EQ(saysLost, timestamps) << std::string(text.begin(), text.end());
+        if (!timestamps) continue;
+        EXPECT_EQ(run.recordsProcessed, kPackets - 1);
+        EXPECT_NE(text.find(L"1 packet (0.0003 s) is lost"), std::wstring::npos)
+            << std::string(text.begin(), text.end());
+    }
 }
 
 TEST(Salvage, ManyStretchesAreSummedUpFirstAndTheLinesAreFew) {

@@ -213,20 +213,23 @@ TEST(PacketDecoder, SpansOfDifferentPacketCountsShareOneSetOfPackets) {
     for (int i = 0; i < 5; ++i) longSpan += packet;
     const std::vector<std::uint8_t> span(longSpan.begin(), longSpan.end());
     std::vector<ORDDataPacket> packets;
-    std::vector<ORDDataPacket> spares;
-    std::set<const std::uint16_t*> memory;
+    SpanMemory memory;
+    std::set<const std::uint16_t*> used;
     for (std::size_t round = 0; round < 30; ++round) {
         const std::size_t length = packet.size() * (1 + round % 5) + round % packet.size();
         const std::size_t usable = std::min(length, span.size());
-        ProcessDataBuffer(span.data(), usable, packets, kVersion1, 10, spares);
+        ProcessDataBuffer(span.data(), usable, packets, kVersion1, 10, memory);
         ASSERT_EQ(packets.size(), usable / packet.size());
         for (const ORDDataPacket& decoded : packets) {
             ASSERT_EQ(*decoded.adSamples, *packets.front().adSamples);
-            memory.insert(decoded.adSamples->data());
+            used.insert(decoded.adSamples->data());
         }
+        EXPECT_EQ(
+            memory.packetSizes,
+            std::vector<std::uint32_t>(packets.size(), static_cast<std::uint32_t>(packet.size())));
     }
     // Five packets at the most, and the one that a span's last bytes are tried on.
-    EXPECT_LE(memory.size(), 6U);
+    EXPECT_LE(used.size(), 6U);
 }
 
 TEST(PacketDecoder, ReusedPacketKeepsNothingOfTheOneBefore) {

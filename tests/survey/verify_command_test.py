@@ -77,6 +77,52 @@ class VerifyCommand(unittest.TestCase):
         self.assertEqual((status, len(lines), len(errors)), (1, 1, 1))
         self.assertIn("none: not verified: ", errors[0])
 
+    def salvage(self, version):
+        """A recording with three damaged places, and what --salvage makes of it."""
+        name = self.path(f"damaged{version}.ord")
+        subprocess.run([SYNTH, "-q", "-c", "32", "-s", "0.6", "--all", "--file-version", version,
+                        "--utc-offset", "77", "--insert", "100000:300", "--drop-bytes", "200000:70",
+                        "--insert", "300000:9000", "-o", name], check=True)
+        run = subprocess.run([CONVERT, "-q", "--no-sync", "--all", "--salvage", name], check=False,
+                             capture_output=True)
+        self.assertEqual(run.returncode, 3, run.stderr)
+        return name, self.path(f"damaged{version}")
+
+    def test_salvaged_sets_are_whole_if_they_are_called_so(self):
+        for version in ("2.0", "1.0"):
+            recording, outputs = self.salvage(version)
+            for arguments in (["--salvaged", outputs],
+                              ["--salvaged", "--against", recording, outputs]):
+                status, lines, errors = self.verify(*arguments)
+                self.assertEqual((status, errors), (0, []), lines)
+                self.assertIn(": whole", lines[-1])
+            status, lines, _ = self.verify(outputs)
+            self.assertEqual(status, 1)
+            self.assertIn("which no record but the last may have", lines[0])
+            status, lines, _ = self.verify("--against", recording, outputs)
+            self.assertEqual(status, 1)
+
+    def test_changed_byte_of_a_salvaged_set_is_found(self):
+        recording, outputs = self.salvage("2.0")
+        name = os.path.join(outputs, "CSC7.vcs")
+        size = os.path.getsize(name)
+        last = size - 1044  # that record follows every skipped stretch
+        for at in (last, last + 8, last + 16, last + 20):
+            with open(name, "r+b") as file:
+                file.seek(at)
+                byte = file.read(1)[0]
+                file.seek(at)
+                file.write(bytes([byte ^ 4]))
+                file.flush()
+                status, lines, _ = self.verify("--salvaged", "--against", recording, outputs)
+                self.assertEqual((status, len(lines)), (1, 2), lines)
+                self.assertIn(f"CSC7.vcs: record {(size - HEADER) // 1044 - 1} at byte {at}",
+                              lines[0])
+                file.seek(at)
+                file.write(bytes([byte]))
+        status, lines, _ = self.verify("--salvaged", "--against", recording, outputs)
+        self.assertEqual(status, 0, lines)
+
     def test_directory_without_outputs_is_not_whole(self):
         status, lines, errors = self.verify(self.temporary.name)
         self.assertEqual((status, lines), (1, []))

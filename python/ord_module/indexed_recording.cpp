@@ -240,7 +240,7 @@ void IndexedRecording::ReadPart(const RecordingIndex& index, const SampleRequest
     std::vector<std::uint8_t> buffer(kDataBufferSize);
     std::array<std::vector<ORDDataPacket>, kSpansAtOnce> decoded;
     std::size_t spansHeld = 0;
-    std::vector<ORDDataPacket> spares;
+    SpanMemory memory;
     std::vector<PacketPart> parts;
     std::uint64_t sample = request.start;
     if (after == index.spans.begin()) Fail(path_, kStaleIndex);
@@ -252,7 +252,7 @@ void IndexedRecording::ReadPart(const RecordingIndex& index, const SampleRequest
         const auto code = file_.ReadAt(span->position, buffer.data(), buffer.size(), size);
         if (code != 0) Fail(path_, SystemErrorText(code));
         ProcessDataBuffer(buffer.data(), size, packets, PacketDecodeOptions(header_),
-                          kSamplesPerPacket, spares);
+                          kSamplesPerPacket, memory);
         sample = span->first[group];
         for (ORDDataPacket& packet : packets) {
             const auto values = ValuesOf(packet, request.group);

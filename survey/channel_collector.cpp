@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <cstring>
+#include <cstdlib>
 
 #include "ord/ord_format.h"
+#include "survey/channel_mask.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -17,15 +18,9 @@ namespace {
 
 // The sum of so many 16-bit values fits into 32 bits.
 constexpr std::uint32_t kMostSumPackets = 1U << 15U;
-constexpr double kStepsPer14BitStep = 4.0;
-
-// Channel j's bit is in mask byte K/8 - 1 - j/8.
-bool IsEnabled(const std::vector<std::uint8_t>& mask, std::size_t channel) {
-    if (mask.empty()) return true;
-    const std::size_t byte = channel / 8;
-    return byte < mask.size() &&
-           (unsigned{mask[mask.size() - 1 - byte]} >> (channel % 8) & 1U) != 0;
-}
+constexpr std::int64_t kWholeStepsPer14BitStep = 4;
+constexpr double kStepsPer14BitStep = kWholeStepsPer14BitStep;
+constexpr double kSecondsPerMinute = 60.0;
 
 // Bit i of the result: whether samples[i] has the value of the sample before it.
 unsigned EqualToTheOneBefore(const std::int16_t* samples, std::int16_t before) {
@@ -46,6 +41,15 @@ unsigned EqualToTheOneBefore(const std::int16_t* samples, std::int16_t before) {
     return equal;
 }
 
+// RMS about the mean, in 14-bit steps, of the sums of so many 14-bit samples and their squares. The
+// difference is taken in whole numbers: nothing cancels, however far the mean is from 0.
+double DeviationOf(std::uint64_t samples, std::int64_t sum, std::uint64_t sumOfSquares) {
+    __extension__ using Wide = unsigned __int128;
+    const auto size = static_cast<std::uint64_t>(std::abs(sum));
+    const Wide spread = Wide{samples} * sumOfSquares - Wide{size} * size;
+    return std::sqrt(static_cast<double>(spread)) / static_cast<double>(samples);
+}
+
 // Whether any of a channel's slots is set.
 bool AnySlot(const std::array<std::uint16_t, kMostSlots>& slots, std::size_t channel) {
     const std::uint16_t* const first = slots.data() + channel * kSamplesPerPacket;
@@ -56,6 +60,14 @@ bool AnySlot(const std::array<std::uint16_t, kMostSlots>& slots, std::size_t cha
 
 }  // namespace
 
+ChannelCollector::ChannelCollector(std::uint32_t samplingFrequency)
+    : packetsPerSecond_(std::clamp(samplingFrequency / kSamplesPerPacket, 1U, kMostSumPackets)),
+      secondSeconds_(samplingFrequency != 0 ? static_cast<double>(packetsPerSecond_) *
+                                                  kSamplesPerPacket / samplingFrequency
+                                            : 0.0) {
+    sums_.Clear();
+}
+
 void ChannelCollector::Take(ORDDataPacket& packet) {
     const std::size_t slots = std::min(packet.adSamples->size(), kMostSlots);
     if (slots != slots_ || *packet.channelMask != channelMask_) {
@@ -65,6 +77,7 @@ void ChannelCollector::Take(ORDDataPacket& packet) {
     samples.swap(*packet.adSamples);
     samples_[blockPackets_++] = reinterpret_cast<const std::int16_t*>(samples.data());
     if (blockPackets_ == kBlockPackets) AddBlock();
+    if (++secondPackets_ == packetsPerSecond_) EndSecond();
 }
 
 void ChannelCollector::ChangeShape(std::size_t slots, const std::vector<std::uint8_t>& mask) {
@@ -73,7 +86,7 @@ void ChannelCollector::ChangeShape(std::size_t slots, const std::vector<std::uin
     slots_ = slots;
     channelMask_ = mask;
     for (std::size_t channel = 0; channel < slots / kSamplesPerPacket; ++channel) {
-        enabled_[channel] = IsEnabled(mask, channel);
+        enabled_[channel] = IsChannelRecorded(mask, channel);
     }
 }
 
@@ -162,12 +175,43 @@ void ChannelCollector::AddSums() {
         Totals& totals = totals_[channel];
         totals.samples += sumPackets_;
         totals.sum += sums_.sum[slot];
+        totals.secondSum += sums_.sum[slot];
+        totals.secondSamples += sumPackets_;
         totals.sumOfSquares += sums_.sumOfSquares[slot];
         totals.smallest = std::min(totals.smallest, sums_.smallest[slot]);
         totals.largest = std::max(totals.largest, sums_.largest[slot]);
     }
     sums_.Clear();
     sumPackets_ = 0;
+}
+
+void ChannelCollector::EndSecond() {
+    AddBlock();
+    AddSums();
+    const std::uint64_t whole = std::uint64_t{packetsPerSecond_} * kSamplesPerPacket;
+    for (Totals& totals : totals_) {
+        if (totals.secondSamples == whole) {
+            totals.drift.Add(static_cast<double>(seconds_),
+                             static_cast<double>(totals.secondSum) / static_cast<double>(whole));
+        }
+        totals.secondSum = 0;
+        totals.secondSamples = 0;
+    }
+    secondPackets_ = 0;
+    ++seconds_;
+}
+
+// RMS about the mean, in 16-bit steps.
+double ChannelCollector::NoiseOf(const Totals& totals) {
+    return kStepsPer14BitStep *
+           DeviationOf(totals.samples, totals.sum / kWholeStepsPer14BitStep, totals.sumOfSquares);
+}
+
+std::optional<double> ChannelCollector::DriftOf(const Totals& totals,
+                                                double microvoltsPerStep) const {
+    const std::optional<double> slope = totals.drift.Slope();
+    if (!slope || secondSeconds_ == 0.0) return std::nullopt;
+    return *slope * kSecondsPerMinute / secondSeconds_ * microvoltsPerStep;
 }
 
 std::vector<ChannelStatistics> ChannelCollector::Finish(double microvoltsPerStep) {
@@ -183,7 +227,9 @@ std::vector<ChannelStatistics> ChannelCollector::Finish(double microvoltsPerStep
                        totals.largest * microvoltsPerStep,
                        static_cast<double>(totals.sum) / count * microvoltsPerStep,
                        std::sqrt(meanSquare) * kStepsPer14BitStep * microvoltsPerStep,
-                       totals.atRangeEnds, totals.longestRun});
+                       totals.atRangeEnds, totals.longestRun,
+                       NoiseOf(totals) * std::abs(microvoltsPerStep),
+                       DriftOf(totals, microvoltsPerStep)});
     }
     return all;
 }

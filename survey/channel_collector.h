@@ -2,9 +2,11 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "ord/ord_data_packet.h"
+#include "survey/line_fit.h"
 #include "survey/recording_survey.h"
 #include "survey/sample_block.h"
 
@@ -13,7 +15,7 @@ namespace stalwick {
 // Gathers the statistics of all channels, a packet at a time.
 class ChannelCollector {
   public:
-    ChannelCollector() { sums_.Clear(); }
+    explicit ChannelCollector(std::uint32_t samplingFrequency);  // samples per second
 
     // Takes the samples of a packet that has some; the packet keeps memory of another one.
     void Take(ORDDataPacket& packet);
@@ -34,6 +36,9 @@ class ChannelCollector {
         std::uint64_t run = 0;  // samples of one value up to the last
         std::uint64_t longestRun = 0;
         std::int16_t last = 0;
+        std::int64_t secondSum = 0;  // of the second that has begun
+        std::uint64_t secondSamples = 0;
+        LineFit drift;  // means of whole seconds, by their number
     };
 
     void ChangeShape(std::size_t slots, const std::vector<std::uint8_t>& mask);
@@ -42,6 +47,9 @@ class ChannelCollector {
     void FollowRuns(std::size_t channel);
     void CountAtRangeEnds(std::size_t channel);
     void AddSums();
+    void EndSecond();
+    static double NoiseOf(const Totals& totals);
+    std::optional<double> DriftOf(const Totals& totals, double microvoltsPerStep) const;
 
     // Packets of one shape are added together, a few at a time.
     std::array<std::vector<std::uint16_t>, kBlockPackets> block_;
@@ -52,6 +60,10 @@ class ChannelCollector {
     std::array<bool, kMostADChannels> enabled_{};
     SlotSums sums_;
     std::uint32_t sumPackets_ = 0;  // in sums_
+    std::uint32_t packetsPerSecond_;
+    double secondSeconds_;  // how long so many packets take
+    std::uint32_t secondPackets_ = 0;
+    std::uint64_t seconds_ = 0;  // that have ended
     std::array<Totals, kMostADChannels> totals_{};
 };
 

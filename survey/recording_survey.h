@@ -35,6 +35,10 @@ struct ChannelStatistics {
     double rmsMicrovolts = 0.0;        // about 0, not about the mean
     std::uint64_t atRangeEnds = 0;     // samples of the smallest or the largest value there is
     std::uint64_t longestFlatRun = 0;  // samples in a row of one value, at most to a gap or damage
+    double noiseMicrovolts = 0.0;      // RMS about the mean
+    // The slope of the least-squares line through the means of the channel's whole seconds of
+    // samples, gaps left out; none of fewer than two seconds.
+    std::optional<double> driftMicrovoltsPerMinute;
 };
 
 // How many packets have each block.

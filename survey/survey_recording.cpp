@@ -22,8 +22,12 @@ constexpr std::uint64_t kQuickEndBytes = 128U * 1024U;  // more than ten of the 
 // A survey under way. Some 100 KB: kept off the stack.
 class Surveyor {
   public:
-    Surveyor(PacketStream& stream, RecordingSurvey& survey)
-        : stream_(stream), survey_(survey), timeLine_(stream.Header().samplingFrequency) {}
+    Surveyor(PacketStream& stream, RecordingSurvey& survey, SurveyWatcher* watcher)
+        : stream_(stream),
+          survey_(survey),
+          watcher_(watcher),
+          timeLine_(stream.Header().samplingFrequency),
+          channels_(stream.Header().samplingFrequency) {}
 
     void ReadAll() {
         while (ReadPart()) {
@@ -34,8 +38,8 @@ class Surveyor {
 
   private:
     bool ReadPart();
-    void TakePacket(const StreamPart& part);
-    void TakeTtl();
+    bool TakePacket(const StreamPart& part);
+    void TakeTtl(WatchedPacket& watched);
     void TakeDamage(const StreamPart& part);
     void CountBlocks();
     void FindMaskedChannels();
@@ -43,6 +47,7 @@ class Surveyor {
 
     PacketStream& stream_;
     RecordingSurvey& survey_;
+    SurveyWatcher* watcher_;  // or null
     ORDDataPacket packet_;
     TimeLine timeLine_;
     ChannelCollector channels_;
@@ -52,13 +57,12 @@ class Surveyor {
     std::optional<std::size_t> damageBefore_;  // the packet that comes next
 };
 
-// False when there was nothing more.
+// False when there was nothing more, or when the watcher has enough.
 bool Surveyor::ReadPart() {
     const StreamPart part = stream_.Next(packet_);
     switch (part.kind) {
         case StreamPart::Kind::kPacket:
-            TakePacket(part);
-            return true;
+            return TakePacket(part);
         case StreamPart::Kind::kDamage:
             TakeDamage(part);
             return true;
@@ -70,7 +74,9 @@ bool Surveyor::ReadPart() {
     return false;
 }
 
-void Surveyor::TakePacket(const StreamPart& part) {
+bool Surveyor::TakePacket(const StreamPart& part) {
+    WatchedPacket watched{packet_, part.position};
+    if (!survey_.hasTimestamps) watched.seconds = SamplesSeconds();
     ++survey_.packets;
     survey_.packetBytes += part.size;
     ++survey_.packetsByChannelCode[packet_.channelCountCode];
@@ -85,8 +91,13 @@ void Surveyor::TakePacket(const StreamPart& part) {
     if (!isRegular) channels_.BreakRuns();
     // A conversion ends at the first damage.
     if (survey_.damage.empty()) outputs_.Take(packet_);
+    TakeTtl(watched);
+    if (survey_.hasTimestamps) watched.seconds = static_cast<double>(timeLine_.ElapsedNs()) / 1e9;
+    watched.follows = isRegular;
+    const bool goOn = watcher_ == nullptr || watcher_->Take(watched);
+    // Last: it takes the packet's samples away.
     if (packet_.adSamples) channels_.Take(packet_);
-    TakeTtl();
+    return goOn;
 }
 
 void Surveyor::CountBlocks() {
@@ -100,14 +111,15 @@ void Surveyor::CountBlocks() {
     if (packet_.hardwareTimestamp) ++blocks.hardwareTimestamp;
 }
 
-void Surveyor::TakeTtl() {
+void Surveyor::TakeTtl(WatchedPacket& watched) {
     JoinTtlValues(packet_, ttlValues_);
-    std::uint64_t events = 0;
+    std::uint64_t& events = watched.ttlEvents;
     for (const std::uint8_t value : ttlValues_) {
         const unsigned changed = static_cast<unsigned>(value ^ lastTtl_.value_or(value));
         lastTtl_ = value;
         if (changed == 0) continue;
         ++events;
+        watched.ttlChanged = static_cast<std::uint8_t>(watched.ttlChanged | changed);
         for (unsigned bits = changed; bits != 0; bits &= bits - 1) {
             ++survey_.ttlChanges[static_cast<std::size_t>(std::countr_zero(bits))];
         }
@@ -177,7 +189,8 @@ void Surveyor::Finish() {
 
 }  // namespace
 
-RecordingSurvey SurveyRecording(const std::wstring& path, SurveyDepth depth) {
+RecordingSurvey SurveyRecording(const std::wstring& path, SurveyDepth depth,
+                                SurveyWatcher* watcher) {
     RecordingSurvey survey;
     survey.path = path;
     PacketStream stream;
@@ -189,7 +202,8 @@ RecordingSurvey SurveyRecording(const std::wstring& path, SurveyDepth depth) {
     survey.fileSize = stream.FileSize();
     survey.header = stream.Header();
     survey.hasTimestamps = stream.PacketsCarryTimestamps();
-    const auto surveyor = std::make_unique<Surveyor>(stream, survey);
+    const auto surveyor = std::make_unique<Surveyor>(stream, survey, watcher);
+    if (watcher != nullptr) watcher->Begin(survey.header, survey.fileSize);
     if (depth == SurveyDepth::kQuick) {
         surveyor->ReadBothEnds(survey.fileSize);
     } else {

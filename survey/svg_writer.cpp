@@ -27,10 +27,11 @@ SvgWriter::SvgWriter(const SvgPicture& picture) : id_(EscapeXml(picture.id)) {
     const std::string width = SvgNumber(picture.width);
     const std::string height = SvgNumber(picture.height);
     text_ = "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + width + "\" height=\"" + height +
-            "\" viewBox=\"0 0 " + width + ' ' + height + "\" role=\"img\" aria-labelledby=\"" +
-            id_ + "-title " + id_ + "-desc\">\n<title id=\"" + id_ + "-title\">" +
-            EscapeXml(picture.title) + "</title>\n<desc id=\"" + id_ + "-desc\">" +
-            EscapeXml(picture.description) + "</desc>\n";
+            "\" viewBox=\"0 0 " + width + ' ' + height + "\"" +
+            (picture.stretches ? " preserveAspectRatio=\"none\"" : "") +
+            " role=\"img\" aria-labelledby=\"" + id_ + "-title " + id_ + "-desc\">\n<title id=\"" +
+            id_ + "-title\">" + EscapeXml(picture.title) + "</title>\n<desc id=\"" + id_ +
+            "-desc\">" + EscapeXml(picture.description) + "</desc>\n";
     if (!picture.style.empty()) text_ += "<style>\n" + EscapeXml(picture.style) + "</style>\n";
 }
 

@@ -38,6 +38,7 @@ struct SvgPicture {
     std::string title;           // for screen readers
     std::string description;     // the same, longer
     std::string style;           // CSS
+    bool stretches = false;      // its shapes fill whatever space it gets; it should have no text
     std::string id = "picture";  // what its ids begin with, for several pictures on a page
 };
 

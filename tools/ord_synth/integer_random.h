@@ -37,7 +37,8 @@ enum class RandomStream : std::uint64_t {
     kAfeImu,
     kUltrasonic,
     kSession,
-    kDamage
+    kDamage,
+    kNoisyChannels
 };
 
 inline IntegerRandom MakeRandom(std::uint64_t seed, RandomStream stream) {

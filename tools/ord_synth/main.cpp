@@ -23,6 +23,9 @@ struct CommandLine {
     std::string seconds = "1";
     std::string fileVersion = "2.0";
     std::optional<std::string> mask;
+    std::optional<std::string> flat;
+    std::optional<std::string> clipped;
+    std::optional<std::string> noisy;
     std::vector<std::string> gaps;
     std::vector<std::string> flips;
     std::vector<std::string> inserts;
@@ -66,6 +69,13 @@ void AddSignalOptions(CLI::App& app, CommandLine& line) {
                    "RMS of the noise in steps of the 14-bit converter, 0 to 1000")
         ->check(CLI::Range(0u, 1000u))
         ->capture_default_str();
+    const auto addFault = [&](const char* name, std::optional<std::string>& list,
+                              const char* help) {
+        app.add_option(name, list, help)->type_name("CHANNELS");
+    };
+    addFault("--flat", line.flat, "These channels, as in 0-15,20, have one value all the time");
+    addFault("--clipped", line.clipped, "These are cut at the upper end of the converter's range");
+    addFault("--noisy", line.noisy, "These have noise of 1500 steps of their own");
     app.add_option("--seed", options.seed, "The same seed and options give the same bytes")
         ->check(WholeNumberOf<std::uint64_t>())
         ->capture_default_str();
@@ -190,6 +200,26 @@ std::string WriteTruth(const CommandLine& line, const stalwick::SynthSummary& su
     return written && closed ? std::string() : "cannot write " + line.truth;
 }
 
+// Result: empty, or what is wrong with the list.
+std::string ReadChannels(const char* name, const std::optional<std::string>& text,
+                         std::uint32_t channelCount, std::vector<std::uint32_t>& channels) {
+    if (!text || stalwick::ParseChannelList(*text, channelCount, channels)) return {};
+    return std::string(name) + ": " + *text + " is not a list such as 0-15,20 of channels below " +
+           std::to_string(channelCount);
+}
+
+std::string CompleteChannels(CommandLine& line) {
+    auto& options = line.options;
+    const std::uint32_t count = options.channelCount;
+    std::string wrong = ReadChannels("--mask", line.mask, count, options.enabledChannels);
+    if (wrong.empty()) wrong = ReadChannels("--flat", line.flat, count, options.flatChannels);
+    if (wrong.empty()) {
+        wrong = ReadChannels("--clipped", line.clipped, count, options.clippedChannels);
+    }
+    if (wrong.empty()) wrong = ReadChannels("--noisy", line.noisy, count, options.noisyChannels);
+    return wrong;
+}
+
 // Result: empty, or what is wrong with an option.
 std::string CompleteOptions(CommandLine& line) {
     auto& options = line.options;
@@ -201,11 +231,7 @@ std::string CompleteOptions(CommandLine& line) {
     options.hardwareTimestamps = line.fileVersion == "2.0";
     options.ttl = !line.noTtl;
     if (line.everything) options.baseImu = options.afeImu = options.ultrasonic = true;
-    if (line.mask &&
-        !stalwick::ParseChannelList(*line.mask, options.channelCount, options.enabledChannels)) {
-        return "--mask: " + *line.mask + " is not a list such as 0-15,20 of channels below " +
-               std::to_string(options.channelCount);
-    }
+    if (const std::string wrong = CompleteChannels(line); !wrong.empty()) return wrong;
     for (const std::string& text : line.gaps) {
         stalwick::SynthGap gap;
         if (!ParseGap(text, options.samplingFrequency, gap)) {

@@ -50,7 +50,11 @@ std::int32_t DrawNormal(IntegerRandom& random) {
 SignalSource::SignalSource(const SynthOptions& options)
     : channelCount_(options.channelCount),
       random_(MakeRandom(options.seed, RandomStream::kSignal)),
-      spikeRandom_(MakeRandom(options.seed, RandomStream::kSpikes)) {
+      spikeRandom_(MakeRandom(options.seed, RandomStream::kSpikes)),
+      flatChannels_(options.flatChannels),
+      clippedChannels_(options.clippedChannels),
+      noisyChannels_(options.noisyChannels),
+      noisyRandom_(MakeRandom(options.seed, RandomStream::kNoisyChannels)) {
     const std::uint32_t packetsPerSecond = options.samplingFrequency / kSynthSamplesPerPacket;
     MakeNoiseTable();
     MakeChannels(options.noiseSteps);
@@ -203,12 +207,31 @@ void SignalSource::AddSpikes(std::span<std::int16_t> samples) {
     std::erase_if(spikes_, [](const Spike& spike) { return spike.age >= kSpikeSamples; });
 }
 
+void SignalSource::AddFaults(std::span<std::int16_t> samples) {
+    // A normal draw's standard deviation is about 37,800: 1,500 steps, several times the waves.
+    constexpr std::int32_t kDrawsPerStep = 25;
+    constexpr std::int16_t kFlatValue = 12;
+    constexpr std::int16_t kNearTheEnd = kMaxSample - 300;
+    for (std::size_t row = 0; row < samples.size(); row += channelCount_) {
+        for (const std::uint32_t channel : noisyChannels_) {
+            std::int16_t& sample = samples[row + channel];
+            sample = static_cast<std::int16_t>(sample + DrawNormal(noisyRandom_) / kDrawsPerStep);
+        }
+        for (const std::uint32_t channel : clippedChannels_) {
+            std::int16_t& sample = samples[row + channel];
+            sample = static_cast<std::int16_t>(sample + kNearTheEnd);
+        }
+        for (const std::uint32_t channel : flatChannels_) samples[row + channel] = kFlatValue;
+    }
+}
+
 void SignalSource::NextPacket(std::span<std::int16_t> samples) {
     UpdatePacketGain();
     MoveWaves();
     AddNoiseAndWaves(samples);
     StartSpikes();
     AddSpikes(samples);
+    AddFaults(samples);
     for (std::int16_t& sample : samples) {
         sample = std::clamp<std::int16_t>(sample, kMinSample, kMaxSample);
     }

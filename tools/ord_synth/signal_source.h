@@ -42,6 +42,7 @@ class SignalSource {
     void StartSpikes();
     void AddSpikes(std::span<std::int16_t> samples);
     void AddSpike(const Spike& spike, std::span<std::int16_t> samples) const;
+    void AddFaults(std::span<std::int16_t> samples);
 
     std::uint32_t channelCount_;
     IntegerRandom random_;
@@ -62,6 +63,10 @@ class SignalSource {
     std::uint32_t spikeInterval_ = 1;      // mean, over all channels
     std::uint32_t nextSpike_ = 0;          // samples from the packet's first
     std::vector<Spike> spikes_;
+    std::vector<std::uint32_t> flatChannels_;
+    std::vector<std::uint32_t> clippedChannels_;
+    std::vector<std::uint32_t> noisyChannels_;
+    IntegerRandom noisyRandom_;
 };
 
 }  // namespace stalwick

@@ -42,6 +42,11 @@ struct SynthOptions {
     std::vector<std::uint64_t> repeatedStamps;  // packets with the timestamp of the one before
     std::vector<SynthDamage> damage;            // as OrderDamage leaves it
     std::uint32_t noiseSteps = 10;  // RMS of the noise in steps of the 14-bit converter, 0 to 1000
+    // Channels with a fault, ascending: one value all the time; the signal at the upper end of the
+    // range; strong noise of their own.
+    std::vector<std::uint32_t> flatChannels;
+    std::vector<std::uint32_t> clippedChannels;
+    std::vector<std::uint32_t> noisyChannels;
     std::uint64_t seed = 1;
     std::int64_t utcOffsetMicroseconds = 1'700'000'000'000'000;
 };

@@ -55,7 +55,9 @@ std::string DescribeTruth(const SynthOptions& options, const SynthSummary& summa
         {"channels", options.channelCount}, {"sampling_frequency", options.samplingFrequency},
         {"packets", summary.packets},       {"undamaged_bytes", summary.bytes},
         {"drift_ppm", options.driftPpm},    {"repeated_timestamps", options.repeatedStamps},
-        {"gaps", GapsOf(options)},          {"damage", DamageOf(options)}};
+        {"gaps", GapsOf(options)},          {"damage", DamageOf(options)},
+        {"flat", options.flatChannels},     {"clipped", options.clippedChannels},
+        {"noisy", options.noisyChannels}};
     return truth.dump(2) + "\n";
 }
 

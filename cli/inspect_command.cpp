@@ -10,6 +10,8 @@
 #include "cli/info_json.h"
 #include "cli/info_table.h"
 #include "cli/print_line.h"
+#include "cli/report_pages.h"
+#include "cli/survey_losses.h"
 #include "cli/usage_error.h"
 #include "cli/verify_lines.h"
 #include "platform/program_version.h"
@@ -68,6 +70,7 @@ void DeclareVerify(CLI::App& app, VerifyOptions& options) {
 struct InspectOptions {
     InfoOptions info;
     VerifyOptions verify;
+    ReportPageOptions report;
 };
 
 std::string VersionLine() {
@@ -82,6 +85,8 @@ void Declare(CLI::App& app, InspectOptions& options) {
     app.require_subcommand(1);
     DeclareInfo(*app.add_subcommand("info", "What recordings hold"), options.info);
     DeclareVerify(*app.add_subcommand("verify", "Whether outputs are whole"), options.verify);
+    DeclareReport(*app.add_subcommand("report", "A page on how good recordings are"),
+                  options.report);
 }
 
 bool Flush() {
@@ -99,19 +104,6 @@ void Print(const RecordingSurvey& survey, bool json) {
     for (const std::wstring& line : SurveyAsTable(survey)) PrintLine(stdout, line);
 }
 
-// What is wrong is also reported where it cannot be overlooked.
-void ReportLosses(const RecordingSurvey& survey) {
-    if (!survey.readError.empty()) {
-        PrintLine(stderr, survey.path + L": could not be read to its end: " + survey.readError +
-                              L"; look for a whole copy");
-    }
-    if (survey.damage.empty()) return;
-    PrintLine(stderr, survey.path + L": damaged from byte " +
-                          std::to_wstring(survey.damage.front().position) + L" on: " +
-                          std::to_wstring(survey.damagedBytes) +
-                          L" bytes hold no certain packets; look for a whole copy");
-}
-
 int ShowInfo(const InfoOptions& options) {
     bool failed = false;
     bool damaged = false;
@@ -119,8 +111,7 @@ int ShowInfo(const InfoOptions& options) {
         const RecordingSurvey survey = SurveyRecording(
             FromUtf8(file), options.quick ? SurveyDepth::kQuick : SurveyDepth::kWhole);
         if (!survey.error.empty()) {
-            PrintLine(stderr, survey.path + L": not looked at: " + survey.error +
-                                  L"; give a recording that can be read");
+            ReportUnreadable(survey);
             failed = true;
             continue;
         }
@@ -187,8 +178,9 @@ int RunInspectCommand(const std::vector<std::string>& arguments) {
             return ReportUsage(DescribeUsageError(*given.front(), error));
         }
         if (!app.remaining().empty()) return ReportUsage(DescribeUsageError(app, error));
-        return ReportUsage("say what to do: info FILE..., or verify DIRECTORY...");
+        return ReportUsage("say what to do: info FILE..., report FILE... or verify DIRECTORY...");
     }
+    if (app.got_subcommand("report")) return ShowReport(options.report);
     return app.got_subcommand("verify") ? ShowVerify(options.verify) : ShowInfo(options.info);
 }
 

@@ -38,8 +38,8 @@ struct SvgPicture {
     std::string title;           // for screen readers
     std::string description;     // the same, longer
     std::string style;           // CSS
-    bool stretches = false;      // its shapes fill whatever space it gets; it should have no text
     std::string id = "picture";  // what its ids begin with, for several pictures on a page
+    bool stretches = false;  // its shapes fill whatever space it gets; it should have no text
 };
 
 // Writes a picture as SVG, a shape at a time. Text is UTF-8 and need not be escaped. A class may be

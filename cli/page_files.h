@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/own_document.h"
+#include "cli/recording_page.h"
+
+namespace stalwick {
+
+inline constexpr OwnDocument kPageOfInspect = {kPageBeginning, L"page", L"--output",
+                                               L"choose another place for it"};
+
+// The pages of several recordings, beside the one that lists them: its name, the recording's, and a
+// number where that is taken. `listPath` as it was given.
+[[nodiscard]] std::vector<std::wstring> NamePages(const std::wstring& listPath,
+                                                  const std::vector<std::wstring>& recordings);
+
+// A path without its directory.
+[[nodiscard]] std::wstring FileNameOf(const std::wstring& path);
+
+}  // namespace stalwick

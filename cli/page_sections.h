@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+#include "survey/page_survey.h"
+
+namespace stalwick {
+
+// The parts of a recording's page that are text, lists and tables, as HTML.
+
+// From the document's beginning to that of <main>, and from there to its end.
+[[nodiscard]] std::string PageHead(const std::string& title);
+[[nodiscard]] std::string PageFoot();
+
+[[nodiscard]] std::string FindingsSection(const PageSurvey& page);
+[[nodiscard]] std::string FactsSection(const PageSurvey& page);
+[[nodiscard]] std::string LossTables(const PageSurvey& page);  // gaps and damage, the first ones
+[[nodiscard]] std::string ChannelMap(const PageSurvey& page);
+[[nodiscard]] std::string RulesTable(const PageSurvey& page);
+[[nodiscard]] std::string ChannelTable(const PageSurvey& page);
+
+}  // namespace stalwick

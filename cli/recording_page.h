@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "survey/page_survey.h"
+
+namespace stalwick {
+
+// What every page begins with, by which one is known.
+inline constexpr std::string_view kPageBeginning =
+    "<!DOCTYPE html>\n<html lang=\"en\" data-page-of=\"stalwick\">";
+
+// A recording's page: HTML that needs no other file, no network and no script. `indexName`: of the
+// file beside it that lists several recordings; empty: there is none.
+[[nodiscard]] std::string FormatRecordingPage(const PageSurvey& page,
+                                              const std::wstring& indexName);
+
+// A recording's row in the list of several.
+struct IndexRow {
+    std::wstring path;
+    std::wstring pageName;  // of the file beside the list; empty where there is none
+    std::wstring error;     // why there is none
+    std::string length;
+    std::string channels;
+    std::vector<std::string> findings;
+    std::string thumbnail;  // an <svg>
+};
+[[nodiscard]] IndexRow IndexRowOf(const PageSurvey& page, std::size_t number);
+[[nodiscard]] std::string FormatIndexPage(const std::vector<IndexRow>& rows);
+
+}  // namespace stalwick

@@ -15,7 +15,8 @@ assert(isempty(empty.samples) && isempty(empty.times));
 
 session = stalwick.readSession(directory);
 assert(isequal(session.channels, {'CSC1', 'CSC2', 'CSC3'}));
-assert(isequal(session.traces({'CSC3', 'CSC2'}, 500, 600)(:, 2), whole.samples(500:600)));
+both = session.traces({'CSC3', 'CSC2'}, 500, 600);
+assert(isequal(both(:, 2), whole.samples(500:600)));
 assert(isequal(session.traces(2, 1, 3), whole.samples(1:3)));
 assert(isequal(session.times(510, 520), whole.times(510:520)));
 assert(isequal(session.Base.channels, {'Base_LAX', 'Base_LAY'}) && isempty(session.AFE));

@@ -1,7 +1,7 @@
 % read_sets(listFile): reads every directory that the file lists and writes what was found to
 % DIRECTORY.found, or the error to DIRECTORY.error. The test compares the bytes.
 function read_sets(listFile)
-directories = strsplit(strtrim(fileread(listFile)), "\n");
+directories = strsplit(strtrim(fileread(listFile)), char(10));
 for k = 1:numel(directories)
     try
         [options, directory] = strtok(directories{k}, ' ');

@@ -125,10 +125,11 @@ void CopySamples(std::span<const PacketPart> parts, const SampleRequest& request
     for (std::size_t i = 0; i < request.channels.size(); ++i) {
 #if defined(__GNUC__)
         // Hundreds of rows are too many streams for the processor to foresee.
-        if (i + 8 < request.channels.size()) {
-            const std::int16_t* const next = request.rows[i + 8] + parts.front().target;
-            __builtin_prefetch(next, 1);
-            __builtin_prefetch(next + 32, 1);
+        if (i + 2 < request.channels.size()) {
+            const std::int16_t* const next = request.rows[i + 2] + parts.front().target;
+            for (std::size_t at = 0; at < parts.size() * kSamplesPerPacket; at += 32) {
+                __builtin_prefetch(next + at, 1);
+            }
         }
 #endif
         const std::uint64_t channelStart = request.channels[i] * inPacket;

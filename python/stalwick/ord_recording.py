@@ -41,6 +41,7 @@ class OrdGroup(TraceGroup):
     ) -> None:
         self.name = name
         self.ids = channel_ids
+        self._positions = {name: position for position, name in enumerate(channel_ids)}
         self._decoder = decoder
         self._layout = layout
 
@@ -52,7 +53,7 @@ class OrdGroup(TraceGroup):
     def read_rows(self, names: list[str], rows: NDArray[Any], start: int) -> None:
         values = rows if rows.dtype == np.int16 else np.empty(rows.shape, dtype=np.int16)
         group = list(_GROUPS).index(self.name)
-        channels = [self.ids.index(name) for name in names]
+        channels = [self._positions[name] for name in names]
         try:
             self._decoder.read(group, channels, start, values)
         except RuntimeError as error:

@@ -216,7 +216,26 @@ bool PacketStream::IsOutOfStep(std::optional<std::uint64_t> timestamp, std::size
     if (std::abs(distance - clock_.StepNs()) < kHalfASample * clock_.StepNs()) return false;
     const std::optional<Head> next = HeadAt(end);
     if (next && next->timestamp == timestamp) return false;
-    return GoesOnInStep(*lastStamp_, 2, end);
+    return GoesOnInStep(*lastStamp_, 2, end) || IsFromElsewhere(*timestamp, end);
+}
+
+// Whether packets soon go on in step with the last one, and the one at the window's beginning does
+// not come between: it stands in a sector of a disk that is out of its place.
+bool PacketStream::IsFromElsewhere(std::uint64_t timestamp, std::size_t end) {
+    const std::uint64_t ahead = timestamp - *lastStamp_;
+    for (std::size_t offset = end; offset <= end + kSectorSize;) {
+        const std::optional<Head> head = HeadAt(offset);
+        const Chain chain = FollowChain(offset, {}, Link::kType);
+        if (!head || chain.packets == 0) return false;
+        // One that goes back has no time between either.
+        const bool isBetween = ahead < *head->timestamp - *lastStamp_;
+        if (!isBetween && IsNear(*head->timestamp, offset) &&
+            GoesOnInStep(*head->timestamp, 1, chain.end)) {
+            return true;
+        }
+        offset = chain.end;
+    }
+    return false;
 }
 
 // The same of a first packet: those after it are in step with each other.
@@ -325,7 +344,9 @@ bool PacketStream::IsPlaceToGoOn(std::uint64_t skipped) {
         Trust(chain);
         return true;
     }
-    const ChainLength wanted{kSoundChainUnstamped, kSectorSize};
+    ChainLength wanted{kSoundChainUnstamped, kSectorSize};
+    // The first one, which will be left out, may stand before a sector that is out of its place.
+    if (isStrict_ && !head->timestamp) wanted.bytes += FollowChain(0, {}, Link::kType).end;
     const Chain chain = FollowChain(0, wanted, IsRegular() ? Link::kCodeAndStamps : Link::kCode);
     if (chain.packets < wanted.packets) return false;
     if (chain.lastStart < wanted.bytes && !chain.atEnd) return false;

@@ -110,6 +110,7 @@ class PacketStream {
     bool IsCertain(const ORDDataPacket& packet, std::uint8_t flags, std::size_t end);
     bool IsFollowedInStep(const Head& head, std::size_t end);
     bool IsOutOfStep(std::optional<std::uint64_t> timestamp, std::size_t end);
+    bool IsFromElsewhere(std::uint64_t timestamp, std::size_t end);
     bool IsOutOfStepWithNext(std::uint64_t timestamp, std::size_t end);
     bool GoesOnInStep(std::uint64_t timestamp, std::uint64_t stepsToFirst, std::size_t offset);
     Chain FollowChain(std::size_t offset, ChainLength wanted, Link link);

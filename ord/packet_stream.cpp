@@ -127,6 +127,7 @@ StreamPart PacketStream::SkipDamage(PacketRefusal refusal, std::uint64_t noticed
     StreamPart part{StreamPart::Kind::kDamage, window_->Position(), 0, refusal, noticedAt};
     window_->Advance(1);
     FindPlaceToGoOn();
+    wentOnAt_ = window_->Position();
     part.size = window_->Position() - part.position;
     CountLostPackets(part);
     return part;
@@ -154,6 +155,7 @@ StreamPart PacketStream::TakeRest(PacketRefusal refusal) {
     const std::uint64_t start = window_->Position();
     window_->Advance(1);
     const bool goesOn = FindPlaceToGoOn();
+    wentOnAt_ = window_->Position();
     const auto kind = goesOn ? StreamPart::Kind::kDamage : StreamPart::Kind::kEnd;
     StreamPart part{kind, start, window_->Position() - start, refusal, start};
     if (goesOn) CountLostPackets(part);
@@ -219,14 +221,16 @@ bool PacketStream::IsOutOfStep(std::optional<std::uint64_t> timestamp, std::size
     return GoesOnInStep(*lastStamp_, 2, end) || IsFromElsewhere(*timestamp, end);
 }
 
-// Whether packets soon go on in step with the last one, and the one at the window's beginning does
-// not come between: it stands in a sector of a disk that is out of its place.
+// Whether the packet at the window's beginning stands in a sector of a disk that is out of its
+// place: soon packets go on in step with the last one, and it does not come between; or its row
+// ends in damage within a sector.
 bool PacketStream::IsFromElsewhere(std::uint64_t timestamp, std::size_t end) {
     const std::uint64_t ahead = timestamp - *lastStamp_;
     for (std::size_t offset = end; offset <= end + kSectorSize;) {
         const std::optional<Head> head = HeadAt(offset);
         const Chain chain = FollowChain(offset, {}, Link::kType);
-        if (!head || chain.packets == 0) return false;
+        if (!head) return false;
+        if (chain.packets == 0) return !chain.atEnd && window_->Position() != wentOnAt_;
         // One that goes back has no time between either.
         const bool isBetween = ahead < *head->timestamp - *lastStamp_;
         if (!isBetween && IsNear(*head->timestamp, offset) &&

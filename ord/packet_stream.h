@@ -68,11 +68,13 @@ class PacketStream {
     const RecordingHeader& Header() const { return header_; }
     const std::wstring& HeaderText() const { return headerText_; }
     const std::wstring& GetErrorMessage() const { return errorMessage_; }
-    bool PacketsCarryTimestamps() const { return stalwick::PacketsCarryTimestamps(options_); }
-    std::uint64_t FileSize() const { return file_.Size(); }  // bytes; 0: not known
+    [[nodiscard]] bool PacketsCarryTimestamps() const {
+        return stalwick::PacketsCarryTimestamps(options_);
+    }
+    [[nodiscard]] std::uint64_t FileSize() const { return file_.Size(); }  // bytes; 0: not known
 
     // Of the stream's beginning, once a part was read: see version_check.h.
-    bool ContradictsVersion() const { return contradictsVersion_; }
+    [[nodiscard]] bool ContradictsVersion() const { return contradictsVersion_; }
 
     // The next part of the stream, parts without a space between them. `packet` holds what a part
     // of kind kPacket decodes to; for others its content means nothing. After kEnd there is none.
@@ -84,7 +86,7 @@ class PacketStream {
     [[nodiscard]] bool SkipTo(std::uint64_t position);
 
     // The system's reason when the stream ends because a read failed; else 0.
-    SystemErrorCode SystemError() const;
+    [[nodiscard]] SystemErrorCode SystemError() const;
 
   private:
     // What is known of a packet from its first bytes.
@@ -145,6 +147,7 @@ class PacketStream {
     std::uint64_t packetBytes_ = 0;  // of all packets so far
     std::uint64_t packetCount_ = 0;
     std::uint64_t soundUntil_ = 0;   // packets that begin before this byte were looked at already
+    std::uint64_t wentOnAt_ = 0;     // byte after the last damage
     std::size_t longestPacket_ = 0;  // bytes, of the packets so far
     bool isStrict_ = false;
     bool versionIsChecked_ = false;

@@ -8,10 +8,6 @@
 #include "ord/ord_format.h"
 #include "survey/channel_mask.h"
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
 namespace stalwick {
 
 namespace {
@@ -25,17 +21,7 @@ constexpr double kSecondsPerMinute = 60.0;
 // Bit i of the result: whether samples[i] has the value of the sample before it.
 unsigned EqualToTheOneBefore(const std::int16_t* samples, std::int16_t before) {
     unsigned equal = samples[0] == before ? 1U : 0U;
-    unsigned i = 1;
-#if defined(__SSE2__)
-    // Samples 1 to 8 at once.
-    const __m128i firstEight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(samples));
-    const __m128i nextEight = _mm_loadu_si128(reinterpret_cast<const __m128i*>(samples + 1));
-    const __m128i alike = _mm_cmpeq_epi16(firstEight, nextEight);
-    const int bits = _mm_movemask_epi8(_mm_packs_epi16(alike, _mm_setzero_si128()));
-    equal |= static_cast<unsigned>(bits) << 1U;
-    i = 9;
-#endif
-    for (; i < kSamplesPerPacket; ++i) {
+    for (unsigned i = 1; i < kSamplesPerPacket; ++i) {
         equal |= (samples[i] == samples[i - 1] ? 1U : 0U) << i;
     }
     return equal;

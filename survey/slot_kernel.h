@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "survey/sample_block.h"
+
+namespace stalwick {
+
+// Adds the first ones of so many slots of kBlockPackets packets by vector instructions, and says
+// how many; sets anyAtRangeEnd for these.
+using SlotKernel = std::size_t (*)(const std::int16_t* const* packets, std::size_t slots,
+                                   SlotSums& sums);
+
+// The fastest that this machine can run; null: none.
+[[nodiscard]] SlotKernel BestSlotKernel();
+
+}  // namespace stalwick

@@ -2,6 +2,7 @@
 
 #include "platform/file_system.h"
 #include "platform/output_file.h"
+#include "platform/paths.h"
 #include "platform/random_seed.h"
 #include "platform/system_error.h"
 
@@ -37,8 +38,11 @@ SystemErrorCode ReplaceFile(const std::wstring& path, std::string_view contents)
     if (error != 0) return error;
     error = WriteAll(file, contents);
     if (error == 0) error = RenameOver(temporary, path);
-    if (error != 0) RemoveFile(temporary);
-    return error;
+    if (error != 0) {
+        RemoveFile(temporary);
+        return error;
+    }
+    return SyncDirectory(ParentDirectory(path));
 }
 
 SystemErrorCode TryReplaceFile(const std::wstring& path) {

@@ -2,12 +2,15 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/file_system.h"
+#include "platform/paths.h"
 #include "platform/system_error.h"
 #include "tests/support/faulty_file_calls.h"
+#include "tests/support/forwarding_file_calls.h"
 #include "tests/support/temp_directory.h"
 
 namespace stalwick::test {
@@ -35,6 +38,36 @@ TEST(ReplaceFile, ContentsAreOnTheDiskBeforeTheRename) {
     FaultyFileCalls calls;
     EXPECT_EQ(ReplaceFile(directory.Path(L"a.json"), "new"), 0);
     EXPECT_EQ(calls.syncCount, 1U);
+}
+
+// Records the order of what reaches the disk.
+class DirectorySyncCalls final : public ForwardingFileCalls {
+  public:
+    SystemErrorCode SyncDirectory(const std::wstring& path) override {
+        directories.push_back(path);
+        contentsThen = ReadFile(path + kPathSeparator + L"a.json");
+        return result;
+    }
+
+    std::vector<std::wstring> directories;
+    std::string contentsThen;
+    SystemErrorCode result = 0;
+};
+
+TEST(ReplaceFile, NewNameIsBroughtToTheDiskAfterTheRename) {
+    const TempDirectory directory;
+    DirectorySyncCalls calls;
+    EXPECT_EQ(ReplaceFile(directory.Path(L"a.json"), "new"), 0);
+    EXPECT_EQ(calls.directories, std::vector<std::wstring>{directory.Path()});
+    EXPECT_EQ(calls.contentsThen, "new");
+}
+
+TEST(ReplaceFile, FailureOfThatIsReported) {
+    const TempDirectory directory;
+    DirectorySyncCalls calls;
+    calls.result = SystemErrorFor(SystemErrorKind::kNoSpace);
+    EXPECT_EQ(ReplaceFile(directory.Path(L"a.json"), "new"), calls.result);
+    EXPECT_EQ(ReadFile(directory.Path(L"a.json")), "new");
 }
 
 class ReplaceFileFault : public testing::Test {

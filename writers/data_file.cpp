@@ -167,7 +167,7 @@ OutputTotals DataFile::Totals() const {
 bool DataFile::Close() {
     CompleteAppends();
     if (file_.IsRemoved()) {
-        Refuse({L"keep", L"it was removed while it was written", L"convert the recording again"});
+        Refuse({L"keep", L"removed during the conversion", L"convert the recording again"});
         created_ = false;  // there is nothing that anybody could find
     }
     const bool closed = Check(file_.Close(), L"close");

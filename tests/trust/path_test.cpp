@@ -169,7 +169,7 @@ TEST(VanishedDirectory, IsNamedAndFailsTheConversion) {
     const EngineRun run = RunEngine(directory, MakeFullRecording(5, 3), AllOutputs());
     EXPECT_EQ(run.statusText, L"Processing failed");
     EXPECT_TRUE(Tells(run, "CSC3.vcs: No such file or directory"));
-    EXPECT_TRUE(Tells(run, "CSC2.vcs: it was removed while it was written"));
+    EXPECT_TRUE(Tells(run, "CSC2.vcs: removed during the conversion"));
     EXPECT_EQ(disk.openCount, 0U);
 }
 
@@ -184,7 +184,7 @@ TEST(VanishedDirectory, OutputsThatAreRemovedWhileTheyAreWrittenAreMissed) {
     EXPECT_EQ(run.statusText, L"Processing failed");
     ASSERT_FALSE(run.details.empty());
     for (const wchar_t* name : {L"CSC1.vcs to CSC3.vcs", L"Ultrasonic.vcs", L"Base_MZ.vcs",
-                                L" and Events.vev: it was removed while it was written; convert"}) {
+                                L" and Events.vev: removed during the conversion; convert"}) {
         EXPECT_NE(run.details[0].text.find(name), std::wstring::npos) << run.details[0].text;
     }
     EXPECT_EQ(disk.openCount, 0U);

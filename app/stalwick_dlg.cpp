@@ -1,7 +1,5 @@
 #include "app/stalwick_dlg.h"
 
-#include <algorithm>
-
 #include <QApplication>
 #include <QCheckBox>
 #include <QDropEvent>
@@ -33,11 +31,6 @@ namespace {
 constexpr std::uint32_t kAboutCommand = 16;
 // The system uses the lowest four bits of a command for itself.
 constexpr std::uint32_t kCommandMask = 0xFFF0;
-
-// The part before the last separator; of a file in the root directory, that separator.
-std::wstring DirectoryOf(const std::wstring& path) {
-    return path.substr(0, std::max<std::size_t>(LastSeparator(path), 1));
-}
 
 // Whatever action the keys propose: a file manager deletes what it has moved.
 void AcceptAsCopy(QDropEvent& event) {
@@ -121,7 +114,7 @@ void StalwickDlg::SelectFiles(const std::vector<std::wstring>& paths) {
         auto* item = new QTreeWidgetItem({ToQString(path.substr(separator + 1))});
         item->setToolTip(0, PathToolTip(ToQString(path)));
         controls_.fileList->addTopLevelItem(item);
-        directory = ToQString(DirectoryOf(path));
+        directory = ToQString(ParentDirectory(path));
     }
     controls_.outputDirectory->setText(directory);
     controls_.inputDirectory->setText(directory);

@@ -3,6 +3,7 @@
 #   make test      every test
 #   make bench     speed and memory (docs/performance.md)
 #   make screenshots   every window, light and dark, at 100 % and 200 %
+#   make check-pages   pages of recordings in a browser
 #   make test-windows, make windows-app, make package-windows      docs/building-windows.md
 # Each installs the Debian packages that it needs and that are missing.
 
@@ -13,7 +14,7 @@ JOBS ?= $(shell nproc)
 BUILD := build/$(PRESET)
 
 .DEFAULT_GOAL := build
-.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app package-windows screenshots install format check-format clean
+.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app package-windows screenshots check-pages install format check-format clean
 
 build:
 	scripts/install-deps.sh
@@ -119,6 +120,13 @@ screenshots:
 	cmake --preset $(PRESET)
 	cmake --build --preset $(PRESET) --target window_screenshots ord_synth
 	scripts/screenshots.sh $(BUILD)
+
+# Pages of recordings in headless Chromium: nothing cut, no rule of accessibility broken.
+check-pages:
+	scripts/install-deps.sh build test pages
+	cmake --preset $(PRESET)
+	cmake --build --preset $(PRESET) --target stalwick-inspect ord_synth
+	scripts/check-pages.sh $(BUILD)
 
 install: build
 	cmake --install $(BUILD) --prefix $(PREFIX)

@@ -35,6 +35,7 @@ struct RawOptions {
     bool quiet = false;
     std::string report;
     bool checksum = false;
+    bool page = false;
     bool noSync = false;
     bool keepPartial = false;
     bool salvage = false;
@@ -108,10 +109,13 @@ void Declare(CLI::App& app, RawOptions& options) {
     app.add_flag("--checksum", options.checksum,
                  "with the SHA-256 of each recording and output in the report; reads them again")
         ->needs(report);
+    app.add_flag("--page", options.page,
+                 "a page on how good each recording is, beside its outputs; reads it again");
     app.set_version_flag("--version", VersionLine());
     app.footer(
-        "Exit status: 0 all whole; 1 a conversion failed, an output is incomplete or the report\n"
-        "could not be written; 2 wrong usage, output directory or report; 3 all written, but a\n"
+        "Exit status: 0 all whole; 1 a conversion failed, an output is incomplete, or a report\n"
+        "or page could not be written; 2 wrong usage, output directory or report; 3 all written, "
+        "but a\n"
         "recording itself lost data; 130, 143 or 129 canceled by SIGINT, SIGTERM or SIGHUP.");
     UncoverBrackets(app);
 }
@@ -131,6 +135,7 @@ CommandLine ToCommandLine(const RawOptions& options) {
     line.quiet = options.quiet;
     line.reportPath = FromUtf8(options.report);
     line.checksum = options.checksum;
+    line.page = options.page;
     line.jobs = options.jobs;
     line.outputSettings.syncBeforeFinalHeader = !options.noSync;
     line.outputSettings.keepPartialBlocks = options.keepPartial;

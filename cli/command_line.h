@@ -23,6 +23,7 @@ struct CommandLine {
     bool quiet = false;
     std::wstring reportPath;  // of the document about the run; empty: none is wanted
     bool checksum = false;    // it has the SHA-256 of recordings and outputs
+    bool page = false;        // a page on each recording, beside its outputs
     std::uint32_t jobs = 0;   // files converted side by side; 0: as many as there are cores
     OutputSettings outputSettings;
 };

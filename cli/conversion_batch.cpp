@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "cli/before_conversion.h"
+#include "cli/conversion_page.h"
 #include "cli/earlier_report.h"
 #include "engine/conversion_job.h"
 #include "engine/out_of_memory.h"
@@ -68,6 +69,9 @@ void ConversionBatch::ConvertFiles(const OnEnded& onEnded) {
     while (const std::optional<std::size_t> index = BeginNextFile()) {
         ConvertFile(*index);
         if (commandLine_.checksum) TakeChecksums(*index);
+        if (commandLine_.page) {
+            AddPage(recordings_[*index], processors_[*index]->cancelRequested, outcomes_[*index]);
+        }
         if (onEnded) onEnded(*index);
         if (outcomes_[*index].converted || commandLine_.keepGoing) continue;
         // Files that stand before it in the list are converted all the same.

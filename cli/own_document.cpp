@@ -36,8 +36,7 @@ std::wstring CannotWrite(const OwnDocument& document, const std::wstring& path,
 std::wstring RefuseName(const OwnDocument& document, const std::wstring& path) {
     if (QueryPath(path) == PathKind::kMissing || IsOwn(document, path)) return {};
     return OneLine(path) + L" exists and is no " + std::wstring(document.name) +
-           L" of this program, so it stays as it is; choose another name for " +
-           std::wstring(document.option);
+           L" of this program, so it stays as it is; " + std::wstring(document.whenTaken);
 }
 
 std::wstring RefuseDirectory(const OwnDocument& document, const std::wstring& path) {

@@ -10,7 +10,7 @@ namespace stalwick {
 struct OwnDocument {
     std::string_view beginning;
     std::wstring_view name;        // "report"
-    std::wstring_view option;      // that chooses its name
+    std::wstring_view whenTaken;   // what to do when another file has its name
     std::wstring_view afterwards;  // what to do when it could not be written
 };
 

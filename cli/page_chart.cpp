@@ -21,13 +21,18 @@ std::string FormatYLabels(const PageChart& chart) {
     return html + "</div>";
 }
 
-// A label is moved to the left by the share at which it stands: none leaves the chart.
+// A label stands in the middle of its place; at an end of the axis inside of it.
+std::string LabelShift(double share) {
+    constexpr double kNearEnd = 0.04;
+    if (share < kNearEnd) return "0";
+    return share > 1.0 - kNearEnd ? "-100%" : "-50%";
+}
+
 std::string FormatXLabels(const PageChart& chart) {
     std::string html = "<div class=\"xlabels\" aria-hidden=\"true\">";
     for (const AxisTick& tick : chart.xTicks) {
-        const std::string share = Percent(tick.share);
-        html += "<span style=\"left:" + share + ";transform:translateX(-" + share + ")\">" +
-                EscapeXml(tick.label) + "</span>";
+        html += "<span style=\"left:" + Percent(tick.share) + ";transform:translateX(" +
+                LabelShift(tick.share) + ")\">" + EscapeXml(tick.label) + "</span>";
     }
     html += "</div>";
     if (!chart.xTitle.empty()) {

@@ -8,8 +8,8 @@
 
 namespace stalwick {
 
-inline constexpr OwnDocument kPageOfInspect = {kPageBeginning, L"page", L"--output",
-                                               L"choose another place for it"};
+inline constexpr OwnDocument kPageOfInspect = {
+    kPageBeginning, L"page", L"choose another name for --output", L"choose another place for it"};
 
 // The pages of several recordings, beside the one that lists them: its name, the recording's, and a
 // number where that is taken. `listPath` as it was given.

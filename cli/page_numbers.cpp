@@ -51,7 +51,9 @@ std::string ShortNumber(double value) {
     if (size >= 10.0) return WithoutLastZeros(FixedNumber(value, 1));
     if (size >= 1.0) return WithoutLastZeros(FixedNumber(value, 2));
     if (size >= 0.001) return WithoutLastZeros(FixedNumber(value, 4));
-    return Written(value, std::chars_format::scientific, 1);
+    const std::string text = Written(value, std::chars_format::scientific, 1);
+    const std::size_t zero = text.find(".0");
+    return zero == std::string::npos ? text : text.substr(0, zero) + text.substr(zero + 2);
 }
 
 std::vector<AxisTick> LinearTicks(double low, double high, std::size_t count) {

@@ -33,13 +33,19 @@ std::string RowHead(const std::string& text) {
     return "<th scope=\"row\">" + EscapeXml(text) + "</th>";
 }
 
+struct Column {
+    const char* name;
+    bool isWords = false;
+};
+
 // A table that scrolls by itself where it is too wide; with the keyboard too.
-std::string OpenTable(const std::string& caption, const std::vector<std::string>& columns) {
+std::string OpenTable(const std::string& caption, const std::vector<Column>& columns) {
     std::string html = "<div class=\"scroll\" role=\"region\" tabindex=\"0\" aria-label=\"" +
                        EscapeXml(caption) + "\"><table><caption>" + EscapeXml(caption) +
                        "</caption><thead><tr>";
-    for (const std::string& column : columns) {
-        html += "<th scope=\"col\">" + EscapeXml(column) + "</th>";
+    for (const Column& column : columns) {
+        html += column.isWords ? "<th scope=\"col\" class=\"words\">" : "<th scope=\"col\">";
+        html += EscapeXml(column.name) + "</th>";
     }
     return html + "</tr></thead><tbody>";
 }
@@ -55,7 +61,7 @@ std::string FirstOf(std::size_t count, const std::wstring& what) {
 std::string GapTable(const RecordingSurvey& survey) {
     if (survey.gaps.empty()) return {};
     std::string html =
-        OpenTable(FirstOf(survey.gaps.size(), L"gap"), {"at", "length", "samples missing"});
+        OpenTable(FirstOf(survey.gaps.size(), L"gap"), {{"at"}, {"length"}, {"samples missing"}});
     for (std::size_t i = 0; i < std::min(survey.gaps.size(), kMostRows); ++i) {
         const RecordingGap& gap = survey.gaps[i];
         html += "<tr>" + RowHead(FixedNumber(gap.atSeconds, 6) + " s") +
@@ -67,8 +73,9 @@ std::string GapTable(const RecordingSurvey& survey) {
 
 std::string DamageTable(const RecordingSurvey& survey) {
     if (survey.damage.empty()) return {};
-    std::string html = OpenTable(FirstOf(survey.damage.size(), L"damaged place"),
-                                 {"from byte", "bytes", "at", "samples lost", "why"});
+    std::string html =
+        OpenTable(FirstOf(survey.damage.size(), L"damaged place"),
+                  {{"from byte"}, {"bytes"}, {"at"}, {"samples lost"}, {"why", true}});
     for (std::size_t i = 0; i < std::min(survey.damage.size(), kMostRows); ++i) {
         const DamagedStretch& damage = survey.damage[i];
         html += "<tr>" + RowHead(std::to_string(damage.position)) +
@@ -214,7 +221,7 @@ std::string ChannelMap(const PageSurvey& page) {
 
 std::string RulesTable(const PageSurvey& page) {
     return OpenTable("Channels that are named, and by what rule",
-                     {"named", "rule", "channels", "which"}) +
+                     {{"named"}, {"rule", true}, {"channels"}, {"which", true}}) +
            RuleRow(page, &ChannelVerdict::flat, "flat", FlatRule(page.rules)) +
            RuleRow(page, &ChannelVerdict::clipped, "clipped", ClippedRule(page.rules)) +
            RuleRow(page, &ChannelVerdict::noisy, "noisy", NoisyRule(page.rules)) + kCloseTable;
@@ -224,8 +231,15 @@ std::string ChannelTable(const PageSurvey& page) {
     std::string html = OpenTable(
         "Every channel: noise is the RMS about the mean, drift the slope of the means of whole "
         "seconds",
-        {"channel", "noise, µV", "drift, µV/min", "min, µV", "max, µV", "mean, µV",
-         "at the range's ends, %", "longest flat run, samples", "named"});
+        {{"channel"},
+         {"noise, µV"},
+         {"drift, µV/min"},
+         {"min, µV"},
+         {"max, µV"},
+         {"mean, µV"},
+         {"at the range's ends, %"},
+         {"longest flat run, samples"},
+         {"named", true}});
     for (std::size_t i = 0; i < page.verdict.channels.size(); ++i) {
         html += ChannelRow(page.survey.channelStatistics[i], page.verdict.channels[i]);
     }

@@ -55,10 +55,10 @@ SvgPath SpectrumPath(const std::vector<double>& density, double hertz,
     return path;
 }
 
-// The powers of ten around the densities that are shown, six decades at most.
+// The powers of ten around the densities that are shown, eight decades at most.
 void FindDensities(const PageSurvey& page, const std::vector<std::size_t>& shown,
                    LogarithmicPlane& plane) {
-    constexpr double kMostDecades = 6.0;
+    constexpr double kMostDecades = 8.0;
     double lowest = 0.0;
     double highest = 0.0;
     for (const std::size_t place : shown) {
@@ -103,7 +103,7 @@ double RowMicrovolts(const TracePlace& place, const std::vector<std::uint32_t>& 
     return std::max(heights[heights.size() / 2] * 1.1, 1.0);
 }
 
-// The trace about its own middle; what would leave its row by more than half a row is cut.
+// The trace about its own middle; what would leave its row is cut.
 SvgPath TracePath(const TraceEnvelope& trace, double middleY, double stepsPerRow,
                   double rowHeight) {
     int low = INT16_MAX;
@@ -114,7 +114,7 @@ SvgPath TracePath(const TraceEnvelope& trace, double middleY, double stepsPerRow
     }
     const double middle = (low + high) / 2.0;
     const auto y = [&](double value) {
-        return middleY - std::clamp((value - middle) / stepsPerRow, -0.75, 0.75) * rowHeight;
+        return middleY - std::clamp((value - middle) / stepsPerRow, -0.5, 0.5) * rowHeight;
     };
     SvgPath path;
     const auto columns = static_cast<double>(trace.columns.size());

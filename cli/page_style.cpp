@@ -51,7 +51,7 @@ figure.chart{margin:1.2rem 0 1.6rem;break-inside:avoid}
 .s4{stroke:var(--s4);stroke-dasharray:9 2 2 2}.s5{stroke:var(--s5);stroke-dasharray:4 4}
 .s6{stroke:var(--s6);stroke-dasharray:12 3}
 .whole{fill:var(--m4)}.gap{fill:var(--gap);stroke:var(--text);stroke-width:1;vector-effect:non-scaling-stroke}
-.damage{fill:var(--damage)}.ttl{fill:var(--ttl)}.bar{fill:var(--s1)}
+.damage{fill:var(--damage);stroke:var(--damage);stroke-width:2;vector-effect:non-scaling-stroke}.ttl{fill:var(--ttl)}.bar{fill:var(--s1)}
 .map{list-style:none;display:grid;grid-template-columns:repeat(16,1fr);gap:2px;padding:0;margin:.6rem 0}
 .map li{font-size:.75rem;text-align:center;padding:.3rem 0;border:2px solid transparent;min-width:0}
 .map .m1,.map .m2,.map .m3{color:var(--on-low)}.map .m4{color:var(--on-low)}
@@ -66,13 +66,15 @@ figure.chart{margin:1.2rem 0 1.6rem;break-inside:avoid}
 table{border-collapse:collapse;font-size:.85rem;font-variant-numeric:tabular-nums}
 th,td{padding:.2rem .6rem;text-align:right;border-bottom:1px solid var(--line);white-space:nowrap}
 th:first-child,td:first-child,.words{text-align:left}
-td.words{white-space:normal}
+td.words{white-space:normal;min-width:8.5rem}
 caption{text-align:left;color:var(--soft);padding:.3rem 0}
 tr.named th{color:var(--named)}
-.thumb{display:block;width:9rem;height:3.5rem}
+.index{width:100%}.index th,.index td{vertical-align:top;padding:.5rem .6rem .5rem 0;white-space:normal;overflow-wrap:anywhere}
+.index th:first-child{width:45%}.index svg{display:block;width:100%;max-width:16rem;height:5.5rem}.index p{font-weight:normal;margin:0 0 .3rem}
 footer{margin-top:2rem;padding-bottom:2rem;color:var(--soft);font-size:.85rem}
 @media (max-width:640px){.map{grid-template-columns:repeat(8,1fr)}.frame{grid-template-columns:3.6rem 1fr}
 dl.facts{grid-template-columns:1fr;gap:0}dl.facts dd{margin-bottom:.4rem}}
+@page{margin:14mm}
 @media print{:root{color-scheme:only light}body{font-size:10.5pt}header,main,footer{max-width:none;padding:0}
 .scroll{overflow:visible}table{font-size:8pt}th,td{padding:.1rem .3rem}
 *{print-color-adjust:exact;-webkit-print-color-adjust:exact}tr,li,figure{break-inside:avoid}

@@ -96,7 +96,13 @@ std::vector<std::wstring> DescribeRecording(const PlannedRecording& recording,
                                             const RecordingOutcome& outcome, bool quiet) {
     if (quiet && IsWhole(VerdictOf(outcome))) return {};
     if (!outcome.withoutConversion.empty()) {
-        return {recording.name + L": " + outcome.withoutConversion};
+        std::vector<std::wstring> only = {recording.name + L": " + outcome.withoutConversion};
+        // Of one that was refused the line says why.
+        for (const ConversionDetail& detail : outcome.account.details) {
+            if (outcome.passedOver)
+                only.push_back(recording.name + L": " + BodyOf(detail, recording));
+        }
+        return only;
     }
     auto [line, kind] = Summarize(recording, outcome);
     std::vector<ConversionDetail> details = outcome.account.details;

@@ -22,10 +22,10 @@ RecordingFile QueryRecordingFile(const std::wstring& path) {
 
 Verdict VerdictOf(const RecordingOutcome& outcome) {
     if (outcome.status.empty()) return Verdict::kNotBegun;
-    if (outcome.passedOver) return Verdict::kPassedOver;
     if (!outcome.converted || Has(outcome, ConversionDetail::Kind::kIncomplete)) {
         return Verdict::kFailed;
     }
+    if (outcome.passedOver) return Verdict::kPassedOver;
     if (outcome.account.canceled) return Verdict::kCanceled;
     return Has(outcome, ConversionDetail::Kind::kLoss) ? Verdict::kWithLosses : Verdict::kWhole;
 }

@@ -80,17 +80,17 @@ std::string SignalSections(const PageSurvey& page) {
 
 std::string RowOf(const IndexRow& row) {
     const std::string name = EscapeXml(NameOf(row.path));
-    std::string html = "<tr><th scope=\"row\">";
+    const std::string begin = "<tr><th scope=\"row\">";
     if (row.pageName.empty()) {
-        html += name + "</th><td colspan=\"3\" class=\"words\">not looked at: " +
-                EscapeXml(Narrow(row.error)) + "</td><td></td></tr>\n";
-        return html;
+        return begin + name +
+               "</th><td class=\"words\">not looked at: " + EscapeXml(Narrow(row.error)) +
+               "</td></tr>\n";
     }
-    html += "<a href=\"" + LinkTo(row.pageName) + "\">" + name + "</a></th><td>" +
-            EscapeXml(row.length) + "</td><td>" + EscapeXml(row.channels) +
-            "</td><td class=\"words\">";
-    for (const std::string& finding : row.findings) html += EscapeXml(finding) + "<br>";
-    return html + "</td><td>" + row.thumbnail + "</td></tr>\n";
+    std::string html = begin + "<a href=\"" + LinkTo(row.pageName) + "\">" + name +
+                       "</a><p class=\"soft\">" + EscapeXml(row.size) + "</p>" + row.thumbnail +
+                       "</th><td class=\"words\">";
+    for (const std::string& finding : row.findings) html += "<p>" + EscapeXml(finding) + "</p>";
+    return html + "</td></tr>\n";
 }
 
 }  // namespace
@@ -122,23 +122,20 @@ IndexRow IndexRowOf(const PageSurvey& page, std::size_t number) {
     row.path = page.survey.path;
     row.error = page.survey.error;
     if (!row.error.empty()) return row;
-    row.length = Narrow(ReadableDuration(page.survey.durationSeconds));
-    row.channels = std::to_string(page.survey.header.numADChannels);
+    row.size = Narrow(ReadableDuration(page.survey.durationSeconds) + L", " +
+                      Counted(page.survey.header.numADChannels, L"channel"));
     for (const PageFinding& finding : FindingsOf(page)) row.findings.push_back(finding.text);
     row.thumbnail = Thumbnail(page, "thumbnail-" + std::to_string(number));
     return row;
 }
 
 std::string FormatIndexPage(const std::vector<IndexRow>& rows) {
-    std::string html = PageHead("Recordings") + "<header><h1>" +
-                       Narrow(Counted(rows.size(), L"recording")) +
-                       "</h1></header>\n<main>\n<div class=\"scroll\" role=\"region\" "
-                       "tabindex=\"0\" aria-label=\"Recordings\"><table class=\"index\"><caption>"
-                       "Each name leads to its page</caption><thead><tr>";
-    for (const char* const column : {"recording", "length", "channels", "what to know", "traces"}) {
-        html += std::string("<th scope=\"col\">") + column + "</th>";
-    }
-    html += "</tr></thead><tbody>\n";
+    std::string html =
+        PageHead("Recordings") + "<header><h1>" + Narrow(Counted(rows.size(), L"recording")) +
+        "</h1></header>\n<main>\n<div class=\"scroll\" role=\"region\" "
+        "tabindex=\"0\" aria-label=\"Recordings\"><table class=\"index\"><caption>"
+        "Each name leads to its page</caption><thead><tr><th scope=\"col\">recording</th>"
+        "<th scope=\"col\" class=\"words\">what to know</th></tr></thead><tbody>\n";
     for (const IndexRow& row : rows) html += RowOf(row);
     return html + "</tbody></table></div>\n</main>\n" + PageFoot();
 }

@@ -22,8 +22,7 @@ struct IndexRow {
     std::wstring path;
     std::wstring pageName;  // of the file beside the list; empty where there is none
     std::wstring error;     // why there is none
-    std::string length;
-    std::string channels;
+    std::string size;       // its length and channels
     std::vector<std::string> findings;
     std::string thumbnail;  // an <svg>
 };

@@ -7,7 +7,7 @@ namespace stalwick {
 namespace {
 
 constexpr OwnDocument kReport = {
-    kReportBeginning, L"report", L"--report",
+    kReportBeginning, L"report", L"choose another name for --report",
     L"the outputs are not concerned; for a report run again with --skip-converted"};
 
 }  // namespace

@@ -55,7 +55,8 @@ Json OptionsOf(const CommandLine& line) {
             {"salvage", line.outputSettings.onDamage == OnDamage::kSkip},
             {"skip_converted", line.skipConverted},
             {"sync", line.outputSettings.syncBeforeFinalHeader},
-            {"checksum", line.checksum}};
+            {"checksum", line.checksum},
+            {"page", line.page}};
 }
 
 Json LossesOf(const ConversionAccount& account) {

@@ -39,7 +39,7 @@ struct SvgPicture {
     std::string description;     // the same, longer
     std::string style;           // CSS
     std::string id = "picture";  // what its ids begin with, for several pictures on a page
-    bool stretches = false;  // its shapes fill whatever space it gets; it should have no text
+    bool stretches = false;      // its shapes fill whatever space it gets; it should have no text
 };
 
 // Writes a picture as SVG, a shape at a time. Text is UTF-8 and need not be escaped. A class may be

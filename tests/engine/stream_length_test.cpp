@@ -253,5 +253,15 @@ TEST(StreamLength, RecordingThatEndsInItsHeaderIsToldAsCut) {
               std::wstring::npos);
 }
 
+TEST(StreamLength, HeaderAloneIsAWholeRecordingWithoutPackets) {
+    const TempDirectory directory;
+    const EngineRun run =
+        RunEngine(directory, Version2Header(32).Block(), ReferenceConvertOptions());
+    EXPECT_EQ(run.statusText, L"Processing complete");
+    for (const ConversionDetail& detail : run.details) {
+        EXPECT_EQ(detail.text.find(L"inside its header"), std::wstring::npos) << detail.text;
+    }
+}
+
 }  // namespace
 }  // namespace stalwick::test

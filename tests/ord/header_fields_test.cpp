@@ -1,6 +1,7 @@
 #include "ord/header_fields.h"
 
 #include <cstdint>
+#include <locale>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -97,6 +98,22 @@ TEST(HeaderFields, NumberIsTheLongestPrefixThatReadsAsOne) {
     EXPECT_EQ(Converted<std::int64_t>(L"1600000000000000", 7), 1600000000000000);
     EXPECT_EQ(Converted<double>(L"0.000000061", 7), 0.000000061);
     EXPECT_EQ(Converted<double>(L"1.5e-8x", 7), 1.5e-8);
+}
+
+// Numbers as the program's user writes them.
+class OtherNumbers final : public std::numpunct<wchar_t> {
+    wchar_t do_decimal_point() const override { return L','; }
+    wchar_t do_thousands_sep() const override { return L'.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(HeaderFields, NumbersDoNotDependOnTheProgramsLocale) {
+    const std::locale before = std::locale::global(std::locale(std::locale(), new OtherNumbers));
+    double volts = 0;
+    const bool converted = ConvertToken(L"0.25", volts);
+    std::locale::global(before);
+    EXPECT_TRUE(converted);
+    EXPECT_EQ(volts, 0.25);
 }
 
 TEST(HeaderFields, TextIsTheFirstWordOfTheToken) {

@@ -87,6 +87,7 @@ TEST(ORDFileReader, FileShorterThanTheHeaderBlockIsReadAsItIs) {
     EXPECT_EQ(recording.reader.GetData(recording.records, recording.endOfFile), 0);
     EXPECT_TRUE(recording.endOfFile);
     EXPECT_TRUE(recording.records.empty());
+    EXPECT_FALSE(recording.reader.ContradictsVersion());
 }
 
 TEST(ORDFileReader, HeaderTextEndsBeforeTheFirstZeroByte) {

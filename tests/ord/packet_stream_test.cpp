@@ -1,4 +1,4 @@
-#include "ord/packet_stream.h"
+#include "tests/ord/streamed_recording.h"
 
 #include <algorithm>
 #include <random>
@@ -7,90 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/file_calls.h"
-#include "tests/support/memory_file_calls.h"
-#include "tests/support/ord_builder.h"
-#include "tests/support/plain_packet.h"
-#include "tests/support/reference_decoder.h"
-
 namespace stalwick::test {
 namespace {
-
-constexpr wchar_t kPath[] = L"rec.ord";
-
-// A recording in memory, and where its packets are.
-struct Recording {
-    std::string bytes;
-    std::vector<std::uint64_t> positions;  // of each packet, in the undamaged file
-    std::vector<ReferencePacket> packets;
-};
-
-Recording MakeRecording(const std::vector<PacketPlan>& plans, bool timestamps = true,
-                        unsigned channels = 32) {
-    const OrdHeaderText header = timestamps ? Version2Header(channels) : Version1Header(channels);
-    Recording recording{header.Block(), {}, {}};
-    for (const PacketPlan& plan : plans) {
-        recording.positions.push_back(recording.bytes.size());
-        recording.bytes += EncodePacket(plan);
-    }
-    const ReferenceDecodeOptions options{0, timestamps ? 20 : 10};
-    recording.packets = ReferenceProcessDataBuffer(
-                            std::string_view(recording.bytes).substr(kOrdHeaderBytes), options, 10)
-                            .packets;
-    return recording;
-}
-
-Recording MakeRandomRecording(std::uint64_t seed, const RandomRecordingShape& shape) {
-    return MakeRecording(MakeRandomPackets(seed, shape), shape.timestamps,
-                         ChannelCountOfCode(shape.packet.channelCountCode));
-}
-
-struct Streamed {
-    std::vector<StreamPart> parts;
-    std::vector<ReferencePacket> packets;  // of the parts of kind kPacket, in order
-
-    std::vector<StreamPart> Damage() const {
-        std::vector<StreamPart> damage;
-        std::copy_if(parts.begin(), parts.end(), std::back_inserter(damage),
-                     [](const auto& part) { return part.kind == StreamPart::Kind::kDamage; });
-        return damage;
-    }
-};
-
-// All parts of a recording; fails where they do not stand one after the other.
-Streamed Stream(const std::string& bytes, std::size_t mostBytesPerRead = SIZE_MAX) {
-    MemoryFileCalls disk;
-    disk.mostBytesPerRead = mostBytesPerRead;
-    disk.files[kPath] = bytes;
-    Streamed streamed;
-    FileCalls* const before = SetFileCalls(&disk);
-    {
-        PacketStream stream;
-        EXPECT_EQ(stream.Open(kPath), 0);
-        std::uint64_t position = std::min(bytes.size(), kOrdHeaderBytes);
-        ORDDataPacket packet;
-        do {
-            streamed.parts.push_back(stream.Next(packet));
-            const StreamPart& part = streamed.parts.back();
-            EXPECT_EQ(part.position, position);
-            position += part.size;
-            if (part.kind == StreamPart::Kind::kPacket) {
-                streamed.packets.push_back(ToReference(packet));
-            }
-        } while (streamed.parts.back().kind != StreamPart::Kind::kEnd);
-        EXPECT_EQ(position, bytes.size());
-    }
-    SetFileCalls(before);
-    return streamed;
-}
-
-RandomRecordingShape Shape(bool timestamps, std::size_t packetCount = 100) {
-    RandomRecordingShape shape;
-    shape.timestamps = timestamps;
-    shape.packetCount = packetCount;
-    if (timestamps) shape.packet.hardwareTimestamp = 0;
-    return shape;
-}
 
 // The packets that came are packets of the undamaged recording, in their order.
 void ExpectOnlyDamageMissing(const Recording& recording, const Streamed& streamed,
@@ -276,12 +194,12 @@ TEST(PacketStream, ReadErrorEndsTheStreamAndIsReported) {
 TEST(PacketStream, SkipsToPacketsNearAnyByte) {
     const Recording recording = MakeRandomRecording(11, Shape(true, 400));
     MemoryFileCalls disk;
-    disk.files[kPath] = recording.bytes;
+    disk.files[kStreamedPath] = recording.bytes;
     FileCalls* const before = SetFileCalls(&disk);
     {
         PacketStream stream;
         ORDDataPacket packet;
-        ASSERT_EQ(stream.Open(kPath), 0);
+        ASSERT_EQ(stream.Open(kStreamedPath), 0);
         ASSERT_EQ(stream.Next(packet).kind, StreamPart::Kind::kPacket);
         ASSERT_TRUE(stream.SkipTo(recording.positions[300] + 1));
         EXPECT_EQ(stream.Next(packet).position, recording.positions[301]);

@@ -65,5 +65,13 @@ TEST(VersionCheck, OnePacketAloneIsNoContradiction) {
     EXPECT_FALSE(Contradicts(lone, kVersion2));
 }
 
+// Two packets of 11 bytes, in which two of 19 bytes can be seen just as well.
+TEST(VersionCheck, AsManyPacketsOfTheOtherVersionAreNoContradiction) {
+    std::string stream(38, '\0');
+    stream[0] = stream[11] = stream[19] = 4;
+    EXPECT_FALSE(Contradicts(stream, kVersion1));
+    EXPECT_FALSE(Contradicts(stream, kVersion2));
+}
+
 }  // namespace
 }  // namespace stalwick::test

@@ -1,5 +1,7 @@
 #include "writers/data_file.h"
 
+#include <chrono>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -38,6 +40,40 @@ TEST(DataFile, WriteBackAfterACutBeginsWhereTheFileEndsThen) {
         {kOutputHeaderSize, kPiece}, {kOutputHeaderSize + kKept, kKept + kPiece}};
     EXPECT_EQ(calls.spans, expected);
     EXPECT_TRUE(file.Close());
+}
+
+// A disk that takes its time.
+class SlowCalls final : public ForwardingFileCalls {
+  public:
+    SystemErrorCode WriteAt(FileHandle handle, std::uint64_t offset, const void* data,
+                            std::size_t size, std::size_t& transferred) override {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        return ForwardingFileCalls::WriteAt(handle, offset, data, size, transferred);
+    }
+};
+
+TEST(DataFile, ClosesAfterWhatWasHandedOverIsWritten) {
+    const TempDirectory directory;
+    SlowCalls calls;
+    WriteQueue queue;
+    BlockPool pool(&queue);
+    pool.Reserve(1, 1000);
+    DataFile file(OutputSettings(), &pool);
+    ASSERT_EQ(file.Create(directory.Path(L"a.vcs")), 0);
+    for (int i = 0; i < 5; ++i) EXPECT_TRUE(file.Submit(pool.Acquire(), 1000));
+    EXPECT_TRUE(file.Close());
+    EXPECT_FALSE(file.State().failure);
+    EXPECT_EQ(file.State().dataBytes, 5000U);
+}
+
+TEST(DataFile, FileWithoutAHeaderHasNoBytesOfOne) {
+    const TempDirectory directory;
+    DataFile file{OutputSettings()};
+    ASSERT_EQ(file.Create(directory.Path(L"a.vcs")), 0);
+    EXPECT_EQ(file.Totals().files, 1U);
+    EXPECT_EQ(file.Totals().bytes, 0U);
+    ASSERT_TRUE(file.SetHeader("text"));
+    EXPECT_EQ(file.Totals().bytes, kOutputHeaderSize);
 }
 
 }  // namespace

@@ -14,6 +14,10 @@ STEP = re.compile(r"(\+\+|--)(?=[A-Za-z_])")
 NUMBER = re.compile(r"(?<![\w.'])(\d[\d']*)(?=[uU]?(?:[lL]{0,2})\b)(?![\w.']*[.eExX])")
 BOOL = re.compile(r"\b(true|false)\b")
 CONDITION = re.compile(r"\b(?:if|while) \((.+)\)(?= \{$| return| break| continue|$)")
+# What a failed step returns; its callers ask for nothing but 0.
+FAILURE = re.compile(r"(?:(?<=return )|(?<=: )|(?<== ))-1(?=;)")
+# Joined texts: a minus does not compile.
+TEXT = re.compile(r'"|\bto_w?string\(|\bkPathSeparator\b')
 # A statement of one line that only calls: taken away.
 CALL = re.compile(r"^\s+(?!return\b|throw\b|delete\b|static_assert|using\b|case\b)"
                   r"[A-Za-z_][\w.:\[\]]*(?:->[\w.:\[\]]+)*\([^{}]*\);$")
@@ -27,10 +31,21 @@ class Mutation:
     column: int  # from 0
     old: str
     new: str
+    code: str  # the line as it was
+
+    @property
+    def change(self):
+        return f"{self.old.strip()} -> {self.new.strip() or '(nothing)'}"
 
     @property
     def name(self):
-        return f"{self.file}:{self.line}:{self.column}: {self.old.strip()} -> {self.new.strip() or '(nothing)'}"
+        return f"{self.file}:{self.line}:{self.column}: {self.change}"
+
+    @property
+    def key(self):
+        """The same wherever the line stands."""
+        place = self.code[:self.column].count(self.old) + 1
+        return self.file, self.code.strip(), self.change + (f" #{place}" if place > 1 else "")
 
     def apply(self, text):
         lines = text.split("\n")
@@ -65,14 +80,18 @@ def find_mutations(file, text):
             continue
 
         def add(column, old, new):
-            found.append(Mutation(file, number, column, old, new))
+            found.append(Mutation(file, number, column, old, new, original))
 
         for match in OPERATOR.finditer(line):
+            if match.group() == "+" and TEXT.search(original):
+                continue
             for new in OPERATORS[match.group()]:
                 add(match.start(), match.group(), new)
         for match in STEP.finditer(line):
             add(match.start(), match.group(), "--" if match.group() == "++" else "++")
-        for match in NUMBER.finditer(line):
+        for match in FAILURE.finditer(line):
+            add(match.start(), "-1", "0")
+        for match in NUMBER.finditer(FAILURE.sub("  ", line)):
             add(match.start(), match.group(), _number_after(match.group()))
         for match in BOOL.finditer(line):
             add(match.start(), match.group(), "false" if match.group() == "true" else "true")

@@ -39,7 +39,7 @@ struct ParsedArguments {
 };
 
 // Reads the arguments behind the program's name (UTF-8).
-ParsedArguments ParseArguments(std::vector<std::string> arguments);
+[[nodiscard]] ParsedArguments ParseArguments(std::vector<std::string> arguments);
 
 // Hands out the declared options, of which the manual page and the shell completions are made.
 void VisitConvertOptions(const std::function<void(const CLI::App&)>& visit);

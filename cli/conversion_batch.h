@@ -42,13 +42,13 @@ class ConversionBatch {
     // From any thread: the running file is finished in order, later ones get empty outputs.
     void Cancel();
 
-    BatchProgress Progress() const;
+    [[nodiscard]] BatchProgress Progress() const;
 
     // After Run(): the final status text, that of the first failure in the list's order.
-    std::wstring Status() const;
+    [[nodiscard]] std::wstring Status() const;
     const std::vector<RecordingOutcome>& Outcomes() const { return outcomes_; }
     const std::vector<PlannedRecording>& Recordings() const { return recordings_; }
-    bool Canceled() const { return canceled_.load(std::memory_order_relaxed); }
+    [[nodiscard]] bool Canceled() const { return canceled_.load(std::memory_order_relaxed); }
 
   private:
     void ReadEarlierReport();

@@ -19,11 +19,11 @@ struct PlannedRecording {
 };
 
 // The FILEs in their order. Without --output-dir each one's outputs go beside it.
-std::vector<PlannedRecording> PlanRecordings(const CommandLine& commandLine);
+[[nodiscard]] std::vector<PlannedRecording> PlanRecordings(const CommandLine& commandLine);
 
 // Two recordings whose outputs would go into one directory, in one sentence; empty if there are
 // none. Names that differ in the case of their letters count as one: some file systems take them
 // for one.
-std::wstring DescribeSharedDirectory(const std::vector<PlannedRecording>& recordings);
+[[nodiscard]] std::wstring DescribeSharedDirectory(const std::vector<PlannedRecording>& recordings);
 
 }  // namespace stalwick

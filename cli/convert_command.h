@@ -9,6 +9,6 @@ namespace stalwick {
 // status (or the help) to standard output and all else to standard error. Returns the exit status
 // (docs/errors.md). Throws what no conversion could keep to itself, such as std::bad_alloc. It
 // watches the process's signals: call it once.
-int RunConvertCommand(const std::vector<std::string>& arguments);
+[[nodiscard]] int RunConvertCommand(const std::vector<std::string>& arguments);
 
 }  // namespace stalwick

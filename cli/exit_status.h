@@ -17,7 +17,7 @@ inline constexpr int kExitTerminated = 143;   // canceled by SIGTERM
 
 // The worst of all recordings, or the interruption's own if it canceled the run. An interrupt that
 // came too late to cancel anything counts too: the loop that called the command must stop.
-int ExitStatus(const std::vector<RecordingOutcome>& outcomes, bool canceled,
-               Interruption interruption);
+[[nodiscard]] int ExitStatus(const std::vector<RecordingOutcome>& outcomes, bool canceled,
+                             Interruption interruption);
 
 }  // namespace stalwick

@@ -11,7 +11,7 @@ class App;
 namespace stalwick {
 
 // The command stalwick-inspect with the arguments after its name (UTF-8). Returns the exit status.
-int RunInspectCommand(const std::vector<std::string>& arguments);
+[[nodiscard]] int RunInspectCommand(const std::vector<std::string>& arguments);
 
 // Hands out the declared options, of which the manual page and the shell completions are made.
 void VisitInspectOptions(const std::function<void(const CLI::App&)>& visit);

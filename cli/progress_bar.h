@@ -11,8 +11,8 @@ namespace stalwick {
 
 // The line that a progress bar shows, in less than `width` columns: bar, per cent of bytes, MB/s,
 // time left, file i of n, and its name as far as there is room.
-std::wstring FormatProgress(const BatchProgress& progress, std::chrono::duration<double> elapsed,
-                            int width);
+[[nodiscard]] std::wstring FormatProgress(const BatchProgress& progress,
+                                          std::chrono::duration<double> elapsed, int width);
 
 // Draws the progress on standard error, and nothing when that is no terminal. The last line stays.
 // Any thread may call any operation.

@@ -18,7 +18,7 @@ struct RecordingFile {
     friend bool operator==(const RecordingFile&, const RecordingFile&) = default;
 };
 
-RecordingFile QueryRecordingFile(const std::wstring& path);
+[[nodiscard]] RecordingFile QueryRecordingFile(const std::wstring& path);
 
 // SHA-256 in hexadecimal digits; empty where there is none.
 struct RecordingChecksums {
@@ -48,9 +48,9 @@ enum class Verdict {
     kNotBegun     // a recording before it had failed
 };
 
-Verdict VerdictOf(const RecordingOutcome& outcome);
+[[nodiscard]] Verdict VerdictOf(const RecordingOutcome& outcome);
 
-inline bool IsWhole(Verdict verdict) {
+[[nodiscard]] inline bool IsWhole(Verdict verdict) {
     return verdict == Verdict::kWhole || verdict == Verdict::kPassedOver;
 }
 

@@ -12,10 +12,10 @@ inline constexpr std::string_view kReportBeginning = "{\n  \"report_of\": \"stal
 // All of these return nothing, or one line that says why not.
 
 // Whether the name is free or a report has it.
-std::wstring RefuseReportName(const std::wstring& path);
+[[nodiscard]] std::wstring RefuseReportName(const std::wstring& path);
 // Whether a file can be made in the report's directory.
-std::wstring RefuseReportDirectory(const std::wstring& path);
+[[nodiscard]] std::wstring RefuseReportDirectory(const std::wstring& path);
 // Puts the whole report there, or leaves what was there.
-std::wstring WriteReport(const std::wstring& path, const std::string& text);
+[[nodiscard]] std::wstring WriteReport(const std::wstring& path, const std::string& text);
 
 }  // namespace stalwick

@@ -10,6 +10,6 @@ class ParseError;
 namespace stalwick {
 
 // What is wrong with the arguments that ended in `error`, in words that begin with it.
-std::string DescribeUsageError(const CLI::App& app, const CLI::ParseError& error);
+[[nodiscard]] std::string DescribeUsageError(const CLI::App& app, const CLI::ParseError& error);
 
 }  // namespace stalwick

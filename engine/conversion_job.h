@@ -25,7 +25,7 @@ inline constexpr wchar_t kStatusComplete[] = L"Processing complete";
 inline constexpr wchar_t kStatusCanceled[] = L"Data processing canceled.";
 
 // "Processing failed", with " - " and the error text where there is one.
-std::wstring FailureStatus(const std::wstring& errorText);
+[[nodiscard]] std::wstring FailureStatus(const std::wstring& errorText);
 
 // Converts every file of the job. With `onFinished` set it stops at the first failure and reports
 // kStatusComplete, kStatusCanceled or "Processing failed", the last with " - " and the

@@ -25,15 +25,15 @@ class DataProcessor {
     // Converts the files into directories of their own below `outputDirectory`. `writeEvents` and
     // `writeRawData` are compared with 1. Returns 0 when all were converted or the job was
     // canceled, -1 at the first failure.
-    std::int32_t ProcessFile(const std::vector<std::wstring>& files,
-                             const std::wstring& outputDirectory,
-                             const ChannelOptions& channelOptions, std::uint8_t writeEvents,
-                             std::uint8_t writeRawData);
+    [[nodiscard]] std::int32_t ProcessFile(const std::vector<std::wstring>& files,
+                                           const std::wstring& outputDirectory,
+                                           const ChannelOptions& channelOptions,
+                                           std::uint8_t writeEvents, std::uint8_t writeRawData);
 
     // Whether accounts say what the timestamps say: gaps and the clock's drift. What it keeps grows
     // with the number of gaps.
     void FollowTime(bool follows) { followsTime_ = follows; }
-    bool FollowsTime() const { return followsTime_; }
+    [[nodiscard]] bool FollowsTime() const { return followsTime_; }
 
     // The text of the last failure that had one. Nothing clears it: a failure without a text
     // leaves the earlier one. Kept (pinned by DataProcessor.FailureWithoutTextKeepsTheOldOne).

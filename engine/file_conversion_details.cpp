@@ -116,8 +116,10 @@ std::vector<OutputEnd> FileConversion::OutputEnds() const {
     }
     for (const OutputFileState& file : eventFile_.fileIO.Files()) {
         // Its only header always says that it was not closed.
-        const auto isWritten = [](const auto& record) { return record.bufferedCount == 0; };
-        const bool whole = packetsDone_ && std::ranges::all_of(eventFile_.records, isWritten);
+        const auto isFlushed = [](const OutputFileRecord& events) {
+            return events.bufferedCount == 0;
+        };
+        const bool whole = packetsDone_ && std::ranges::all_of(eventFile_.records, isFlushed);
         ends.push_back({file, whole, sizeof(VtxDataTypes::EventRec)});
     }
     const OutputFileState rawData = rawDataFile_.File();

@@ -12,6 +12,6 @@ namespace stalwick {
 inline constexpr char kStatusOutOfMemory[] = "Processing failed - Not enough memory";
 
 // Says of the recording that was being converted what may be missing.
-ConversionDetail OutOfMemoryDetail(const std::wstring& recording);
+[[nodiscard]] ConversionDetail OutOfMemoryDetail(const std::wstring& recording);
 
 }  // namespace stalwick

@@ -8,12 +8,14 @@ namespace stalwick {
 
 // Makes sure that the output directory exists, creating one level. 0, or the system's error.
 // `made`, if asked for, is whether this call created it.
-SystemErrorCode EnsureOutputDirectory(const std::wstring& directory, bool* made = nullptr);
+[[nodiscard]] SystemErrorCode EnsureOutputDirectory(const std::wstring& directory,
+                                                    bool* made = nullptr);
 
 // The directory of a recording's outputs: named after it, below the output directory.
-std::wstring OutputDirectoryOf(const std::wstring& recording, const std::wstring& outputDirectory);
+[[nodiscard]] std::wstring OutputDirectoryOf(const std::wstring& recording,
+                                             const std::wstring& outputDirectory);
 
 // "Error creating output directory(...) ..." for a directory that is unavailable.
-std::wstring OutputDirectoryErrorText(const std::wstring& directory);
+[[nodiscard]] std::wstring OutputDirectoryErrorText(const std::wstring& directory);
 
 }  // namespace stalwick

@@ -19,10 +19,10 @@ struct OutputEnd {
 // The outputs that failed, a line for each cause: "cannot write out/rec/CSC4.vcs to CSC64.vcs: No
 // space left on device; they hold 5000 records each; free some space ...". A full disk that
 // hundreds of files met is one line.
-std::vector<std::wstring> DescribeFailedOutputs(std::span<const OutputEnd> outputs);
+[[nodiscard]] std::vector<std::wstring> DescribeFailedOutputs(std::span<const OutputEnd> outputs);
 
 // The outputs that are not whole though nothing of their own failed: "CSC5.vcs to CSC64.vcs (5000
 // records each) and Events.vev (no records)". Empty if there are none.
-std::wstring NameUnfinishedOutputs(std::span<const OutputEnd> outputs);
+[[nodiscard]] std::wstring NameUnfinishedOutputs(std::span<const OutputEnd> outputs);
 
 }  // namespace stalwick

@@ -24,12 +24,14 @@ class PacketCensus {
     }
 
     // Channels that the widest packet describes, also those that its mask leaves out.
-    std::uint32_t MostDescribed() const { return mostDescribed_; }
+    [[nodiscard]] std::uint32_t MostDescribed() const { return mostDescribed_; }
     // Position, from 1, of the last channel that any packet had samples of; 0: none had.
-    std::uint32_t MostCarried() const { return mostCarried_; }
+    [[nodiscard]] std::uint32_t MostCarried() const { return mostCarried_; }
 
     // Whether any packet had values of that sensor.
-    bool Carries(ChannelGroup sensor) const { return carried_[static_cast<std::size_t>(sensor)]; }
+    [[nodiscard]] bool Carries(ChannelGroup sensor) const {
+        return carried_[static_cast<std::size_t>(sensor)];
+    }
 
   private:
     void Note(ChannelGroup sensor, bool present) {

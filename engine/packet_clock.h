@@ -16,12 +16,12 @@ class PacketClock {
         last_ = *hardwareTimestamp;
     }
 
-    std::uint64_t Packets() const { return packets_; }
-    bool HasTimestamps() const { return first_.has_value(); }
+    [[nodiscard]] std::uint64_t Packets() const { return packets_; }
+    [[nodiscard]] bool HasTimestamps() const { return first_.has_value(); }
 
     // From the first timestamp to the end of the last packet, which spans `packetSeconds`. Without
     // timestamps, or where they run backwards, the packets one after another.
-    double Seconds(double packetSeconds) const {
+    [[nodiscard]] double Seconds(double packetSeconds) const {
         if (!first_ || last_ < *first_) return static_cast<double>(packets_) * packetSeconds;
         return static_cast<double>(last_ - *first_) / kNanosecondsPerSecond + packetSeconds;
     }

@@ -31,7 +31,7 @@ struct DecodedSpan {
     bool readFailedAfter = false;          // the next span is the failure
     std::exception_ptr exception;          // what the call threw
 
-    bool IsLast() const { return status != 0 || endOfFile; }
+    [[nodiscard]] bool IsLast() const { return status != 0 || endOfFile; }
 };
 
 // A recording that is converted: its header, then its packets a span at a time. Used by one thread
@@ -48,22 +48,22 @@ class PacketSource {
     [[nodiscard]] virtual std::int32_t Open(const std::wstring& path) = 0;
     virtual void Close() = 0;
     virtual const RecordingHeader& Header() const = 0;
-    virtual std::wstring GetErrorMessage() const = 0;
-    virtual SystemErrorCode SystemError() const = 0;
+    [[nodiscard]] virtual std::wstring GetErrorMessage() const = 0;
+    [[nodiscard]] virtual SystemErrorCode SystemError() const = 0;
 
     // Reads and decodes the next span, but for `exception`. The status is -1, with the reason as
     // after Open, if the recording cannot be read or decoded further.
     virtual void Read(DecodedSpan& span) = 0;
 
-    virtual std::uint64_t FileSize() const = 0;   // bytes; 0: not known
-    virtual std::uint64_t BytesRead() const = 0;  // the header block included
+    [[nodiscard]] virtual std::uint64_t FileSize() const = 0;   // bytes; 0: not known
+    [[nodiscard]] virtual std::uint64_t BytesRead() const = 0;  // the header block included
     // Bytes read that made no packet yet and were not skipped; where they begin in the file; and,
     // after the last span, whether they can be a packet that lacks its end.
-    virtual std::uint64_t UnconsumedBytes() const = 0;
-    virtual std::uint64_t NextPacketPosition() const = 0;
-    virtual bool EndsInACutPacket() const = 0;
+    [[nodiscard]] virtual std::uint64_t UnconsumedBytes() const = 0;
+    [[nodiscard]] virtual std::uint64_t NextPacketPosition() const = 0;
+    [[nodiscard]] virtual bool EndsInACutPacket() const = 0;
     // Of the stream's beginning: see PacketsContradictVersion.
-    virtual bool ContradictsVersion() const = 0;
+    [[nodiscard]] virtual bool ContradictsVersion() const = 0;
 };
 
 // The format's own way of reading, which ends at damage, or one that skips damaged stretches.

@@ -19,13 +19,13 @@ class RecordingContents {
     void Count(const ORDDataPacket& packet);
 
     // Samples of a channel file.
-    std::uint64_t Samples(ChannelGroup group, std::uint32_t channel) const;
-    std::uint64_t Events() const { return ttlChanges_; }
+    [[nodiscard]] std::uint64_t Samples(ChannelGroup group, std::uint32_t channel) const;
+    [[nodiscard]] std::uint64_t Events() const { return ttlChanges_; }
     // Of all raw records, without the header.
-    std::uint64_t RawBytes() const;
+    [[nodiscard]] std::uint64_t RawBytes() const;
     // Position, from 1, of the last A/D channel that any packet had samples of.
-    std::uint32_t MostADChannels() const { return census_.MostCarried(); }
-    bool Carries(ChannelGroup sensor) const { return census_.Carries(sensor); }
+    [[nodiscard]] std::uint32_t MostADChannels() const { return census_.MostCarried(); }
+    [[nodiscard]] bool Carries(ChannelGroup sensor) const { return census_.Carries(sensor); }
 
   private:
     PacketCensus census_;

@@ -15,15 +15,14 @@ static_assert(kTtlChangeText.size() < VtxDataTypes::kEventStringSize);  // and i
 
 // Time of the packet's first sample in microseconds.
 std::uint64_t FirstSampleTime(EventFileWriterContainer& eventFile, const PacketTime& time) {
-    OutputFileRecord& record = eventFile.records.front();
+    OutputFileRecord& file = eventFile.records.front();
     // Without a hardware timestamp the offset is not added: the time counts from the file's start.
     if (!time.hardwareTimestamp) {
         return TruncateToCount(time.runningMicroseconds, eventFile.timestampsSaturated);
     }
-    return TruncateToCount(
-               static_cast<double>(record.lastBaseTimestamp) / kNanosecondsPerMicrosecond,
-               eventFile.timestampsSaturated) +
-           record.timestampOffset;
+    return TruncateToCount(static_cast<double>(file.lastBaseTimestamp) / kNanosecondsPerMicrosecond,
+                           eventFile.timestampsSaturated) +
+           file.timestampOffset;
 }
 
 // Only the named fields are written; the others keep what the slot held.
@@ -38,10 +37,10 @@ void FillEvent(VtxDataTypes::EventRec& event, std::uint64_t timestamp, std::uint
 
 std::int32_t WriteTtlEvents(EventFileWriterContainer& eventFile,
                             const std::vector<std::uint8_t>& ttlValues, const PacketTime& time) {
-    OutputFileRecord& record = eventFile.records.front();
-    if (time.hardwareTimestamp && *time.hardwareTimestamp != record.lastBaseTimestamp) {
-        record.phase = 0;
-        record.lastBaseTimestamp = *time.hardwareTimestamp;
+    OutputFileRecord& file = eventFile.records.front();
+    if (time.hardwareTimestamp && *time.hardwareTimestamp != file.lastBaseTimestamp) {
+        file.phase = 0;
+        file.lastBaseTimestamp = *time.hardwareTimestamp;
     }
     if (ttlValues.empty()) return 0;
     if (eventFile.ttlUnset) {

@@ -17,7 +17,8 @@ struct PacketTime {
 
 // Adds an event for each value that differs from the one before it; the file's first value makes
 // none. Returns 0, or -1 when a full block of events could not be written.
-std::int32_t WriteTtlEvents(EventFileWriterContainer& eventFile,
-                            const std::vector<std::uint8_t>& ttlValues, const PacketTime& time);
+[[nodiscard]] std::int32_t WriteTtlEvents(EventFileWriterContainer& eventFile,
+                                          const std::vector<std::uint8_t>& ttlValues,
+                                          const PacketTime& time);
 
 }  // namespace stalwick

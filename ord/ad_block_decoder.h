@@ -18,11 +18,11 @@ using ChannelEnableSet = boost::dynamic_bitset<std::uint8_t>;
 using ChannelBitWidths = std::array<std::uint8_t, kMostADChannels>;
 
 // Bit j of the set is channel j: mask bytes stand in the packet with the highest channels first.
-ChannelEnableSet BuildChannelEnableSet(const std::vector<std::uint8_t>& channelMask);
+[[nodiscard]] ChannelEnableSet BuildChannelEnableSet(const std::vector<std::uint8_t>& channelMask);
 
 // Reads a 4-bit width for each enabled channel, in channel order; an empty set enables all.
-ChannelBitWidths ReadChannelBitWidths(BitReader& reader, std::uint32_t numChannels,
-                                      const ChannelEnableSet& enabled);
+[[nodiscard]] ChannelBitWidths ReadChannelBitWidths(BitReader& reader, std::uint32_t numChannels,
+                                                    const ChannelEnableSet& enabled);
 
 // Decodes a bit-packed block of `samplesPerChannel` samples of `numChannels` channels (at most
 // 256) into samples[channel * samplesPerChannel + i]; channels that the mask leaves out are 0. An

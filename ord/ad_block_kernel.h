@@ -22,7 +22,7 @@ struct ADBlockKernel {
 inline constexpr std::size_t kKernelOverrun = 16;
 
 // The kernels that this machine can run, the fastest first, "scalar" last.
-std::span<const ADBlockKernel> AvailableADBlockKernels();
+[[nodiscard]] std::span<const ADBlockKernel> AvailableADBlockKernels();
 
 // The kernel in use: the fastest, unless a test has chosen another.
 const ADBlockKernel& CurrentADBlockKernel();

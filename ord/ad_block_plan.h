@@ -46,7 +46,7 @@ struct ADBlockPlan {
     std::uint32_t deltasBit = 0;  // of the first row of deltas, from the block's first bit
 
     // Bits that decoding the block takes.
-    std::uint32_t BlockBits(std::uint32_t samplesPerChannel) const {
+    [[nodiscard]] std::uint32_t BlockBits(std::uint32_t samplesPerChannel) const {
         return deltasBit + (samplesPerChannel - 1) * rowBits;
     }
 };
@@ -54,7 +54,8 @@ struct ADBlockPlan {
 // Plans the block that begins at `data`. `numChannels` is a multiple of 8, at most 256;
 // `channelMask` has numChannels / 8 bytes, or none when every channel is enabled. False, with the
 // plan unfinished, when `length` bytes do not hold the widths.
-bool BuildADBlockPlan(const std::uint8_t* data, std::size_t length, std::uint32_t numChannels,
-                      std::span<const std::uint8_t> channelMask, ADBlockPlan& plan);
+[[nodiscard]] bool BuildADBlockPlan(const std::uint8_t* data, std::size_t length,
+                                    std::uint32_t numChannels,
+                                    std::span<const std::uint8_t> channelMask, ADBlockPlan& plan);
 
 }  // namespace stalwick

@@ -8,6 +8,6 @@ namespace stalwick {
 
 // The kernels of every vector instruction set that this machine has, the best first; none in a
 // build without Highway.
-std::vector<ADBlockKernel> ListSimdADBlockKernels();
+[[nodiscard]] std::vector<ADBlockKernel> ListSimdADBlockKernels();
 
 }  // namespace stalwick

@@ -15,7 +15,7 @@ class PacketKinds {
   public:
     void Count(const ORDDataPacket& packet);
     // Before the first packet any kind can come.
-    bool CanBe(std::uint8_t kind) const { return kinds_.none() || kinds_[kind]; }
+    [[nodiscard]] bool CanBe(std::uint8_t kind) const { return kinds_.none() || kinds_[kind]; }
 
   private:
     std::bitset<256> kinds_;

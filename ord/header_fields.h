@@ -16,11 +16,11 @@ using HeaderTokens = std::vector<std::wstring>;
 // with something behind its key is an empty list. A key is found when white space stands before
 // it, in any letter case, also inside a comment and as the beginning of a longer key; its value
 // ends before a "#" or the line's end.
-std::vector<HeaderTokens> GetHeaderFieldValues(const std::wstring& headerText,
-                                               const std::wstring& key);
+[[nodiscard]] std::vector<HeaderTokens> GetHeaderFieldValues(const std::wstring& headerText,
+                                                             const std::wstring& key);
 
 // Splits a value into its tokens: words, or text in double quotes that white space precedes.
-HeaderTokens SplitHeaderValue(const std::wstring& value);
+[[nodiscard]] HeaderTokens SplitHeaderValue(const std::wstring& value);
 
 // Reads the longest prefix of the token that is a number of the target's type, or its first word.
 // False when there is none; the target is then 0 or, for text, what it was.
@@ -34,6 +34,6 @@ bool ConvertToken(const std::wstring& token, std::wstring& target);
 // newer than "2.0". That rule decides which files carry timestamps and stays as it is (pinned by
 // HeaderFields.VersionOneTenCountsAsOneHundredAndTen). -1 when the text is no version or the
 // number is above 2,147,483,647.
-std::int32_t VersionStringToNumber(const std::wstring& text);
+[[nodiscard]] std::int32_t VersionStringToNumber(const std::wstring& text);
 
 }  // namespace stalwick

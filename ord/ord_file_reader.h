@@ -30,7 +30,7 @@ class ORDFileReader {
 
     // Opens the file and reads its header. After a failure behind the opening itself the file is
     // still open.
-    std::int32_t Open(std::wstring path);
+    [[nodiscard]] std::int32_t Open(std::wstring path);
 
     // Back to the state after construction, but for FileVersion and UTCOffsetMicroseconds, which
     // keep the last file's values.
@@ -39,48 +39,48 @@ class ORDFileReader {
     // Reads the next block and decodes its whole packets into `records`, which is reused.
     // `endOfFile` becomes true with the last block; the records of that call still count. Where a
     // read fails, packets that were read whole before are given first: the next call fails.
-    std::int32_t GetData(std::vector<ORDDataPacket>& records, bool& endOfFile);
+    [[nodiscard]] std::int32_t GetData(std::vector<ORDDataPacket>& records, bool& endOfFile);
 
-    std::wstring GetHeaderText() const { return headerText_; }
-    std::wstring GetErrorMessage() const { return errorMessage_; }
+    [[nodiscard]] std::wstring GetHeaderText() const { return headerText_; }
+    [[nodiscard]] std::wstring GetErrorMessage() const { return errorMessage_; }
     void SetErrorMessage(const std::wstring& message) { errorMessage_ = message; }
 
     // Its fields as one value, and one by one.
     const RecordingHeader& Header() const { return header_; }
-    std::uint32_t NumADChannels() const { return header_.numADChannels; }
-    std::uint32_t SamplingFrequency() const {
+    [[nodiscard]] std::uint32_t NumADChannels() const { return header_.numADChannels; }
+    [[nodiscard]] std::uint32_t SamplingFrequency() const {
         return header_.samplingFrequency;
     }  // samples per second
-    std::uint32_t ADMaxValue() const { return header_.adMaxValue; }
-    double ADBitVolts() const { return header_.adBitVolts; }
-    std::uint32_t InputRange() const { return header_.inputRange; }
+    [[nodiscard]] std::uint32_t ADMaxValue() const { return header_.adMaxValue; }
+    [[nodiscard]] double ADBitVolts() const { return header_.adBitVolts; }
+    [[nodiscard]] std::uint32_t InputRange() const { return header_.inputRange; }
     const std::wstring& FileVersion() const { return header_.fileVersion; }
     std::int64_t UTCOffsetMicroseconds() const { return header_.utcOffsetMicroseconds; }
     const std::wstring& SessionUUID() const { return header_.sessionUuid; }
     const std::wstring& AcquisitionSystem() const { return header_.acquisitionSystem; }
-    bool BaseIMUAvailable() const { return header_.baseImuAvailable; }
-    bool AfeIMUAvailable() const { return header_.afeImuAvailable; }
-    bool UltrasonicAvailable() const { return header_.ultrasonicAvailable; }
+    [[nodiscard]] bool BaseIMUAvailable() const { return header_.baseImuAvailable; }
+    [[nodiscard]] bool AfeIMUAvailable() const { return header_.afeImuAvailable; }
+    [[nodiscard]] bool UltrasonicAvailable() const { return header_.ultrasonicAvailable; }
 
     // Bytes in the open file; 0 where that is not known.
-    std::uint64_t FileSize() const { return file_.Size(); }
+    [[nodiscard]] std::uint64_t FileSize() const { return file_.Size(); }
     // Bytes read from the file so far, the header block included.
-    std::uint64_t BytesRead() const { return bytesRead_; }
+    [[nodiscard]] std::uint64_t BytesRead() const { return bytesRead_; }
     // Bytes read that made no whole packet yet.
-    std::uint64_t UnconsumedBytes() const { return unconsumedBytes_; }
+    [[nodiscard]] std::uint64_t UnconsumedBytes() const { return unconsumedBytes_; }
     // Bytes of each packet of the last block, which stand one after another before the next packet.
     const std::vector<std::uint32_t>& PacketSizes() const { return spanMemory_.packetSizes; }
     // Where in the file the next packet begins.
-    std::uint64_t NextPacketPosition() const { return bytesRead_ - unconsumedBytes_; }
+    [[nodiscard]] std::uint64_t NextPacketPosition() const { return bytesRead_ - unconsumedBytes_; }
     // After the last block: whether the unconsumed bytes are a packet that lacks its end; see
     // IsCutPacket.
-    bool EndsInACutPacket() const;
+    [[nodiscard]] bool EndsInACutPacket() const;
     // Whether a read failed after the bytes of the last block: the next call of GetData fails.
-    bool ReadHasFailed() const { return readError_ != 0; }
+    [[nodiscard]] bool ReadHasFailed() const { return readError_ != 0; }
     // Of the stream's first block: see PacketsContradictVersion.
-    bool ContradictsVersion() const { return contradictsVersion_; }
+    [[nodiscard]] bool ContradictsVersion() const { return contradictsVersion_; }
     // The operating system's reason when a read failed; 0 otherwise.
-    SystemErrorCode SystemError() const { return systemError_; }
+    [[nodiscard]] SystemErrorCode SystemError() const { return systemError_; }
 
   private:
     std::int32_t Fail(const std::wstring& message);

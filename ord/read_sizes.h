@@ -13,7 +13,7 @@ struct ReadSizes {
 };
 
 // What readers that are made from now on use: the format's sizes, unless a test has set others.
-ReadSizes CurrentReadSizes();
+[[nodiscard]] ReadSizes CurrentReadSizes();
 
 // For tests and fuzzing: short recordings then have as many spans as long ones. Call it only while
 // no other thread makes a reader.

@@ -19,7 +19,7 @@ class StepClock {
     [[nodiscard]] std::optional<std::uint64_t> WholeSteps(std::uint64_t from,
                                                           std::uint64_t to) const;
 
-    double StepNs() const { return stepNs_; }  // 0: not known
+    [[nodiscard]] double StepNs() const { return stepNs_; }  // 0: not known
 
   private:
     void Restart(double stepNs);

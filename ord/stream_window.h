@@ -25,13 +25,15 @@ class StreamWindow {
     // Leaves bytes behind; `count` is at most the window's size.
     void Advance(std::size_t count) { begin_ += count; }
 
-    std::span<const std::uint8_t> Bytes() const { return {buffer_.data() + begin_, end_ - begin_}; }
+    [[nodiscard]] std::span<const std::uint8_t> Bytes() const {
+        return {buffer_.data() + begin_, end_ - begin_};
+    }
     // Of the window's first byte in the file.
-    std::uint64_t Position() const { return filePosition_ - (end_ - begin_); }
+    [[nodiscard]] std::uint64_t Position() const { return filePosition_ - (end_ - begin_); }
     // Whether nothing of the file is beyond the window.
-    bool ReachesEnd() const { return fileEnded_; }
+    [[nodiscard]] bool ReachesEnd() const { return fileEnded_; }
     // The system's reason when the window ends because a read failed; else 0.
-    SystemErrorCode SystemError() const { return systemError_; }
+    [[nodiscard]] SystemErrorCode SystemError() const { return systemError_; }
 
     static constexpr std::size_t kMostBytes = std::size_t{1} << 17U;
 

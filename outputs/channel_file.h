@@ -12,10 +12,11 @@ namespace stalwick {
 class ChannelFile : public RecordFile {
   public:
     // With kCutRecord the file is open all the same, after any other error it is not.
-    RecordFileError Open(const std::wstring& path);
+    [[nodiscard]] RecordFileError Open(const std::wstring& path);
 
     // Fills `records` with those from `first` on, counted from 0; all of them must be there.
-    RecordFileError ReadRecords(std::uint64_t first, std::span<VtxDataTypes::CRRec> records) const;
+    [[nodiscard]] RecordFileError ReadRecords(std::uint64_t first,
+                                              std::span<VtxDataTypes::CRRec> records) const;
 };
 
 }  // namespace stalwick

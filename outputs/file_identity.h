@@ -9,12 +9,12 @@ namespace stalwick {
 using Uuid = std::array<std::uint8_t, 16>;
 
 // A random UUID (version 4, variant 1) from one random seed.
-Uuid MakeUuid();
+[[nodiscard]] Uuid MakeUuid();
 
 // The local time as "YYYY/MM/DD HH:MM:SS".
-std::wstring FormatLocalTime();
+[[nodiscard]] std::wstring FormatLocalTime();
 
 // The decimal digits of a number that is not negative, with zeros before them up to `width`.
-std::wstring PadWithZeros(std::int32_t number, std::size_t width);
+[[nodiscard]] std::wstring PadWithZeros(std::int32_t number, std::size_t width);
 
 }  // namespace stalwick

@@ -15,19 +15,19 @@ inline constexpr wchar_t kHeaderTitle[] = L"######## Veltrosyn Data File Header"
 inline constexpr wchar_t kNotClosed[] = L"File was not closed properly";
 
 // A header line: key, blank, value, CR LF.
-std::wstring HeaderLine(const std::wstring& key, const std::wstring& value);
+[[nodiscard]] std::wstring HeaderLine(const std::wstring& key, const std::wstring& value);
 
 // Name of a VtxDataType; "Invalid" for any other value.
-std::wstring DataTypeName(std::uint8_t fileType);
+[[nodiscard]] std::wstring DataTypeName(std::uint8_t fileType);
 
 // Lower-case hexadecimal in groups of 8-4-4-4-12.
-std::wstring FormatUuid(const Uuid& bytes);
+[[nodiscard]] std::wstring FormatUuid(const Uuid& bytes);
 
 // `text` between double quotes; a quote that is there already is not repeated.
-std::wstring QuoteFileName(const std::wstring& text);
+[[nodiscard]] std::wstring QuoteFileName(const std::wstring& text);
 
 // The number as streams print it in that notation; `precision` 6 of `general` is their default.
 // The same digits on every platform.
-std::wstring FormatDouble(double value, std::chars_format notation, int precision);
+[[nodiscard]] std::wstring FormatDouble(double value, std::chars_format notation, int precision);
 
 }  // namespace stalwick

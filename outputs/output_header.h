@@ -19,15 +19,17 @@ class OutputHeader {
 
     // What stands after the key and one blank on the first line with that key; none without such a
     // line. A key begins with "-".
-    std::optional<std::wstring> Find(std::wstring_view key) const;
+    [[nodiscard]] std::optional<std::wstring> Find(std::wstring_view key) const;
 
     // The same where the line is known to be there: those that every header has.
-    std::wstring Value(std::wstring_view key) const { return Find(key).value_or(L""); }
+    [[nodiscard]] std::wstring Value(std::wstring_view key) const {
+        return Find(key).value_or(L"");
+    }
     // The same as a whole number; none for anything else.
-    std::optional<std::uint64_t> Number(std::wstring_view key) const;
+    [[nodiscard]] std::optional<std::uint64_t> Number(std::wstring_view key) const;
 
     // Whether -TimeClosed holds a time. The event file's never does.
-    bool SaysClosed() const;
+    [[nodiscard]] bool SaysClosed() const;
 
   private:
     std::wstring text_;

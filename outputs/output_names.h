@@ -6,6 +6,6 @@
 namespace stalwick {
 
 // What stands before the extension of an output whose name was taken: _01 to _99, _100 ...
-std::wstring NumberSuffix(std::int32_t number);
+[[nodiscard]] std::wstring NumberSuffix(std::int32_t number);
 
 }  // namespace stalwick

@@ -14,14 +14,15 @@ namespace stalwick {
 class RawDataFile : public RecordFile {
   public:
     // With kCutRecord the file is open all the same, after any other error it is not.
-    RecordFileError Open(const std::wstring& path);
+    [[nodiscard]] RecordFileError Open(const std::wstring& path);
 
-    std::uint32_t ADChannelCount() const { return adChannelCount_; }
+    [[nodiscard]] std::uint32_t ADChannelCount() const { return adChannelCount_; }
     std::size_t RecordWords() const { return RecordSize() / sizeof(std::uint32_t); }
 
     // Fills `words` with whole records from `first` on, counted from 0; all of them must be there,
     // and the size of `words` be a multiple of RecordWords(). RawRecordView reads one.
-    RecordFileError ReadRecords(std::uint64_t first, std::span<std::uint32_t> words) const;
+    [[nodiscard]] RecordFileError ReadRecords(std::uint64_t first,
+                                              std::span<std::uint32_t> words) const;
 
   private:
     std::uint32_t adChannelCount_ = 0;

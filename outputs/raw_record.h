@@ -31,7 +31,7 @@ constexpr std::size_t RawRecordWords(std::uint32_t adChannelCount) {
 }
 
 // The last word of a record: the exclusive or of all words before it.
-constexpr std::uint32_t RawChecksum(std::span<const std::uint32_t> wordsBeforeIt) {
+[[nodiscard]] constexpr std::uint32_t RawChecksum(std::span<const std::uint32_t> wordsBeforeIt) {
     std::uint32_t checksum = 0;
     for (const std::uint32_t word : wordsBeforeIt) checksum ^= word;
     return checksum;
@@ -43,23 +43,23 @@ class RawRecordView {
   public:
     explicit RawRecordView(std::span<const std::uint32_t> words) : words_(words) {}
 
-    std::uint32_t StartMarker() const { return words_[kRawStartMarkerWord]; }
-    std::uint32_t RecordId() const { return words_[kRawRecordIdWord]; }
-    std::uint32_t SizeWord() const { return words_[kRawSizeWord]; }
-    std::uint64_t Timestamp() const {  // microseconds
+    [[nodiscard]] std::uint32_t StartMarker() const { return words_[kRawStartMarkerWord]; }
+    [[nodiscard]] std::uint32_t RecordId() const { return words_[kRawRecordIdWord]; }
+    [[nodiscard]] std::uint32_t SizeWord() const { return words_[kRawSizeWord]; }
+    [[nodiscard]] std::uint64_t Timestamp() const {  // microseconds
         return std::uint64_t{words_[kRawTimestampHighWord]} << 32U | words_[kRawTimestampLowWord];
     }
-    std::uint32_t Status() const { return words_[kRawStatusWord]; }
-    std::uint32_t TtlValue() const { return words_[kRawTtlWord]; }
+    [[nodiscard]] std::uint32_t Status() const { return words_[kRawStatusWord]; }
+    [[nodiscard]] std::uint32_t TtlValue() const { return words_[kRawTtlWord]; }
     std::size_t SampleCount() const { return words_.size() - kRawWordsBesideSamples; }
-    std::int32_t Sample(std::size_t channel) const {
+    [[nodiscard]] std::int32_t Sample(std::size_t channel) const {
         return static_cast<std::int32_t>(words_[kRawFirstSampleWord + channel]);
     }
-    std::uint32_t Checksum() const { return words_.back(); }
-    bool ChecksumIsRight() const {
+    [[nodiscard]] std::uint32_t Checksum() const { return words_.back(); }
+    [[nodiscard]] bool ChecksumIsRight() const {
         return Checksum() == RawChecksum(words_.first(words_.size() - 1));
     }
-    std::span<const std::uint32_t> Words() const { return words_; }
+    [[nodiscard]] std::span<const std::uint32_t> Words() const { return words_; }
 
   private:
     std::span<const std::uint32_t> words_;

@@ -32,17 +32,22 @@ class RecordFile {
     // All of these are blank until a file is open.
     const std::wstring& Path() const { return path_; }
     const OutputHeader& Header() const { return header_; }
-    bool IsClosed() const { return header_.SaysClosed(); }
+    [[nodiscard]] bool IsClosed() const { return header_.SaysClosed(); }
 
-    std::size_t RecordSize() const { return recordSize_; }      // bytes
-    std::uint64_t RecordCount() const { return recordCount_; }  // whole records
-    std::uint64_t CutBytes() const { return cutBytes_; }        // after the last whole record
+    std::size_t RecordSize() const { return recordSize_; }                    // bytes
+    [[nodiscard]] std::uint64_t RecordCount() const { return recordCount_; }  // whole records
+    [[nodiscard]] std::uint64_t CutBytes() const {
+        return cutBytes_;
+    }  // after the last whole record
     // Where in the file a record begins.
-    std::uint64_t RecordPosition(std::uint64_t record) const;
-    std::uint64_t Size() const { return file_.Size(); }  // bytes of the file, its header included
+    [[nodiscard]] std::uint64_t RecordPosition(std::uint64_t record) const;
+    [[nodiscard]] std::uint64_t Size() const {
+        return file_.Size();
+    }  // bytes of the file, its header included
 
     // Fills `target` with bytes of the file, also with those of a cut record; all must be there.
-    RecordFileError ReadBytes(std::uint64_t offset, void* target, std::size_t size) const;
+    [[nodiscard]] RecordFileError ReadBytes(std::uint64_t offset, void* target,
+                                            std::size_t size) const;
 
   protected:
     // What the header of a kind of output says of it.

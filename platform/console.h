@@ -24,11 +24,11 @@ void PrepareConsole();
 
 // Writes the bytes to standard output after what is buffered for it. The stream is used by wide and
 // narrow text alike before and after. False where not all could be written.
-bool WriteToStandardOutput(std::string_view bytes);
+[[nodiscard]] bool WriteToStandardOutput(std::string_view bytes);
 
-bool StandardErrorIsTerminal();
+[[nodiscard]] bool StandardErrorIsTerminal();
 
 // Columns of the terminal behind standard error; 80 where that is not known.
-int TerminalWidth();
+[[nodiscard]] int TerminalWidth();
 
 }  // namespace stalwick

@@ -11,10 +11,11 @@ namespace stalwick {
 //
 //   C:\rec\...            \\?\C:\rec\...
 //   \\server\share\...    \\?\UNC\server\share\...
-std::wstring ExtendedLengthPath(const std::wstring& fullPath);
+[[nodiscard]] std::wstring ExtendedLengthPath(const std::wstring& fullPath);
 
 // True for a path that may be too long once it was made absolute from a working directory of up
 // to `workingDirectoryLength` characters.
-bool MayNeedExtendedLength(const std::wstring& path, std::size_t workingDirectoryLength);
+[[nodiscard]] bool MayNeedExtendedLength(const std::wstring& path,
+                                         std::size_t workingDirectoryLength);
 
 }  // namespace stalwick

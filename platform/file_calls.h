@@ -22,30 +22,34 @@ class FileCalls {
     virtual ~FileCalls() = default;
 
     // Opens a file, never a directory, for reading from its first byte.
-    virtual SystemErrorCode OpenForReading(const std::wstring& path, FileHandle& handle) = 0;
+    [[nodiscard]] virtual SystemErrorCode OpenForReading(const std::wstring& path,
+                                                         FileHandle& handle) = 0;
     // Reads up to `size` bytes at the file's position; `transferred` 0 is the end of the file.
-    virtual SystemErrorCode Read(FileHandle handle, void* data, std::size_t size,
-                                 std::size_t& transferred) = 0;
+    [[nodiscard]] virtual SystemErrorCode Read(FileHandle handle, void* data, std::size_t size,
+                                               std::size_t& transferred) = 0;
     // The same at an offset of a regular file; where Read() goes on afterwards is not defined.
-    virtual SystemErrorCode ReadAt(FileHandle handle, std::uint64_t offset, void* data,
-                                   std::size_t size, std::size_t& transferred) = 0;
+    [[nodiscard]] virtual SystemErrorCode ReadAt(FileHandle handle, std::uint64_t offset,
+                                                 void* data, std::size_t size,
+                                                 std::size_t& transferred) = 0;
     // Size in bytes; 0 where the file has none (a pipe).
-    virtual SystemErrorCode QuerySize(FileHandle handle, std::uint64_t& size) = 0;
+    [[nodiscard]] virtual SystemErrorCode QuerySize(FileHandle handle, std::uint64_t& size) = 0;
 
     // Creates a file that did not exist; fails on anything of that name, also on a link.
-    virtual SystemErrorCode CreateExclusive(const std::wstring& path, FileHandle& handle) = 0;
-    virtual SystemErrorCode WriteAt(FileHandle handle, std::uint64_t offset, const void* data,
-                                    std::size_t size, std::size_t& transferred) = 0;
+    [[nodiscard]] virtual SystemErrorCode CreateExclusive(const std::wstring& path,
+                                                          FileHandle& handle) = 0;
+    [[nodiscard]] virtual SystemErrorCode WriteAt(FileHandle handle, std::uint64_t offset,
+                                                  const void* data, std::size_t size,
+                                                  std::size_t& transferred) = 0;
     // Asks for the range to be brought to the disk soon, without waiting for it.
     virtual SystemErrorCode StartWriteBack(FileHandle handle, std::uint64_t offset,
                                            std::uint64_t size) = 0;
     // Cuts a file to its first `size` bytes; it has at least as many.
-    virtual SystemErrorCode Truncate(FileHandle handle, std::uint64_t size) = 0;
+    [[nodiscard]] virtual SystemErrorCode Truncate(FileHandle handle, std::uint64_t size) = 0;
     // Returns when everything written to the file is on the disk.
-    virtual SystemErrorCode SyncData(FileHandle handle) = 0;
+    [[nodiscard]] virtual SystemErrorCode SyncData(FileHandle handle) = 0;
     // Returns when the names that stand in a directory are on the disk; at once if its file system
     // or its permissions leave no way to ask for that.
-    virtual SystemErrorCode SyncDirectory(const std::wstring& path) = 0;
+    [[nodiscard]] virtual SystemErrorCode SyncDirectory(const std::wstring& path) = 0;
     // Whether the open file has lost its name: nobody will find it once it is closed. False where
     // the system keeps the names of open files.
     virtual SystemErrorCode QueryRemoved(FileHandle /*handle*/, bool& removed) {
@@ -56,10 +60,10 @@ class FileCalls {
 };
 
 // The operating system's own calls.
-FileCalls& SystemFileCalls();
+[[nodiscard]] FileCalls& SystemFileCalls();
 
 // The calls in use: the system's, unless a test has put others in their place.
-FileCalls& CurrentFileCalls();
+[[nodiscard]] FileCalls& CurrentFileCalls();
 
 // For tests: puts `calls` (null: the system's) in place and returns what was there.
 // Call it only while no file is open and no other thread works on one.

@@ -21,21 +21,21 @@ class InputFile {
     InputFile& operator=(InputFile&& other) noexcept;
 
     // Fails on a missing file, a directory, or when a file is open already.
-    SystemErrorCode Open(const std::wstring& path);
-    bool IsOpen() const { return handle_ != kNoFile; }
+    [[nodiscard]] SystemErrorCode Open(const std::wstring& path);
+    [[nodiscard]] bool IsOpen() const { return handle_ != kNoFile; }
     SystemErrorCode Close();
 
     // Reads exactly `size` bytes unless the file ends or a read fails before; `transferred` says
     // how many came. Fewer without an error means the end of the file.
-    SystemErrorCode Read(void* data, std::size_t size, std::size_t& transferred);
+    [[nodiscard]] SystemErrorCode Read(void* data, std::size_t size, std::size_t& transferred);
 
     // The same at an offset of a regular file, whatever was read before. A file is read either so
     // or by Read().
-    SystemErrorCode ReadAt(std::uint64_t offset, void* data, std::size_t size,
-                           std::size_t& transferred) const;
+    [[nodiscard]] SystemErrorCode ReadAt(std::uint64_t offset, void* data, std::size_t size,
+                                         std::size_t& transferred) const;
 
     // Bytes in the file at this moment; 0 where that is not known.
-    std::uint64_t Size() const;
+    [[nodiscard]] std::uint64_t Size() const;
 
   private:
     FileHandle handle_ = kNoFile;

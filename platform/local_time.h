@@ -14,10 +14,10 @@ struct LocalTime {
 using LocalTimeSource = LocalTime (*)();
 
 // The wall clock in the machine's time zone, as the operating system gives it.
-LocalTime SystemLocalTime();
+[[nodiscard]] LocalTime SystemLocalTime();
 
 // The time in use: the system's, unless a test has put another source in its place.
-LocalTime CurrentLocalTime();
+[[nodiscard]] LocalTime CurrentLocalTime();
 
 // For tests: puts `source` (null: the system's) in place and returns what was there.
 LocalTimeSource SetLocalTimeSource(LocalTimeSource source);

@@ -18,25 +18,25 @@ class OutputFile {
     OutputFile& operator=(OutputFile&& other) noexcept;
 
     // Creates the file; fails on anything that has the name already.
-    SystemErrorCode CreateExclusive(const std::wstring& path);
-    bool IsOpen() const { return handle_ != kNoFile; }
+    [[nodiscard]] SystemErrorCode CreateExclusive(const std::wstring& path);
+    [[nodiscard]] bool IsOpen() const { return handle_ != kNoFile; }
 
     // Writes all of `data` at `offset` bytes from the file's start. `written`, if asked for, is how
     // many bytes are in the file, also where a later one failed.
-    SystemErrorCode WriteAt(std::uint64_t offset, const void* data, std::size_t size,
-                            std::size_t* written = nullptr);
+    [[nodiscard]] SystemErrorCode WriteAt(std::uint64_t offset, const void* data, std::size_t size,
+                                          std::size_t* written = nullptr);
 
     // Cuts the file to its first `size` bytes; it has at least as many.
-    SystemErrorCode Truncate(std::uint64_t size);
+    [[nodiscard]] SystemErrorCode Truncate(std::uint64_t size);
 
     // Asks for a written range to be brought to the disk soon. Advice: it has no result.
     void StartWriteBack(std::uint64_t offset, std::uint64_t size);
 
     // Returns when everything written is on the disk.
-    SystemErrorCode SyncData();
+    [[nodiscard]] SystemErrorCode SyncData();
 
     // True when somebody has removed the open file: closing it would lose what was written.
-    bool IsRemoved() const;
+    [[nodiscard]] bool IsRemoved() const;
 
     SystemErrorCode Close();
 
@@ -45,6 +45,6 @@ class OutputFile {
 };
 
 // Returns when the names that stand in the directory are on the disk, or cannot be asked for.
-SystemErrorCode SyncDirectory(const std::wstring& path);
+[[nodiscard]] SystemErrorCode SyncDirectory(const std::wstring& path);
 
 }  // namespace stalwick

@@ -19,11 +19,11 @@ struct PathParts {
 };
 
 // Parts are told apart by `\` and `/` on Windows, by `/` elsewhere. Nothing is normalised.
-PathParts SplitPath(const std::wstring& path);
+[[nodiscard]] PathParts SplitPath(const std::wstring& path);
 
 // The directory that a path stands in, without a separator at its end unless it is the root; "."
 // if the path names none. Separators at the path's own end do not count.
-std::wstring ParentDirectory(const std::wstring& path);
+[[nodiscard]] std::wstring ParentDirectory(const std::wstring& path);
 
 // Position of the last separator, or npos.
 std::wstring::size_type LastSeparator(const std::wstring& path);

@@ -6,6 +6,6 @@
 namespace stalwick {
 
 // The arguments behind the program's name, narrow (UTF-8; other bytes as they came).
-std::vector<std::string> ProgramArguments(int argc, char** argv);
+[[nodiscard]] std::vector<std::string> ProgramArguments(int argc, char** argv);
 
 }  // namespace stalwick

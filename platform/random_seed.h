@@ -8,7 +8,7 @@ using RandomSeedSource = std::uint32_t (*)();
 
 // One value from the machine's non-deterministic random source, unless a test has put another
 // source in its place.
-std::uint32_t RandomSeed();
+[[nodiscard]] std::uint32_t RandomSeed();
 
 // For tests: puts `source` (null: the machine's) in place and returns what was there.
 RandomSeedSource SetRandomSeedSource(RandomSeedSource source);

@@ -20,12 +20,12 @@ enum class SystemErrorKind {
     kOther
 };
 
-SystemErrorKind ClassifySystemError(SystemErrorCode code);
+[[nodiscard]] SystemErrorKind ClassifySystemError(SystemErrorCode code);
 
 // An error number of that kind, for refusals of the program's own.
-SystemErrorCode SystemErrorFor(SystemErrorKind kind);
+[[nodiscard]] SystemErrorCode SystemErrorFor(SystemErrorKind kind);
 
 // The operating system's reason, for example "No space left on device".
-std::wstring SystemErrorText(SystemErrorCode code);
+[[nodiscard]] std::wstring SystemErrorText(SystemErrorCode code);
 
 }  // namespace stalwick

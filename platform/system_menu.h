@@ -16,6 +16,7 @@ void AppendSystemMenuItem(NativeWindow window, std::uint32_t command, const std:
 
 // The command of a native event that is a choice from the system menu; nothing for any other.
 // `eventType` and `message` are what the toolkit hands to its native event handlers.
-std::optional<std::uint32_t> SystemMenuCommand(std::string_view eventType, const void* message);
+[[nodiscard]] std::optional<std::uint32_t> SystemMenuCommand(std::string_view eventType,
+                                                             const void* message);
 
 }  // namespace stalwick

@@ -30,7 +30,7 @@ class FindingLog {
     }
 
     const std::wstring& Path() const { return path_; }
-    std::uint64_t Count() const { return count_; }
+    [[nodiscard]] std::uint64_t Count() const { return count_; }
 
   private:
     VerifiedSet* set_;

@@ -23,8 +23,10 @@ class ForwardReader {
     // Goes on by bytes that were looked at.
     void Skip(std::size_t size) { offset_ += size; }
 
-    std::uint64_t Position() const { return bufferPosition_ + offset_; }  // byte of the file
-    std::uint64_t End() const { return end_; }
+    [[nodiscard]] std::uint64_t Position() const {
+        return bufferPosition_ + offset_;
+    }  // byte of the file
+    [[nodiscard]] std::uint64_t End() const { return end_; }
     // Why the file could not be read to its end; empty: it could.
     const std::wstring& Error() const { return error_; }
 

@@ -20,7 +20,7 @@ struct OutputName {
     std::int32_t number = 0;                 // of CSC1_07.vcs 7; 0: there is none
     std::wstring entity;                     // CSC1, Base_LAX, Events ...
 
-    bool IsChannelOf(ChannelGroup wanted) const {
+    [[nodiscard]] bool IsChannelOf(ChannelGroup wanted) const {
         return kind == Kind::kChannel && group == wanted;
     }
 };
@@ -37,11 +37,12 @@ struct OutputInSet {
     RecordFileError error;   // of opening it; with kHeader and others there is no header
     OutputHeader header;
 
-    bool HasHeader() const { return !header.Text().empty(); }
+    [[nodiscard]] bool HasHeader() const { return !header.Text().empty(); }
 };
 
 // Opens a file of that kind; after kCutRecord it is open all the same.
-RecordFileError OpenOutput(OutputName::Kind kind, const std::wstring& path, RecordFile& file);
+[[nodiscard]] RecordFileError OpenOutput(OutputName::Kind kind, const std::wstring& path,
+                                         RecordFile& file);
 
 // Reads the headers of those files of a directory that are outputs, and sorts them by the
 // conversion that made them, the first one first.

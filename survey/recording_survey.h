@@ -89,7 +89,7 @@ struct RecordingSurvey : TimeAccount {
     // Of the packets before the first damage, where a conversion ends.
     std::vector<OutputSize> outputs;
 
-    bool LostData() const { return !damage.empty() || !readError.empty(); }
+    [[nodiscard]] bool LostData() const { return !damage.empty() || !readError.empty(); }
 };
 
 }  // namespace stalwick

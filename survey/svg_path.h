@@ -13,7 +13,7 @@ class SvgPath {
     // Adds nothing where the point is no tenth of a pixel away from the one before.
     void LineTo(double x, double y);
 
-    bool IsEmpty() const { return data_.empty(); }
+    [[nodiscard]] bool IsEmpty() const { return data_.empty(); }
     const std::string& Data() const { return data_; }
 
   private:

@@ -23,7 +23,7 @@ class TimeLine {
               std::optional<std::size_t> damageBefore);
 
     // Nanoseconds from the first timestamp on; steps back in time are not taken off.
-    std::uint64_t ElapsedNs() const { return elapsedNs_; }
+    [[nodiscard]] std::uint64_t ElapsedNs() const { return elapsedNs_; }
 
     // Fills in what timestamps say; nothing where there were none. `damage`: the stretches that
     // Take had numbers of, which get their times and lengths. Call it once.

@@ -46,7 +46,7 @@ struct VerifyReport {
     std::wstring recordingError;
     std::vector<VerifiedSet> sets;
 
-    bool IsWhole() const {
+    [[nodiscard]] bool IsWhole() const {
         if (!error.empty() || !recordingError.empty()) return false;
         for (const VerifiedSet& set : sets) {
             if (set.findingCount != 0) return false;

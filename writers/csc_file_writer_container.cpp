@@ -29,8 +29,8 @@ std::wstring FormatGeneral(double value) {
 }
 
 // A whole packet's samples leave the phase as it was, without a division.
-inline void AdvancePhase(OutputFileRecord& record, std::uint32_t count) {
-    if (count != record.phaseModulus) record.phase = (record.phase + count) % record.phaseModulus;
+inline void AdvancePhase(OutputFileRecord& file, std::uint32_t count) {
+    if (count != file.phaseModulus) file.phase = (file.phase + count) % file.phaseModulus;
 }
 
 // Hundreds of files are filled at the same time, too many for the processor to foresee.
@@ -39,8 +39,8 @@ inline void PrefetchForWriting(const std::int16_t* address) {
 }
 
 // What an earlier use of the block left behind the record's samples becomes 0.
-void ClearUnusedSamples(const OutputFileRecord& record) {
-    std::fill_n(record.nextSample, kSamplesPerRecord - record.filledSamples, std::int16_t{0});
+void ClearUnusedSamples(const OutputFileRecord& file) {
+    std::fill_n(file.nextSample, kSamplesPerRecord - file.filledSamples, std::int16_t{0});
 }
 
 void ScaleSamples(std::span<std::int16_t> samples, ChannelGroup group) {
@@ -52,14 +52,14 @@ void ScaleSamples(std::span<std::int16_t> samples, ChannelGroup group) {
 }
 
 // A packet's samples are copied by a few fixed moves.
-inline void CopySamples(std::span<const std::int16_t> samples, OutputFileRecord& record) {
+inline void CopySamples(std::span<const std::int16_t> samples, OutputFileRecord& file) {
     if (samples.size() == kPacketSamples) {
-        std::memcpy(record.nextSample, samples.data(), kPacketSamples * sizeof samples[0]);
+        std::memcpy(file.nextSample, samples.data(), kPacketSamples * sizeof samples[0]);
     } else {
-        std::copy(samples.begin(), samples.end(), record.nextSample);
+        std::copy(samples.begin(), samples.end(), file.nextSample);
     }
-    record.nextSample += samples.size();
-    record.filledSamples += static_cast<std::uint32_t>(samples.size());
+    file.nextSample += samples.size();
+    file.filledSamples += static_cast<std::uint32_t>(samples.size());
 }
 
 }  // namespace
@@ -90,12 +90,12 @@ std::int32_t CSCFileWriterContainer::OpenChannelFile(const std::wstring& directo
         opened.filePath);
     if (result != 0) return -1;
 
-    OutputFileRecord record;
-    record.recordSize = sizeof(CRRec);
+    OutputFileRecord file;
+    file.recordSize = sizeof(CRRec);
     // Files that are filled side by side would else all be full in the same packet.
-    StartBlock(record, recordsPerWrite_ - channelIndex % recordsPerWrite_);
-    InitOutputFileRecord(*this, record, opened);
-    records.push_back(std::move(record));
+    StartBlock(file, recordsPerWrite_ - channelIndex % recordsPerWrite_);
+    InitOutputFileRecord(*this, file, opened);
+    records.push_back(std::move(file));
     return 0;
 }
 
@@ -155,11 +155,11 @@ std::int32_t CSCFileWriterContainer::InitializeCscFiles(const std::wstring& outp
 }
 
 std::int32_t CSCFileWriterContainer::SetHeaders(bool fileClosed) {
-    for (const OutputFileRecord& record : records) {
+    for (const OutputFileRecord& file : records) {
         const std::wstring text =
-            BuildFileHeader(*this, fileClosed, record, VtxDataTypes::kCSC, kChannelFileVersion) +
-            ChannelHeaderLines(*this, record.samplingFrequency, record.channelIndex);
-        if (fileIO.SetHeader(record.handle, text.c_str()) != 0) return -1;
+            BuildFileHeader(*this, fileClosed, file, VtxDataTypes::kCSC, kChannelFileVersion) +
+            ChannelHeaderLines(*this, file.samplingFrequency, file.channelIndex);
+        if (fileIO.SetHeader(file.handle, text.c_str()) != 0) return -1;
     }
     return 0;
 }
@@ -192,11 +192,11 @@ std::int32_t CSCFileWriterContainer::WriteSamples(std::span<const SampleBlock> s
     for (const SampleBlock& block : sampleBlocks) ScaleSamples(block.samples, group);
     std::int32_t result = 0;
     std::size_t position = 0;
-    for (OutputFileRecord& record : FilesOf(group)) {
+    for (OutputFileRecord& file : FilesOf(group)) {
         for (std::size_t i = 0; i < sampleBlocks.size(); ++i) {
             const SampleBlock& block = sampleBlocks[i];
             if (block.samples.size() < position + samplesPerChannel) continue;
-            if (AppendSamples(record, block.samples.subspan(position, samplesPerChannel),
+            if (AppendSamples(file, block.samples.subspan(position, samplesPerChannel),
                               block.baseTimestamp) != 0) {
                 result = -1;
                 sampleBlocks = sampleBlocks.first(i);
@@ -208,131 +208,130 @@ std::int32_t CSCFileWriterContainer::WriteSamples(std::span<const SampleBlock> s
 }
 
 inline std::int32_t CSCFileWriterContainer::AppendSamples(
-    OutputFileRecord& record, std::span<const std::int16_t> samples,
+    OutputFileRecord& file, std::span<const std::int16_t> samples,
     std::optional<std::uint64_t> baseTimestamp) {
     // A file whose block could not be written has none: it gets nothing more.
-    if (record.cscBuffer.empty()) return -1;
-    if (baseTimestamp && *baseTimestamp != record.lastBaseTimestamp) {
-        record.phase = 0;
-        record.lastBaseTimestamp = *baseTimestamp;
+    if (file.cscBuffer.empty()) return -1;
+    if (baseTimestamp && *baseTimestamp != file.lastBaseTimestamp) {
+        file.phase = 0;
+        file.lastBaseTimestamp = *baseTimestamp;
     }
-    if (record.filledSamples == 0) StartRecord(record);
-    if (record.filledSamples + samples.size() >= kSamplesPerRecord) {
-        return AppendAcrossRecords(record, samples, baseTimestamp.has_value());
+    if (file.filledSamples == 0) StartRecord(file);
+    if (file.filledSamples + samples.size() >= kSamplesPerRecord) {
+        return AppendAcrossRecords(file, samples, baseTimestamp.has_value());
     }
-    AdvancePhase(record, static_cast<std::uint32_t>(samples.size()));
-    CopySamples(samples, record);
-    PrefetchForWriting(record.nextSample + kPrefetchDistance);
+    AdvancePhase(file, static_cast<std::uint32_t>(samples.size()));
+    CopySamples(samples, file);
+    PrefetchForWriting(file.nextSample + kPrefetchDistance);
     return 0;
 }
 
 // The samples that complete the current record, and those that start the next one.
-std::int32_t CSCFileWriterContainer::AppendAcrossRecords(OutputFileRecord& record,
+std::int32_t CSCFileWriterContainer::AppendAcrossRecords(OutputFileRecord& file,
                                                          std::span<const std::int16_t> samples,
                                                          bool hasBaseTimestamp) {
-    const std::size_t count = kSamplesPerRecord - record.filledSamples;
-    AdvancePhase(record, static_cast<std::uint32_t>(count));
-    CopySamples(samples.first(count), record);
-    if (CompleteRecord(record, hasBaseTimestamp) != 0) return -1;
+    const std::size_t count = kSamplesPerRecord - file.filledSamples;
+    AdvancePhase(file, static_cast<std::uint32_t>(count));
+    CopySamples(samples.first(count), file);
+    if (CompleteRecord(file, hasBaseTimestamp) != 0) return -1;
     if (count == samples.size()) return 0;
 
-    StartRecord(record);
+    StartRecord(file);
     // The phase is not advanced for these samples. Kept (pinned by
     // CSCFileWriterContainer.PhaseLagsBehindTheSamplesThatStartARecord).
-    CopySamples(samples.subspan(count), record);
+    CopySamples(samples.subspan(count), file);
     return 0;
 }
 
-void CSCFileWriterContainer::StartBlock(OutputFileRecord& record, std::size_t recordCount) {
-    record.cscBuffer = {reinterpret_cast<CRRec*>(blocks.Acquire()), recordCount};
-    record.nextSample = record.cscBuffer.front().samples.data();
+void CSCFileWriterContainer::StartBlock(OutputFileRecord& file, std::size_t recordCount) {
+    file.cscBuffer = {reinterpret_cast<CRRec*>(blocks.Acquire()), recordCount};
+    file.nextSample = file.cscBuffer.front().samples.data();
 }
 
-void CSCFileWriterContainer::StartRecord(OutputFileRecord& record) {
-    CRRec& current = record.cscBuffer[record.bufferedCount];
-    if (record.lastBaseTimestamp != 0) {
+void CSCFileWriterContainer::StartRecord(OutputFileRecord& file) {
+    CRRec& current = file.cscBuffer[file.bufferedCount];
+    if (file.lastBaseTimestamp != 0) {
         const double nanoseconds =
-            record.phase * (kNanosecondsPerSecond / record.interpolationFrequency) +
-            static_cast<double>(record.lastBaseTimestamp);
+            file.phase * (kNanosecondsPerSecond / file.interpolationFrequency) +
+            static_cast<double>(file.lastBaseTimestamp);
         current.timestamp =
             TruncateToCount(nanoseconds / kNanosecondsPerMicrosecond, timestampsSaturated) +
-            record.timestampOffset;
+            file.timestampOffset;
     } else {
         // Without base timestamps the offset is not added: the time counts from the start.
-        current.timestamp = record.runningTimestamp;
+        current.timestamp = file.runningTimestamp;
     }
-    current.sampleFrequency = static_cast<std::uint32_t>(record.samplingFrequency);
-    current.channelNumber = record.channelIndex;
+    current.sampleFrequency = static_cast<std::uint32_t>(file.samplingFrequency);
+    current.channelNumber = file.channelIndex;
 }
 
-std::int32_t CSCFileWriterContainer::CompleteRecord(OutputFileRecord& record,
-                                                    bool hasBaseTimestamp) {
-    const std::uint32_t sampleCount = std::exchange(record.filledSamples, 0);
-    record.cscBuffer[record.bufferedCount].numValidSamples = sampleCount;
-    ++record.bufferedCount;
-    if (record.bufferedCount == record.cscBuffer.size()) {
-        if (WriteRecords(record, record.bufferedCount) != 0) return -1;
-        StartBlock(record, recordsPerWrite_);
+std::int32_t CSCFileWriterContainer::CompleteRecord(OutputFileRecord& file, bool hasBaseTimestamp) {
+    const std::uint32_t sampleCount = std::exchange(file.filledSamples, 0);
+    file.cscBuffer[file.bufferedCount].numValidSamples = sampleCount;
+    ++file.bufferedCount;
+    if (file.bufferedCount == file.cscBuffer.size()) {
+        if (WriteRecords(file, file.bufferedCount) != 0) return -1;
+        StartBlock(file, recordsPerWrite_);
     } else {
-        record.nextSample = record.cscBuffer[record.bufferedCount].samples.data();
+        file.nextSample = file.cscBuffer[file.bufferedCount].samples.data();
     }
     if (!hasBaseTimestamp) {
-        record.accumulatedTimestamp +=
-            (kMicrosecondsPerSecond / record.samplingFrequency) * sampleCount;
-        record.runningTimestamp = TruncateToCount(record.accumulatedTimestamp, timestampsSaturated);
+        file.accumulatedTimestamp +=
+            (kMicrosecondsPerSecond / file.samplingFrequency) * sampleCount;
+        file.runningTimestamp = TruncateToCount(file.accumulatedTimestamp, timestampsSaturated);
     }
     return 0;
 }
 
 // Hands the block over, with its first records.
-std::int32_t CSCFileWriterContainer::WriteRecords(OutputFileRecord& record, std::uint64_t count) {
-    CRRec* const block = std::exchange(record.cscBuffer, {}).data();
-    record.writtenCount += count;
-    record.bufferedCount = 0;
+std::int32_t CSCFileWriterContainer::WriteRecords(OutputFileRecord& file, std::uint64_t count) {
+    CRRec* const block = std::exchange(file.cscBuffer, {}).data();
+    file.writtenCount += count;
+    file.bufferedCount = 0;
     const auto length = static_cast<int>(count * sizeof(CRRec));
-    return fileIO.WriteDataToFile(record.handle, block, length) == 0 ? 0 : -1;
+    return fileIO.WriteDataToFile(file.handle, block, length) == 0 ? 0 : -1;
 }
 
 std::int32_t CSCFileWriterContainer::EndRecords(bool hasBaseTimestamps) {
     std::int32_t result = 0;
-    for (OutputFileRecord& record : records) {
-        if (record.cscBuffer.empty()) continue;  // its block could not be written
-        if (record.filledSamples == 0) continue;
-        ClearUnusedSamples(record);
-        if (CompleteRecord(record, hasBaseTimestamps) != 0) result = -1;
+    for (OutputFileRecord& file : records) {
+        if (file.cscBuffer.empty()) continue;  // its block could not be written
+        if (file.filledSamples == 0) continue;
+        ClearUnusedSamples(file);
+        if (CompleteRecord(file, hasBaseTimestamps) != 0) result = -1;
     }
     return result;
 }
 
 // Writes the complete records and the one in progress, whose unused samples are 0.
-std::int32_t CSCFileWriterContainer::WriteRest(OutputFileRecord& record) {
-    if (record.cscBuffer.empty()) return -1;
-    std::uint32_t count = record.bufferedCount;
-    if (record.filledSamples > 0) {
-        record.cscBuffer[count].numValidSamples = record.filledSamples;
-        ClearUnusedSamples(record);
+std::int32_t CSCFileWriterContainer::WriteRest(OutputFileRecord& file) {
+    if (file.cscBuffer.empty()) return -1;
+    std::uint32_t count = file.bufferedCount;
+    if (file.filledSamples > 0) {
+        file.cscBuffer[count].numValidSamples = file.filledSamples;
+        ClearUnusedSamples(file);
         ++count;
     }
-    return WriteRecords(record, count);
+    return WriteRecords(file, count);
 }
 
 void CSCFileWriterContainer::LeaveUnfinished() {
-    for (OutputFileRecord& record : records) {
-        if (record.cscBuffer.empty()) continue;
-        const std::uint64_t whole = record.writtenCount + record.bufferedCount;
+    for (OutputFileRecord& file : records) {
+        if (file.cscBuffer.empty()) continue;
+        const std::uint64_t whole = file.writtenCount + file.bufferedCount;
         const std::uint64_t kept =
             KeepsPartialBlocks(settings) ? whole : whole - whole % kRecordsPerBlock;
-        if (kept > record.writtenCount) {
-            WriteRecords(record, kept - record.writtenCount);
+        if (kept > file.writtenCount) {
+            WriteRecords(file, kept - file.writtenCount);
         } else {
-            fileIO.CutDataTo(record.handle, kept * sizeof(CRRec));
+            fileIO.CutDataTo(file.handle, kept * sizeof(CRRec));
         }
     }
 }
 
 std::int32_t CSCFileWriterContainer::FinishCscFiles() {
-    for (OutputFileRecord& record : records) {
-        if (WriteRest(record) != 0) return -1;
+    for (OutputFileRecord& file : records) {
+        if (WriteRest(file) != 0) return -1;
     }
     // No header says that a file was closed before all of them are whole.
     if (fileIO.CompleteWrites() != 0 || fileIO.SyncFiles() != 0) return -1;

@@ -30,11 +30,11 @@ class CSCFileWriterContainer : public FileWriterContainer {
     using FileWriterContainer::FileWriterContainer;
 
     // Opens the files of every wanted group and gives them their provisional header.
-    std::int32_t InitializeCscFiles(const std::wstring& outputDirectory,
-                                    const ChannelOptions& options);
+    [[nodiscard]] std::int32_t InitializeCscFiles(const std::wstring& outputDirectory,
+                                                  const ChannelOptions& options);
 
     // Gives every file its header, in order, until one fails.
-    std::int32_t SetHeaders(bool fileClosed);
+    [[nodiscard]] std::int32_t SetHeaders(bool fileClosed);
 
     // Takes packets' samples for the files of a group, in order, and scales them in place. Files
     // beyond the end of a block get nothing of it. A file that fails ends the block, and every
@@ -48,7 +48,7 @@ class CSCFileWriterContainer : public FileWriterContainer {
     std::int32_t EndRecords(bool hasBaseTimestamps);
 
     // Writes what is buffered, gives every file its final header, and closes them all.
-    std::int32_t FinishCscFiles();
+    [[nodiscard]] std::int32_t FinishCscFiles();
 
     // For a recording that fails in its middle: leaves in every file what full blocks of 5000
     // records had filled, or all whole records if the settings say so. A file whose write failed
@@ -73,21 +73,21 @@ class CSCFileWriterContainer : public FileWriterContainer {
     std::size_t CountFiles(const ChannelOptions& options) const;
     void ReserveBlocks(std::size_t files);
     std::span<OutputFileRecord> FilesOf(ChannelGroup group);
-    std::int32_t AppendSamples(OutputFileRecord& record, std::span<const std::int16_t> samples,
+    std::int32_t AppendSamples(OutputFileRecord& file, std::span<const std::int16_t> samples,
                                std::optional<std::uint64_t> baseTimestamp);
-    std::int32_t AppendAcrossRecords(OutputFileRecord& record,
-                                     std::span<const std::int16_t> samples, bool hasBaseTimestamp);
-    void StartBlock(OutputFileRecord& record, std::size_t recordCount);
-    void StartRecord(OutputFileRecord& record);
-    std::int32_t CompleteRecord(OutputFileRecord& record, bool hasBaseTimestamp);
-    std::int32_t WriteRecords(OutputFileRecord& record, std::uint64_t count);
-    std::int32_t WriteRest(OutputFileRecord& record);
+    std::int32_t AppendAcrossRecords(OutputFileRecord& file, std::span<const std::int16_t> samples,
+                                     bool hasBaseTimestamp);
+    void StartBlock(OutputFileRecord& file, std::size_t recordCount);
+    void StartRecord(OutputFileRecord& file);
+    std::int32_t CompleteRecord(OutputFileRecord& file, bool hasBaseTimestamp);
+    std::int32_t WriteRecords(OutputFileRecord& file, std::uint64_t count);
+    std::int32_t WriteRest(OutputFileRecord& file);
 
     std::uint32_t recordsPerWrite_ = 0;
 };
 
 // The lines of a channel file's header behind the common ones.
-std::wstring ChannelHeaderLines(const CSCFileWriterContainer& container, double samplingFrequency,
-                                std::uint32_t channelIndex);
+[[nodiscard]] std::wstring ChannelHeaderLines(const CSCFileWriterContainer& container,
+                                              double samplingFrequency, std::uint32_t channelIndex);
 
 }  // namespace stalwick

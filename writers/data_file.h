@@ -62,13 +62,13 @@ class DataFile final : private WriteTarget {
     DataFile& operator=(const DataFile&) = delete;
 
     // Fails with the system's "already exists" when anything has the name.
-    SystemErrorCode Create(const std::wstring& path);
-    bool IsOpen() const { return file_.IsOpen(); }
+    [[nodiscard]] SystemErrorCode Create(const std::wstring& path);
+    [[nodiscard]] bool IsOpen() const { return file_.IsOpen(); }
 
     // Puts the text, UTF-8, at the file's start. Data appended before are on the disk first,
     // unless the settings say otherwise.
-    bool SetHeader(std::string_view text, std::size_t mostBytes = kOutputHeaderSize);
-    bool Append(const void* data, std::size_t size);
+    [[nodiscard]] bool SetHeader(std::string_view text, std::size_t mostBytes = kOutputHeaderSize);
+    [[nodiscard]] bool Append(const void* data, std::size_t size);
     // Appends the beginning of a block of the pool, which takes the block back, also on failure.
     bool Submit(std::byte* block, std::size_t size);
     // Cuts the data to their first `dataSize` bytes if there are more.
@@ -76,7 +76,7 @@ class DataFile final : private WriteTarget {
     bool Close();
 
     // Waits for what was handed over; also after Close.
-    OutputFileState State() const;
+    [[nodiscard]] OutputFileState State() const;
 
     // Waits for what was handed over; false if the file failed by then.
     bool CompleteAppends() const;
@@ -84,10 +84,10 @@ class DataFile final : private WriteTarget {
     // Waits until the appended data are on the disk, unless the settings say otherwise. Only after
     // CompleteAppends: it leaves the pool and its queue alone, so that several threads can sync
     // several files at a time.
-    bool Sync();
+    [[nodiscard]] bool Sync();
 
     // Nothing where the file was never created; also after Close.
-    OutputTotals Totals() const;
+    [[nodiscard]] OutputTotals Totals() const;
 
   private:
     void PerformAppend(const void* data, std::size_t size) noexcept override;
@@ -112,14 +112,14 @@ class DataFile final : private WriteTarget {
 };
 
 // Whether a creation failed only because a file took the name first.
-bool WasNameTaken(SystemErrorCode code, const std::wstring& path);
+[[nodiscard]] bool WasNameTaken(SystemErrorCode code, const std::wstring& path);
 
 // The failure of a system call.
-OutputFailure MakeFailure(std::wstring_view action, SystemErrorCode code);
+[[nodiscard]] OutputFailure MakeFailure(std::wstring_view action, SystemErrorCode code);
 
 // The failure in one line.
-std::wstring DescribeFailure(const OutputFailure& failure, const std::wstring& path);
-std::wstring DescribeFailure(std::wstring_view action, const std::wstring& path,
-                             SystemErrorCode code);
+[[nodiscard]] std::wstring DescribeFailure(const OutputFailure& failure, const std::wstring& path);
+[[nodiscard]] std::wstring DescribeFailure(std::wstring_view action, const std::wstring& path,
+                                           SystemErrorCode code);
 
 }  // namespace stalwick

@@ -25,11 +25,11 @@ std::int32_t EventFileWriterContainer::Open(const std::wstring& outputDirectory)
         opened.filePath);
     if (result != 0) return -1;
 
-    OutputFileRecord record;
-    record.eventBuffer = std::vector<EventRec>(kRecordsPerBlock);
-    record.recordSize = sizeof(EventRec);
-    InitOutputFileRecord(*this, record, opened);
-    records.push_back(std::move(record));
+    OutputFileRecord file;
+    file.eventBuffer = std::vector<EventRec>(kRecordsPerBlock);
+    file.recordSize = sizeof(EventRec);
+    InitOutputFileRecord(*this, file, opened);
+    records.push_back(std::move(file));
     if (SetHeader() != 0) return -1;
     lastTtl = 0;
     samplePeriod = kMicrosecondsPerSecond / samplingFrequency;
@@ -37,25 +37,25 @@ std::int32_t EventFileWriterContainer::Open(const std::wstring& outputDirectory)
 }
 
 std::int32_t EventFileWriterContainer::SetHeader() {
-    for (const OutputFileRecord& record : records) {
+    for (const OutputFileRecord& file : records) {
         const std::wstring text =
-            BuildFileHeader(*this, false, record, VtxDataTypes::kEvent, kEventFileVersion);
-        if (fileIO.SetHeader(record.handle, text.c_str()) != 0) return -1;
+            BuildFileHeader(*this, false, file, VtxDataTypes::kEvent, kEventFileVersion);
+        if (fileIO.SetHeader(file.handle, text.c_str()) != 0) return -1;
     }
     return 0;
 }
 
 EventRec& EventFileWriterContainer::NextEvent() {
-    OutputFileRecord& record = records.front();
-    return record.eventBuffer[record.bufferedCount];
+    OutputFileRecord& file = records.front();
+    return file.eventBuffer[file.bufferedCount];
 }
 
 std::int32_t EventFileWriterContainer::CommitEvent() {
-    OutputFileRecord& record = records.front();
-    ++record.bufferedCount;
-    if (record.bufferedCount < record.eventBuffer.size()) return 0;
+    OutputFileRecord& file = records.front();
+    ++file.bufferedCount;
+    if (file.bufferedCount < file.eventBuffer.size()) return 0;
     const std::int32_t result = WriteBufferedEvents();
-    record.bufferedCount = 0;
+    file.bufferedCount = 0;
     return result;
 }
 
@@ -64,9 +64,9 @@ void EventFileWriterContainer::LeaveUnfinished() {
 }
 
 std::int32_t EventFileWriterContainer::WriteBufferedEvents() {
-    OutputFileRecord& record = records.front();
-    const auto length = static_cast<int>(record.bufferedCount * sizeof(EventRec));
-    const auto result = fileIO.WriteDataToFile(record.handle, record.eventBuffer.data(), length);
+    OutputFileRecord& file = records.front();
+    const auto length = static_cast<int>(file.bufferedCount * sizeof(EventRec));
+    const auto result = fileIO.WriteDataToFile(file.handle, file.eventBuffer.data(), length);
     return result == 0 ? 0 : -1;
 }
 

@@ -14,16 +14,16 @@ class EventFileWriterContainer : public FileWriterContainer {
   public:
     using FileWriterContainer::FileWriterContainer;
 
-    std::int32_t Open(const std::wstring& outputDirectory);
+    [[nodiscard]] std::int32_t Open(const std::wstring& outputDirectory);
 
     // The event file gets its header once, at opening, and so always says that it was not closed.
     // Kept (pinned by EventFileWriterContainer.FinishedFileSaysThatItWasNotClosed).
-    std::int32_t SetHeader();
+    [[nodiscard]] std::int32_t SetHeader();
 
     // The next free slot. It keeps what an earlier block left in it.
     VtxDataTypes::EventRec& NextEvent();
     // Counts the slot as filled and writes the block when it is full.
-    std::int32_t CommitEvent();
+    [[nodiscard]] std::int32_t CommitEvent();
     // Writes the filled slots, also when there are none.
     std::int32_t WriteBufferedEvents();
     // For a recording that fails in its middle: what is buffered is written only if the settings

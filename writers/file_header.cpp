@@ -14,19 +14,19 @@ std::wstring ApplicationAndVersion() {
 }  // namespace
 
 std::wstring BuildFileHeader(const FileWriterContainer& container, bool fileClosed,
-                             const OutputFileRecord& record, std::uint8_t fileType,
+                             const OutputFileRecord& file, std::uint8_t fileType,
                              const std::wstring& fileVersion) {
     return std::wstring(kHeaderTitle) + L"\r\n" + HeaderLine(L"-FileType", DataTypeName(fileType)) +
            HeaderLine(L"-FileVersion", fileVersion) +
-           HeaderLine(L"-FileUUID", FormatUuid(record.fileUuid)) +
+           HeaderLine(L"-FileUUID", FormatUuid(file.fileUuid)) +
            HeaderLine(L"-SessionUUID", container.sessionUuid) +
-           HeaderLine(L"-OriginalFileName", QuoteFileName(OneLine(record.filePath))) +
-           HeaderLine(L"-TimeCreated", record.timeCreated) +
+           HeaderLine(L"-OriginalFileName", QuoteFileName(OneLine(file.filePath))) +
+           HeaderLine(L"-TimeCreated", file.timeCreated) +
            HeaderLine(L"-TimeClosed", fileClosed ? FormatLocalTime() : kNotClosed) + L"\r\n" +
-           HeaderLine(L"-RecordSize", std::to_wstring(record.recordSize)) +
+           HeaderLine(L"-RecordSize", std::to_wstring(file.recordSize)) +
            HeaderLine(L"-ApplicationName", ApplicationAndVersion()) +
            HeaderLine(L"-AcquisitionSystem", L"Unknown " + container.acquisitionSystem) +
-           HeaderLine(L"-AcqEntName", record.acqEntName);
+           HeaderLine(L"-AcqEntName", file.acqEntName);
 }
 
 }  // namespace stalwick

@@ -52,18 +52,18 @@ std::int32_t CreateUnderFreeName(const std::function<std::wstring()>& choosePath
     }
 }
 
-void InitOutputFileRecord(const FileWriterContainer& container, OutputFileRecord& record,
+void InitOutputFileRecord(const FileWriterContainer& container, OutputFileRecord& file,
                           const OpenedFile& opened) {
-    record.handle = opened.handle;
-    record.fileUuid = MakeUuid();
-    record.filePath = opened.filePath;
-    record.timeCreated = FormatLocalTime();
-    record.acqEntName = opened.acqEntName;
-    record.samplingFrequency = opened.samplingFrequency;
-    record.interpolationFrequency = opened.samplingFrequency;
-    record.channelIndex = opened.channelIndex;
-    record.timestampOffset = container.timestampOffset;
-    record.phaseModulus = container.phaseModulus;
+    file.handle = opened.handle;
+    file.fileUuid = MakeUuid();
+    file.filePath = opened.filePath;
+    file.timeCreated = FormatLocalTime();
+    file.acqEntName = opened.acqEntName;
+    file.samplingFrequency = opened.samplingFrequency;
+    file.interpolationFrequency = opened.samplingFrequency;
+    file.channelIndex = opened.channelIndex;
+    file.timestampOffset = container.timestampOffset;
+    file.phaseModulus = container.phaseModulus;
 }
 
 }  // namespace stalwick

@@ -12,26 +12,29 @@ namespace stalwick {
 // The path of a new output file: directory, separator, both name parts and the extension; when a
 // file has that name already, the first free variant of it. A directory of that name does not
 // count as taken.
-std::wstring BuildOutputFilePath(const std::wstring& directory, const std::wstring& namePart1,
-                                 const std::wstring& namePart2, const std::wstring& extension);
+[[nodiscard]] std::wstring BuildOutputFilePath(const std::wstring& directory,
+                                               const std::wstring& namePart1,
+                                               const std::wstring& namePart2,
+                                               const std::wstring& extension);
 
 using SuffixMaker = std::function<std::wstring(std::int32_t)>;
 
 // `path` (UTF-8) itself or, while a file has that name, with _01, _02 ... _99, _100 ... before
 // the last "." of the whole path. `suffixMaker` gives another text in place of "_" and number.
-std::string MakeUniqueFileName(const std::string& path, const SuffixMaker& suffixMaker = nullptr);
+[[nodiscard]] std::string MakeUniqueFileName(const std::string& path,
+                                             const SuffixMaker& suffixMaker = nullptr);
 
 // Result of a creation that found the name taken by another file since it was chosen.
 inline constexpr std::int32_t kNameTaken = VtxDataTypes::kFileExists;
 
 // 0, kNameTaken, or -1 for any other failure of creating a file at `path`.
-std::int32_t CreationResult(SystemErrorCode code, const std::wstring& path);
+[[nodiscard]] std::int32_t CreationResult(SystemErrorCode code, const std::wstring& path);
 
 // Chooses a free path and has `create` make the file there; chooses again while that returns
 // kNameTaken. `create` returns 0 on success; its last result is returned.
-std::int32_t CreateUnderFreeName(const std::function<std::wstring()>& choosePath,
-                                 const std::function<std::int32_t(const std::wstring&)>& create,
-                                 std::wstring& path);
+[[nodiscard]] std::int32_t CreateUnderFreeName(
+    const std::function<std::wstring()>& choosePath,
+    const std::function<std::int32_t(const std::wstring&)>& create, std::wstring& path);
 
 // What a writer knows of a file that it has just opened.
 struct OpenedFile {
@@ -44,7 +47,7 @@ struct OpenedFile {
 
 // Fills the identity of a file's record: a fresh random UUID, the time, and what the container
 // prescribes.
-void InitOutputFileRecord(const FileWriterContainer& container, OutputFileRecord& record,
+void InitOutputFileRecord(const FileWriterContainer& container, OutputFileRecord& file,
                           const OpenedFile& opened);
 
 }  // namespace stalwick

@@ -26,11 +26,11 @@ struct OutputSettings {
 
 // Whether a recording that fails in its middle leaves all whole records: asked for, or because
 // nothing is left out of what damage left.
-inline bool KeepsPartialBlocks(const OutputSettings& settings) {
+[[nodiscard]] inline bool KeepsPartialBlocks(const OutputSettings& settings) {
     return settings.keepPartialBlocks || settings.onDamage == OnDamage::kSkip;
 }
 
 // Whether these settings mean further threads on this machine.
-bool UsesHelperThreads(const OutputSettings& settings);
+[[nodiscard]] bool UsesHelperThreads(const OutputSettings& settings);
 
 }  // namespace stalwick

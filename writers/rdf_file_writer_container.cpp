@@ -34,25 +34,25 @@ std::int32_t RDFFileWriterContainer::Open(const std::wstring& outputDirectory) {
         opened.filePath);
     if (result != 0) return -1;
 
-    OutputFileRecord record;
+    OutputFileRecord file;
     const std::size_t recordWords = RawRecordWords(adChannelCount);
     fullBlockWords_ = recordWords * kRecordsPerBlock;
     const std::size_t words =
         settings.recordsPerWrite != 0 ? recordWords * settings.recordsPerWrite : kWordsPerWrite;
     blockWords_ = std::max(words, kWidestRecordWords);
     blocks.Reserve(1, blockWords_ * sizeof(std::uint32_t));
-    record.rawBuffer = {reinterpret_cast<std::uint32_t*>(blocks.Acquire()), blockWords_};
-    InitOutputFileRecord(*this, record, opened);
-    records.push_back(std::move(record));
+    file.rawBuffer = {reinterpret_cast<std::uint32_t*>(blocks.Acquire()), blockWords_};
+    InitOutputFileRecord(*this, file, opened);
+    records.push_back(std::move(file));
     return WriteHeader(false);
 }
 
 std::int32_t RDFFileWriterContainer::WriteHeader(bool closing) {
-    for (const OutputFileRecord& record : records) {
+    for (const OutputFileRecord& file : records) {
         const std::wstring text =
-            BuildFileHeader(*this, closing, record, VtxDataTypes::kRaw, kRawDataFileVersion) +
+            BuildFileHeader(*this, closing, file, VtxDataTypes::kRaw, kRawDataFileVersion) +
             HeaderLine(L"-SamplingFrequency",
-                       FormatDouble(record.samplingFrequency, std::chars_format::general, 6)) +
+                       FormatDouble(file.samplingFrequency, std::chars_format::general, 6)) +
             HeaderLine(L"-ADMaxValue", std::to_wstring(kRawADMaxValue)) +
             HeaderLine(L"-ADBitVolts",
                        FormatDouble(kRawADBitVolts, std::chars_format::scientific, 6)) +
@@ -67,51 +67,50 @@ std::int32_t RDFFileWriterContainer::WriteRawRecords(std::span<const std::uint16
                                                      std::int32_t /*flag*/,
                                                      const std::vector<std::uint8_t>& ttlValues,
                                                      std::optional<std::uint64_t> packetTimestamp) {
-    OutputFileRecord& record = records.front();
+    OutputFileRecord& file = records.front();
     if (packetTimestamp) {
-        if (*packetTimestamp != record.lastBaseTimestamp) {
-            record.lastBaseTimestamp = *packetTimestamp;
-            record.phase = 0;
+        if (*packetTimestamp != file.lastBaseTimestamp) {
+            file.lastBaseTimestamp = *packetTimestamp;
+            file.phase = 0;
         }
-        record.runningTimestamp =
+        file.runningTimestamp =
             TruncateToCount(static_cast<double>(*packetTimestamp) / kNanosecondsPerMicrosecond,
                             timestampsSaturated) +
-            record.timestampOffset;
+            file.timestampOffset;
     }
     std::uint8_t ttlValue = 0;
     for (std::uint32_t i = 0; i < kPacketSamples; ++i) {
         if (i < ttlValues.size()) ttlValue = ttlValues[i];
-        AppendRecord(record, samples, i, ttlValue);
+        AppendRecord(file, samples, i, ttlValue);
         // Truncated at every step, so the fraction of a microsecond is lost each time. Kept
         // (pinned by RDFFileWriterContainer.TimestampStepIsTruncatedAtEverySample).
-        record.runningTimestamp =
-            TruncateToCount(static_cast<double>(record.runningTimestamp) +
-                                kMicrosecondsPerSecond / record.samplingFrequency,
-                            timestampsSaturated);
+        file.runningTimestamp = TruncateToCount(static_cast<double>(file.runningTimestamp) +
+                                                    kMicrosecondsPerSecond / file.samplingFrequency,
+                                                timestampsSaturated);
     }
     return 0;
 }
 
-void RDFFileWriterContainer::AppendRecord(OutputFileRecord& record,
+void RDFFileWriterContainer::AppendRecord(OutputFileRecord& file,
                                           std::span<const std::uint16_t> samples,
                                           std::uint32_t sampleIndex, std::uint8_t ttlValue) {
     const std::size_t channels = samples.size() / kPacketSamples;
     const std::size_t words = channels + kRawWordsBesideSamples;
-    if (record.bufferedCount + words > record.rawBuffer.size()) {
-        SubmitWords(record, record.bufferedCount);
-        record.rawBuffer = {reinterpret_cast<std::uint32_t*>(blocks.Acquire()), blockWords_};
+    if (file.bufferedCount + words > file.rawBuffer.size()) {
+        SubmitWords(file, file.bufferedCount);
+        file.rawBuffer = {reinterpret_cast<std::uint32_t*>(blocks.Acquire()), blockWords_};
     }
-    CountWords(record, words);
+    CountWords(file, words);
 
     std::array<std::uint32_t, kRawFirstSampleWord> head{};
     head[kRawStartMarkerWord] = kRawStartMarker;
     head[kRawRecordIdWord] = kRawRecordId;
     head[kRawSizeWord] = adChannelCount + kRawSizeBesideSamples;
-    head[kRawTimestampHighWord] = static_cast<std::uint32_t>(record.runningTimestamp >> 32U);
-    head[kRawTimestampLowWord] = static_cast<std::uint32_t>(record.runningTimestamp);
+    head[kRawTimestampHighWord] = static_cast<std::uint32_t>(file.runningTimestamp >> 32U);
+    head[kRawTimestampLowWord] = static_cast<std::uint32_t>(file.runningTimestamp);
     head[kRawStatusWord] = kRawStatus;
     head[kRawTtlWord] = ttlValue;
-    std::uint32_t* const start = record.rawBuffer.data() + record.bufferedCount;
+    std::uint32_t* const start = file.rawBuffer.data() + file.bufferedCount;
     std::uint32_t* const values = std::copy(head.begin(), head.end(), start);
     std::uint32_t checksum = RawChecksum(head);
     const std::uint16_t* sample = samples.data() + sampleIndex;
@@ -121,13 +120,13 @@ void RDFFileWriterContainer::AppendRecord(OutputFileRecord& record,
         checksum ^= static_cast<std::uint32_t>(value);
     }
     values[channels] = checksum;
-    record.bufferedCount += static_cast<std::uint32_t>(words);
+    file.bufferedCount += static_cast<std::uint32_t>(words);
 }
 
 // A full block ends with the record that fills it, or before one that would pass its end: packets
 // with another channel count than the header's give records of another length.
-void RDFFileWriterContainer::CountWords(const OutputFileRecord& record, std::size_t words) {
-    const std::uint64_t before = record.writtenCount + record.bufferedCount;
+void RDFFileWriterContainer::CountWords(const OutputFileRecord& file, std::size_t words) {
+    const std::uint64_t before = file.writtenCount + file.bufferedCount;
     if (wordsInBlock_ + words > fullBlockWords_) {
         fullBlocksEnd_ = before;
         wordsInBlock_ = 0;
@@ -140,20 +139,19 @@ void RDFFileWriterContainer::CountWords(const OutputFileRecord& record, std::siz
 }
 
 // Hands the buffer over, with its first words.
-void RDFFileWriterContainer::SubmitWords(OutputFileRecord& record, std::uint64_t count) {
-    auto* const block = reinterpret_cast<std::byte*>(std::exchange(record.rawBuffer, {}).data());
-    record.writtenCount += count;
-    record.bufferedCount = 0;
+void RDFFileWriterContainer::SubmitWords(OutputFileRecord& file, std::uint64_t count) {
+    auto* const block = reinterpret_cast<std::byte*>(std::exchange(file.rawBuffer, {}).data());
+    file.writtenCount += count;
+    file.bufferedCount = 0;
     file_->Submit(block, count * sizeof(std::uint32_t));
 }
 
 void RDFFileWriterContainer::LeaveUnfinished() {
-    for (OutputFileRecord& record : records) {
-        const std::uint64_t kept = KeepsPartialBlocks(settings)
-                                       ? record.writtenCount + record.bufferedCount
-                                       : fullBlocksEnd_;
-        if (kept > record.writtenCount) {
-            SubmitWords(record, kept - record.writtenCount);
+    for (OutputFileRecord& file : records) {
+        const std::uint64_t kept =
+            KeepsPartialBlocks(settings) ? file.writtenCount + file.bufferedCount : fullBlocksEnd_;
+        if (kept > file.writtenCount) {
+            SubmitWords(file, kept - file.writtenCount);
         } else {
             file_->CutTo(kept * sizeof(std::uint32_t));
         }
@@ -161,7 +159,7 @@ void RDFFileWriterContainer::LeaveUnfinished() {
 }
 
 void RDFFileWriterContainer::Finish() {
-    for (OutputFileRecord& record : records) SubmitWords(record, record.bufferedCount);
+    for (OutputFileRecord& file : records) SubmitWords(file, file.bufferedCount);
     if (WriteHeader(true) != 0) return;
     records.clear();
     file_->Close();

@@ -26,10 +26,10 @@ class RDFFileWriterContainer : public FileWriterContainer {
           file_(std::make_unique<DataFile>(outputSettings, &blocks)) {}
 
     // Returns 0, or -1 with the reason in File().
-    std::int32_t Open(const std::wstring& outputDirectory);
+    [[nodiscard]] std::int32_t Open(const std::wstring& outputDirectory);
 
     // Puts the header at the file's start; at most 16,383 bytes as UTF-8. Returns 0 or -1.
-    std::int32_t WriteHeader(bool closing);
+    [[nodiscard]] std::int32_t WriteHeader(bool closing);
 
     // Takes samples[channel * 10 + i], the TTL value of each sample (the last one repeats where
     // the list is short, 0 where it is empty) and the packet's hardware time in nanoseconds.
@@ -49,17 +49,17 @@ class RDFFileWriterContainer : public FileWriterContainer {
     // Closes the file where Finish did not; a failure of that shows in File() too.
     void Close() { file_->Close(); }
 
-    OutputFileState File() const { return file_->State(); }
+    [[nodiscard]] OutputFileState File() const { return file_->State(); }
 
-    OutputTotals Totals() const { return file_->Totals(); }
+    [[nodiscard]] OutputTotals Totals() const { return file_->Totals(); }
 
     std::uint32_t adChannelCount = 0;
     bool timestampsSaturated = false;
 
   private:
-    void SubmitWords(OutputFileRecord& record, std::uint64_t count);
-    void CountWords(const OutputFileRecord& record, std::size_t words);
-    void AppendRecord(OutputFileRecord& record, std::span<const std::uint16_t> samples,
+    void SubmitWords(OutputFileRecord& file, std::uint64_t count);
+    void CountWords(const OutputFileRecord& file, std::size_t words);
+    void AppendRecord(OutputFileRecord& file, std::span<const std::uint16_t> samples,
                       std::uint32_t sampleIndex, std::uint8_t ttlValue);
 
     std::size_t blockWords_ = 0;  // of a block of the pool

@@ -15,7 +15,7 @@ void ScaleADSamples(std::span<std::int16_t> samples);
 void ScaleImuValues(std::span<std::int16_t> values);
 
 // A/D sample of the raw data file: times 3190/256.
-constexpr std::int32_t ScaleRawSample(std::int16_t sample) {
+[[nodiscard]] constexpr std::int32_t ScaleRawSample(std::int16_t sample) {
     return sample * 3190 / 256;
 }
 

@@ -8,7 +8,7 @@ namespace stalwick {
 
 // The double as an unsigned 64-bit count, its fraction dropped. Outside that range (hostile
 // headers and timestamps reach it) the nearest end; `saturated` is then set.
-inline std::uint64_t TruncateToCount(double value, bool& saturated) {
+[[nodiscard]] inline std::uint64_t TruncateToCount(double value, bool& saturated) {
     constexpr double kEnd = 18446744073709551616.0;  // 2^64
     if (value >= 0.0 && value < kEnd) return static_cast<std::uint64_t>(value);
     saturated = true;

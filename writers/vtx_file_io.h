@@ -27,17 +27,19 @@ class VtxFileIO {
     VtxFileIO& operator=(const VtxFileIO&) = delete;
 
     // Creates the file; it must not exist. `flag` has no effect.
-    VtxDataTypes::VtxRetVal OpenVtxOutputFile(const wchar_t* fileName,
-                                              VtxDataTypes::VtxDataType dataType, int& handle,
-                                              int flag);
+    [[nodiscard]] VtxDataTypes::VtxRetVal OpenVtxOutputFile(const wchar_t* fileName,
+                                                            VtxDataTypes::VtxDataType dataType,
+                                                            int& handle, int flag);
 
     // Sets the file's header; the last one stays. At most 16,384 bytes as UTF-8.
-    VtxDataTypes::VtxRetVal SetHeader(int handle, const wchar_t* headerText);
+    [[nodiscard]] VtxDataTypes::VtxRetVal SetHeader(int handle, const wchar_t* headerText);
 
     // Appends records; `length` is their size in bytes.
-    VtxDataTypes::VtxRetVal WriteDataToFile(int handle, VtxDataTypes::CRRec* records, int length);
-    VtxDataTypes::VtxRetVal WriteDataToFile(int handle, VtxDataTypes::EventRec* records,
-                                            int length);
+    [[nodiscard]] VtxDataTypes::VtxRetVal WriteDataToFile(int handle, VtxDataTypes::CRRec* records,
+                                                          int length);
+    [[nodiscard]] VtxDataTypes::VtxRetVal WriteDataToFile(int handle,
+                                                          VtxDataTypes::EventRec* records,
+                                                          int length);
 
     // Completes and closes every file of this object; their handles are dead then. Fails when any
     // of the files failed to close, or failed before.
@@ -51,12 +53,12 @@ class VtxFileIO {
 
     // Waits until all files' data are on the disk, unless the settings say otherwise. The disk is
     // asked for many files at a time: one behind the other each would have to wait for it.
-    VtxDataTypes::VtxRetVal SyncFiles();
+    [[nodiscard]] VtxDataTypes::VtxRetVal SyncFiles();
 
     // All files of this object, closed ones too, in the order of their opening; one that could
     // not be created stands before those still open.
-    std::vector<stalwick::OutputFileState> Files() const;
-    stalwick::OutputTotals Totals() const;
+    [[nodiscard]] std::vector<stalwick::OutputFileState> Files() const;
+    [[nodiscard]] stalwick::OutputTotals Totals() const;
 
   private:
     stalwick::DataFile* Find(int handle);

@@ -101,7 +101,8 @@ TEST_F(Account, FailureSaysHowFarTheConversionCame) {
 }
 
 TEST_F(Account, RecordingThatCannotBeOpenedHasAnAccountToo) {
-    processor_.ProcessFile({L"none.ord"}, directory_.Path(L"none"), kAllChannels, 1, 0);
+    EXPECT_EQ(processor_.ProcessFile({L"none.ord"}, directory_.Path(L"none"), kAllChannels, 1, 0),
+              -1);
     EXPECT_EQ(processor_.LastAccount().recording, L"none.ord");
     EXPECT_TRUE(processor_.LastAccount().failed);
     EXPECT_EQ(processor_.LastAccount().outputFiles, 0U);

@@ -97,7 +97,8 @@ def main():
     workshop = Workshop(directory, arguments.jobs)
     workshop.prepare(SOURCE, arguments.again)
     programs = sorted({program for folder in arguments.folders for program in PROGRAMS[folder]})
-    there = [program for program in programs if workshop.measure(program)]
+    for program in programs:
+        workshop.measure(program)
     equivalents = read_equivalents()
     for mutation in choose(workshop.tree, arguments.folders, arguments.seed):
         if session.counted() >= arguments.count and not arguments.again:
@@ -107,7 +108,7 @@ def main():
         if mutation.key in equivalents:
             session.keep(mutation, "equivalent")
             continue
-        wanted = [p for p in PROGRAMS[mutation.file.split("/")[0]] if p in there]
+        wanted = PROGRAMS[mutation.file.split("/")[0]]
         session.keep(mutation, workshop.judge(mutation, wanted))
     report(session.results, commit.read_text())
 

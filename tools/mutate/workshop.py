@@ -129,12 +129,11 @@ class Workshop:
     def measure(self, program):
         """Builds the program and runs it unchanged, to know which of its tests are quick."""
         if not self.make(program):
-            return False
+            sys.exit(f"mutate: {program} does not build without a mutation")
         kept = self.build / f"{program}.stages.json"
         if not kept.exists():
             kept.write_text(json.dumps(self._find_stages(program)))
         self.stages[program] = json.loads(kept.read_text())
-        return True
 
     def _find_stages(self, program):
         output = self.build / f"{program}.json"

@@ -9,6 +9,7 @@
 #include "cli/exit_status.h"
 #include "cli/info_json.h"
 #include "cli/info_table.h"
+#include "cli/plot_command.h"
 #include "cli/print_line.h"
 #include "cli/report_pages.h"
 #include "cli/survey_losses.h"
@@ -71,6 +72,7 @@ struct InspectOptions {
     InfoOptions info;
     VerifyOptions verify;
     ReportPageOptions report;
+    PlotOptions plot;
 };
 
 std::string VersionLine() {
@@ -87,6 +89,7 @@ void Declare(CLI::App& app, InspectOptions& options) {
     DeclareVerify(*app.add_subcommand("verify", "Whether outputs are whole"), options.verify);
     DeclareReport(*app.add_subcommand("report", "A page on how good recordings are"),
                   options.report);
+    DeclarePlot(*app.add_subcommand("plot", "A picture of a stretch of traces"), options.plot);
 }
 
 bool Flush() {
@@ -178,9 +181,11 @@ int RunInspectCommand(const std::vector<std::string>& arguments) {
             return ReportUsage(DescribeUsageError(*given.front(), error));
         }
         if (!app.remaining().empty()) return ReportUsage(DescribeUsageError(app, error));
-        return ReportUsage("say what to do: info FILE..., report FILE... or verify DIRECTORY...");
+        return ReportUsage(
+            "say what to do: info FILE..., verify DIRECTORY..., report FILE... or plot FILE...");
     }
     if (app.got_subcommand("report")) return ShowReport(options.report);
+    if (app.got_subcommand("plot")) return ShowPlot(options.plot);
     return app.got_subcommand("verify") ? ShowVerify(options.verify) : ShowInfo(options.info);
 }
 

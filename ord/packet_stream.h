@@ -65,6 +65,7 @@ class PacketStream {
     // the first one after damage. Call it before the first packet.
     void BeStrict() { isStrict_ = true; }
 
+    bool IsOpen() const { return window_.has_value(); }
     const RecordingHeader& Header() const { return header_; }
     const std::wstring& HeaderText() const { return headerText_; }
     const std::wstring& GetErrorMessage() const { return errorMessage_; }

@@ -9,6 +9,7 @@ packages_of() {
     case "$1" in
         build) echo g++ cmake ninja-build make git \
                     libboost-dev libcli11-dev libhwy-dev libkissfft-dev nlohmann-json3-dev libssl-dev python3-dev pybind11-dev \
+                    pkg-config librsvg2-dev fonts-dejavu-core \
                     qt6-base-dev libgl-dev ;;
         test) echo libgtest-dev libgmock-dev librapidcheck-dev python3 python3-jsonschema xvfb xauth xdotool openbox \
                    x11-utils desktop-file-utils appstream shared-mime-info libsm-dev libice-dev \

@@ -18,6 +18,22 @@ std::uint64_t Rounded(double count) {
 
 }  // namespace
 
+std::optional<double> MissingBetween(std::uint64_t fromMicroseconds, std::uint64_t toMicroseconds,
+                                     std::uint64_t samples, double samplesPerSecond) {
+    const double seconds =
+        static_cast<double>(static_cast<std::int64_t>(toMicroseconds - fromMicroseconds)) /
+        kMicrosecondsPerSecond;
+    const double missing = seconds * samplesPerSecond - static_cast<double>(samples);
+    // Times are whole microseconds, and the recorder's clock may drift.
+    constexpr double kLeastSamples = 0.5;
+    constexpr double kDrift = 2e-4;
+    const double rounding = 2.0 * samplesPerSecond / kMicrosecondsPerSecond;
+    if (missing < kLeastSamples + rounding + kDrift * static_cast<double>(samples)) {
+        return std::nullopt;
+    }
+    return missing;
+}
+
 void TimeSteps::CheckOrder(std::uint64_t time, const FindingPlace& place) {
     const auto before = std::exchange(last_, time);
     if (!before || static_cast<std::int64_t>(time - *before) >= 0) return;
@@ -28,18 +44,12 @@ void TimeSteps::CheckOrder(std::uint64_t time, const FindingPlace& place) {
 void TimeSteps::CheckGap(std::uint64_t time, std::uint64_t samples, const FindingPlace& place) {
     const auto before = std::exchange(lastOfGap_, time);
     if (samplesPerSecond_ == 0.0 || !before) return;
-    const double seconds =
-        static_cast<double>(static_cast<std::int64_t>(time - *before)) / kMicrosecondsPerSecond;
-    const double missing = seconds * samplesPerSecond_ - static_cast<double>(samples);
-    // Times are whole microseconds, and the recorder's clock may drift.
-    constexpr double kLeastSamples = 0.5;
-    constexpr double kDrift = 2e-4;
-    const double rounding = 2.0 * samplesPerSecond_ / kMicrosecondsPerSecond;
-    if (missing < kLeastSamples + rounding + kDrift * static_cast<double>(samples)) return;
+    const auto missing = MissingBetween(*before, time, samples, samplesPerSecond_);
+    if (!missing) return;
     ++set_.gapCount;
     if (set_.gaps.size() >= kMostGaps) return;
     set_.gaps.push_back({log_.Path(), place.record.value_or(0), place.byte.value_or(0),
-                         missing / samplesPerSecond_, Rounded(missing)});
+                         *missing / samplesPerSecond_, Rounded(*missing)});
 }
 
 void TimeSteps::Break() {

@@ -7,6 +7,12 @@
 
 namespace stalwick {
 
+// Samples of a channel that are missing between records whose first samples have these times, the
+// first of which has so many: none where rounding and drift of the clock explain the times.
+[[nodiscard]] std::optional<double> MissingBetween(std::uint64_t fromMicroseconds,
+                                                   std::uint64_t toMicroseconds,
+                                                   std::uint64_t samples, double samplesPerSecond);
+
 // Follows the times of a file's records, in microseconds. An offset is added to them modulo 2^64,
 // so they may pass that end.
 class TimeSteps {

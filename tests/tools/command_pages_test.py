@@ -110,6 +110,15 @@ class CommandPages(unittest.TestCase):
         self.assertEqual(self.bash("stalwick-convert", ""), expected)
         self.assertEqual(self.bash("stalwick-inspect", "info", ""), expected)
 
+    def test_bash_completes_channel_files_and_pictures_of_plot(self):
+        for name in ("CSC1.vcs", "Events.vev", "old.svg", "old.png"):
+            with open(os.path.join(self.directory, name), "w", encoding="utf-8"):
+                pass
+        self.assertEqual(self.bash("stalwick-inspect", "plot", ""),
+                         {"a.ord", "B.ORD", "with space.ord", "archive", "CSC1.vcs", "Events.vev"})
+        self.assertEqual(self.bash("stalwick-inspect", "plot", "-o", ""),
+                         {"old.svg", "old.png", "archive"})
+
     def test_bash_completes_the_value_of_an_option(self):
         self.assertEqual(self.bash("stalwick-convert", "-o", ""), {"archive"})
         self.assertEqual(self.bash("stalwick-convert", "--output-dir", "=", "ar"), {"archive"})

@@ -19,6 +19,11 @@ std::string Completer(ValueKind kind) {
             return "compgen -d -- \"$current\"";
         case ValueKind::kRecording:
             return "compgen -f -X '!*.[oO][rR][dD]' -- \"$current\"; compgen -d -- \"$current\"";
+        case ValueKind::kTraceFile:
+            return "compgen -f -X '!*.[oO][rR][dD]' -- \"$current\"; "
+                   "compgen -f -X '!*.v[ce][sv]' -- \"$current\"; compgen -d -- \"$current\"";
+        case ValueKind::kPicture:
+            return "compgen -f -X '!*.[sp][vn]g' -- \"$current\"; compgen -d -- \"$current\"";
         case ValueKind::kJsonFile:
             return "compgen -f -X '!*.json' -- \"$current\"; compgen -d -- \"$current\"";
         default:

@@ -14,6 +14,8 @@ ValueKind KindOf(const std::string& valueName) {
     if (valueName.empty()) return ValueKind::kNone;
     if (valueName == "DIR" || valueName == "DIRECTORY") return ValueKind::kDirectory;
     if (valueName == "FILE" || valueName == "FILE.ord") return ValueKind::kRecording;
+    if (valueName == "FILE.ord|.vcs") return ValueKind::kTraceFile;
+    if (valueName == "PICTURE") return ValueKind::kPicture;
     if (valueName == "FILE.json") return ValueKind::kJsonFile;
     return ValueKind::kText;
 }
@@ -52,7 +54,10 @@ CommandText DescribeCommand(const CLI::App& app) {
             command.options.push_back(DescribeOption(*option));
         } else {
             const std::string name = option->get_name(true);
-            command.arguments.push_back({name, KindOf(name), OnOneLine(option->get_description())});
+            // The type says more than FILE, where it is one that this program declared.
+            const ValueKind kind = KindOf(option->get_type_name());
+            command.arguments.push_back({name, kind == ValueKind::kText ? KindOf(name) : kind,
+                                         OnOneLine(option->get_description())});
         }
     }
     for (const CLI::App* subcommand : app.get_subcommands([](const CLI::App*) { return true; })) {

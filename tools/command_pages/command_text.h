@@ -10,7 +10,7 @@ class App;
 namespace stalwick {
 
 // What a value stands for; a shell completes it accordingly.
-enum class ValueKind { kNone, kText, kDirectory, kRecording, kJsonFile };
+enum class ValueKind { kNone, kText, kDirectory, kRecording, kTraceFile, kPicture, kJsonFile };
 
 struct OptionText {
     std::string shortName;  // "-o", or empty

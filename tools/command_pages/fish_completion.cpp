@@ -22,6 +22,10 @@ std::string Action(ValueKind kind) {
             return " -x -a '(__fish_complete_directories)'";
         case ValueKind::kRecording:
             return " -x -k -a '(__fish_complete_suffix .ord)'";
+        case ValueKind::kTraceFile:
+            return " -x -k -a '(__fish_complete_suffix .ord; __fish_complete_suffix .vcs)'";
+        case ValueKind::kPicture:
+            return " -x -k -a '(__fish_complete_suffix .svg; __fish_complete_suffix .png)'";
         case ValueKind::kJsonFile:
             return " -x -k -a '(__fish_complete_suffix .json)'";
         case ValueKind::kText:

@@ -29,6 +29,10 @@ std::string Action(ValueKind kind) {
             return "_files -/";
         case ValueKind::kRecording:
             return "_files -g \"*.(ord|ORD)(-.)\"";
+        case ValueKind::kTraceFile:
+            return "_files -g \"*.(ord|ORD|vcs|vev)(-.)\"";
+        case ValueKind::kPicture:
+            return "_files -g \"*.(svg|png)(-.)\"";
         case ValueKind::kJsonFile:
             return "_files -g \"*.json(-.)\"";
         default:

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace stalwick {
+
+// What `stalwick-inspect plot` was asked for.
+struct PlotOptions {
+    std::vector<std::string> files;
+    std::string picture;
+    std::string start = "0";  // seconds
+    std::string seconds;      // empty: to the end
+    std::string channels;     // empty: all
+    std::string spacing;      // microvolts; empty: as the traces need
+};
+
+void DeclarePlot(CLI::App& app, PlotOptions& options);
+
+// Draws the picture. Returns the exit status.
+[[nodiscard]] int ShowPlot(const PlotOptions& options);
+
+}  // namespace stalwick

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace stalwick {
+
+// "1-16,33" as channels from 0, ascending, each once. None for anything else: a channel below 1 or
+// above `most`, or a range that goes down.
+[[nodiscard]] std::optional<std::vector<std::uint32_t>> ReadChannelList(std::string_view text,
+                                                                        std::uint32_t most);
+
+}  // namespace stalwick

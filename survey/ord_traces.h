@@ -1,0 +1,12 @@
+#pragma once
+
+#include "survey/trace_set.h"
+
+namespace stalwick {
+
+// Reads what a picture of a stretch of a recording shows, in one pass over the stretch. Where
+// packets have timestamps and the recording is in a regular file, nothing before the stretch is
+// read; times are then those of timestamps that do not go back before it.
+[[nodiscard]] TraceSet ReadOrdTraces(const TraceRequest& request);
+
+}  // namespace stalwick

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "ord/ord_data_packet.h"
+#include "survey/sample_block.h"
+#include "survey/trace_set.h"
+
+namespace stalwick {
+
+// The smallest and the largest sample of each channel in each column of a picture, a packet at a
+// time. Its memory does not depend on how many packets there are.
+class PacketEnvelope {
+  public:
+    struct Stretch {
+        double startSeconds = 0.0;
+        std::optional<double> seconds;  // none: columns become wider as time goes on
+        double samplesPerSecond = 0.0;
+        std::size_t columns = 0;
+    };
+
+    explicit PacketEnvelope(const Stretch& stretch);
+
+    // Takes a packet's samples, the first of which is of this time; those outside of the stretch
+    // are left out.
+    void Take(const ORDDataPacket& packet, double seconds);
+    // Call it after the last packet.
+    void Finish();
+
+    const ColumnScale& Scale() const { return scale_; }
+    // Of a channel, from 0; empty where it had no samples in the stretch.
+    const std::vector<ColumnRange>& Columns(std::size_t channel) const { return rows_[channel]; }
+
+  private:
+    void ChangeShape(const ORDDataPacket& packet);
+    void WidenUntil(double seconds);
+    void MergePairs();
+    void TakeWhole(const std::int16_t* samples, std::int64_t column);
+    void TakeEach(const std::int16_t* samples, double seconds);
+    void FoldPending();
+    std::vector<ColumnRange>& RowOf(std::size_t channel);
+
+    Stretch stretch_;
+    ColumnScale scale_;
+    double samplePeriod_;  // seconds
+    bool isAligned_;       // else there are fewer samples than columns: each gets one of its own
+    std::array<std::vector<ColumnRange>, kMostADChannels> rows_;
+
+    // Of packets that lie in one column only slots are compared, until the column is over.
+    std::int64_t pendingColumn_ = -1;
+    std::size_t slots_ = 0;
+    std::vector<std::uint8_t> channelMask_;  // of the packets; empty: all channels
+    std::array<bool, kMostADChannels> enabled_{};
+    std::array<std::int16_t, kMostSlots> smallest_{};
+    std::array<std::int16_t, kMostSlots> largest_{};
+};
+
+}  // namespace stalwick

@@ -14,7 +14,7 @@ JOBS ?= $(shell nproc)
 BUILD := build/$(PRESET)
 
 .DEFAULT_GOAL := build
-.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app package-windows screenshots check-pages install format check-format clean
+.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app package-windows test-cluster screenshots check-pages install format check-format clean
 
 build:
 	scripts/install-deps.sh
@@ -67,6 +67,13 @@ soak: build
 	scripts/soak.sh $(BUILD)
 	$(MAKE) fuzz FUZZ_SECONDS=600
 
+# Forty recordings through a Slurm of this machine, which the test starts and stops (docs/testing.md).
+test-cluster:
+	scripts/install-deps.sh build cluster
+	cmake --preset $(PRESET)
+	cmake --build --preset $(PRESET) --target stalwick-convert stalwick-inspect ord_synth
+	tests/workflow/cluster_test.py $(BUILD)
+
 # What the tests run of ord/, writers/ and engine/; the report is build/coverage/report.html.
 coverage:
 	scripts/install-deps.sh build test coverage
@@ -107,12 +114,13 @@ package-windows: windows-app
 bench:
 	scripts/install-deps.sh build test bench
 	cmake --preset release -DSTALWICK_BUILD_BENCH=ON
-	cmake --build --preset release --target stalwick-convert ord_synth decoder_bench floor window_bench
+	cmake --build --preset release --target stalwick-convert stalwick-inspect ord_synth decoder_bench floor window_bench
 	build/release/bench/decoder_bench
 	bench/compare.sh build/release
 	bench/window.sh build/release
 	bench/memory.py build/release
 	bench/python.py build/release
+	bench/cluster.py build/release
 	bench/regressions.py build/release/bench/ratios.json
 
 screenshots:

@@ -1,7 +1,10 @@
 #!/usr/bin/env bash
-# Debian's type checker and linter over the Python package and its tests.
+# Debian's type checker and linter over the Python package, the cluster's scripts and their tests.
 set -euo pipefail
 cd "$(dirname "$0")/../python"
 
 /usr/bin/mypy --no-incremental
-/usr/bin/flake8 . ../tests/python ../bench/python.py
+(cd ../workflow && /usr/bin/mypy --no-incremental --strict stalwick_cluster profiles/slurm/slurm-status.py)
+(cd ../tests/workflow && MYPYPATH=../../workflow /usr/bin/mypy --no-incremental --strict .)
+/usr/bin/flake8 . ../tests/python ../bench/python.py \
+    ../workflow ../tests/workflow ../bench/cluster.py

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages that the project needs and that are missing, as root or with sudo.
 #   scripts/install-deps.sh [GROUP...]     GROUP: build test check fuzz bench coverage screenshots pages
-#                                              windows windows-app all
+#                                              cluster windows windows-app all
 # Without a group: build and test. Does nothing, and asks for no rights, when nothing is missing.
 set -euo pipefail
 
@@ -22,10 +22,11 @@ packages_of() {
         coverage) echo gcovr ;;
         screenshots) echo xvfb openbox xdotool imagemagick librsvg2-bin fonts-dejavu-core ;;
         pages) echo chromium nodejs npm fonts-dejavu-core ;;
+        cluster) echo snakemake slurm-wlm munge python3 ;;
         windows) echo g++-mingw-w64-x86-64-posix wine wine64 googletest dpkg-dev python3 ;;
         windows-app) echo qt6-base-dev qt6-base-dev-tools dpkg-dev nsis cmark python3 xvfb xauth openbox \
                           xdotool imagemagick icoutils fonts-liberation ;;
-        all) for group in build test check fuzz bench coverage screenshots pages windows windows-app; do
+        all) for group in build test check fuzz bench coverage screenshots pages cluster windows windows-app; do
                  packages_of "$group"
              done ;;
         *) echo "install-deps.sh: no such group: $1" >&2; exit 2 ;;

@@ -1,0 +1,42 @@
+#!/usr/bin/env python3
+"""Tells Snakemake how a Slurm job stands: running, success or failed.
+
+scontrol knows jobs that ended a few minutes ago; for older ones sacct is asked, if it works."""
+
+import re
+import subprocess
+import sys
+
+_RUNNING = {"PENDING", "CONFIGURING", "RUNNING", "COMPLETING", "SUSPENDED", "REQUEUED",
+            "REQUEUE_HOLD", "REQUEUE_FED", "RESIZING", "SIGNALING", "STAGE_OUT", "STOPPED",
+            "SPECIAL_EXIT"}
+
+
+def state_of(job: str) -> str | None:
+    """None: Slurm does not know the job. An empty text: Slurm cannot be asked now."""
+    asked = subprocess.run(["scontrol", "show", "job", "--oneliner", job], capture_output=True,
+                           text=True, check=False)
+    found = re.search(r"\bJobState=(\w+)", asked.stdout)
+    if found:
+        # A requeued job, preempted for example, waits again; one that is not requeued has ended.
+        return found[1]
+    if "Invalid job id" not in asked.stderr:
+        return ""
+    listed = subprocess.run(["sacct", "--noheader", "--parsable2", "--allocations",
+                             "--format=State", "--jobs", job], capture_output=True, text=True,
+                            check=False)
+    words = listed.stdout.split()
+    return words[0] if listed.returncode == 0 and words else None
+
+
+def main() -> None:
+    state = state_of(sys.argv[1])
+    if state == "COMPLETED":
+        print("success")
+    elif state == "" or state in _RUNNING:
+        print("running")
+    else:
+        print("failed")
+
+
+main()

@@ -1,0 +1,1 @@
+"""What the Snakemake workflow and the Slurm array script share: the steps of one recording."""

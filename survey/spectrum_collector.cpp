@@ -11,7 +11,7 @@ namespace stalwick {
 namespace {
 
 constexpr double kMicrovoltsPerVolt = 1e6;
-constexpr std::size_t kMostStretches = 24;
+constexpr std::size_t kMostStretches = 12;
 constexpr std::size_t kSegmentsLong = 2;              // a stretch: three segments that overlap
 constexpr std::uint32_t kSegmentsPerSecond = 8;       // at most: lines closer than 8 Hz are one
 constexpr std::uint32_t kShortestSegment = 256;       // samples

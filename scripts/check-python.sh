@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$(dirname "$0")/../python"
 
 /usr/bin/mypy --no-incremental
-(cd ../workflow && /usr/bin/mypy --no-incremental --strict stalwick_cluster profiles/slurm/slurm-status.py)
-(cd ../tests/workflow && MYPYPATH=../../workflow /usr/bin/mypy --no-incremental --strict .)
+(cd ../workflow && /usr/bin/mypy --cache-dir /dev/null --strict stalwick_cluster profiles/slurm/slurm-status.py)
+(cd ../tests/workflow && MYPYPATH=../../workflow /usr/bin/mypy --cache-dir /dev/null --strict .)
 /usr/bin/flake8 . ../tests/python ../bench/python.py \
     ../workflow ../tests/workflow ../bench/cluster.py

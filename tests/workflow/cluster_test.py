@@ -179,7 +179,7 @@ class Cluster(unittest.TestCase):
         self.assertIn("CSC5.vcs: its SHA-256 is not that", row["reason"])
 
     def submit(self, lab: Lab) -> None:
-        submit = self.start(lab, str(WORKFLOW / "slurm/submit.sh"), "settings.toml", "20")
+        submit = self.start(lab, str(WORKFLOW / "slurm/submit.sh"), "settings.toml", "20%10")
         self.assertEqual(submit.wait(120), 0, self.log_of(lab))
 
     def wait_for_jobs(self) -> None:

@@ -209,7 +209,7 @@ class Alteration(WithLab):
         sent = hashlib.sha256(path.read_bytes()).hexdigest()
         self.lab.write_table(f"a.ord\t{sent}", header="path\tsha256")
         self.alter(path)
-        self.run_all()
+        self.run_all(status=1)
         self.assertIn("not that of the table", self.report(status=1)["a"]["reason"])
         self.assertEqual(self.lab.outputs(), {})
         self.alter(path)

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # One task of the array; submit.sh submits it. Its recordings are every TASKS-th of the table.
 # The time limit's signal comes early (--signal): the recording at hand is canceled, and the task is
-# put into the queue again, where it passes over what is done.
+# put into the queue again, and then passes over what is done.
 #SBATCH --job-name=stalwick
 #SBATCH --cpus-per-task=1
 #SBATCH --requeue

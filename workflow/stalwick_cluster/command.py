@@ -60,10 +60,6 @@ def _parser() -> argparse.ArgumentParser:
     return parser
 
 
-def _work(settings: Settings, recording: Recording, commands: Commands) -> Work:
-    return Work(settings, recording, commands)
-
-
 def do_step(work: Work, step: str) -> int:
     """0: there is a result, good or bad; else the step is to be done again."""
     records = work.records
@@ -104,7 +100,7 @@ def _one_step(settings: Settings, recordings: dict[str, Recording],
         raise SettingsError(f"{settings.recordings}: it has no recording {arguments.name}")
     commands = Commands()
     commands.take_signals()
-    return do_step(_work(settings, recordings[arguments.name], commands), arguments.step)
+    return do_step(Work(settings, recordings[arguments.name], commands), arguments.step)
 
 
 def _of_task(recordings: dict[str, Recording], arguments: argparse.Namespace) -> list[Recording]:
@@ -119,7 +115,7 @@ def _run(settings: Settings, recordings: dict[str, Recording],
     commands.take_signals()
     status = 0
     for recording in _of_task(recordings, arguments):
-        status = max(status, _all_steps(_work(settings, recording, commands)))
+        status = max(status, _all_steps(Work(settings, recording, commands)))
         if status > 128:
             break
     return status

@@ -35,7 +35,7 @@ class Commands:
 
     def run(self, command: Sequence[str], lock: int | None = None
             ) -> subprocess.CompletedProcess[str]:
-        """Raises Interrupted after the command's end where a signal came."""
+        """If a signal came, raises Interrupted after the command's end."""
         self.check()
         with subprocess.Popen(
                 list(command), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,

@@ -123,9 +123,8 @@ def _convert_into(work: Work, step: str, attempt: Path, target: Path) -> Record:
                          f"{last_line(run.stderr) or 'without a report'}")
     record = _record_of(entry, identity)
     if entry["sha256"] and work.recording.sha256 not in (None, entry["sha256"]):
-        return {**record, "result": "failed",
-                "reason": f"its SHA-256 is {entry['sha256']}, not that of the table: "
-                          "it was altered on its way; copy it again"}
+        raise StepFailed(f"its SHA-256 is {entry['sha256']}, not that of the table: "
+                         "it was altered on its way; copy it again")
     if run.returncode not in (0, LOST_DATA):
         return _after_failure(work, record)
     if not _has_result(step, entry):

@@ -48,7 +48,7 @@ def sync_directory(path: Path) -> None:
 
 
 def read_json(path: Path) -> Record | None:
-    """None where there is no such file, or none that is whole."""
+    """None if there is no such file, or it is not whole."""
     try:
         value = json.loads(path.read_text(encoding="utf-8"))
     except (OSError, ValueError):

@@ -38,7 +38,7 @@ def are_there(outputs: list[dict[str, Any]], directory: Path) -> bool:
 
 def copy_checked(outputs: list[dict[str, Any]], source: Path, target: Path,
                  commands: Commands) -> None:
-    """Copies into a new directory and reads every copy again, from the disk where it can."""
+    """Copies into a new directory and reads every copy again, if possible from the disk."""
     target.mkdir()
     for output in outputs:
         copy = target / output["name"]

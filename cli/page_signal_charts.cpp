@@ -84,48 +84,62 @@ std::string NameWithVerdict(const PageSurvey& page, std::uint32_t channel) {
     return ChannelName(channel);
 }
 
+// Of all columns of a trace; empty where it has none.
+ColumnRange RangeOf(const TraceEnvelope& trace) {
+    ColumnRange range;
+    for (const ColumnRange& column : trace.columns) {
+        if (!column.IsEmpty()) range.Add(column.smallest, column.largest);
+    }
+    return range;
+}
+
 // How high a row of traces is: most traces fit.
 double RowMicrovolts(const TracePlace& place, const std::vector<std::uint32_t>& channels,
                      double microvoltsPerStep) {
     std::vector<double> heights;
     for (const TraceEnvelope& trace : place.channels) {
         if (!std::binary_search(channels.begin(), channels.end(), trace.channel)) continue;
-        int low = INT16_MAX;
-        int high = INT16_MIN;
-        for (const TraceEnvelope::Column& column : trace.columns) {
-            low = std::min<int>(low, column.smallest);
-            high = std::max<int>(high, column.largest);
-        }
-        heights.push_back((high - low) * std::abs(microvoltsPerStep));
+        const ColumnRange range = RangeOf(trace);
+        if (range.IsEmpty()) continue;
+        heights.push_back((range.largest - range.smallest) * std::abs(microvoltsPerStep));
     }
     if (heights.empty()) return 1.0;
     std::sort(heights.begin(), heights.end());
     return std::max(heights[heights.size() / 2] * 1.1, 1.0);
 }
 
-// The trace about its own middle; what would leave its row is cut.
-SvgPath TracePath(const TraceEnvelope& trace, double middleY, double stepsPerRow,
-                  double rowHeight) {
-    int low = INT16_MAX;
-    int high = INT16_MIN;
-    for (const TraceEnvelope::Column& column : trace.columns) {
-        low = std::min<int>(low, column.smallest);
-        high = std::max<int>(high, column.largest);
-    }
-    const double middle = (low + high) / 2.0;
+// Where a trace is drawn.
+struct TraceRow {
+    double middleY = 0.0;
+    double height = 0.0;
+    double steps = 0.0;  // that it is high
+};
+
+// The trace about its own middle, without what would leave its row; broken where there are no
+// samples.
+SvgPath TracePath(const TraceEnvelope& trace, const TracePlace& place, const TraceRow& row) {
+    const ColumnRange range = RangeOf(trace);
+    const double middle = (range.smallest + range.largest) / 2.0;
     const auto y = [&](double value) {
-        return middleY - std::clamp((value - middle) / stepsPerRow, -0.5, 0.5) * rowHeight;
+        return row.middleY - std::clamp((value - middle) / row.steps, -0.5, 0.5) * row.height;
     };
     SvgPath path;
-    const auto columns = static_cast<double>(trace.columns.size());
+    bool isBroken = true;
     for (std::size_t i = 0; i < trace.columns.size(); ++i) {
-        const double x = (static_cast<double>(i) + 0.5) / columns * kChartWidth;
-        if (i == 0) {
-            path.MoveTo(x, y(trace.columns[i].smallest));
-        } else {
-            path.LineTo(x, y(trace.columns[i].smallest));
+        const ColumnRange& column = trace.columns[i];
+        const double x =
+            (place.scale.MiddleOf(i) - place.startSeconds) / place.seconds * kChartWidth;
+        if (column.IsEmpty()) {
+            isBroken = true;
+            continue;
         }
-        path.LineTo(x, y(trace.columns[i].largest));
+        if (isBroken) {
+            path.MoveTo(x, y(column.smallest));
+        } else {
+            path.LineTo(x, y(column.smallest));
+        }
+        path.LineTo(x, y(column.largest));
+        isBroken = false;
     }
     return path;
 }
@@ -160,9 +174,10 @@ std::string TraceChart(const PageSurvey& page, std::size_t number,
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const double middle = (static_cast<double>(i) + 0.5) * kTraceRowHeight;
         const bool named = IsNamed(page, rows[i]->channel);
-        svg.Path(named ? "trace named" : "trace",
-                 TracePath(*rows[i], middle, rowMicrovolts / std::abs(step), kTraceRowHeight),
-                 ChannelName(rows[i]->channel));
+        svg.Path(
+            named ? "trace named" : "trace",
+            TracePath(*rows[i], place, {middle, kTraceRowHeight, rowMicrovolts / std::abs(step)}),
+            ChannelName(rows[i]->channel));
     }
     svg.CloseGroup();
     chart.picture = svg.Finish();
@@ -233,7 +248,8 @@ std::string Thumbnail(const PageSurvey& page, const std::string& id) {
     for (const TraceEnvelope& trace : place.channels) {
         if (!std::binary_search(channels.begin(), channels.end(), trace.channel)) continue;
         const bool named = IsNamed(page, trace.channel);
-        svg.Path(named ? "trace named" : "trace", TracePath(trace, middle, steps, rowHeight));
+        svg.Path(named ? "trace named" : "trace",
+                 TracePath(trace, place, {middle, rowHeight, steps}));
         middle += rowHeight;
     }
     return svg.Finish();

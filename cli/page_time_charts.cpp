@@ -4,6 +4,8 @@
 #include "cli/page_chart.h"
 #include "cli/page_charts.h"
 #include "cli/page_words.h"
+#include "cli/readable_figures.h"
+#include "survey/time_spans.h"
 
 namespace stalwick {
 
@@ -56,18 +58,16 @@ std::vector<std::size_t> UsedTtlLines(const RecordingSurvey& survey) {
 
 // Those that would lie on each other are one, which says how many it is.
 void AddGaps(const RecordingSurvey& survey, const TimeAxis& axis, Rows& rows) {
-    const double nearest = (axis.toSeconds - axis.fromSeconds) * kNarrowestBar / kChartWidth;
-    for (std::size_t i = 0; i < survey.gaps.size();) {
-        const double from = survey.gaps[i].atSeconds;
-        double to = from;
-        std::size_t count = 0;
-        for (; i < survey.gaps.size() && (count == 0 || survey.gaps[i].atSeconds - to < nearest);
-             ++i, ++count) {
-            to = std::max(to, survey.gaps[i].atSeconds + survey.gaps[i].seconds);
-        }
-        rows.Bar("gap", from, to - from,
-                 (count == 1 ? "gap" : std::to_string(count) + " gaps") + std::string(" at ") +
-                     FixedNumber(from, 3) + " s, " + FixedNumber(to - from, 3) + " s long");
+    const double length = axis.toSeconds - axis.fromSeconds;
+    TimeSpans spans(length * kNarrowestBar / kChartWidth);
+    for (const RecordingGap& gap : survey.gaps) {
+        spans.Add({gap.atSeconds, gap.atSeconds + gap.seconds, 1, gap.missingSamples});
+    }
+    for (const TimeSpan& span : spans.Within(axis.fromSeconds, axis.toSeconds)) {
+        const double seconds = span.toSeconds - span.fromSeconds;
+        rows.Bar("gap", span.fromSeconds, seconds,
+                 Narrow(Counted(span.count, L"gap")) + " at " + FixedNumber(span.fromSeconds, 3) +
+                     " s, " + FixedNumber(seconds, 3) + " s long");
     }
 }
 

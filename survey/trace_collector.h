@@ -5,24 +5,22 @@
 #include <optional>
 #include <vector>
 
-#include "survey/sample_stretch.h"
+#include "survey/packet_envelope.h"
+#include "survey/survey_recording.h"
 
 namespace stalwick {
 
-// The smallest and the largest value of a channel's samples, column by column.
+// The smallest and the largest sample of a channel, column by column, in 16-bit steps.
 struct TraceEnvelope {
-    struct Column {
-        std::int16_t smallest = 0;  // 16-bit steps
-        std::int16_t largest = 0;
-    };
     std::uint32_t channel = 0;  // from 0
-    std::vector<Column> columns;
+    std::vector<ColumnRange> columns;
 };
 
 // What all channels look like at one place.
 struct TracePlace {
     double startSeconds = 0.0;
     double seconds = 0.0;
+    ColumnScale scale;  // of the columns
     std::vector<TraceEnvelope> channels;
 };
 
@@ -39,7 +37,8 @@ class TraceCollector {
 
     double samplesPerSecond_ = 0.0;
     std::uint64_t fileSize_ = 0;
-    std::optional<SampleStretch> stretch_;
+    double startSeconds_ = 0.0;
+    std::optional<PacketEnvelope> envelope_;  // of the place that has begun
     std::vector<TracePlace> places_;
 };
 

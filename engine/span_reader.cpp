@@ -40,23 +40,18 @@ void SpanReader::Work() {
         Read(span);
         lock.lock();
         ++read_;
-        ended_ = span.IsLast();
-        if (IsWorthWaking()) available_.notify_one();
-        if (ended_) return;
+        available_.notify_one();
+        if (span.IsLast()) return;
         if (read_ - given_ < kMostAhead) continue;
         room_.wait(lock, [this] { return stopping_ || read_ - given_ <= kFewAhead; });
     }
-}
-
-bool SpanReader::IsWorthWaking() const {
-    return ended_ || read_ - given_ >= kFewAhead;
 }
 
 DecodedSpan& SpanReader::Next() {
     DecodedSpan* span = &spans_.front();
     if (thread_.joinable()) {
         std::unique_lock lock(mutex_);
-        if (given_ == read_) available_.wait(lock, [this] { return IsWorthWaking(); });
+        available_.wait(lock, [this] { return given_ < read_; });
         span = &spans_[given_ % spans_.size()];
         ++given_;
         if (read_ - given_ == kFewAhead) room_.notify_one();

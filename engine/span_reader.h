@@ -27,14 +27,12 @@ class SpanReader {
     DecodedSpan& Next();
 
   private:
-    static constexpr std::size_t kMostAhead = 12;
-    // The threads wake each other seldom: reading goes on when no more than these are left, and who
-    // waits for a span is woken for so many.
+    static constexpr std::size_t kMostAhead = 8;
+    // Reading goes on when no more than these are left: the threads wake each other seldom.
     static constexpr std::size_t kFewAhead = 4;
 
     void Read(DecodedSpan& span) noexcept;
     void Work();
-    bool IsWorthWaking() const;
 
     PacketSource& source_;
     std::array<DecodedSpan, kMostAhead + 1> spans_;  // in turns; one is the caller's
@@ -43,7 +41,6 @@ class SpanReader {
     std::condition_variable room_;
     std::size_t read_ = 0;   // spans so far
     std::size_t given_ = 0;  // spans so far
-    bool ended_ = false;     // the last span was read
     bool stopping_ = false;
     std::thread thread_;  // last: it uses everything above
 };

@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <new>
+#include <semaphore>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -118,6 +120,28 @@ TEST(SpanReader, StaysWithinEightSpansOfTheCaller) {
         while (!spans.Next().IsLast()) ++taken;
     }
     EXPECT_LE(furthest, 9U);  // the caller's own one among them
+}
+
+// A recording on a slow disk: the user sees how far it came, and a cancel is heard.
+TEST(SpanReader, SpanIsGivenBeforeTheNextOneIsRead) {
+    const TempDirectory directory;
+    const std::wstring path = directory.Path(L"rec.ord");
+    WriteFile(path, Recording());
+    SpanSource reader;
+    ASSERT_EQ(reader.Open(path), 0);
+    FaultyFileCalls disk;
+    std::binary_semaphore isTaken(0);
+    std::atomic<bool> wasTaken = false;
+    unsigned reads = 0;
+    disk.beforeRead = [&](unsigned) {
+        if (++reads == 2) wasTaken = isTaken.try_acquire_for(std::chrono::seconds(20));
+    };
+    {
+        SpanReader spans(reader, true);
+        spans.Next();
+        isTaken.release();
+    }
+    EXPECT_TRUE(wasTaken || reads < 2);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, SpanReaderTest, testing::Bool(), [](const auto& test) {

@@ -48,12 +48,13 @@ test-asan:
 test-tsan:
 	$(MAKE) test PRESET=tsan
 
-# The same for what works with threads below the window: the part that the check run has time for.
+# The same for what works with threads below the window: the part that the check run has time for. Streams cut at
+# every byte are conversions like the others' and left to the other runs.
 test-tsan-engine:
 	scripts/install-deps.sh
 	cmake --preset tsan-engine
 	cmake --build --preset tsan-engine --target engine_tests writers_tests cli_tests stalwick-convert stalwick-inspect ord_synth
-	ctest --preset tsan-engine -j $(JOBS) -L '^(engine|writers|cli)$$'
+	ctest --preset tsan-engine -j $(JOBS) -L '^(engine|writers|cli)$$' -E '^StreamLength\.'
 
 # Each fuzz target for FUZZ_SECONDS (docs/testing.md).
 fuzz:

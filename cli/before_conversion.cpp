@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "cli/readable_figures.h"
 #include "engine/conversion_job.h"
 #include "engine/converted_outputs.h"
 #include "engine/output_directory.h"
 #include "engine/recording_check.h"
+#include "page/readable_figures.h"
 #include "platform/file_system.h"
 #include "platform/text_encoding.h"
 

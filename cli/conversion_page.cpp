@@ -3,9 +3,9 @@
 #include <new>
 #include <utility>
 
-#include "cli/own_document.h"
-#include "cli/recording_page.h"
 #include "engine/conversion_job.h"
+#include "page/own_document.h"
+#include "page/recording_page.h"
 #include "platform/file_system.h"
 #include "platform/paths.h"
 #include "platform/text_encoding.h"

@@ -4,8 +4,8 @@
 #include <array>
 #include <cwchar>
 
-#include "cli/info_words.h"
-#include "cli/readable_figures.h"
+#include "page/info_words.h"
+#include "page/readable_figures.h"
 
 namespace stalwick {
 

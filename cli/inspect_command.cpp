@@ -7,7 +7,6 @@
 
 #include "cli/argument_brackets.h"
 #include "cli/exit_status.h"
-#include "cli/info_json.h"
 #include "cli/info_table.h"
 #include "cli/plot_command.h"
 #include "cli/print_line.h"
@@ -15,6 +14,7 @@
 #include "cli/survey_losses.h"
 #include "cli/usage_error.h"
 #include "cli/verify_lines.h"
+#include "page/info_json.h"
 #include "platform/program_version.h"
 #include "platform/text_encoding.h"
 #include "survey/survey_recording.h"

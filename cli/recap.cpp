@@ -4,8 +4,8 @@
 #include <array>
 #include <cstddef>
 
-#include "cli/readable_figures.h"
 #include "cli/recording_line.h"
+#include "page/readable_figures.h"
 
 namespace stalwick {
 

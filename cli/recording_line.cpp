@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "cli/readable_figures.h"
 #include "engine/conversion_job.h"
+#include "page/readable_figures.h"
 #include "platform/text_encoding.h"
 
 namespace stalwick {

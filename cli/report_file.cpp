@@ -1,6 +1,6 @@
 #include "cli/report_file.h"
 
-#include "cli/own_document.h"
+#include "page/own_document.h"
 
 namespace stalwick {
 

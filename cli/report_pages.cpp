@@ -6,10 +6,10 @@
 
 #include "cli/argument_brackets.h"
 #include "cli/exit_status.h"
-#include "cli/page_files.h"
 #include "cli/print_line.h"
-#include "cli/recording_page.h"
 #include "cli/survey_losses.h"
+#include "page/page_files.h"
+#include "page/recording_page.h"
 #include "platform/file_system.h"
 #include "platform/text_encoding.h"
 #include "survey/page_survey.h"

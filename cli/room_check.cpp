@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <map>
 
-#include "cli/readable_figures.h"
 #include "engine/output_directory.h"
 #include "engine/output_estimate.h"
+#include "page/readable_figures.h"
 
 namespace stalwick {
 

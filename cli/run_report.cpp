@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/report_file.h"
-#include "cli/time_json.h"
+#include "page/time_json.h"
 #include "platform/paths.h"
 #include "platform/program_version.h"
 #include "platform/text_encoding.h"

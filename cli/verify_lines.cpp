@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "cli/readable_figures.h"
+#include "page/readable_figures.h"
 
 namespace stalwick {
 

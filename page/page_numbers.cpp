@@ -1,4 +1,4 @@
-#include "cli/page_numbers.h"
+#include "page/page_numbers.h"
 
 #include <algorithm>
 #include <array>

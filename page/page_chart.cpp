@@ -1,4 +1,4 @@
-#include "cli/page_chart.h"
+#include "page/page_chart.h"
 
 #include "survey/svg_number.h"
 

@@ -1,4 +1,4 @@
-#include "cli/page_files.h"
+#include "page/page_files.h"
 
 #include <set>
 

@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "cli/page_chart.h"
-#include "cli/page_charts.h"
-#include "cli/page_words.h"
-#include "cli/readable_figures.h"
+#include "page/page_chart.h"
+#include "page/page_charts.h"
+#include "page/page_words.h"
+#include "page/readable_figures.h"
 #include "survey/time_spans.h"
 
 namespace stalwick {

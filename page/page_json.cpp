@@ -1,11 +1,11 @@
-#include "cli/page_json.h"
+#include "page/page_json.h"
 
 #include <cmath>
 
 #include <nlohmann/json.hpp>
 
-#include "cli/info_json.h"
-#include "cli/shown_channels.h"
+#include "page/info_json.h"
+#include "page/shown_channels.h"
 
 namespace stalwick {
 

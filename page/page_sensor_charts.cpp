@@ -4,8 +4,8 @@
 #include <limits>
 #include <span>
 
-#include "cli/page_chart.h"
-#include "cli/page_charts.h"
+#include "page/page_chart.h"
+#include "page/page_charts.h"
 
 namespace stalwick {
 

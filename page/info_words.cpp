@@ -1,4 +1,4 @@
-#include "cli/info_words.h"
+#include "page/info_words.h"
 
 namespace stalwick {
 

@@ -1,4 +1,4 @@
-#include "cli/own_document.h"
+#include "page/own_document.h"
 
 #include "platform/file_system.h"
 #include "platform/input_file.h"

@@ -1,8 +1,8 @@
-#include "cli/page_words.h"
+#include "page/page_words.h"
 
-#include "cli/info_words.h"
-#include "cli/page_numbers.h"
-#include "cli/readable_figures.h"
+#include "page/info_words.h"
+#include "page/page_numbers.h"
+#include "page/readable_figures.h"
 #include "platform/text_encoding.h"
 
 namespace stalwick {

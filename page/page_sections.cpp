@@ -1,15 +1,15 @@
-#include "cli/page_sections.h"
+#include "page/page_sections.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 
-#include "cli/info_words.h"
-#include "cli/page_numbers.h"
-#include "cli/page_style.h"
-#include "cli/page_words.h"
-#include "cli/readable_figures.h"
-#include "cli/recording_page.h"
+#include "page/info_words.h"
+#include "page/page_numbers.h"
+#include "page/page_style.h"
+#include "page/page_words.h"
+#include "page/readable_figures.h"
+#include "page/recording_page.h"
 #include "platform/program_version.h"
 #include "survey/svg_number.h"
 

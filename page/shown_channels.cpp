@@ -1,4 +1,4 @@
-#include "cli/shown_channels.h"
+#include "page/shown_channels.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "cli/readable_figures.h"
+#include "page/readable_figures.h"
 
 #include <algorithm>
 #include <array>

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "cli/own_document.h"
-#include "cli/recording_page.h"
+#include "page/own_document.h"
+#include "page/recording_page.h"
 
 namespace stalwick {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/page_numbers.h"
+#include "page/page_numbers.h"
 #include "survey/svg_writer.h"
 
 namespace stalwick {

@@ -1,8 +1,8 @@
-#include "cli/time_json.h"
+#include "page/time_json.h"
 
 #include <nlohmann/json.hpp>
 
-#include "cli/info_words.h"
+#include "page/info_words.h"
 #include "platform/text_encoding.h"
 
 namespace stalwick {

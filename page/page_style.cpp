@@ -1,4 +1,4 @@
-#include "cli/page_style.h"
+#include "page/page_style.h"
 
 namespace stalwick {
 

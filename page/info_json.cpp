@@ -1,11 +1,11 @@
-#include "cli/info_json.h"
+#include "page/info_json.h"
 
 #include <optional>
 
 #include <nlohmann/json.hpp>
 
-#include "cli/info_words.h"
-#include "cli/time_json.h"
+#include "page/info_words.h"
+#include "page/time_json.h"
 #include "platform/text_encoding.h"
 
 namespace stalwick {

@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::uint32_t kImuSamplesPerPacket = 1;
 // Packets whose A/D samples are sorted into their files together.
-constexpr std::size_t kPacketsAtOnce = 8;
+constexpr std::size_t kPacketsAtOnce = 16;
 // Files that a process has open beside recordings and outputs: the streams, a window's own.
 constexpr std::uint64_t kReservedDescriptors = 64;
 

@@ -11,7 +11,9 @@ std::atomic<RandomSeedSource> replacement{nullptr};
 
 std::uint32_t RandomSeed() {
     const RandomSeedSource source = replacement.load(std::memory_order_acquire);
-    return source != nullptr ? source() : std::random_device{}();
+    if (source != nullptr) return source();
+    thread_local std::random_device device;  // takes longer to make than to use
+    return device();
 }
 
 RandomSeedSource SetRandomSeedSource(RandomSeedSource source) {

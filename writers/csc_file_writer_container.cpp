@@ -17,7 +17,8 @@ using VtxDataTypes::CRRec;
 using VtxDataTypes::kSamplesPerRecord;
 
 constexpr int kADBitVoltsDigits = 24;
-constexpr std::size_t kPrefetchDistance = 160;  // samples
+constexpr std::size_t kPrefetchDistance = 6;  // files
+constexpr std::size_t kCacheLine = 64;        // bytes
 constexpr std::uint32_t kRecordsPerWrite = 64;
 
 bool IsOn(const ChannelOptions& options, ChannelGroup group) {
@@ -34,8 +35,11 @@ inline void AdvancePhase(OutputFileRecord& file, std::uint32_t count) {
 }
 
 // Hundreds of files are filled at the same time, too many for the processor to foresee.
-inline void PrefetchForWriting(const std::int16_t* address) {
-    __builtin_prefetch(address, 1);
+inline void PrefetchForWriting(const std::int16_t* first, std::size_t count) {
+    const auto* const address = reinterpret_cast<const char*>(first);
+    for (std::size_t i = 0; i <= count * sizeof *first; i += kCacheLine) {
+        __builtin_prefetch(address + i, 1);
+    }
 }
 
 // What an earlier use of the block left behind the record's samples becomes 0.
@@ -60,6 +64,33 @@ inline void CopySamples(std::span<const std::int16_t> samples, OutputFileRecord&
     }
     file.nextSample += samples.size();
     file.filledSamples += static_cast<std::uint32_t>(samples.size());
+}
+
+// Whether the blocks are whole packets that only add to the file's record in progress.
+inline bool FitIntoRecord(const OutputFileRecord& file, std::span<const SampleBlock> sampleBlocks,
+                          std::uint32_t samplesPerChannel, std::size_t position) {
+    return samplesPerChannel == kPacketSamples && file.phaseModulus == kPacketSamples &&
+           file.filledSamples != 0 && !file.cscBuffer.empty() &&
+           file.filledSamples + sampleBlocks.size() * kPacketSamples < kSamplesPerRecord &&
+           std::all_of(sampleBlocks.begin(), sampleBlocks.end(), [&](const SampleBlock& block) {
+               return block.samples.size() >= position + kPacketSamples;
+           });
+}
+
+// The usual way of AppendSamples, without its questions: whole packets leave the phase as it was.
+inline void AppendPackets(OutputFileRecord& file, std::span<const SampleBlock> sampleBlocks,
+                          std::size_t position) {
+    std::int16_t* target = file.nextSample;
+    for (const SampleBlock& block : sampleBlocks) {
+        if (block.baseTimestamp && *block.baseTimestamp != file.lastBaseTimestamp) {
+            file.phase = 0;
+            file.lastBaseTimestamp = *block.baseTimestamp;
+        }
+        std::memcpy(target, block.samples.data() + position, kPacketSamples * sizeof *target);
+        target += kPacketSamples;
+    }
+    file.filledSamples += static_cast<std::uint32_t>(target - file.nextSample);
+    file.nextSample = target;
 }
 
 }  // namespace
@@ -92,9 +123,8 @@ std::int32_t CSCFileWriterContainer::OpenChannelFile(const std::wstring& directo
 
     OutputFileRecord file;
     file.recordSize = sizeof(CRRec);
-    // Files that are filled side by side would else all be full in the same packet.
-    StartBlock(file, recordsPerWrite_ - channelIndex % recordsPerWrite_);
     InitOutputFileRecord(*this, file, opened);
+    StartBlock(file);
     records.push_back(std::move(file));
     return 0;
 }
@@ -191,18 +221,26 @@ std::int32_t CSCFileWriterContainer::WriteSamples(std::span<const SampleBlock> s
     if (channelOptions[static_cast<std::size_t>(group)] == 0) return -1;
     for (const SampleBlock& block : sampleBlocks) ScaleSamples(block.samples, group);
     std::int32_t result = 0;
-    std::size_t position = 0;
-    for (OutputFileRecord& file : FilesOf(group)) {
+    const std::span<OutputFileRecord> files = FilesOf(group);
+    for (std::size_t f = 0; f < files.size(); ++f) {
+        if (f + kPrefetchDistance < files.size()) {
+            PrefetchForWriting(files[f + kPrefetchDistance].nextSample,
+                               sampleBlocks.size() * samplesPerChannel);
+        }
+        const std::size_t position = f * samplesPerChannel;
+        if (FitIntoRecord(files[f], sampleBlocks, samplesPerChannel, position)) {
+            AppendPackets(files[f], sampleBlocks, position);
+            continue;
+        }
         for (std::size_t i = 0; i < sampleBlocks.size(); ++i) {
             const SampleBlock& block = sampleBlocks[i];
             if (block.samples.size() < position + samplesPerChannel) continue;
-            if (AppendSamples(file, block.samples.subspan(position, samplesPerChannel),
+            if (AppendSamples(files[f], block.samples.subspan(position, samplesPerChannel),
                               block.baseTimestamp) != 0) {
                 result = -1;
                 sampleBlocks = sampleBlocks.first(i);
             }
         }
-        position += samplesPerChannel;
     }
     return result;
 }
@@ -222,7 +260,6 @@ inline std::int32_t CSCFileWriterContainer::AppendSamples(
     }
     AdvancePhase(file, static_cast<std::uint32_t>(samples.size()));
     CopySamples(samples, file);
-    PrefetchForWriting(file.nextSample + kPrefetchDistance);
     return 0;
 }
 
@@ -243,8 +280,15 @@ std::int32_t CSCFileWriterContainer::AppendAcrossRecords(OutputFileRecord& file,
     return 0;
 }
 
-void CSCFileWriterContainer::StartBlock(OutputFileRecord& file, std::size_t recordCount) {
-    file.cscBuffer = {reinterpret_cast<CRRec*>(blocks.Acquire()), recordCount};
+// Blocks end where each full block of 5000 records does, so that a program that is killed leaves
+// all of those. Files that are filled side by side would then all be full in the same packet: the
+// block after such a place is shorter, in each file by another length.
+void CSCFileWriterContainer::StartBlock(OutputFileRecord& file) {
+    const std::uint64_t done = file.writtenCount % kRecordsPerBlock;
+    const std::uint64_t length =
+        done == 0 ? recordsPerWrite_ - file.channelIndex % recordsPerWrite_ : recordsPerWrite_;
+    file.cscBuffer = {reinterpret_cast<CRRec*>(blocks.Acquire()),
+                      std::min(length, kRecordsPerBlock - done)};
     file.nextSample = file.cscBuffer.front().samples.data();
 }
 
@@ -271,7 +315,7 @@ std::int32_t CSCFileWriterContainer::CompleteRecord(OutputFileRecord& file, bool
     ++file.bufferedCount;
     if (file.bufferedCount == file.cscBuffer.size()) {
         if (WriteRecords(file, file.bufferedCount) != 0) return -1;
-        StartBlock(file, recordsPerWrite_);
+        StartBlock(file);
     } else {
         file.nextSample = file.cscBuffer[file.bufferedCount].samples.data();
     }
@@ -318,12 +362,10 @@ std::int32_t CSCFileWriterContainer::WriteRest(OutputFileRecord& file) {
 void CSCFileWriterContainer::LeaveUnfinished() {
     for (OutputFileRecord& file : records) {
         if (file.cscBuffer.empty()) continue;
-        const std::uint64_t whole = file.writtenCount + file.bufferedCount;
-        const std::uint64_t kept =
-            KeepsPartialBlocks(settings) ? whole : whole - whole % kRecordsPerBlock;
-        if (kept > file.writtenCount) {
-            WriteRecords(file, kept - file.writtenCount);
+        if (KeepsPartialBlocks(settings)) {
+            WriteRecords(file, file.bufferedCount);
         } else {
+            const std::uint64_t kept = file.writtenCount - file.writtenCount % kRecordsPerBlock;
             fileIO.CutDataTo(file.handle, kept * sizeof(CRRec));
         }
     }

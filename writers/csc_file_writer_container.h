@@ -77,7 +77,7 @@ class CSCFileWriterContainer : public FileWriterContainer {
                                std::optional<std::uint64_t> baseTimestamp);
     std::int32_t AppendAcrossRecords(OutputFileRecord& file, std::span<const std::int16_t> samples,
                                      bool hasBaseTimestamp);
-    void StartBlock(OutputFileRecord& file, std::size_t recordCount);
+    void StartBlock(OutputFileRecord& file);
     void StartRecord(OutputFileRecord& file);
     std::int32_t CompleteRecord(OutputFileRecord& file, bool hasBaseTimestamp);
     std::int32_t WriteRecords(OutputFileRecord& file, std::uint64_t count);

@@ -41,7 +41,7 @@ std::int32_t RDFFileWriterContainer::Open(const std::wstring& outputDirectory) {
         settings.recordsPerWrite != 0 ? recordWords * settings.recordsPerWrite : kWordsPerWrite;
     blockWords_ = std::max(words, kWidestRecordWords);
     blocks.Reserve(1, blockWords_ * sizeof(std::uint32_t));
-    file.rawBuffer = {reinterpret_cast<std::uint32_t*>(blocks.Acquire()), blockWords_};
+    StartBlock(file);
     InitOutputFileRecord(*this, file, opened);
     records.push_back(std::move(file));
     return WriteHeader(false);
@@ -97,8 +97,8 @@ void RDFFileWriterContainer::AppendRecord(OutputFileRecord& file,
     const std::size_t channels = samples.size() / kPacketSamples;
     const std::size_t words = channels + kRawWordsBesideSamples;
     if (file.bufferedCount + words > file.rawBuffer.size()) {
-        SubmitWords(file, file.bufferedCount);
-        file.rawBuffer = {reinterpret_cast<std::uint32_t*>(blocks.Acquire()), blockWords_};
+        SubmitBlock(file);
+        StartBlock(file);
     }
     CountWords(file, words);
 
@@ -121,6 +121,11 @@ void RDFFileWriterContainer::AppendRecord(OutputFileRecord& file,
     }
     values[channels] = checksum;
     file.bufferedCount += static_cast<std::uint32_t>(words);
+    // A program that is killed then leaves all full blocks.
+    if (fullBlocksEnd_ > file.writtenCount) {
+        SubmitBlock(file);
+        StartBlock(file);
+    }
 }
 
 // A full block ends with the record that fills it, or before one that would pass its end: packets
@@ -138,28 +143,30 @@ void RDFFileWriterContainer::CountWords(const OutputFileRecord& file, std::size_
     }
 }
 
-// Hands the buffer over, with its first words.
-void RDFFileWriterContainer::SubmitWords(OutputFileRecord& file, std::uint64_t count) {
+void RDFFileWriterContainer::StartBlock(OutputFileRecord& file) {
+    file.rawBuffer = {reinterpret_cast<std::uint32_t*>(blocks.Acquire()), blockWords_};
+}
+
+// Hands the buffer over.
+void RDFFileWriterContainer::SubmitBlock(OutputFileRecord& file) {
     auto* const block = reinterpret_cast<std::byte*>(std::exchange(file.rawBuffer, {}).data());
-    file.writtenCount += count;
-    file.bufferedCount = 0;
-    file_->Submit(block, count * sizeof(std::uint32_t));
+    const std::uint32_t words = std::exchange(file.bufferedCount, 0);
+    file.writtenCount += words;
+    file_->Submit(block, words * sizeof(std::uint32_t));
 }
 
 void RDFFileWriterContainer::LeaveUnfinished() {
     for (OutputFileRecord& file : records) {
-        const std::uint64_t kept =
-            KeepsPartialBlocks(settings) ? file.writtenCount + file.bufferedCount : fullBlocksEnd_;
-        if (kept > file.writtenCount) {
-            SubmitWords(file, kept - file.writtenCount);
+        if (KeepsPartialBlocks(settings)) {
+            SubmitBlock(file);
         } else {
-            file_->CutTo(kept * sizeof(std::uint32_t));
+            file_->CutTo(fullBlocksEnd_ * sizeof(std::uint32_t));
         }
     }
 }
 
 void RDFFileWriterContainer::Finish() {
-    for (OutputFileRecord& file : records) SubmitWords(file, file.bufferedCount);
+    for (OutputFileRecord& file : records) SubmitBlock(file);
     if (WriteHeader(true) != 0) return;
     records.clear();
     file_->Close();

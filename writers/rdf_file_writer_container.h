@@ -57,7 +57,8 @@ class RDFFileWriterContainer : public FileWriterContainer {
     bool timestampsSaturated = false;
 
   private:
-    void SubmitWords(OutputFileRecord& file, std::uint64_t count);
+    void StartBlock(OutputFileRecord& file);
+    void SubmitBlock(OutputFileRecord& file);
     void CountWords(const OutputFileRecord& file, std::size_t words);
     void AppendRecord(OutputFileRecord& file, std::span<const std::uint16_t> samples,
                       std::uint32_t sampleIndex, std::uint8_t ttlValue);

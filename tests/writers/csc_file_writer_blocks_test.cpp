@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -115,7 +116,12 @@ TEST(CSCFileWriterBlocks, PacketsWrittenTogetherGiveWhatTheyGiveOneByOne) {
             EXPECT_EQ(WriteSamples(apart.container, samePackets[i], 10, ChannelGroup::kAD, time),
                       0);
         }
-        EXPECT_EQ(together.container.WriteSamples(blocks, 10, ChannelGroup::kAD), 0);
+        std::span<const SampleBlock> rest(blocks);
+        for (const std::size_t count : {7U, 1U, 16U, 20U, 76U}) {
+            EXPECT_EQ(together.container.WriteSamples(rest.first(count), 10, ChannelGroup::kAD), 0);
+            rest = rest.subspan(count);
+        }
+        EXPECT_TRUE(rest.empty());
         EXPECT_EQ(together.container.FinishCscFiles(), 0);
         EXPECT_EQ(apart.container.FinishCscFiles(), 0);
         for (const wchar_t* const name : {L"CSC1.vcs", L"CSC2.vcs"}) {
@@ -205,6 +211,16 @@ TEST(CSCFileWriterBlocks, RecordingThatFailsLeavesTheFullBlocksOfEveryFile) {
                 EXPECT_EQ(channels.DataOf(file).size(), 5000U * 1044);
                 EXPECT_TRUE(SameBytes(channels.DataOf(file), channels.reference[file].written));
             }
+        }
+    }
+}
+
+TEST(CSCFileWriterBlocks, KillAtAnyTimeLeavesTheFullBlocksOfEveryFile) {
+    for (const std::uint32_t recordsPerWrite : {0U, 1U, 48U, 1250U}) {
+        const LongChannels channels{ChannelSettings(recordsPerWrite)};
+        for (std::size_t file = 0; file < 12; ++file) {
+            const std::string& full = channels.reference[file].written;
+            EXPECT_TRUE(SameBytes(channels.DataOf(file).substr(0, full.size()), full));
         }
     }
 }

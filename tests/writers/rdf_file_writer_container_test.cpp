@@ -204,6 +204,15 @@ TEST(RDFFileWriterContainer, RecordingThatFailsLeavesTheFullBlocks) {
     }
 }
 
+TEST(RDFFileWriterContainer, KillAtAnyTimeLeavesTheFullBlocks) {
+    for (const std::uint32_t recordsPerWrite : {0U, 7U, 4999U, 6000U}) {
+        OpenRawData raw(RecordsPerWrite(recordsPerWrite));
+        const std::vector<std::uint16_t> samples = Samples(4);
+        for (int packet = 0; packet < 1000; ++packet) raw.Write(samples, {}, 1000);
+        EXPECT_EQ(raw.FileSize(), 16384U + 2 * 5000 * kRecordWords * 4);
+    }
+}
+
 TEST(RDFFileWriterContainer, RecordingThatFailsKeepsEveryRecordIfTheSettingsSaySo) {
     OutputSettings settings = QuickSettings();
     settings.keepPartialBlocks = true;

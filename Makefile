@@ -115,9 +115,10 @@ package-windows: windows-app
 bench:
 	scripts/install-deps.sh build test bench
 	cmake --preset release -DSTALWICK_BUILD_BENCH=ON
-	cmake --build --preset release --target stalwick-convert stalwick-inspect ord_synth decoder_bench floor window_bench
+	cmake --build --preset release --target stalwick-convert stalwick-inspect ord_synth decoder_bench floor decode window_bench
 	build/release/bench/decoder_bench
 	bench/compare.sh build/release
+	bench/inspect.py build/release
 	bench/window.sh build/release
 	bench/memory.py build/release
 	bench/python.py build/release

@@ -2,7 +2,7 @@
 
 #include <QResource>
 
-// The macro that links a static library's resources in must stand outside of any namespace.
+// The macro that links a static library's resources in must be outside any namespace.
 static void LinkResources() {
     Q_INIT_RESOURCE(stalwick);
 }

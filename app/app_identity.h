@@ -5,7 +5,7 @@
 
 namespace stalwick {
 
-// Who the program is: in its windows, its icon and its About box.
+// The program's name, icon and other identity, for its windows and its About box.
 
 QString ApplicationName();
 QString LegalNotice();

@@ -40,8 +40,8 @@ inline QString ObjectName(ControlId id) {
     return QString::number(static_cast<int>(id));
 }
 
-// Names a control, for other code by its number and for screen readers in words. A label goes
-// without words: they would be read in place of its text.
+// Names a control: for other code by its number, for screen readers in words. A label gets no
+// words, because screen readers would read them instead of its text.
 template <typename Control>
 Control* Identify(Control* control, ControlId id, const QString& accessibleName = {}) {
     control->setObjectName(ObjectName(id));

@@ -16,8 +16,8 @@ namespace stalwick {
 
 namespace {
 
-// The widest text that is to be read in each column. Names of recordings are long: date, animal,
-// task.
+// The widest text that should be readable in each column. Names of recordings are long: date,
+// animal, task.
 QStringList WidestTexts() {
     const QDateTime longest(QDate(2026, 12, 30), QTime(20, 20, 20));
     return {QStringLiteral("2026-12-30_animal07_open-field-2.ord"), QStringLiteral("1023.99 MiB"),
@@ -25,8 +25,8 @@ QStringList WidestTexts() {
             QLocale::system().toString(longest, QLocale::ShortFormat)};
 }
 
-// Qt's own dialog opens narrower than its columns. The system's has a size of its own, and none of
-// these parts.
+// Qt's own dialog opens narrower than its columns. The system's dialog has its own size, and none
+// of these parts.
 void ShowAllColumns(QFileDialog& dialog) {
     const auto* list = dialog.findChild<QTreeView*>(QStringLiteral("treeView"));
     const auto* places = dialog.findChild<QWidget*>(QStringLiteral("sidebar"));

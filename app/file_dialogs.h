@@ -8,10 +8,11 @@ class QWidget;
 
 namespace stalwick {
 
-// Asks for recordings; their full paths in the dialog's order, none when the user canceled.
+// Asks for recordings; returns their full paths in the dialog's order, or none if the user
+// canceled.
 std::vector<std::wstring> AskForInputFiles(QWidget* owner, const QString& startDirectory);
 
-// Asks for a directory; empty when the user canceled.
+// Asks for a directory; returns an empty text if the user canceled.
 std::wstring AskForOutputDirectory(QWidget* owner, const QString& startDirectory);
 
 }  // namespace stalwick

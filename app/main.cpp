@@ -15,10 +15,10 @@ int Print(const std::string& text) {
 
 int main(int argumentCount, char** arguments) {
     stalwick::PrepareProcess();
-    // Before there is an application: without a display, making one ends the program.
+    // Before an application exists: without a display, constructing one ends the program.
     const auto answer =
         stalwick::AnswerOnStandardOutput(stalwick::ProgramArguments(argumentCount, arguments));
     if (answer) return Print(*answer);
-    stalwick::StalwickApp app(argumentCount, arguments);  // takes Qt's own arguments away
+    stalwick::StalwickApp app(argumentCount, arguments);  // removes Qt's own arguments
     return app.InitInstance(stalwick::ProgramArguments(argumentCount, arguments));
 }

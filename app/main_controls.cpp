@@ -26,7 +26,7 @@ namespace stalwick {
 
 namespace {
 
-// On Windows the system's fixed font is a bitmap font, for which a proportional one can step in.
+// On Windows the system's fixed font is a bitmap font, and a proportional one may replace it.
 QFont FixedPitchFont() {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     if (QFontInfo(font).fixedPitch()) return font;
@@ -40,7 +40,7 @@ QFont FixedPitchFont() {
 }
 
 constexpr int kFilenameColumnWidth = 260;
-constexpr int kHeaderColumns = 64;  // characters of the header that are seen at first
+constexpr int kHeaderColumns = 64;  // characters of the header visible at first
 constexpr int kHeaderLines = 16;
 constexpr int kLeastHeaderColumns = 24;
 constexpr int kLeastLines = 4;
@@ -54,7 +54,7 @@ QLineEdit* MakeDirectoryBox(ControlId id, const QString& accessibleName) {
     return box;
 }
 
-// No button is a default one: Enter alone never starts anything.
+// No button is the default one: Enter alone never starts anything.
 QPushButton* MakeButton(const QString& text, ControlId id, const QString& accessibleName) {
     auto* button = Identify(new QPushButton(text), id, accessibleName);
     button->setAutoDefault(false);
@@ -198,7 +198,7 @@ QGroupBox* MakeOutputGroup(const MainControls& controls) {
     return group;
 }
 
-// The check box stands below those of the group above it, the button below the other buttons.
+// The check box is below those of the group above it, the button below the other buttons.
 QHBoxLayout* MakeStart(const MainControls& controls) {
     auto* start = new QHBoxLayout;
     start->addWidget(controls.rawDataFileOutput);
@@ -231,7 +231,7 @@ void SetTabOrder(const MainControls& controls) {
     for (std::size_t i = 1; i < std::size(order); ++i) QWidget::setTabOrder(order[i - 1], order[i]);
 }
 
-// Room for a beginning of the header, as far as the screen has it.
+// Room for the beginning of the header, as far as the screen allows.
 void SetFirstSize(QDialog& dialog, const MainControls& controls) {
     const QSize more = TextSize(*controls.fileHeader, kHeaderColumns, kHeaderLines) -
                        controls.fileHeader->minimumSize();

@@ -31,10 +31,10 @@ struct MainControls {
     QLabel* legalNotice = nullptr;
 };
 
-// Makes the controls and lays them out in `dialog`. Tab order is reading order.
+// Creates the controls and lays them out in `dialog`. Tab order is reading order.
 MainControls MakeMainControls(QDialog& dialog);
 
-// Gives the boxes that nobody can type into the dialog's own background. Again for each palette.
+// Gives the read-only boxes the dialog's own background. Call it again for each palette.
 void LookReadOnly(const MainControls& controls, const QPalette& palette);
 
 }  // namespace stalwick

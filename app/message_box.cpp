@@ -18,8 +18,8 @@ void OpenDetails(QMessageBox& box) {
     }
 }
 
-// The box's own label breaks lines between words only: a long path would be cut off. It keeps the
-// text, hidden; another one shows it in its place.
+// The box's own label breaks lines only between words and would cut off a long path. It keeps the
+// text, hidden; another label shows it instead.
 void WrapText(QMessageBox& box) {
     auto* grid = qobject_cast<QGridLayout*>(box.layout());
     auto* own = box.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));

@@ -7,8 +7,8 @@ namespace stalwick {
 
 struct MessageText {
     QString caption;
-    QString text;              // shown as it stands, never as rich text
-    QString details = {};      // behind "Show Details..."; empty: no such button
+    QString text;              // shown literally, never as rich text
+    QString details = {};      // shown by "Show Details..."; empty: no such button
     bool showDetails = false;  // open from the start
 };
 

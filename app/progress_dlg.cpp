@@ -24,7 +24,7 @@ QString RecordText(std::uint64_t recordsProcessed) {
 QProgressBar* MakeMarquee() {
     auto* bar =
         Identify(new QProgressBar, ControlId::kProgressBar, QStringLiteral("Conversion progress"));
-    bar->setRange(0, 0);  // the end is not known: the bar only moves
+    bar->setRange(0, 0);  // the end is unknown: the bar only moves
     bar->setTextVisible(false);
     return bar;
 }

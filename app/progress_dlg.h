@@ -11,21 +11,21 @@ class QPushButton;
 
 namespace stalwick {
 
-// Shown while a conversion runs: polls the processor's packet count and offers "Cancel". Nothing
-// that the user does closes it; its owner hides it.
+// Shown while a conversion runs: polls the processor's packet count and offers "Cancel". No user
+// action closes it; its owner hides it.
 class ProgressDlg : public QDialog {
     Q_OBJECT
   public:
     explicit ProgressDlg(QWidget* parent);
 
     // Called on "Cancel", after the timer was stopped. Without one, "Cancel" does nothing; with one
-    // it is disabled from then on, until the next processor.
+    // it is disabled after the first click, until the next processor.
     void SetCancelAction(std::function<void()> cancelAction);
 
-    // The processor to watch, not owned; null ends the watching.
+    // The processor to watch, not owned; null stops watching.
     void SetProcessor(DataProcessor* processor);
 
-    // 0 when no timer runs.
+    // 0 if no timer runs.
     int TimerId() const { return timerId_; }
 
     void reject() override {}

@@ -12,7 +12,7 @@ QString ToQString(const std::wstring& text) {
     return QString::fromStdWString(text);
 }
 
-// QString::toStdWString() puts U+FFFD in the place of a lone surrogate.
+// QString::toStdWString() replaces a lone surrogate by U+FFFD.
 std::wstring ToWide(const QString& text) {
     std::wstring wide;
     wide.reserve(static_cast<std::size_t>(text.size()));

@@ -7,8 +7,8 @@
 
 namespace stalwick {
 
-// Text between the engine and the window. Both ways keep the lone code units U+DC80 to U+DCFF, by
-// which platform/text_encoding.h carries the bytes of a file name that is not UTF-8.
+// Text between the engine and the window. Both directions keep the lone code units U+DC80 to
+// U+DCFF, which platform/text_encoding.h uses for the bytes of a file name that is not UTF-8.
 QString ToQString(const std::wstring& text);
 std::wstring ToWide(const QString& text);
 
@@ -18,7 +18,7 @@ std::wstring ToWidePath(const QString& path);
 // The path of a local file's URL; empty for any other URL.
 std::wstring LocalPath(const QUrl& url);
 
-// A path for a tool tip, where text with "<" or "&" in it may be taken for rich text.
+// A path for a tool tip, where text with "<" or "&" could be interpreted as rich text.
 QString PathToolTip(const QString& path);
 
 // A recording's header with LF as its only line end, for a text view.

@@ -7,7 +7,7 @@
 
 namespace stalwick {
 
-// The application object; there is one. Its names are those of the desktop's files.
+// The application object; there is only one. Its names match the desktop's files.
 class StalwickApp : public QApplication {
     Q_OBJECT
   public:
@@ -15,7 +15,7 @@ class StalwickApp : public QApplication {
     StalwickApp(int& argumentCount, char** arguments);
 
     // Runs the main dialog until it is closed, with the recordings among the arguments in its list;
-    // returns the program's exit status. The arguments are those behind the program's name, narrow.
+    // returns the program's exit status. The arguments are those after the program's name, narrow.
     int InitInstance(const std::vector<std::string>& arguments = {});
 };
 

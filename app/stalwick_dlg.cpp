@@ -29,10 +29,10 @@ namespace stalwick {
 namespace {
 
 constexpr std::uint32_t kAboutCommand = 16;
-// The system uses the lowest four bits of a command for itself.
+// The system reserves the lowest four bits of a command.
 constexpr std::uint32_t kCommandMask = 0xFFF0;
 
-// Whatever action the keys propose: a file manager deletes what it has moved.
+// Whatever action the keys propose: after a move, a file manager deletes the source.
 void AcceptAsCopy(QDropEvent& event) {
     event.setDropAction(Qt::CopyAction);
     event.accept();
@@ -78,7 +78,8 @@ void StalwickDlg::ConnectControls() {
         OnFileListClick(list->indexOfTopLevelItem(item));
     };
     connect(list, &QTreeWidget::itemClicked, this, showHeader);
-    connect(list, &QTreeWidget::itemActivated, this, showHeader);  // Enter: the keyboard's click
+    connect(list, &QTreeWidget::itemActivated, this,
+            showHeader);  // Enter: the keyboard's equivalent of a click
     connect(list, &QTreeWidget::itemChanged, this, &StalwickDlg::UpdateButtons);
     connect(list, &QTreeWidget::itemSelectionChanged, this, &StalwickDlg::UpdateButtons);
 
@@ -86,8 +87,8 @@ void StalwickDlg::ConnectControls() {
             Qt::DirectConnection);
 }
 
-// A button that its mnemonic pressed acts a moment later; by then another one may have opened a
-// dialog or started a conversion. A conversion below a modal dialog could not be canceled.
+// A button pressed by its mnemonic acts a moment later; by then another one may have opened a
+// dialog or started a conversion. You could not cancel a conversion below a modal dialog.
 void StalwickDlg::ConnectButton(QPushButton* button, void (StalwickDlg::*act)()) {
     connect(button, &QPushButton::clicked, this, [this, act] {
         if (!IsBlocked()) (this->*act)();
@@ -141,7 +142,7 @@ void StalwickDlg::UpdateButtons() {
 void StalwickDlg::OnFileListClick(int item) {
     if (item < 0 || static_cast<std::size_t>(item) >= inputPaths_.size()) return;
     const std::wstring& path = inputPaths_[static_cast<std::size_t>(item)];
-    if (!IsOrdinaryFile(path)) return;  // a pipe or a device could keep the window waiting
+    if (!IsOrdinaryFile(path)) return;  // a pipe or a device could block the window
     ORDFileReader reader;
     if (reader.Open(path) != 0) return;
     controls_.fileHeader->setPlainText(HeaderViewText(reader.GetHeaderText()));
@@ -154,12 +155,12 @@ bool StalwickDlg::OnSysCommand(std::uint32_t command) {
     return true;
 }
 
-// The system menu works on a disabled dialog; a modal box would keep "Cancel" from the user.
+// The system menu works even on a disabled dialog; a modal box would make "Cancel" unreachable.
 void StalwickDlg::ShowAbout() {
     if (!converting_) CAboutDlg(this).exec();
 }
 
-// Called for every close of the window; not closed, it stays open.
+// Called whenever the window is closed; if the close is ignored, it stays open.
 void StalwickDlg::reject() {
     if (converting_) {
         RaiseProgress();
@@ -168,8 +169,8 @@ void StalwickDlg::reject() {
     }
 }
 
-// Of the window's own events, before any control has them: a disabled button keeps its clicks. The
-// frame and the taskbar can make the disabled dialog active.
+// Sees the window's events before any control does: a disabled button swallows its clicks. The
+// frame and the taskbar can activate the disabled dialog.
 bool StalwickDlg::eventFilter(QObject* watched, QEvent* event) {
     const bool reached =
         event->type() == QEvent::MouseButtonPress || event->type() == QEvent::FocusIn;
@@ -198,7 +199,7 @@ void StalwickDlg::dragEnterEvent(QDragEnterEvent* event) {
     if (!DroppedRecordings(event->mimeData()).empty()) AcceptAsCopy(*event);
 }
 
-// Each movement comes with a proposal of its own.
+// Each movement comes with its own proposal.
 void StalwickDlg::dragMoveEvent(QDragMoveEvent* event) {
     if (!converting_ && OffersACopy(*event)) AcceptAsCopy(*event);
 }
@@ -219,7 +220,7 @@ bool StalwickDlg::nativeEvent(const QByteArray& eventType, void* message, qintpt
     return QDialog::nativeEvent(eventType, message, result);
 }
 
-// The session is about to end; it may not take a running conversion with it.
+// The session is about to end; it must not take a running conversion with it.
 void StalwickDlg::OnCommitData(QSessionManager& manager) {
     if (converting_) manager.cancel();
 }

@@ -21,8 +21,8 @@ class ProgressDlg;
 // The program's window: the input files and their headers, the output directory, the kinds of
 // output, and the start of a conversion. Used by the window's thread.
 //
-// While a conversion runs the dialog is disabled and refuses to be closed; whoever comes to it gets
-// the progress dialog. It must outlive the conversion, which uses its processor.
+// While a conversion runs, the dialog is disabled and refuses to be closed; any attempt to use it
+// shows the progress dialog. It must outlive the conversion, which uses its processor.
 class StalwickDlg : public QDialog {
     Q_OBJECT
   public:
@@ -31,26 +31,26 @@ class StalwickDlg : public QDialog {
 
     bool IsConverting() const { return converting_; }
 
-    // Puts the files into the list in place of those there, and the directory of the last one into
-    // both directory boxes. At least one; full paths.
+    // Replaces the files in the list, and puts the directory of the last one into both directory
+    // boxes. At least one; full paths.
     void SelectFiles(const std::vector<std::wstring>& paths);
 
     void OnSelectInputFiles();
     void OnSelectOutputDirectory();
     void OnClearList();
 
-    // Shows the header of a file of the list. Does nothing for an index that is none, and for a
-    // file that cannot be opened.
+    // Shows the header of a file of the list. Does nothing if the index is invalid or the file
+    // cannot be opened.
     void OnFileListClick(int item);
 
     // "Create New Files" and "Clear List" need a file and an output directory.
     void UpdateButtons();
 
-    // Converts the files of the list. Where the output directory cannot be made or no thread is to
-    // be had, it says so and converts nothing.
+    // Converts the files of the list. If the output directory cannot be created or no thread is
+    // available, reports it and converts nothing.
     void StartConversion();
 
-    // True when the system menu's command is one of this dialog's.
+    // True if the system menu's command is one of this dialog's.
     bool OnSysCommand(std::uint32_t command);
 
     void ShowAbout();
@@ -67,7 +67,7 @@ class StalwickDlg : public QDialog {
     bool nativeEvent(const QByteArray& eventType, void* message, qintptr* result) override;
 
   private:
-    // How a conversion ended: the status text, and what it does not say.
+    // How a conversion ended: the status text, and everything it does not cover.
     struct Outcome {
         QString status;
         QString details;
@@ -85,14 +85,14 @@ class StalwickDlg : public QDialog {
     void Convert(ConversionJob job);
     static Outcome MakeOutcome(const std::wstring& status,
                                const std::vector<ConversionDetail>& details);
-    // From any thread: ends the conversion on the window's.
+    // From any thread: ends the conversion on the window's thread.
     void ReportFinish(const Outcome& outcome);
-    // The window as it was before the conversion.
+    // Restores the window to its state before the conversion.
     void EndConversion();
     void OnConversionFinished(const Outcome& outcome);
     void OnCommitData(QSessionManager& manager);
 
-    std::vector<std::wstring> inputPaths_;  // in the list's order
+    std::vector<std::wstring> inputPaths_;  // in the order of the list
     DataProcessor processor_;
     MainControls controls_;
     ProgressDlg* progressDlg_ = nullptr;

@@ -1,4 +1,4 @@
-// The part of the main dialog that starts a conversion and ends it.
+// The part of the main dialog that starts and ends a conversion.
 
 #include <new>
 #include <system_error>
@@ -38,7 +38,7 @@ void StalwickDlg::StartConversion() {
     processor_.cancelRequested = 0;
     try {
         std::thread([this, job = std::move(job)]() mutable { Convert(std::move(job)); }).detach();
-    } catch (const std::system_error& error) {  // no thread is to be had
+    } catch (const std::system_error& error) {  // no thread is available
         EndConversion();
         ShowMessage(this, QMessageBox::Critical,
                     {.caption = ApplicationName(),
@@ -67,8 +67,8 @@ ConversionJob StalwickDlg::MakeJob(const std::wstring& outputDirectory) {
     return job;
 }
 
-// The worker's thread. A lack of memory ends the conversion, not the program; what the conversion
-// had is free again.
+// The worker's thread. A lack of memory ends the conversion, not the program; the memory of the
+// conversion is free again.
 void StalwickDlg::Convert(ConversionJob job) {
     try {
         RunConversionJob(std::move(job));
@@ -128,7 +128,7 @@ void StalwickDlg::EndConversion() {
 
 void StalwickDlg::OnConversionFinished(const Outcome& outcome) {
     EndConversion();
-    // What is missing changes no status text; it must not stay behind a button.
+    // Missing data changes no status text, so it must not be hidden by a button.
     ShowMessage(this, QMessageBox::NoIcon,
                 {.caption = ApplicationName(),
                  .text = outcome.status,

@@ -6,7 +6,7 @@
 
 namespace stalwick {
 
-// What the program prints in place of opening its window: for --version or --help among its
+// What the program prints instead of opening its window: for --version or --help among its
 // arguments, up to "--". Needs no display.
 std::optional<std::string> AnswerOnStandardOutput(const std::vector<std::string>& arguments);
 

@@ -4,8 +4,8 @@
 
 namespace stalwick {
 
-// A label of plain text that also wraps inside a word, where nothing else fits: a path of any
-// length is shown whole.
+// A label of plain text that also wraps inside a word if nothing else fits: a path of any length is
+// shown completely.
 class WrappedLabel : public QLabel {
     Q_OBJECT
   public:

@@ -20,7 +20,7 @@ CASES = os.environ.get("CASES", "channels raw cold codecs length width short job
 build, work = Path(sys.argv[1]), Path(sys.argv[2])
 convert, synth = build / "cli/stalwick-convert", build / "tools/ord_synth/ord_synth"
 floor = build / "bench/floor"
-ratios = {}  # by name; less is better
+ratios = {}  # by name; smaller is better
 ONE_CORE = ["taskset", "-c", "1" if os.cpu_count() > 1 else "0"]
 
 

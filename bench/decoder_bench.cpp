@@ -1,5 +1,5 @@
-// Times DecodeADBlock with every kernel of this machine, and the bit-by-bit reference beside it.
-// Each block's result is compared with the reference first: a wrong one ends the program.
+// Times DecodeADBlock with every kernel of this machine, and the bit-by-bit reference. Each block's
+// result is first compared with the reference: a wrong one ends the program.
 
 #include <cstdint>
 #include <cstdio>
@@ -20,12 +20,12 @@ namespace stalwick {
 
 namespace {
 
-// Of this program, so that others on the machine count less.
+// Of this program, so that other programs on the machine matter less.
 double CpuNanoseconds() {
     return static_cast<double>(std::clock()) * (1e9 / CLOCKS_PER_SEC);
 }
 
-constexpr unsigned kBlocks = 64;  // different ones in turn, so that no branch is learnt by heart
+constexpr unsigned kBlocks = 64;  // different ones in turn, so that no branch is predictable
 
 struct WidthClass {
     const char* name;
@@ -44,7 +44,7 @@ constexpr MaskClass kMaskClasses[] = {{"all", 0}, {"half", 2}, {"eighth", 8}};
 struct Workload {
     unsigned channels = 0;
     std::vector<std::uint8_t> mask;
-    std::string span;                  // the blocks one behind the other
+    std::string span;                  // the blocks one after another
     std::vector<std::size_t> offsets;  // of each block in the span
 
     std::size_t SampleCount() const { return std::size_t{channels} * kSamplesPerPacket * kBlocks; }
@@ -102,7 +102,7 @@ void CompareWithReference(const Workload& work, const std::string& name) {
     }
 }
 
-// Core cycles a nanosecond at this moment, from a chain of additions of one cycle each.
+// Core cycles per nanosecond at this moment, from a chain of additions of one cycle each.
 double CyclesPerNanosecond() {
     constexpr std::uint64_t kSteps = 2'000'000;
     constexpr unsigned kAdditionsAStep = 8;

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What it costs that data are on the disk before a header says that a file was closed.
+# The cost of having data on the disk before a header says that a file was closed.
 #   bench/sync_cost.sh BUILD DIRECTORY [ROUNDS]      DIRECTORY is on the disk to be measured
 # Seconds of each round: conversion, conversion with --no-sync, cp -r of its outputs with sync.
 set -euo pipefail

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Start-up time of the window, five times, and how quickly it answers while both cores are busy.
+# Start-up time of the window, five times, and how quickly it responds while both cores are busy.
 #   bench/window.sh BUILD_DIRECTORY
-# Runs on a display of its own.
+# Runs on a separate display.
 set -euo pipefail
 
 if [ -z "${STALWICK_BENCH_DISPLAY:-}" ]; then

@@ -30,7 +30,7 @@ double Milliseconds(std::chrono::nanoseconds time) {
     return std::chrono::duration<double, std::milli>(time).count();
 }
 
-// Tells when the window was drawn for the first time.
+// Reports when the window was drawn for the first time.
 class FirstPaint : public QObject {
   public:
     explicit FirstPaint(StalwickDlg& dialog) { dialog.installEventFilter(this); }
@@ -43,7 +43,7 @@ class FirstPaint : public QObject {
     bool drawn = false;
 };
 
-// Posts an event each few milliseconds from a thread of its own and notes how long it waited.
+// Posts an event every few milliseconds from another thread and records how long it waited.
 class LatencyProbe : public QObject {
   public:
     void Start() {
@@ -80,7 +80,7 @@ void Drop(StalwickDlg& dialog, const QString& path) {
     QCoreApplication::sendEvent(&dialog, &drop);
 }
 
-// One core for the conversion's own work; the other one for a neighbour's.
+// One core for the conversion itself; the other one for a competing conversion.
 class BusyNeighbour {
   public:
     ~BusyNeighbour() {

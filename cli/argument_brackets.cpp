@@ -21,7 +21,7 @@ void CoverBrackets(std::vector<std::string>& arguments) {
 
 void UncoverBrackets(CLI::App& app) {
     for (CLI::Option* const option : app.get_options()) {
-        // In front of the option's own checks.
+        // Before the option's own checks.
         option->transform(CLI::Validator(
             [](std::string& value) {
                 if (!value.empty() && value.front() == kBracketCover) value.erase(0, 1);

@@ -9,13 +9,14 @@ class App;
 
 namespace stalwick {
 
-// CLI11 takes an argument in square brackets for a list. Covered before it parses the arguments,
-// and uncovered by the options that take them, a file name in brackets is a file name.
+// CLI11 interprets an argument in square brackets as a list. If the brackets are covered before it
+// parses the arguments, and uncovered by the options that take them, a file name in brackets
+// remains a file name.
 
-// Call it once, before the arguments are parsed.
+// Call it once, before parsing the arguments.
 void CoverBrackets(std::vector<std::string>& arguments);
 
-// Call it once for an app or a subcommand, after all its options are declared.
+// Call it once for an app or a subcommand, after declaring all its options.
 void UncoverBrackets(CLI::App& app);
 
 }  // namespace stalwick

@@ -10,14 +10,15 @@
 
 namespace stalwick {
 
-// Looks at a recording in its turn, before anything is made for it. False, with the outcome, if it
-// cannot be converted, or if the command line says to pass over what is converted already and it
-// is. A cancel through the processor ends that long look, and the recording is left alone.
+// Checks a recording when its turn comes, before anything is created for it. Returns false, with
+// the outcome, if it cannot be converted, or if it is already converted and the command line says
+// to skip those. A cancel through the processor ends that long check, and the recording is left
+// alone.
 [[nodiscard]] bool NeedsConversion(const PlannedRecording& recording,
                                    const CommandLine& commandLine, DataProcessor& processor,
                                    RecordingOutcome& outcome);
 
-// Whether any of the recordings can be converted, as far as a look says.
+// Whether any of the recordings can be converted, as far as the check can tell.
 [[nodiscard]] bool AnyCanBeConverted(const std::vector<PlannedRecording>& recordings);
 
 }  // namespace stalwick

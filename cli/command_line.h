@@ -12,24 +12,24 @@ class App;
 
 namespace stalwick {
 
-// What the command was asked for.
+// What the user asked for.
 struct CommandLine {
     std::vector<std::wstring> inputFiles;
-    std::wstring outputDirectory;  // empty: the outputs of each file go beside it
+    std::wstring outputDirectory;  // empty: the outputs of each file go next to it
     ChannelOptions channelOptions{};
     bool writeRawData = false;
     bool keepGoing = false;
-    bool skipConverted = false;  // pass over recordings whose outputs are there and whole
+    bool skipConverted = false;  // skip recordings whose outputs exist and are whole
     bool quiet = false;
-    std::wstring reportPath;  // of the document about the run; empty: none is wanted
-    bool checksum = false;    // it has the SHA-256 of recordings and outputs
-    bool page = false;        // a page on each recording, beside its outputs
-    std::uint32_t jobs = 0;   // files converted side by side; 0: as many as there are cores
+    std::wstring reportPath;  // of the document about the run; empty if not requested
+    bool checksum = false;    // the document has the SHA-256 of recordings and outputs
+    bool page = false;        // a page on each recording, next to its outputs
+    std::uint32_t jobs = 0;   // files converted in parallel; 0: one for each core
     OutputSettings outputSettings;
 };
 
-// What became of reading the arguments: either a command line to carry out, or a text to print
-// and an exit status to end with.
+// The result of reading the arguments: either a command line to execute, or a text to print and an
+// exit status.
 struct ParsedArguments {
     bool proceed = false;
     CommandLine commandLine;
@@ -38,10 +38,10 @@ struct ParsedArguments {
     int exitStatus = 0;
 };
 
-// Reads the arguments behind the program's name (UTF-8).
+// Reads the arguments after the program's name (UTF-8).
 [[nodiscard]] ParsedArguments ParseArguments(std::vector<std::string> arguments);
 
-// Hands out the declared options, of which the manual page and the shell completions are made.
+// Returns the declared options, from which the manual page and the shell completions are generated.
 void VisitConvertOptions(const std::function<void(const CLI::App&)>& visit);
 
 }  // namespace stalwick

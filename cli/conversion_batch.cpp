@@ -25,7 +25,7 @@ ConversionBatch::ConversionBatch(const CommandLine& commandLine,
       recordings_(std::move(recordings)),
       outcomes_(recordings_.size()),
       end_(outcomes_.size()) {
-    // Jobs keep the cores busy by themselves; threads that write would only be in their way.
+    // Jobs alone keep the cores busy; threads that write would only be in their way.
     const std::uint32_t jobs = JobsAtOnce();
     if (jobs > 1 && jobs * 2 > UsableProcessors()) {
         commandLine_.outputSettings.helperThreads = HelperThreads::kOff;
@@ -57,7 +57,7 @@ void ConversionBatch::Run(const OnEnded& onEnded) {
     const std::uint32_t jobs = JobsAtOnce();
     std::vector<std::future<void>> others;
     for (std::uint32_t i = 1; i < jobs; ++i) {
-        // Where no further thread can be had, its share is done at the end by this one.
+        // If no further thread is available, this one does its share at the end.
         others.push_back(
             std::async(std::launch::async | std::launch::deferred, [&] { ConvertFiles(onEnded); }));
     }
@@ -74,13 +74,13 @@ void ConversionBatch::ConvertFiles(const OnEnded& onEnded) {
         }
         if (onEnded) onEnded(*index);
         if (outcomes_[*index].converted || commandLine_.keepGoing) continue;
-        // Files that stand before it in the list are converted all the same.
+        // Earlier files in the list are converted nevertheless.
         const std::lock_guard<std::mutex> lock(mutex_);
         end_ = std::min(end_, *index);
     }
 }
 
-// The next file; none where all are begun, or one before it has failed.
+// The next file; none if all are begun, or an earlier one has failed.
 std::optional<std::size_t> ConversionBatch::BeginNextFile() {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (next_ >= end_) return std::nullopt;
@@ -91,11 +91,11 @@ std::optional<std::size_t> ConversionBatch::BeginNextFile() {
 void ConversionBatch::ConvertFile(std::size_t index) {
     DataProcessor& processor = *processors_[index];
     RecordingOutcome& outcome = outcomes_[index];
-    // Made beforehand: where memory runs out there is none for them.
+    // Allocated beforehand: when memory runs out there is none for them.
     std::wstring outOfMemory = FromUtf8(kStatusOutOfMemory);
     std::vector<ConversionDetail> details = {OutOfMemoryDetail(recordings_[index].path)};
     try {
-        // The look needs memory too.
+        // The check needs memory too.
         if (!NeedsConversion(recordings_[index], commandLine_, processor, outcome)) return;
         RunJob(index);
         details.clear();
@@ -119,7 +119,7 @@ void ConversionBatch::RunJob(std::size_t index) {
     RunConversionJob(std::move(job));
 }
 
-// Nothing where it cannot be computed, with the reason among the failures.
+// Empty if it cannot be computed, with the reason among the failures.
 std::string ConversionBatch::TakeChecksum(const std::wstring& path, std::size_t index) {
     const FileChecksum checksum = ChecksumOf(path, processors_[index]->cancelRequested);
     if (checksum.error != 0) {
@@ -132,7 +132,7 @@ std::string ConversionBatch::TakeChecksum(const std::wstring& path, std::size_t 
 void ConversionBatch::TakeChecksums(std::size_t index) {
     RecordingOutcome& outcome = outcomes_[index];
     const std::wstring& path = recordings_[index].path;
-    // A pipe can be read once, and what cannot be read has been reported.
+    // A pipe can be read only once, and an unreadable recording has been reported.
     if (IsOrdinaryFile(path)) {
         outcome.checksums.recording = TakeChecksum(path, index);
         if (QueryRecordingFile(path) != outcome.file) {

@@ -16,27 +16,27 @@
 
 namespace stalwick {
 
-// How far the batch is; readable from any thread.
+// The progress of the batch; readable from any thread.
 struct BatchProgress {
     std::size_t currentFile = 0;  // from 1
     std::size_t fileCount = 0;
     std::uint64_t bytesProcessed = 0;
-    std::uint64_t bytesTotal = 0;  // 0 where a size is not known
+    std::uint64_t bytesTotal = 0;  // 0 if a size is unknown
     std::wstring currentName{};    // of the file begun last, without its directory
 };
 
-// Converts recordings, each in a job of its own, as many side by side as the command line says. No
-// two of them may have one directory for their outputs.
+// Converts recordings, each in a separate job, as many in parallel as the command line says. No two
+// of them may have the same directory for their outputs.
 class ConversionBatch {
   public:
     ConversionBatch(const CommandLine& commandLine, std::vector<PlannedRecording> recordings);
 
-    // Called with the place in the list of a recording that has ended, on the thread that converted
-    // it; with jobs, several threads may call it at once.
+    // Called when a recording has ended, with its position in the list, on the thread that
+    // converted it. With jobs, several threads may call it at the same time.
     using OnEnded = std::function<void(std::size_t index)>;
 
-    // Converts; returns when all is done. After a file that failed no further one is begun, unless
-    // the command line says to keep going. Call it once.
+    // Converts; returns when all is done. After a failed file no further one is begun, unless the
+    // command line says to keep going. Call it once.
     void Run(const OnEnded& onEnded = {});
 
     // From any thread: the running file is finished in order, later ones get empty outputs.
@@ -44,7 +44,7 @@ class ConversionBatch {
 
     [[nodiscard]] BatchProgress Progress() const;
 
-    // After Run(): the final status text, that of the first failure in the list's order.
+    // After Run(): the final status text, that of the first failure in the order of the list.
     [[nodiscard]] std::wstring Status() const;
     const std::vector<RecordingOutcome>& Outcomes() const { return outcomes_; }
     const std::vector<PlannedRecording>& Recordings() const { return recordings_; }
@@ -67,8 +67,8 @@ class ConversionBatch {
     std::uint64_t bytesTotal_ = 0;
 
     std::mutex mutex_;      // of the fields below
-    std::size_t next_ = 0;  // the first file that is not begun
-    std::size_t end_ = 0;   // no file from here on is begun any more
+    std::size_t next_ = 0;  // the first file not begun
+    std::size_t end_ = 0;   // no file from here on will be begun
 
     std::atomic<std::size_t> filesStarted_{0};
     std::atomic<bool> canceled_{false};

@@ -8,9 +8,9 @@
 
 namespace stalwick {
 
-// Writes the page of a recording that was converted beside its outputs; why there is none becomes
-// a detail of the outcome. One that was passed over keeps the page that it has. It reads the
-// recording again, and ends early, without a page, where `cancel` is set.
+// Writes the page of a converted recording next to its outputs; the reason for a missing page
+// becomes a detail of the outcome. A skipped recording keeps its page. Reads the recording again,
+// and ends early, without a page, if `cancel` is set.
 void AddPage(const PlannedRecording& recording, const std::atomic<std::uint8_t>& cancel,
              RecordingOutcome& outcome);
 

@@ -8,22 +8,21 @@
 
 namespace stalwick {
 
-// One FILE of a command line and where its outputs go.
+// One FILE of a command line and the directory of its outputs.
 struct PlannedRecording {
-    std::wstring name;             // as the user gave it: messages use it
+    std::wstring name;             // as the user gave it, for messages
     std::wstring path;             // the same, absolute
     std::wstring outputDirectory;  // absolute; the outputs go into its subdirectory
     std::wstring shownOutputs;     // that subdirectory as the user would write it
-    // What the report of an earlier run says was made of it, if it is as it was.
+    // The outputs it had according to the report of an earlier run, if it has not changed.
     std::vector<OutputAccount> knownOutputs = {};
 };
 
-// The FILEs in their order. Without --output-dir each one's outputs go beside it.
+// The FILEs in order. Without --output-dir, the outputs of each go next to it.
 [[nodiscard]] std::vector<PlannedRecording> PlanRecordings(const CommandLine& commandLine);
 
-// Two recordings whose outputs would go into one directory, in one sentence; empty if there are
-// none. Names that differ in the case of their letters count as one: some file systems take them
-// for one.
+// Two recordings whose outputs would go into the same directory, in one sentence; empty if there
+// are none. Names that differ only in case count as the same, as on some file systems.
 [[nodiscard]] std::wstring DescribeSharedDirectory(const std::vector<PlannedRecording>& recordings);
 
 }  // namespace stalwick

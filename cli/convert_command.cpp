@@ -35,8 +35,8 @@ bool PrintStatus(const std::wstring& status) {
     return false;
 }
 
-// Runs the batch on a thread of its own while this one draws and listens for signals. Where no
-// thread can be had this one converts: a first signal then has no effect, a second one ends it.
+// Runs the batch on another thread while this one draws and waits for signals. If no thread is
+// available, this one converts: a first signal then has no effect, a second one ends the process.
 void RunWatched(ConversionBatch& batch, const std::atomic<Interruption>& interruption, bool quiet) {
     constexpr std::chrono::milliseconds kPollPeriod(100);
     ProgressBar bar(!quiet);
@@ -55,14 +55,14 @@ void RunWatched(ConversionBatch& batch, const std::atomic<Interruption>& interru
     done.get();
 }
 
-// What is refused before anything starts, with the reason on standard error.
+// Refusals before anything starts, with the reason on standard error.
 bool IsPossible(const CommandLine& commandLine, const std::vector<PlannedRecording>& recordings) {
     if (const std::wstring shared = DescribeSharedDirectory(recordings); !shared.empty()) {
         PrintLine(stderr, L"stalwick-convert: " + shared);
         return false;
     }
     const std::wstring& directory = commandLine.outputDirectory;
-    // No directory is made for recordings none of which can be converted.
+    // No directory is created if none of the recordings can be converted.
     if (directory.empty() || !AnyCanBeConverted(recordings)) return true;
     const SystemErrorCode code = EnsureOutputDirectory(directory);
     if (code == 0) return true;
@@ -70,7 +70,7 @@ bool IsPossible(const CommandLine& commandLine, const std::vector<PlannedRecordi
     return false;
 }
 
-// Refused before anything starts, and before a directory is made.
+// Refused before anything starts, and before a directory is created.
 bool IsReportTaken(const std::wstring& path) {
     const std::wstring refusal = path.empty() ? path : RefuseReportName(path);
     if (!refusal.empty()) PrintLine(stderr, L"stalwick-convert: " + refusal);
@@ -92,7 +92,7 @@ bool ReportChecksumFailures(const std::vector<RecordingOutcome>& outcomes) {
     return failed;
 }
 
-// Writes the report of a run that has ended. Returns the exit status.
+// Writes the report of a finished run. Returns the exit status.
 int Report(RunReport& report, const ConversionBatch& batch) {
     report.recordings = &batch.Recordings();
     report.outcomes = &batch.Outcomes();

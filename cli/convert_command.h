@@ -5,10 +5,10 @@
 
 namespace stalwick {
 
-// The command stalwick-convert with the arguments behind its name (UTF-8): converts, prints the
-// status (or the help) to standard output and all else to standard error. Returns the exit status
-// (docs/errors.md). Throws what no conversion could keep to itself, such as std::bad_alloc. It
-// watches the process's signals: call it once.
+// The command stalwick-convert with the arguments after its name (UTF-8): converts, prints the
+// status (or the help) to standard output and everything else to standard error. Returns the exit
+// status (docs/errors.md). Throws exceptions that no conversion could handle, such as
+// std::bad_alloc. It watches the process's signals: call it once.
 [[nodiscard]] int RunConvertCommand(const std::vector<std::string>& arguments);
 
 }  // namespace stalwick

@@ -11,16 +11,16 @@
 
 namespace stalwick {
 
-// What the report of an earlier run says of recordings that were whole then.
+// What the report of an earlier run contains about recordings that were whole then.
 class EarlierReport {
   public:
-    // Reads the report (docs/report.schema.json). One that is missing, or that somebody has
-    // changed into something else, says nothing.
+    // Reads the report (docs/report.schema.json). A missing report, or one that somebody has
+    // changed into something else, contains nothing.
     explicit EarlierReport(const std::wstring& path);
 
-    // The outputs that were made of the recording, if its size and its time of change are what they
-    // were, its outputs go to the same directory, and no output is asked for now that was not then;
-    // else none.
+    // The outputs that were made from the recording, if its size and modification time have not
+    // changed, its outputs go to the same directory, and no output is requested now that was not
+    // requested then; otherwise none.
     [[nodiscard]] std::vector<OutputAccount> OutputsOf(const PlannedRecording& recording,
                                                        const RecordingFile& file,
                                                        const CommandLine& commandLine) const;
@@ -28,7 +28,7 @@ class EarlierReport {
   private:
     struct Conversion {
         std::uint64_t bytes = 0;  // of the recording
-        std::string modified;     // as FormatReportTime has it
+        std::string modified;     // as from FormatReportTime
         std::string directory;
         std::vector<OutputAccount> outputs;  // their paths without the directory
     };

@@ -19,7 +19,7 @@ int CancelExitStatus(Interruption interruption) {
 
 int ExitStatus(const std::vector<RecordingOutcome>& outcomes, bool canceled,
                Interruption interruption) {
-    // Also where a recording had failed before: whoever canceled knows that not all is done.
+    // Even if a recording had failed before: whoever canceled knows that not everything is done.
     if (canceled || interruption == Interruption::kInterrupt) {
         return CancelExitStatus(interruption);
     }

@@ -7,7 +7,7 @@
 
 namespace stalwick {
 
-// The survey for a person to read, in lines.
+// The survey as lines for people to read.
 [[nodiscard]] std::vector<std::wstring> SurveyAsTable(const RecordingSurvey& survey);
 
 }  // namespace stalwick

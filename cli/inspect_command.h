@@ -13,7 +13,7 @@ namespace stalwick {
 // The command stalwick-inspect with the arguments after its name (UTF-8). Returns the exit status.
 [[nodiscard]] int RunInspectCommand(const std::vector<std::string>& arguments);
 
-// Hands out the declared options, of which the manual page and the shell completions are made.
+// Returns the declared options, from which the manual page and the shell completions are generated.
 void VisitInspectOptions(const std::function<void(const CLI::App&)>& visit);
 
 }  // namespace stalwick

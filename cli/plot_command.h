@@ -10,14 +10,14 @@ class App;
 
 namespace stalwick {
 
-// What `stalwick-inspect plot` was asked for.
+// The options of `stalwick-inspect plot`.
 struct PlotOptions {
     std::vector<std::string> files;
     std::string picture;
     std::string start = "0";  // seconds
     std::string seconds;      // empty: to the end
     std::string channels;     // empty: all
-    std::string spacing;      // microvolts; empty: as the traces need
+    std::string spacing;      // microvolts; empty: chosen from the traces
 };
 
 void DeclarePlot(CLI::App& app, PlotOptions& options);

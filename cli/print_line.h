@@ -5,7 +5,7 @@
 
 namespace stalwick {
 
-// Writes the text and the end of a line, in UTF-8; its control characters are written out.
+// Writes the text and the end of a line, in UTF-8; control characters in it are escaped.
 void PrintLine(std::FILE* stream, const std::wstring& text);
 
 }  // namespace stalwick

@@ -33,7 +33,7 @@ double FractionDone(const BatchProgress& progress) {
                              static_cast<double>(progress.bytesTotal));
 }
 
-// Columns that a terminal needs for the text at most: letters of many scripts take two.
+// The most columns that a terminal needs for the text: letters of many scripts take two.
 int Columns(std::wstring_view text) {
     constexpr wchar_t kFirstThatMayBeWide = 0x1100;
     const auto wide =
@@ -49,7 +49,8 @@ std::wstring FormatBar(double fraction, int width) {
     return bar;
 }
 
-// The name and what parts it from the figures; its end is cut off if there is no room for it.
+// The name and the separator before the figures; the end of the name is cut off if there is no
+// room.
 std::wstring FormatName(const std::wstring& fileName, int room) {
     constexpr std::wstring_view kGap = L"  ";
     constexpr std::wstring_view kCut = L"...";
@@ -111,7 +112,7 @@ void ProgressBar::Draw(const BatchProgress& progress) {
         FormatProgress(progress, std::chrono::steady_clock::now() - start_, TerminalWidth());
     // An unchanged line is not drawn again: no flicker.
     if (line == shown_) return;
-    // Blanks erase the line before; not every console knows escape sequences.
+    // Blanks erase the previous line; not every console supports escape sequences.
     std::fprintf(stderr, "\r%*s\r%s", Columns(shown_), "", ToUtf8(line).c_str());
     std::fflush(stderr);
     shown_ = std::move(line);

@@ -9,13 +9,13 @@
 
 namespace stalwick {
 
-// The line that a progress bar shows, in less than `width` columns: bar, per cent of bytes, MB/s,
-// time left, file i of n, and its name as far as there is room.
+// The line of a progress bar, in less than `width` columns: bar, per cent of bytes, MB/s, time
+// left, file i of n, and its name as far as there is room.
 [[nodiscard]] std::wstring FormatProgress(const BatchProgress& progress,
                                           std::chrono::duration<double> elapsed, int width);
 
-// Draws the progress on standard error, and nothing when that is no terminal. The last line stays.
-// Any thread may call any operation.
+// Draws the progress on standard error; draws nothing if that is not a terminal. The last line
+// stays. Any thread may call any operation.
 class ProgressBar {
   public:
     explicit ProgressBar(bool enabled);
@@ -32,7 +32,7 @@ class ProgressBar {
     bool enabled_;
     std::chrono::steady_clock::time_point start_;
     std::mutex mutex_;    // of what is on the terminal
-    std::wstring shown_;  // the progress that stands there
+    std::wstring shown_;  // the progress shown there
 };
 
 }  // namespace stalwick

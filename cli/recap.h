@@ -8,8 +8,8 @@
 
 namespace stalwick {
 
-// The account of several recordings: a line of counts, then one for each that is not whole. Empty
-// for a single one, and, if quiet, where all are whole.
+// The summary of several recordings: a line of counts, then one for each that is not whole. Empty
+// for a single one, and, if quiet, when all are whole.
 [[nodiscard]] std::vector<std::wstring> DescribeAll(const std::vector<PlannedRecording>& recordings,
                                                     const std::vector<RecordingOutcome>& outcomes,
                                                     bool quiet);

@@ -34,7 +34,7 @@ std::wstring WithoutPrefix(const std::wstring& text, const std::wstring& prefix)
     return text.compare(0, prefix.size(), prefix) == 0 ? text.substr(prefix.size()) : text;
 }
 
-// The detail without the recording's path, which the line has already.
+// The detail without the recording's path, which is already in the line.
 std::wstring BodyOf(const ConversionDetail& detail, const PlannedRecording& recording) {
     return WithoutPrefix(detail.text, OneLine(recording.path) + L": ") + Advice(detail);
 }
@@ -56,13 +56,13 @@ std::wstring DescribeFailure(const PlannedRecording& recording, const Conversion
            DescribeOutputs(recording, account);
 }
 
-// The reason that the status has: without "Processing failed - ".
+// The reason in the status: without "Processing failed - ".
 std::wstring ReasonIn(const std::wstring& status) {
     const std::wstring reason = WithoutPrefix(status, L"Processing failed - ");
     return reason == status ? std::wstring() : reason;
 }
 
-// What the line begins with, and the kind of detail that says why.
+// The beginning of the line, and the kind of detail that gives the reason.
 std::pair<std::wstring, Kind> Summarize(const PlannedRecording& recording,
                                         const RecordingOutcome& outcome) {
     const ConversionAccount& account = outcome.account;
@@ -97,7 +97,7 @@ std::vector<std::wstring> DescribeRecording(const PlannedRecording& recording,
     if (quiet && IsWhole(VerdictOf(outcome))) return {};
     if (!outcome.withoutConversion.empty()) {
         std::vector<std::wstring> only = {recording.name + L": " + outcome.withoutConversion};
-        // Of one that was refused the line says why.
+        // For a refused recording, the line gives the reason.
         for (const ConversionDetail& detail : outcome.account.details) {
             if (outcome.passedOver)
                 only.push_back(recording.name + L": " + BodyOf(detail, recording));
@@ -106,12 +106,12 @@ std::vector<std::wstring> DescribeRecording(const PlannedRecording& recording,
     }
     auto [line, kind] = Summarize(recording, outcome);
     std::vector<ConversionDetail> details = outcome.account.details;
-    // The first detail that says why stands in the line.
+    // The first detail that gives a reason becomes part of the line.
     const auto reason =
         std::find_if(details.begin(), details.end(),
                      [why = kind](const ConversionDetail& detail) { return detail.kind == why; });
     if (reason != details.end()) {
-        // It may say so itself.
+        // The detail may itself begin with "not converted".
         line += (kind == Kind::kNote ? L"; " : L": ") +
                 WithoutPrefix(BodyOf(*reason, recording), kNotConverted + std::wstring(L": "));
         details.erase(reason);

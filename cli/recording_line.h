@@ -8,8 +8,8 @@
 
 namespace stalwick {
 
-// What is said of a recording that has ended: a line of its own, then one for every further detail.
-// Quiet leaves out notes, and says nothing of one that is whole.
+// The output for a recording that has ended: its own line, then one for every further detail. Quiet
+// leaves out notes, and prints nothing for a whole recording.
 [[nodiscard]] std::vector<std::wstring> DescribeRecording(const PlannedRecording& recording,
                                                           const RecordingOutcome& outcome,
                                                           bool quiet);

@@ -12,7 +12,7 @@ namespace stalwick {
 
 // A recording as it was when the run began.
 struct RecordingFile {
-    std::uint64_t bytes = 0;  // 0 of a pipe
+    std::uint64_t bytes = 0;  // 0 for a pipe
     std::optional<std::chrono::system_clock::time_point> modified;
 
     friend bool operator==(const RecordingFile&, const RecordingFile&) = default;
@@ -20,19 +20,19 @@ struct RecordingFile {
 
 [[nodiscard]] RecordingFile QueryRecordingFile(const std::wstring& path);
 
-// SHA-256 in hexadecimal digits; empty where there is none.
+// SHA-256 in hexadecimal digits; empty if there is none.
 struct RecordingChecksums {
     std::string recording;
-    std::vector<std::string> outputs;    // as the account lists them
+    std::vector<std::string> outputs;    // in the order of the account
     std::vector<std::wstring> failures;  // why some are empty, a line each
 };
 
 // What became of one FILE.
 struct RecordingOutcome {
-    bool converted = false;   // the status is no failure; false also for one that was not begun
-    std::wstring status;      // empty for one that was not begun
-    bool passedOver = false;  // its outputs were there and whole already
-    // What its line says where nothing was made: why it was refused, or where its outputs are.
+    bool converted = false;   // the status is not a failure; false also if it was not begun
+    std::wstring status;      // empty if it was not begun
+    bool passedOver = false;  // its outputs already existed and were whole
+    // Its line if nothing was created: why it was refused, or where its outputs are.
     std::wstring withoutConversion;
     ConversionAccount account;
     RecordingFile file;
@@ -42,10 +42,10 @@ struct RecordingOutcome {
 enum class Verdict {
     kWhole,       // every output is whole, and so is the recording
     kPassedOver,  // the same, from an earlier conversion
-    kWithLosses,  // every output is what it should be, but the recording itself lost data
+    kWithLosses,  // every output is as it should be, but the recording itself lost data
     kFailed,      // an output is missing or incomplete
-    kCanceled,    // ended before the recording's end, in order
-    kNotBegun     // a recording before it had failed
+    kCanceled,    // ended in order before the recording's end
+    kNotBegun     // an earlier recording had failed
 };
 
 [[nodiscard]] Verdict VerdictOf(const RecordingOutcome& outcome);

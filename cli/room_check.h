@@ -15,7 +15,7 @@ using SpaceQuery = std::function<std::optional<FreeSpace>(const std::wstring& di
 
 // A line for each file system that has less room than the outputs of the recordings will need
 // there, estimated from their first packets: how much is needed, how much is free. With
-// --skip-converted a recording whose outputs have a directory already is not counted.
+// --skip-converted, recordings whose outputs already have a directory are not counted.
 [[nodiscard]] std::vector<std::wstring> DescribeLackOfRoom(
     const std::vector<PlannedRecording>& recordings, const CommandLine& commandLine,
     const SpaceQuery& querySpace = QueryFreeSpace);

@@ -111,7 +111,7 @@ void AddTime(const ConversionAccount& account, Json& entry) {
 Json RecordingEntry(const PlannedRecording& recording, const RecordingOutcome& outcome,
                     const CommandLine& options) {
     const ConversionAccount& account = outcome.account;
-    // Of a recording that is passed over, packets and time were not taken.
+    // For a skipped recording, packets and time are unknown.
     const bool converted = account.outputFiles != 0 && !outcome.passedOver;
     Json entry;
     entry["path"] = ToUtf8(recording.path);
@@ -166,7 +166,7 @@ std::string FormatRunReport(const RunReport& report) {
         recordings.push_back(
             RecordingEntry((*report.recordings)[i], (*report.outcomes)[i], report.commandLine));
     }
-    // A file's name may have bytes that are no text.
+    // A file name may have bytes that are not text.
     return document.dump(kIndent, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 

@@ -10,18 +10,18 @@
 
 namespace stalwick {
 
-// A run that has ended.
+// A finished run.
 struct RunReport {
     const CommandLine& commandLine;
     std::chrono::system_clock::time_point started{};
     std::chrono::system_clock::time_point ended{};
     const std::vector<PlannedRecording>* recordings = nullptr;
     const std::vector<RecordingOutcome>* outcomes = nullptr;  // of these
-    std::wstring status{};                                    // as it was printed
+    std::wstring status{};                                    // as printed
     int exitStatus = 0;
 };
 
-// UTC to the microsecond, as ISO 8601 has it.
+// UTC to the microsecond, in ISO 8601.
 [[nodiscard]] std::string FormatReportTime(std::chrono::system_clock::time_point time);
 
 // The document that docs/report.schema.json describes, with a line feed at its end.

@@ -4,11 +4,11 @@
 
 namespace stalwick {
 
-// What is wrong with a recording is also printed where it cannot be overlooked: on standard error.
+// Prints what is wrong with a recording on standard error too, where nobody overlooks it.
 
-// Of one that has lost data, a line for each reason.
+// A line for each reason why a recording has lost data.
 void ReportLosses(const RecordingSurvey& survey);
-// Of one that could not be looked at.
+// For a recording that could not be read.
 void ReportUnreadable(const RecordingSurvey& survey);
 
 }  // namespace stalwick

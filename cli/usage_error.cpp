@@ -17,7 +17,7 @@ std::string NameOf(const CLI::Option& option) {
     return option.get_name();
 }
 
-// Arguments that no option and no FILE took, without the values that stand in them.
+// Arguments that no option and no FILE took, without their values.
 std::string Unknown(const std::vector<std::string>& arguments) {
     std::string names;
     for (const std::string& argument : arguments) {
@@ -34,7 +34,7 @@ const CLI::Option* FindRepeated(const CLI::App& app) {
     return nullptr;
 }
 
-// The option whose value is missing, of which the library tells only by its name in the text.
+// The option whose value is missing; the library names it only in its text.
 const CLI::Option* FindWithoutValue(const CLI::App& app, const std::string& text) {
     for (const CLI::Option* option : app.get_options()) {
         const bool takesValue = option->get_items_expected_max() > 0;
@@ -58,7 +58,7 @@ std::string DescribeMismatch(const CLI::App& app, const std::string& text) {
 }  // namespace
 
 std::string DescribeUsageError(const CLI::App& app, const CLI::ParseError& error) {
-    // The library looks at what it does not know last, and the user typed it.
+    // The library checks unknown arguments last, but the user typed them.
     const std::vector<std::string> unknown = app.remaining();
     if (!unknown.empty()) return Unknown(unknown);
     const std::string text = error.what();

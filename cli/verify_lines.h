@@ -7,8 +7,8 @@
 
 namespace stalwick {
 
-// What was found in a directory of outputs, a line for each finding and gap, and one for each set
-// at its end. `recordingPath`: what it was compared with; empty: nothing.
+// The findings in a directory of outputs, a line for each finding and gap, then one for each set.
+// `recordingPath`: the recording it was compared with; empty: none.
 [[nodiscard]] std::vector<std::wstring> ReportAsLines(const VerifyReport& report,
                                                       const std::wstring& recordingPath);
 

@@ -1,3 +1,3 @@
-# Debian's Python: the packages that scripts/install-deps.sh installs are its packages. Another one that
-# comes first in PATH need not have them.
+# Debian's Python, which has the packages that scripts/install-deps.sh installs. Another Python
+# earlier in PATH may lack them.
 find_program(STALWICK_PYTHON NAMES python3 PATHS /usr/bin NO_DEFAULT_PATH REQUIRED)

@@ -1,4 +1,4 @@
-# How every target of the project is compiled, and the one way to add a library or a program.
+# How every target of the project is compiled, and the only way to add a library or a program.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -8,7 +8,7 @@ find_package(Threads REQUIRED)
 
 add_library(stalwick_options INTERFACE)
 target_include_directories(stalwick_options INTERFACE ${PROJECT_SOURCE_DIR})
-# Sums of doubles must come out the same on every machine and compiler.
+# Sums of doubles must be the same on every machine and compiler.
 target_compile_options(stalwick_options INTERFACE -ffp-contract=off)
 target_compile_options(stalwick_options INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor

@@ -1,5 +1,5 @@
 # stalwick_add_test(<folder> SOURCES ... [LINK ...]): the program <folder>_tests with the
-# GoogleTest cases of one folder, each known to CTest by its own name.
+# GoogleTest cases of one folder, each registered with CTest by name.
 
 find_package(GTest REQUIRED)
 include(GoogleTest)
@@ -13,7 +13,7 @@ function(stalwick_add_test name)
 endfunction()
 
 # stalwick_add_window_test(<name> SOURCES ... [LINK ...]): the Qt Test suite <name>_test, drawn
-# without a screen where the system's Qt can do so.
+# without a screen if the system's Qt can do so.
 function(stalwick_add_window_test name)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LINK")
     add_executable(${name}_test ${name}_test.cpp ${ARG_SOURCES})

@@ -7,7 +7,7 @@ function(stalwick_add_windows_resources target)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "DESCRIPTION;MANIFEST;ICON" "")
     set(iconLine)
     if(ARG_ICON)
-        # The icon with the lowest number is the one that the file manager shows.
+        # The file manager shows the icon with the lowest number.
         set(iconLine "1 ICON \"${ARG_ICON}\"")
     endif()
     set(script ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)

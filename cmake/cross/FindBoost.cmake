@@ -1,5 +1,5 @@
-# Debian's Boost headers for a cross build. `-idirafter` puts the C library's headers that stand
-# beside them behind those of the cross compiler; a plain -I would take them first.
+# Debian's Boost headers for a cross build. `-idirafter` searches the C library's headers in the
+# same directory after those of the cross compiler; a plain -I would find them first.
 if(NOT TARGET Boost::headers)
     add_library(Boost::headers INTERFACE IMPORTED)
     target_compile_options(Boost::headers INTERFACE "SHELL:-idirafter /usr/include")

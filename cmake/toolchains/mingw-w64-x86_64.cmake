@@ -7,9 +7,10 @@ set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 
-# Libraries and packages come from the cross tree only: a library found in /usr would be a Linux one.
+# Libraries and packages come only from the cross tree: a library found in /usr would be a Linux
+# one.
 set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)
-# The prefix that packaging/windows/build-qt.sh printed, where the window is built as well.
+# The prefix that packaging/windows/build-qt.sh printed, if the window is built as well.
 if(STALWICK_QT_PREFIX)
     list(APPEND CMAKE_FIND_ROOT_PATH ${STALWICK_QT_PREFIX})
     set(QT_HOST_PATH /usr)
@@ -21,8 +22,9 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# The system's stack is aligned to 16 bytes; GCC moves 32-byte vectors to it as if to 32. The
-# assembler can make all such moves unaligned ones, which cost the same on aligned memory.
+# The system's stack is aligned to 16 bytes, but GCC moves 32-byte vectors to it as if it were
+# aligned to 32. The assembler can make all such moves unaligned, which costs the same on aligned
+# memory.
 set(CMAKE_C_FLAGS_INIT "-Wa,-muse-unaligned-vector-move")
 set(CMAKE_CXX_FLAGS_INIT "-Wa,-muse-unaligned-vector-move")
 

@@ -8,7 +8,7 @@
 
 namespace stalwick {
 
-// What one press of "Create New Files" asks for.
+// What one press of "Create New Files" requests.
 struct ConversionJob {
     std::vector<std::wstring> inputFiles;  // converted in this order
     DataProcessor* processor = nullptr;    // not owned; must outlive the job
@@ -16,7 +16,7 @@ struct ConversionJob {
     ChannelOptions channelOptions{};
     bool writeEvents = true;
     bool writeRawData = false;
-    // Takes the final status text, on the thread that runs the job.
+    // Receives the final status text, on the thread that runs the job.
     std::function<void(const std::wstring&)> onFinished;
 };
 
@@ -24,13 +24,13 @@ struct ConversionJob {
 inline constexpr wchar_t kStatusComplete[] = L"Processing complete";
 inline constexpr wchar_t kStatusCanceled[] = L"Data processing canceled.";
 
-// "Processing failed", with " - " and the error text where there is one.
+// "Processing failed", with " - " and the error text if there is one.
 [[nodiscard]] std::wstring FailureStatus(const std::wstring& errorText);
 
-// Converts every file of the job. With `onFinished` set it stops at the first failure and reports
-// kStatusComplete, kStatusCanceled or "Processing failed", the last with " - " and the
-// processor's error text where there is one; without it, failures stop nothing and
-// nothing is reported. Standard exceptions pass through.
+// Converts every file of the job. With `onFinished` set, it stops at the first failure and reports
+// kStatusComplete, kStatusCanceled or "Processing failed", the last with " - " and the processor's
+// error text if there is one. Without it, failures stop nothing and nothing is reported. Standard
+// exceptions pass through.
 void RunConversionJob(ConversionJob job);
 
 }  // namespace stalwick

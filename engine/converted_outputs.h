@@ -10,7 +10,7 @@
 
 namespace stalwick {
 
-// Whether a recording's outputs are there and whole.
+// Whether a recording's outputs exist and are whole.
 struct ConvertedOutputs {
     bool whole = false;
     std::wstring reason;      // why not, one line: the first output that is not as it should be
@@ -22,21 +22,21 @@ struct ConvertedOutputs {
 
 struct ConvertedOutputsRequest {
     std::wstring recordingPath;
-    std::wstring directory;  // where its outputs are
+    std::wstring directory;  // the directory of its outputs
     WantedOutputs wanted;
     // What a whole conversion of this very recording is known to have made, with at least the
-    // wanted outputs: if they are as they were, the recording is not read.
+    // wanted outputs. If they have not changed, the recording is not read.
     std::vector<OutputAccount> known = {};
 };
 
-// Looks for a whole set of the wanted outputs, made from this recording: every one has a whole
-// header with the recording's -SessionUUID and a time of closing (the event file never has one),
-// and exactly as many records, and samples in the last one, as the packets of the recording give,
-// which are all read and decoded for that; or as many as are known. An output under a later name
-// (CSC1_01.vcs) counts as well. Sample values and timestamps are not compared.
+// Looks for a whole set of the wanted outputs, made from this recording. Every output must have a
+// whole header with the recording's -SessionUUID and a closing time (the event file never has one).
+// It must also have exactly as many records, and samples in the last one, as the packets of the
+// recording produce, which are all read and decoded for that; or as many as are known. An output
+// under a later name (CSC1_01.vcs) counts as well. Sample values and timestamps are not compared.
 //
 // A recording that itself lost data never counts, so that its losses are reported each time; nor
-// does one without -SessionUUID, or one that is no ordinary file.
+// does one without -SessionUUID, or one that is not a regular file.
 [[nodiscard]] ConvertedOutputs FindConvertedOutputs(
     const ConvertedOutputsRequest& request, const std::atomic<std::uint8_t>& cancelRequested);
 

@@ -19,7 +19,7 @@ std::int32_t DataProcessor::ProcessFile(const std::vector<std::wstring>& files,
                                             writeEvents == 1,
                                             writeRawData == 1,
                                             conversionsAtOnce_};
-        // Stands until there is a better one: what a conversion throws passes through.
+        // Remains until a better one replaces it: what a conversion throws passes through.
         lastAccount_ = {};
         lastAccount_.failed = true;
         lastAccount_.recording = path;

@@ -20,29 +20,29 @@
 
 namespace stalwick {
 
-// What to make of one recording.
+// How to convert one recording.
 struct FileConversionRequest {
     std::wstring inputPath;
     std::wstring outputDirectory;
     ChannelOptions channelOptions{};
     bool writeEvents = false;
     bool writeRawData = false;
-    std::uint32_t conversionsAtOnce = 1;  // by this process: their files are open together
+    std::uint32_t conversionsAtOnce = 1;  // by this process: their files are open at the same time
 };
 
-// The conversion of one recording: its reader, its writers, and the road of its packets. Lives as
-// long as that file is converted and is used by one thread. Others of its own may read ahead and
-// write behind.
+// The conversion of one recording: its reader, its writers, and the path of its packets. Lives
+// while that file is converted and is used by one thread. Helper threads may read ahead and write
+// behind it.
 class FileConversion {
   public:
     FileConversion(DataProcessor& processor, const FileConversionRequest& request,
                    const OutputSettings& settings);
 
-    // 0 when the file was converted or the job was canceled, else -1. The processor's error text
-    // is set only for the failures that have one.
+    // Returns 0 if the file was converted or the job was canceled, otherwise -1. The processor's
+    // error text is set only for failures that have one.
     std::int32_t Run();
 
-    // Closes whatever is still open and says what became of the recording, but not whether it
+    // Closes whatever is still open and reports what became of the recording, but not whether it
     // failed. Call it once, last.
     ConversionAccount TakeAccount();
 
@@ -107,7 +107,7 @@ class FileConversion {
     bool packetsDone_ = false;  // all were converted, or the conversion was canceled
     bool inputFailed_ = false;  // the recording ended the conversion
 
-    std::vector<SampleBlock> adBlocks_;  // of packets of the span, not yet written
+    std::vector<SampleBlock> adBlocks_;  // of the span's packets, not yet written
     std::array<std::int16_t, kImuValues> baseImuValues_{};
     std::array<std::int16_t, kImuValues> afeImuValues_{};
     std::array<std::int16_t, kUltrasonicValues> ultrasonicValues_{};
@@ -116,7 +116,7 @@ class FileConversion {
     double recordPeriod_ = 0.0;  // microseconds that ten samples span
     PacketClock clock_;
     std::optional<TimeLine> timeLine_;
-    std::optional<std::size_t> skippedBefore_;  // the packet that comes next: in account_.skipped
+    std::optional<std::size_t> skippedBefore_;  // the next packet: in account_.skipped
     PacketCensus census_;
     SkippedStretches skipped_;
     ConversionAccount account_;

@@ -6,12 +6,12 @@
 
 namespace stalwick {
 
-// For programs that go on where a lack of memory (std::bad_alloc) has ended a job.
+// For programs that continue after a lack of memory (std::bad_alloc) has ended a job.
 
 // The status of that job. Narrow: printing it takes no memory.
 inline constexpr char kStatusOutOfMemory[] = "Processing failed - Not enough memory";
 
-// Says of the recording that was being converted what may be missing.
+// Reports what may be missing from the outputs of the recording that was being converted.
 [[nodiscard]] ConversionDetail OutOfMemoryDetail(const std::wstring& recording);
 
 }  // namespace stalwick

@@ -9,7 +9,7 @@ SystemErrorCode EnsureOutputDirectory(const std::wstring& directory, bool* made)
     if (QueryPath(directory) == PathKind::kDirectory) return 0;
     const SystemErrorCode code = CreateDirectoryLevel(directory);
     if (made != nullptr) *made = code == 0;
-    // Another conversion may have made it in between.
+    // Another conversion may have created it in the meantime.
     return code != 0 && QueryPath(directory) == PathKind::kDirectory ? 0 : code;
 }
 

@@ -6,12 +6,12 @@
 
 namespace stalwick {
 
-// Makes sure that the output directory exists, creating one level. 0, or the system's error.
-// `made`, if asked for, is whether this call created it.
+// Ensures that the output directory exists, creating one level. Returns 0 or the system's error. If
+// `made` is given, it is set to whether this call created the directory.
 [[nodiscard]] SystemErrorCode EnsureOutputDirectory(const std::wstring& directory,
                                                     bool* made = nullptr);
 
-// The directory of a recording's outputs: named after it, below the output directory.
+// The directory of a recording's outputs: named after it, in the output directory.
 [[nodiscard]] std::wstring OutputDirectoryOf(const std::wstring& recording,
                                              const std::wstring& outputDirectory);
 

@@ -14,7 +14,7 @@ namespace stalwick {
 
 namespace {
 
-// Of the records that the counted packets give.
+// For the records that the counted packets produce.
 double RecordBytes(const ExpectedOutput& output, const RecordingContents& contents) {
     constexpr double kBytesPerSample = static_cast<double>(sizeof(VtxDataTypes::CRRec)) /
                                        static_cast<double>(VtxDataTypes::kSamplesPerRecord);
@@ -42,7 +42,7 @@ std::uint64_t EstimateOutputBytes(const std::wstring& recordingPath, const Wante
     for (const ORDDataPacket& packet : packets) contents.Count(packet);
 
     const std::uint64_t counted = reader->BytesRead() - reader->UnconsumedBytes();
-    double recordings = 0.0;  // as many as what was counted go into the whole one
+    double recordings = 0.0;  // how many times the counted part fits into the whole
     if (counted > kHeaderBlockSize) {
         recordings = static_cast<double>(reader->FileSize() - kHeaderBlockSize) /
                      static_cast<double>(counted - kHeaderBlockSize);

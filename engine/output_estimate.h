@@ -7,8 +7,8 @@
 
 namespace stalwick {
 
-// About how many bytes the wanted outputs of a recording will have, as if all of it were like its
-// first packets. 0 where that is not known: a pipe, or no recording.
+// The approximate size in bytes of the wanted outputs of a recording, as if all of it were like its
+// first packets. 0 if that is unknown: a pipe, or not a recording.
 [[nodiscard]] std::uint64_t EstimateOutputBytes(const std::wstring& recordingPath,
                                                 const WantedOutputs& wanted);
 

@@ -15,7 +15,7 @@ using Outputs = std::vector<const OutputEnd*>;
 
 constexpr std::wstring_view kDigits = L"0123456789";
 
-// The name of a file of a group, around its place in the group.
+// The name of a file of a group, before and after its number in the group.
 struct MemberName {
     std::wstring group;
     std::uint64_t place = 0;
@@ -65,7 +65,7 @@ bool IsFollowedBy(const OutputEnd& output, const OutputEnd& next) {
     return name && nextName && name->IsFollowedBy(*nextName);
 }
 
-// Cuts the outputs into runs of files that follow one another in their group.
+// Splits the outputs into runs of consecutive files of a group.
 std::vector<Outputs> RunsOf(const Outputs& outputs) {
     std::vector<Outputs> runs;
     for (const OutputEnd* output : outputs) {
@@ -75,7 +75,7 @@ std::vector<Outputs> RunsOf(const Outputs& outputs) {
     return runs;
 }
 
-// "no records", "5000 records each", "5000 to 5063 records": what every one of them holds.
+// "no records", "5000 records each", "5000 to 5063 records": how much each of them holds.
 std::wstring DescribeHeld(const Outputs& outputs) {
     const auto counts = [&](const OutputEnd* output) {
         return output->file.dataBytes / std::max<std::size_t>(output->recordSize, 1);
@@ -103,7 +103,7 @@ std::wstring Enumerate(const std::vector<std::wstring>& items) {
     return text;
 }
 
-// Numbers say what lies between two of them. The names of axes do not: each one is written out.
+// Numbers imply those in between. The names of axes do not, so each one is listed.
 std::wstring NameRun(const Outputs& run) {
     std::wstring names = FileNameOf(*run.front());
     if (IsNumbered(names)) {

@@ -12,17 +12,17 @@ namespace stalwick {
 // How a conversion left one of its outputs.
 struct OutputEnd {
     OutputFileState file;
-    bool whole = false;          // it has all that it should, under its last header
+    bool whole = false;          // it is complete and has its last header
     std::size_t recordSize = 0;  // bytes; 0: its records are counted in bytes
 };
 
-// The outputs that failed, a line for each cause: "cannot write out/rec/CSC4.vcs to CSC64.vcs: No
-// space left on device; they hold 5000 records each; free some space ...". A full disk that
-// hundreds of files met is one line.
+// The outputs that failed, one line for each cause: "cannot write out/rec/CSC4.vcs to CSC64.vcs: No
+// space left on device; they hold 5000 records each; free some space ...". A full disk that stops
+// hundreds of files is one line.
 [[nodiscard]] std::vector<std::wstring> DescribeFailedOutputs(std::span<const OutputEnd> outputs);
 
-// The outputs that are not whole though nothing of their own failed: "CSC5.vcs to CSC64.vcs (5000
-// records each) and Events.vev (no records)". Empty if there are none.
+// The outputs that are not whole although they did not fail themselves: "CSC5.vcs to CSC64.vcs
+// (5000 records each) and Events.vev (no records)". Empty if there are none.
 [[nodiscard]] std::wstring NameUnfinishedOutputs(std::span<const OutputEnd> outputs);
 
 }  // namespace stalwick

@@ -23,9 +23,9 @@ class PacketCensus {
         mostCarried_ = std::max(mostCarried_, HighestEnabled(packet, channels));
     }
 
-    // Channels that the widest packet describes, also those that its mask leaves out.
+    // Number of channels of the widest packet, including those that its mask leaves out.
     [[nodiscard]] std::uint32_t MostDescribed() const { return mostDescribed_; }
-    // Position, from 1, of the last channel that any packet had samples of; 0: none had.
+    // The last channel, from 1, of which any packet had samples; 0 if none had.
     [[nodiscard]] std::uint32_t MostCarried() const { return mostCarried_; }
 
     // Whether any packet had values of that sensor.
@@ -51,7 +51,7 @@ class PacketCensus {
         return 0;
     }
 
-    std::array<bool, 4> carried_{};  // by channel group; of A/D channels see mostCarried_
+    std::array<bool, 4> carried_{};  // by channel group; for A/D channels see mostCarried_
     std::uint32_t mostDescribed_ = 0;
     std::uint32_t mostCarried_ = 0;
 };

@@ -20,7 +20,7 @@ class PacketClock {
     [[nodiscard]] bool HasTimestamps() const { return first_.has_value(); }
 
     // From the first timestamp to the end of the last packet, which spans `packetSeconds`. Without
-    // timestamps, or where they run backwards, the packets one after another.
+    // timestamps, or if they run backwards, the sum of the packets' lengths.
     [[nodiscard]] double Seconds(double packetSeconds) const {
         if (!first_ || last_ < *first_) return static_cast<double>(packets_) * packetSeconds;
         return static_cast<double>(last_ - *first_) / kNanosecondsPerSecond + packetSeconds;

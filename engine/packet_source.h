@@ -26,16 +26,15 @@ struct DecodedSpan {
     bool endOfFile = false;
     std::vector<ORDDataPacket> packets;
     std::vector<std::uint64_t> positions;  // bytes of the file where these packets begin
-    std::vector<SkippedStretch> skipped;   // in their order
-    std::uint64_t bytesRead = 0;           // of the file so far, with the header span
+    std::vector<SkippedStretch> skipped;   // in order
+    std::uint64_t bytesRead = 0;           // of the file so far, including the header
     bool readFailedAfter = false;          // the next span is the failure
     std::exception_ptr exception;          // what the call threw
 
     [[nodiscard]] bool IsLast() const { return status != 0 || endOfFile; }
 };
 
-// A recording that is converted: its header, then its packets a span at a time. Used by one thread
-// at a time.
+// A recording to convert: its header, then its packets span by span. Used by one thread at a time.
 class PacketSource {
   public:
     PacketSource() = default;
@@ -51,18 +50,18 @@ class PacketSource {
     [[nodiscard]] virtual std::wstring GetErrorMessage() const = 0;
     [[nodiscard]] virtual SystemErrorCode SystemError() const = 0;
 
-    // Reads and decodes the next span, but for `exception`. The status is -1, with the reason as
-    // after Open, if the recording cannot be read or decoded further.
+    // Reads and decodes the next span, except that it does not set `exception`. The status is -1,
+    // with the reason as after Open, if the recording cannot be read or decoded further.
     virtual void Read(DecodedSpan& span) = 0;
 
-    [[nodiscard]] virtual std::uint64_t FileSize() const = 0;   // bytes; 0: not known
+    [[nodiscard]] virtual std::uint64_t FileSize() const = 0;   // bytes; 0: unknown
     [[nodiscard]] virtual std::uint64_t BytesRead() const = 0;  // the header block included
-    // Bytes read that made no packet yet and were not skipped; where they begin in the file; and,
-    // after the last span, whether they can be a packet that lacks its end.
+    // Bytes read that have not formed a packet and were not skipped; their position in the file;
+    // and, after the last span, whether they can be a packet that lacks its end.
     [[nodiscard]] virtual std::uint64_t UnconsumedBytes() const = 0;
     [[nodiscard]] virtual std::uint64_t NextPacketPosition() const = 0;
     [[nodiscard]] virtual bool EndsInACutPacket() const = 0;
-    // Of the stream's beginning: see PacketsContradictVersion.
+    // For the beginning of the stream: see PacketsContradictVersion.
     [[nodiscard]] virtual bool ContradictsVersion() const = 0;
 };
 

@@ -6,21 +6,21 @@
 
 namespace stalwick {
 
-// Why a recording cannot be converted; both are empty where that is not known.
+// Why a recording cannot be converted; both are empty if that is unknown.
 struct RecordingRefusal {
     bool refused = false;
-    std::wstring errorText;  // what the conversion's status gives; may be empty also if refused
+    std::wstring errorText;  // for the conversion's status; may be empty even if refused
     std::wstring reason;     // one line, after the recording's name: why, and what to do
 
     explicit operator bool() const { return refused; }
 };
 
-// Header values that nothing sane produces: more than 256 channels, no sampling frequency.
+// Header values that no sane recorder writes: more than 256 channels, no sampling frequency.
 [[nodiscard]] RecordingRefusal CheckHeader(const RecordingHeader& header);
 
-// Looks at a recording before anything is made for it: whether it is there, can be read, has every
-// required header field, and can have a directory of its own in `outputDirectory`. What is no
-// ordinary file, a pipe for example, is not looked at: what is read of it is gone.
+// Checks a recording before anything is created for it: whether it exists, can be read, has every
+// required header field, and can have its own directory in `outputDirectory`. Anything except a
+// regular file, for example a pipe, is not read: bytes read from it would be gone.
 [[nodiscard]] RecordingRefusal CheckRecording(const std::wstring& path,
                                               const std::wstring& outputDirectory);
 

@@ -22,7 +22,7 @@ void RecordingContents::Count(const ORDDataPacket& packet) {
     if (packet.ultrasonic) ++ultrasonicPackets_;
     JoinTtlValues(packet, ttlValues_);
     for (const std::uint8_t value : ttlValues_) {
-        // The first value of a recording makes no event.
+        // The first value of a recording produces no event.
         if (lastTtl_ && *lastTtl_ != value) ++ttlChanges_;
         lastTtl_ = value;
     }
@@ -66,7 +66,7 @@ std::wstring CountRecording(ORDFileReader& reader, const std::atomic<std::uint8_
     }
     if (reader.BytesRead() < kHeaderBlockSize) return L"ends inside its header";
     if (reader.ContradictsVersion()) return L"has packets that contradict its -FileVersion";
-    // One that was switched off ends inside a packet, and lost nothing else.
+    // A recorder that was switched off leaves an incomplete packet, and nothing else is lost.
     if (reader.UnconsumedBytes() == 0 || reader.EndsInACutPacket()) return {};
     return L"is damaged at byte " + std::to_wstring(reader.NextPacketPosition());
 }

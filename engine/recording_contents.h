@@ -13,7 +13,7 @@
 
 namespace stalwick {
 
-// How much of each output a recording's packets give, counted without making one.
+// How much of each output a recording's packets produce, counted without making one.
 class RecordingContents {
   public:
     void Count(const ORDDataPacket& packet);
@@ -21,9 +21,9 @@ class RecordingContents {
     // Samples of a channel file.
     [[nodiscard]] std::uint64_t Samples(ChannelGroup group, std::uint32_t channel) const;
     [[nodiscard]] std::uint64_t Events() const { return ttlChanges_; }
-    // Of all raw records, without the header.
+    // For all raw records, without the header.
     [[nodiscard]] std::uint64_t RawBytes() const;
-    // Position, from 1, of the last A/D channel that any packet had samples of.
+    // The last A/D channel, from 1, of which any packet had samples.
     [[nodiscard]] std::uint32_t MostADChannels() const { return census_.MostCarried(); }
     [[nodiscard]] bool Carries(ChannelGroup sensor) const { return census_.Carries(sensor); }
 
@@ -39,7 +39,7 @@ class RecordingContents {
 };
 
 // Reads an open recording to its end and counts its packets. Returns nothing if all of it was
-// counted and no data are lost; else why not, in words that follow "the recording".
+// counted and no data are lost; otherwise the reason, in words that follow "the recording".
 [[nodiscard]] std::wstring CountRecording(ORDFileReader& reader,
                                           const std::atomic<std::uint8_t>& cancelRequested,
                                           RecordingContents& contents);

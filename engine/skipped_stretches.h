@@ -8,23 +8,23 @@
 
 namespace stalwick {
 
-// The stretches of a recording that its conversion left out, and what that comes to.
+// The stretches of a recording that its conversion left out, and how much was lost.
 class SkippedStretches {
   public:
-    // `atSeconds`: of the recording, the end of what stands before the stretch.
+    // `atSeconds`: time in the recording, at the end of the last packet before the stretch.
     void Add(const StreamPart& stretch, double atSeconds);
 
-    // What was lost, a line each: first the sum if there are several, then each stretch up to a
-    // limit, then the rest together. `packetSeconds` is what a packet spans.
+    // The losses, one per line: first the sum if there are several, then each stretch up to a
+    // limit, then the rest together. `packetSeconds` is the duration of a packet.
     [[nodiscard]] std::vector<std::wstring> Describe(double packetSeconds,
                                                      bool packetsCarryTimestamps) const;
 
   private:
     struct Loss {
         std::uint64_t bytes = 0;
-        std::uint64_t lost = 0;  // packets, where timestamps tell
-        bool anyKnown = false;   // they told of a stretch
-        std::uint64_t room = 0;  // packets that the other stretches had room for, at least
+        std::uint64_t lost = 0;  // packets, if timestamps show how many
+        bool anyKnown = false;   // timestamps showed it for a stretch
+        std::uint64_t room = 0;  // packets for which the other stretches had room, at least
 
         void Add(const StreamPart& stretch);
     };

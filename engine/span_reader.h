@@ -11,24 +11,26 @@
 
 namespace stalwick {
 
-// Gives the spans of an open recording in their order. With a second thread they are read and
-// decoded a few spans ahead, while the caller works on the one that it has.
+// Returns the spans of an open recording in order. With a second thread they are read and decoded a
+// few spans ahead, while the caller works on the current one.
 class SpanReader {
   public:
-    // If no thread is available, spans are read when they are asked for.
+    // If no thread is available, spans are read on request.
     SpanReader(PacketSource& source, bool readsAhead);
-    // Waits for a span that is being read.
+    // Waits for the span that is being read.
     ~SpanReader();
     SpanReader(const SpanReader&) = delete;
     SpanReader& operator=(const SpanReader&) = delete;
 
-    // The next span; it is the caller's until the next call. Throws what reading it threw. There
-    // is none behind a span that IsLast(). Only then may the caller use the source itself again.
+    // The next span; it belongs to the caller until the next call. Throws any exception from
+    // reading it. There is none after a span that IsLast(); only then may the caller use the source
+    // itself again.
     DecodedSpan& Next();
 
   private:
     static constexpr std::size_t kMostAhead = 8;
-    // Reading goes on when no more than these are left: the threads wake each other seldom.
+    // Reading continues once at most this many are left, so that the threads seldom wake each
+    // other.
     static constexpr std::size_t kFewAhead = 4;
 
     void Read(DecodedSpan& span) noexcept;

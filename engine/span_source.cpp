@@ -6,7 +6,7 @@ namespace stalwick {
 
 namespace {
 
-// The packets stand one after another, up to `end`.
+// The packets are contiguous, up to `end`.
 void SetPositions(const std::vector<std::uint32_t>& sizes, std::uint64_t end, DecodedSpan& span) {
     std::uint64_t position = end - std::accumulate(sizes.begin(), sizes.end(), std::uint64_t{0});
     span.positions.clear();

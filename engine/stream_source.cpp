@@ -12,7 +12,7 @@ void AddStretch(DecodedSpan& span, const StreamPart& part, std::size_t packetsBe
     if (!span.skipped.empty() && span.skipped.back().packetsBefore == packetsBefore) {
         StreamPart& before = span.skipped.back().part;
         before.size += part.size;
-        // What timestamps tell counts from the last packet.
+        // Timestamps count from the last packet.
         before.packetsLost =
             part.packetsLostIsKnown ? part.packetsLost : before.packetsLost + part.packetsLost;
         before.packetsLostIsKnown = part.packetsLostIsKnown;

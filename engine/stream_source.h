@@ -6,8 +6,8 @@
 
 namespace stalwick {
 
-// A recording read packet by packet, whose damaged stretches are skipped. Stretches without a
-// packet between them are one.
+// A recording read packet by packet, skipping its damaged stretches. Stretches without a packet in
+// between count as one.
 class StreamSource final : public PacketSource {
   public:
     std::int32_t Open(const std::wstring& path) override;

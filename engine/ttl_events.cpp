@@ -25,7 +25,7 @@ std::uint64_t FirstSampleTime(EventFileWriterContainer& eventFile, const PacketT
            file.timestampOffset;
 }
 
-// Only the named fields are written; the others keep what the slot held.
+// Only the named fields are written; the others keep the slot's previous contents.
 void FillEvent(VtxDataTypes::EventRec& event, std::uint64_t timestamp, std::uint8_t ttlValue) {
     event.timestamp = timestamp;
     event.eventId = kTtlChangeId;
@@ -57,8 +57,8 @@ std::int32_t WriteTtlEvents(EventFileWriterContainer& eventFile,
             if (eventFile.CommitEvent() != 0) return -1;
             eventFile.lastTtl = value;
         }
-        // Truncated at every sample, so events late in a packet come out early. Kept (pinned by
-        // TtlEvents.SampleTimesAreTruncatedAtEverySample).
+        // Truncated at every sample, so events late in a packet are early. Do not change this
+        // (pinned by TtlEvents.SampleTimesAreTruncatedAtEverySample).
         sampleTime = TruncateToCount(static_cast<double>(sampleTime) + eventFile.samplePeriod,
                                      eventFile.timestampsSaturated);
     }

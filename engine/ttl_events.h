@@ -15,8 +15,8 @@ struct PacketTime {
     double runningMicroseconds = 0.0;                // used without a hardware timestamp
 };
 
-// Adds an event for each value that differs from the one before it; the file's first value makes
-// none. Returns 0, or -1 when a full block of events could not be written.
+// Adds an event for each value that differs from the one before it; the file's first value produces
+// none. Returns 0, or -1 if a full block of events could not be written.
 [[nodiscard]] std::int32_t WriteTtlEvents(EventFileWriterContainer& eventFile,
                                           const std::vector<std::uint8_t>& ttlValues,
                                           const PacketTime& time);

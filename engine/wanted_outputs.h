@@ -9,14 +9,14 @@
 
 namespace stalwick {
 
-// Which outputs of a recording are asked for.
+// Which outputs of a recording are requested.
 struct WantedOutputs {
     ChannelOptions channelOptions{};
     bool writeEvents = true;
     bool writeRawData = false;
 };
 
-// One output that a conversion makes, under the name that it has in an empty directory.
+// One output that a conversion makes, with its name in an empty directory.
 struct ExpectedOutput {
     enum class Kind { kChannel, kEvents, kRawData };
     Kind kind = Kind::kChannel;
@@ -26,7 +26,7 @@ struct ExpectedOutput {
     const wchar_t* extension = nullptr;
 };
 
-// The outputs of a recording with this header, in the order in which they are made.
+// The outputs of a recording with this header, in the order in which they are created.
 [[nodiscard]] std::vector<ExpectedOutput> ListOutputs(const WantedOutputs& wanted,
                                                       const RecordingHeader& header);
 

@@ -1,4 +1,4 @@
-// A whole conversion, its files in memory, held against the reference conversion.
+// A whole conversion, with files in memory, compared with the reference conversion.
 
 #include "engine/conversion_job.h"
 #include "fuzz/recording_input.h"
@@ -35,7 +35,7 @@ OutputSettings SettingsOf(std::uint8_t options) {
     return settings;
 }
 
-// The directory is real, and made once; the files in it are not.
+// The directory is real and created once; the files in it are not.
 const test::TempDirectory& Directory() {
     static const test::TempDirectory directory;
     return directory;

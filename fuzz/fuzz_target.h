@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-// Each target hands bytes of anybody's making to one part of the program and holds what comes out
-// against the tests' plain reference. A difference, like a crash, ends the process.
+// Each target passes arbitrary bytes to one part of the program and compares the result with the
+// tests' plain reference. A difference, like a crash, ends the process.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace stalwick::fuzz {

@@ -1,4 +1,4 @@
-// Looking up and converting header fields, held against the patterns that they stand for.
+// Finding and converting header fields, compared with the patterns that they implement.
 
 #include "fuzz/fuzz_target.h"
 #include "ord/header_fields.h"
@@ -9,7 +9,8 @@ namespace stalwick::fuzz {
 
 namespace {
 
-// The reference recurses for every character, and a version's pattern doubles its time with each.
+// The reference recurses for every character, and the time of a version's pattern doubles with
+// each.
 constexpr std::size_t kMostReferenceCharacters = 300;
 constexpr std::size_t kMostReferenceVersion = 12;
 

@@ -1,4 +1,4 @@
-// The reader on a whole file, read in pieces of any size, held against the span reader.
+// The reader on a whole file, read in pieces of any size, compared with the span reader.
 
 #include "fuzz/recording_input.h"
 #include "ord/header_fields.h"
@@ -12,7 +12,7 @@ namespace {
 
 constexpr wchar_t kPath[] = L"in.ord";
 
-// What one call of the system gives: everything, or little.
+// How much one call of the system returns: everything, or little.
 std::size_t PieceSize(std::uint8_t options) {
     return options % 8 == 0 ? SIZE_MAX : std::size_t{100} * (options % 8);
 }

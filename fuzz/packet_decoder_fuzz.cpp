@@ -1,5 +1,5 @@
-// The packet decoder on a span of bytes, with each of its kernels, held against the bit-at-a-time
-// one.
+// The packet decoder on a span of bytes, with each of its kernels, compared with the bit-at-a-time
+// decoder.
 
 #include <memory>
 #include <optional>
@@ -68,7 +68,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::Input input(data, size);
     const fuzz::Plan plan = fuzz::PlanOf(input.TakeByte());
     const std::string_view span = input.Take(kDataBufferSize);
-    // Memory of exactly this size: a sanitizer sees every byte read beyond it.
+    // Memory of exactly this size: a sanitizer sees every read beyond it.
     const auto bytes = std::make_unique<std::uint8_t[]>(span.size());
     std::copy(span.begin(), span.end(), bytes.get());
 

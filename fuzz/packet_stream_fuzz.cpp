@@ -1,5 +1,5 @@
-// The packet stream on a whole file: its parts stand one after the other up to the file's end, and
-// every packet is what the reference takes for one at that place of the whole file.
+// The packet stream on a whole file: its parts follow one another up to the end of the file, and
+// every packet equals the reference's packet at that place of the whole file.
 
 #include "ord/header_fields.h"
 #include "ord/packet_stream.h"
@@ -50,7 +50,7 @@ std::vector<std::string> MakeSeeds() {
         const auto more = MakeRecordingSeeds(static_cast<std::uint8_t>(options));
         seeds.insert(seeds.end(), more.begin(), more.end());
     }
-    // And with a damaged place in their middle.
+    // And with a damaged place in the middle.
     for (std::size_t i = 0, whole = seeds.size(); i < whole; ++i) {
         std::string damaged = seeds[i];
         damaged[damaged.size() / 2] = static_cast<char>(damaged[damaged.size() / 2] ^ 0x55);

@@ -20,9 +20,9 @@ constexpr std::size_t kHeaderBytes = 512;  // the complete header's text has 370
 constexpr std::uint8_t kSensors = 0x0E;    // of the options: their outputs
 constexpr std::size_t kSpanUnit = 64;
 constexpr std::uint8_t kSeedSpan = 15;  // spans of 1024 bytes: a few packets of 32 channels
-// One recording of this many is read by the patterns.
+// One in this many recordings is also read with the patterns.
 constexpr std::uint64_t kPatternShare = 16;
-// More channels take more time, not other ways; packets of 32 can agree with their header.
+// More channels take more time but no new paths; packets of 32 can agree with their header.
 constexpr unsigned kChannelCounts[] = {0, 1, 2, 3, 4, 6, 8, 32};
 
 std::string HeaderFor(std::uint8_t channels) {
@@ -120,7 +120,7 @@ std::vector<std::string> MakeRecordingSeeds(std::uint8_t options) {
         if (kind == 7) synth.channelCount = 64;
         const std::uint8_t channels = synth.hardwareTimestamps ? 3 : 3 | kVersion1;
         const char* lines = kind < 4 ? "" : "-BaseIMUAvailable 0\n-UltrasonicAvailable 1 2";
-        // Eighteen files that stay empty would only take time.
+        // Eighteen empty files would only take time.
         const unsigned outputs = kind < 4 ? options & ~unsigned{kSensors} : options;
         seeds.push_back(Seed(static_cast<std::uint8_t>(outputs), channels, lines, StreamOf(synth)));
     }

@@ -20,7 +20,7 @@ namespace stalwick::fuzz {
  * The recording is read in small pieces: a short input has as many spans as a long recording.
  */
 struct RecordingInput {
-    std::uint8_t options = 0;  // the target's to read, but for the two highest bits
+    std::uint8_t options = 0;  // for the target to interpret, except the two highest bits
     ReadSizes sizes;           // for SetReadSizes
     std::string recording;     // the bytes of the `.ord` file
 };

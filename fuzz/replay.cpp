@@ -1,5 +1,5 @@
-// Runs a target without libFuzzer: on its seeds, on seeds damaged a little, and on the files of
-// the directories named on the command line (what fuzzing found earlier).
+// Runs a target without libFuzzer: on its seeds, on slightly damaged seeds, and on the files in the
+// directories given on the command line (what fuzzing found earlier).
 
 #include <cstdio>
 #include <filesystem>
@@ -16,7 +16,7 @@ void Run(const std::string& input) {
     LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
 }
 
-// One to four bytes changed, or the end cut off.
+// Changes one to four bytes, or cuts off the end.
 std::string Damage(std::string input, std::mt19937_64& random) {
     if (input.empty()) return input;
     if (random() % 4 == 0) return input.substr(0, random() % input.size());

@@ -11,7 +11,7 @@ namespace VtxLogging {
 
 namespace {
 
-// Each banner has 14 characters, its last one a blank.
+// Each banner has 14 characters; the last one is a blank.
 constexpr std::array<const wchar_t*, 6> kBanners = {
     L"-*  FATAL  *- ", L"-*  ERROR  *- ", L"-* WARNING *- ",
     L"-* NOTICE  *- ", L"-*  DATA   *- ", L"-*  DEBUG  *- ",
@@ -20,9 +20,9 @@ constexpr const wchar_t* kUnknownBanner = L"-* UNKNOWN *- ";
 
 std::wstreambuf* const standardBuffer = std::wcout.rdbuf();  // null before main()
 
-// The wide stream's own way to standard output fails for good at the first character that the
-// locale lacks, and after narrow text it garbles it. So the text goes there as UTF-8, unless
-// somebody has put another buffer in place of the stream's.
+// The wide stream's own conversion fails for good at the first character that the locale lacks, and
+// garbles text after narrow output. So the text is written to standard output as UTF-8, unless
+// somebody has replaced the stream's buffer.
 void WriteWide(const std::wstring& text) {
     if (standardBuffer != nullptr && std::wcout.rdbuf() != standardBuffer) {
         std::wcout << text;

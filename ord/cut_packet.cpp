@@ -8,7 +8,7 @@ namespace stalwick {
 namespace {
 
 constexpr std::size_t kKindOffset = 1;  // of the byte in a packet
-// One whole packet alone can be a chance, unless it ends exactly where the stream does.
+// One whole packet alone can be a coincidence, unless it ends exactly where the stream does.
 constexpr unsigned kEnoughPackets = 2;
 
 std::uint8_t KindOf(const ORDDataPacket& packet) {
@@ -38,7 +38,7 @@ std::size_t LongestOfKind(std::uint8_t kind, const DecodeOptions& options) {
     return size;
 }
 
-// Whether packets that are enough to be no chance begin with the span.
+// Whether the span begins with enough packets to rule out coincidence.
 bool BeginsWithPackets(std::span<const std::uint8_t> span, const PacketKinds& kinds,
                        const DecodeOptions& options) {
     ORDDataPacket packet;

@@ -32,8 +32,8 @@ bool StandsAt(const std::wstring& text, Position at, const std::wstring& key) {
                       [](wchar_t a, wchar_t b) { return LowerCase(a) == LowerCase(b); });
 }
 
-// End of the quoted text that a quote at `open` begins, or npos: at least one character and a
-// closing quote are needed.
+// End of the quoted text that begins with the quote at `open`, or npos: it needs at least one
+// character and a closing quote.
 Position FindClosingQuote(const std::wstring& value, Position open) {
     const Position close = value.find(L'"', open + 1);
     return close == open + 1 ? std::wstring::npos : close;
@@ -43,7 +43,7 @@ template <typename Number>
 bool ExtractNumber(const std::wstring& token, Number& target) {
     std::wistringstream stream(token);
     stream.imbue(std::locale::classic());
-    stream.exceptions(std::ios::badbit);  // a failing allocation is no unreadable value
+    stream.exceptions(std::ios::badbit);  // a failing allocation is not an unreadable value
     stream >> target;
     return !stream.fail();
 }
@@ -114,7 +114,7 @@ bool ConvertToken(const std::wstring& token, std::wstring& target) {
 
 std::int32_t VersionStringToNumber(const std::wstring& text) {
     if (text.empty() || !IsDigit(text.front())) return -1;
-    // A version is groups of digits with one other character at most between them and at the end.
+    // A version is groups of digits with at most one other character between them and at the end.
     for (Position at = 1; at < text.size(); ++at) {
         if (IsDigit(text[at])) continue;
         if (IsLineBreak(text[at]) || !IsDigit(text[at - 1])) return -1;

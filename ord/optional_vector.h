@@ -4,8 +4,8 @@
 
 namespace stalwick {
 
-// A vector that may be absent. Unlike std::optional it keeps its memory while it is absent, so
-// that a packet can be decoded into again and again without an allocation.
+// A vector that may be absent. Unlike std::optional it keeps its memory while absent, so that
+// decoding into the same packet again and again does not allocate.
 template <typename T>
 class OptionalVector {
   public:
@@ -18,7 +18,7 @@ class OptionalVector {
         values_.clear();
         return values_;
     }
-    // Makes it present with whatever it held before; the caller overwrites it all.
+    // Makes it present with its previous contents; the caller overwrites all of them.
     std::vector<T>& engage_keeping_contents() {
         engaged_ = true;
         return values_;

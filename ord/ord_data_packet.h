@@ -13,7 +13,7 @@ namespace stalwick {
 using ImuValues = std::array<std::uint16_t, kImuValues>;
 using UltrasonicValues = std::array<std::uint16_t, kUltrasonicValues>;
 
-// One decoded packet of the stream; docs/ord-format.md says where each field stands.
+// One decoded packet of the stream; docs/ord-format.md shows the position of each field.
 struct ORDDataPacket {
     std::uint8_t packetType = 0;
     std::uint8_t channelCountCode = 0;  // the packet describes 32 << code channels
@@ -36,14 +36,14 @@ struct ORDDataPacket {
     // adSamples[channel * samplesPerChannel + i]; 16-bit two's complement, the low 2 bits 0.
     OptionalVector<std::uint16_t> adSamples;
 
-    // Back to a packet without content; the vectors keep their memory.
+    // Makes the packet empty again; the vectors keep their memory.
     void Reset();
 
     friend bool operator==(const ORDDataPacket&, const ORDDataPacket&) = default;
 };
 
 // The TTL input of each sample, 8 bits, from a packet's nibble lists: the high nibbles are bits 0
-// to 3. Where the lists differ in length the high nibbles stand alone.
+// to 3. If the lists differ in length, only the high nibbles count.
 void JoinTtlValues(const ORDDataPacket& packet, std::vector<std::uint8_t>& ttlValues);
 
 }  // namespace stalwick

@@ -14,7 +14,7 @@ namespace stalwick {
 
 namespace {
 
-// Text that failed conversions report in place of the system's own.
+// The text that failed conversions report instead of the system's own.
 constexpr wchar_t kReadFailed[] = L"Failed to process input file";
 
 }  // namespace
@@ -61,7 +61,7 @@ std::int32_t ORDFileReader::GetData(std::vector<ORDDataPacket>& records, bool& e
 
     const std::size_t wanted = sizes_.span - bytesHeld_;
     std::size_t count = 0;
-    // What a short file grows by would be out of place: its packets begin after a whole header.
+    // Bytes appended to a short file would be misplaced: its packets begin after a whole header.
     if (!endedInHeader_) readError_ = file_.Read(buffer_.data() + bytesHeld_, wanted, count);
     bytesRead_ += count;
     unconsumedBytes_ += count;
@@ -70,8 +70,8 @@ std::int32_t ORDFileReader::GetData(std::vector<ORDDataPacket>& records, bool& e
     return DecodeBuffer(bytesHeld_ + static_cast<std::uint32_t>(count), records);
 }
 
-// Packets that were read whole before a read failed are given as if the failure came behind them:
-// it is the next call's.
+// Packets that were read whole before a read failed are returned first; the next call reports the
+// failure.
 std::int32_t ORDFileReader::DecodeBeforeFailure(std::size_t count,
                                                 std::vector<ORDDataPacket>& records) {
     if (count == 0) {
@@ -83,7 +83,7 @@ std::int32_t ORDFileReader::DecodeBeforeFailure(std::size_t count,
     return 0;
 }
 
-// Bytes of the buffer that made whole packets.
+// Bytes of the buffer that formed whole packets.
 std::uint32_t ORDFileReader::Decode(std::uint32_t validBytes, std::vector<ORDDataPacket>& records) {
     const bool isFirstBlock = bytesRead_ == kHeaderBlockSize + validBytes;
     if (isFirstBlock) {
@@ -101,9 +101,9 @@ std::int32_t ORDFileReader::DecodeBuffer(std::uint32_t validBytes,
                                          std::vector<ORDDataPacket>& records) {
     const std::uint32_t consumed = Decode(validBytes, records);
     // The rest is counted to the end of the buffer, not of the valid bytes. The two differ only in
-    // the last, short block: one of which nothing is consumed is no error, and one whose valid and
-    // consumed bytes add up to the buffer's size is an error. Kept (pinned by
-    // ORDFileReader.LastBlockOfHalfTheBufferIsReportedAsNotConsumed).
+    // the last, short block: if nothing of it is consumed, that is not an error; if its valid and
+    // consumed bytes add up to the size of the buffer, it is an error. Do not change this (pinned
+    // by ORDFileReader.LastBlockOfHalfTheBufferIsReportedAsNotConsumed).
     const auto leftover = static_cast<std::uint32_t>(sizes_.span - consumed);
     if (validBytes == leftover) return Fail(L"Failed to process buffer. 0 bytes consumed.");
     unconsumedBytes_ = validBytes - consumed;

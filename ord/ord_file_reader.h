@@ -15,8 +15,8 @@
 
 namespace stalwick {
 
-// Reads one wireless raw data file (.ord): its header text and fields, then its packets a block
-// at a time. docs/ord-format.md describes the file.
+// Reads one wireless raw data file (.ord): its header text and fields, then its packets block by
+// block. docs/ord-format.md describes the file.
 //
 // Order of calls: Open, GetData until it reports the end of the file or fails, Close; then Open
 // again. Used by one thread at a time. Operations return 0, or -1 with the reason in
@@ -28,24 +28,24 @@ class ORDFileReader {
     ORDFileReader(const ORDFileReader&) = delete;
     ORDFileReader& operator=(const ORDFileReader&) = delete;
 
-    // Opens the file and reads its header. After a failure behind the opening itself the file is
+    // Opens the file and reads its header. If anything after the opening itself fails, the file is
     // still open.
     [[nodiscard]] std::int32_t Open(std::wstring path);
 
-    // Back to the state after construction, but for FileVersion and UTCOffsetMicroseconds, which
-    // keep the last file's values.
+    // Returns to the state after construction, except for FileVersion and UTCOffsetMicroseconds,
+    // which keep the values of the last file.
     std::int32_t Close();
 
     // Reads the next block and decodes its whole packets into `records`, which is reused.
-    // `endOfFile` becomes true with the last block; the records of that call still count. Where a
-    // read fails, packets that were read whole before are given first: the next call fails.
+    // `endOfFile` becomes true with the last block; the records of that call still count. If a read
+    // fails, packets that were read whole before are returned first, and the next call fails.
     [[nodiscard]] std::int32_t GetData(std::vector<ORDDataPacket>& records, bool& endOfFile);
 
     [[nodiscard]] std::wstring GetHeaderText() const { return headerText_; }
     [[nodiscard]] std::wstring GetErrorMessage() const { return errorMessage_; }
     void SetErrorMessage(const std::wstring& message) { errorMessage_ = message; }
 
-    // Its fields as one value, and one by one.
+    // The header's fields as one value, and one by one.
     const RecordingHeader& Header() const { return header_; }
     [[nodiscard]] std::uint32_t NumADChannels() const { return header_.numADChannels; }
     [[nodiscard]] std::uint32_t SamplingFrequency() const {
@@ -62,22 +62,22 @@ class ORDFileReader {
     [[nodiscard]] bool AfeIMUAvailable() const { return header_.afeImuAvailable; }
     [[nodiscard]] bool UltrasonicAvailable() const { return header_.ultrasonicAvailable; }
 
-    // Bytes in the open file; 0 where that is not known.
+    // Bytes in the open file; 0 if unknown.
     [[nodiscard]] std::uint64_t FileSize() const { return file_.Size(); }
     // Bytes read from the file so far, the header block included.
     [[nodiscard]] std::uint64_t BytesRead() const { return bytesRead_; }
-    // Bytes read that made no whole packet yet.
+    // Bytes read that have not formed a whole packet yet.
     [[nodiscard]] std::uint64_t UnconsumedBytes() const { return unconsumedBytes_; }
-    // Bytes of each packet of the last block, which stand one after another before the next packet.
+    // Bytes of each packet of the last block. They are contiguous and precede the next packet.
     const std::vector<std::uint32_t>& PacketSizes() const { return spanMemory_.packetSizes; }
-    // Where in the file the next packet begins.
+    // The position in the file where the next packet begins.
     [[nodiscard]] std::uint64_t NextPacketPosition() const { return bytesRead_ - unconsumedBytes_; }
     // After the last block: whether the unconsumed bytes are a packet that lacks its end; see
     // IsCutPacket.
     [[nodiscard]] bool EndsInACutPacket() const;
-    // Whether a read failed after the bytes of the last block: the next call of GetData fails.
+    // Whether a read failed after the bytes of the last block: then the next call of GetData fails.
     [[nodiscard]] bool ReadHasFailed() const { return readError_ != 0; }
-    // Of the stream's first block: see PacketsContradictVersion.
+    // For the first block of the stream: see PacketsContradictVersion.
     [[nodiscard]] bool ContradictsVersion() const { return contradictsVersion_; }
     // The operating system's reason when a read failed; 0 otherwise.
     [[nodiscard]] SystemErrorCode SystemError() const { return systemError_; }

@@ -37,7 +37,8 @@ inline constexpr unsigned kWidestDelta = 15;  // bits
 inline constexpr unsigned kFirstValueBits = 14;
 inline constexpr unsigned kSampleShift = 2;  // a 14-bit converter value fills the upper bits
 
-// Bytes of the largest A/D block, and of a 256-channel packet with it and every other block.
+// Size in bytes of the largest A/D block, and of a 256-channel packet with it and every other
+// block.
 inline constexpr std::size_t kLargestADBlock =
     kMostADChannels * (kWidthBits + kFirstValueBits + (kSamplesPerPacket - 1) * kWidestDelta) / 8;
 inline constexpr std::size_t kLongestPacketSize =

@@ -8,7 +8,7 @@ namespace stalwick {
 
 namespace {
 
-// The bytes of a span that are still to be read.
+// The bytes of a span that have not been read yet.
 class ByteReader {
   public:
     ByteReader(const std::uint8_t* data, std::size_t length) : at_(data), end_(data + length) {}
@@ -82,11 +82,11 @@ bool ReadADSamples(ByteReader& bytes, std::uint32_t numChannels, std::uint32_t s
     return true;
 }
 
-// Reads everything after the head; says which block is cut short, if one is.
+// Reads everything after the head. Returns which block is truncated, if any.
 PacketRefusal ReadBlocks(ByteReader& bytes, std::uint8_t flags, ORDDataPacket& packet,
                          const DecodeOptions& options, bool samplesOverridden) {
     const std::uint32_t numChannels = 32U << packet.channelCountCode;
-    // A 256-channel packet has 5 state bytes, yet 10 samples a channel where the caller overrides.
+    // A 256-channel packet has 5 state bytes, yet 10 samples per channel if the caller overrides.
     const std::uint32_t stateCount =
         numChannels == kMostADChannels ? kStatesPerWidestPacket : kSamplesPerPacket;
     const std::uint32_t sampleCount = samplesOverridden ? kSamplesPerPacket : stateCount;
@@ -142,7 +142,7 @@ const std::uint8_t* ParseDataPacket(const std::uint8_t* data, std::size_t length
 
 namespace {
 
-// The packet to decode into: the list's own one at `count`, or one from `spares`.
+// The packet to decode into: the one at `count` in the list, or one from `spares`.
 ORDDataPacket& PacketAt(std::vector<ORDDataPacket>& packets, std::size_t count,
                         std::vector<ORDDataPacket>& spares) {
     if (count < packets.size()) return packets[count];

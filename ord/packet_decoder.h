@@ -11,8 +11,8 @@
 
 namespace stalwick {
 
-// Why bytes were not taken as a packet: they do not begin with the packet type byte, or they end
-// inside a packet, and where.
+// Why bytes are not a packet: they do not begin with the packet type byte, or they end inside a
+// packet, and where.
 enum class PacketRefusal {
     kNone,
     kWrongType,
@@ -26,43 +26,43 @@ enum class PacketRefusal {
     kCutInSamples
 };
 
-// The position after a packet; or, with the reason, the position where it should have begun.
+// The position after a packet; or the reason and the position where it should have begun.
 struct PacketParse {
     const std::uint8_t* end = nullptr;
     PacketRefusal refusal = PacketRefusal::kNone;
 };
 
-// Decodes whole packets from `data` until one is incomplete or does not begin with the packet
-// type byte; a packet must begin where the one before it ended. `packets` is reused: it ends with
-// exactly the packets of this call. Returns the first byte that was not consumed.
+// Decodes whole packets from `data` until one is incomplete or does not begin with the packet type
+// byte; a packet must begin at the end of the previous one. `packets` is reused and afterwards
+// holds exactly the packets of this call. Returns the first byte that was not consumed.
 //
-// `samplesOverride`: when present, whatever its value, every A/D block holds 10 samples a channel.
-// The stream is described in docs/ord-format.md.
+// `samplesOverride`: if present, with any value, every A/D block holds 10 samples per channel.
+// docs/ord-format.md describes the stream.
 const std::uint8_t* ProcessDataBuffer(const std::uint8_t* data, std::size_t length,
                                       std::vector<ORDDataPacket>& packets,
                                       const DecodeOptions& options,
                                       std::optional<std::uint32_t> samplesOverride);
 
-// What calls of ProcessDataBuffer leave for the next one.
+// Memory that one call of ProcessDataBuffer leaves for the next.
 struct SpanMemory {
-    std::vector<ORDDataPacket> spares;       // packets that were not needed, with their memory
+    std::vector<ORDDataPacket> spares;       // unused packets, with their memory
     std::vector<std::uint32_t> packetSizes;  // bytes of each packet of the last call
 };
 
-// The same without an allocation a packet.
+// The same without an allocation per packet.
 const std::uint8_t* ProcessDataBuffer(const std::uint8_t* data, std::size_t length,
                                       std::vector<ORDDataPacket>& packets,
                                       const DecodeOptions& options,
                                       std::optional<std::uint32_t> samplesOverride,
                                       SpanMemory& memory);
 
-// Decodes the packet that begins with the span; `packet` is blank when it was refused.
+// Decodes the packet at the beginning of the span; `packet` is blank if it is refused.
 [[nodiscard]] PacketParse TryParsePacket(std::span<const std::uint8_t> span, ORDDataPacket& packet,
                                          const DecodeOptions& options,
                                          std::optional<std::uint32_t> samplesOverride);
 
-// The same without the reason: returns the position after the packet; `data`, with `packet` blank,
-// when there is no whole packet.
+// The same without the reason. Returns the position after the packet; if there is no whole packet,
+// returns `data` and leaves `packet` blank.
 const std::uint8_t* ParseDataPacket(const std::uint8_t* data, std::size_t length,
                                     ORDDataPacket& packet, const DecodeOptions& options,
                                     std::optional<std::uint32_t> samplesOverride);

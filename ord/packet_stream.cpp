@@ -19,13 +19,13 @@ constexpr std::size_t kSoundChain = 3;           // packets in a row, with times
 constexpr std::size_t kSoundChainUnstamped = 8;  // without
 constexpr std::size_t kFewestAfterUnstamped = 2;
 constexpr std::size_t kNearChain = 2;
-constexpr std::size_t kSectorSize = 4096;  // of what a disk puts into a wrong place
+constexpr std::size_t kSectorSize = 4096;  // of what a disk misplaces
 constexpr std::uint64_t kPacketsToKnowFlags = 100;
-// Of many more any number of nanoseconds may be whole steps by a clock that drifts.
+// With many more, a drifting clock makes any number of nanoseconds look like whole steps.
 constexpr std::uint64_t kMostStepsInARow = 250;
 constexpr std::size_t kStampsAround = 4;
 constexpr std::size_t kFewestStampsInStep = 2;
-// A packet and a chain after it are in the window together.
+// A packet and the chain after it are in the window together.
 constexpr std::size_t kLookahead = (kSoundChainUnstamped + 2) * kLongestPacketSize;
 static_assert(kLookahead < StreamWindow::kMostBytes);
 
@@ -77,7 +77,7 @@ StreamPart PacketStream::Next(ORDDataPacket& packet) {
     if (bytes.empty()) return {StreamPart::Kind::kEnd, position, 0, {}, 0};
     const PacketParse parse = TryParsePacket(bytes, packet, options_, kSamplesPerPacket);
     if (parse.refusal == PacketRefusal::kWrongType) return SkipDamage(parse.refusal, position);
-    // The window has room for the longest packet: only the end of the file cuts one.
+    // The window has room for the longest packet: only the end of the file truncates one.
     if (parse.refusal != PacketRefusal::kNone) return TakeRest(parse.refusal);
     const auto size = static_cast<std::size_t>(parse.end - bytes.data());
     const std::uint8_t flags = bytes[1];
@@ -122,7 +122,7 @@ StreamPart PacketStream::TakePacket(const ORDDataPacket& packet, std::uint8_t fl
     return part;
 }
 
-// Moves to where packets go on, or to the end of the file.
+// Moves to where packets continue, or to the end of the file.
 StreamPart PacketStream::SkipDamage(PacketRefusal refusal, std::uint64_t noticedAt) {
     StreamPart part{StreamPart::Kind::kDamage, window_->Position(), 0, refusal, noticedAt};
     window_->Advance(1);
@@ -133,7 +133,7 @@ StreamPart PacketStream::SkipDamage(PacketRefusal refusal, std::uint64_t noticed
     return part;
 }
 
-// The window begins where packets go on, or at the end of the file.
+// The window begins where packets continue, or at the end of the file.
 void PacketStream::CountLostPackets(StreamPart& part) const {
     const std::optional<Head> next = HeadAt(0);
     if (next && next->timestamp && lastStamp_ && clock_.StepNs() > 0.0) {
@@ -150,7 +150,8 @@ void PacketStream::CountLostPackets(StreamPart& part) const {
                                                beginsWithPacket ? 1 : 0);
 }
 
-// A packet that reaches beyond the end of the file: it was cut there, unless packets go on inside.
+// A packet that extends past the end of the file: it was truncated there, unless packets continue
+// inside it.
 StreamPart PacketStream::TakeRest(PacketRefusal refusal) {
     const std::uint64_t start = window_->Position();
     window_->Advance(1);
@@ -197,8 +198,8 @@ bool PacketStream::IsCertain(const ORDDataPacket& packet, std::uint8_t flags, st
     return Follows(head, *next, Link::kFlags) || BeginsSoundChain(end);
 }
 
-// The same with timestamps, which say most. Damage of what follows the packet may reach into it
-// from there, so that its type byte counts too.
+// The same with timestamps, the best evidence. Damage after the packet may extend back into it, so
+// its type byte counts too.
 bool PacketStream::IsFollowedInStep(const Head& head, std::size_t end) {
     const Head next = *HeadAt(end);
     if (window_->Bytes()[end] != kDataPacketType) return false;
@@ -207,8 +208,8 @@ bool PacketStream::IsFollowedInStep(const Head& head, std::size_t end) {
            GoesOnInStep(*head.timestamp, 1, end);
 }
 
-// Whether those before and after the packet at the window's beginning agree on another time for it.
-// Recorders may repeat a timestamp and write 0 for none.
+// Whether the packets before and after the one at the window's beginning agree on another time for
+// it. Recorders may repeat a timestamp and write 0 for none.
 bool PacketStream::IsOutOfStep(std::optional<std::uint64_t> timestamp, std::size_t end) {
     constexpr double kHalfASample = 0.5 / kSamplesPerPacket;  // of a step
     if (!timestamp || *timestamp == 0 || timestamp == lastStamp_) return false;
@@ -221,9 +222,9 @@ bool PacketStream::IsOutOfStep(std::optional<std::uint64_t> timestamp, std::size
     return GoesOnInStep(*lastStamp_, 2, end) || IsFromElsewhere(*timestamp, end);
 }
 
-// Whether the packet at the window's beginning stands in a sector of a disk that is out of its
-// place: soon packets go on in step with the last one, and it does not come between; or its row
-// ends in damage within a sector.
+// Whether the packet at the window's beginning is in a misplaced disk sector: packets soon continue
+// in step with the last one, and it does not fit in between; or its row ends in damage within a
+// sector.
 bool PacketStream::IsFromElsewhere(std::uint64_t timestamp, std::size_t end) {
     const std::uint64_t ahead = timestamp - *lastStamp_;
     for (std::size_t offset = end; offset <= end + kSectorSize;) {
@@ -231,7 +232,7 @@ bool PacketStream::IsFromElsewhere(std::uint64_t timestamp, std::size_t end) {
         const Chain chain = FollowChain(offset, {}, Link::kType);
         if (!head) return false;
         if (chain.packets == 0) return !chain.atEnd && window_->Position() != wentOnAt_;
-        // One that goes back has no time between either.
+        // A packet that goes back has no time between them either.
         const bool isBetween = ahead < *head->timestamp - *lastStamp_;
         if (!isBetween && IsNear(*head->timestamp, offset) &&
             GoesOnInStep(*head->timestamp, 1, chain.end)) {
@@ -242,7 +243,7 @@ bool PacketStream::IsFromElsewhere(std::uint64_t timestamp, std::size_t end) {
     return false;
 }
 
-// The same of a first packet: those after it are in step with each other.
+// The same for a first packet: those after it are in step with each other.
 bool PacketStream::IsOutOfStepWithNext(std::uint64_t timestamp, std::size_t end) {
     const std::optional<Head> next = HeadAt(end);
     if (!next || *next->timestamp == timestamp || clock_.WholeSteps(timestamp, *next->timestamp)) {
@@ -254,7 +255,7 @@ bool PacketStream::IsOutOfStepWithNext(std::uint64_t timestamp, std::size_t end)
 }
 
 // Whether packets from `offset` on have the timestamps that follow `timestamp`, the first of them
-// so many steps later. One that is damaged itself may be among them.
+// that many steps later. One of them may be damaged.
 bool PacketStream::GoesOnInStep(std::uint64_t timestamp, std::uint64_t stepsToFirst,
                                 std::size_t offset) {
     std::size_t inStep = 0;
@@ -270,8 +271,8 @@ bool PacketStream::GoesOnInStep(std::uint64_t timestamp, std::uint64_t stepsToFi
     return inStep != 0 && inStep >= std::min(count, kFewestStampsInStep);
 }
 
-// Parses the packets from `offset` on, as long as they follow each other and until there are as
-// many as wanted and the last one begins so many bytes after the first.
+// Parses the packets from `offset` on while they follow each other, until there are as many as
+// wanted and the last one begins at least that many bytes after the first.
 PacketStream::Chain PacketStream::FollowChain(std::size_t offset, ChainLength wanted, Link link) {
     const auto bytes = window_->Bytes();
     Chain chain{0, offset, offset, false};
@@ -297,14 +298,15 @@ PacketStream::Chain PacketStream::FollowChain(std::size_t offset, ChainLength wa
     return chain;
 }
 
-// Packets of the chain that another one of it follows need no further look. With timestamps the
-// last one begins as it should, without them it may be a chance.
+// If another packet of the chain follows a packet, it needs no further check. With timestamps the
+// last one begins as it should; without them it may be a coincidence.
 void PacketStream::Trust(const Chain& chain) {
     const bool toItsEnd = PacketsCarryTimestamps() || chain.atEnd;
     soundUntil_ = window_->Position() + (toItsEnd ? chain.end : chain.lastStart);
 }
 
-// Whether packets go on from `offset` although the first of them does not follow what was before.
+// Whether packets continue from `offset` although the first of them does not follow from what was
+// before.
 bool PacketStream::BeginsSoundChain(std::size_t offset) {
     const std::size_t wanted = PacketsCarryTimestamps() ? kSoundChain : kSoundChainUnstamped;
     Chain chain = FollowChain(offset, {wanted}, Link::kFlagsAndStamps);
@@ -318,8 +320,9 @@ bool PacketStream::BeginsSoundChain(std::size_t offset) {
     return true;
 }
 
-// Whether enough packets follow from `offset` on to say that one without a timestamp ended there:
-// the bytes after one whose length is damaged look like one packet by chance, but not like two.
+// Whether enough packets follow from `offset` on to conclude that a packet without a timestamp
+// ended there: the bytes after a packet with a damaged length look like one packet by coincidence,
+// but not like two.
 bool PacketStream::BeginsUnstampedChain(std::size_t offset) {
     const Head head = *HeadAt(offset);
     if (packetCount_ != 0 && !knownFlags_.test(head.flags)) return BeginsSoundChain(offset);
@@ -329,8 +332,8 @@ bool PacketStream::BeginsUnstampedChain(std::size_t offset) {
     return true;
 }
 
-// Whether a packet of this time can come after so many skipped bytes: whole steps after the last
-// certain one, and not more of them than the bytes can have held.
+// Whether a packet with this time can follow after that many skipped bytes: whole steps after the
+// last certain one, and no more of them than the bytes can have held.
 bool PacketStream::IsNear(std::uint64_t timestamp, std::uint64_t skipped) const {
     if (!lastStamp_) return false;
     const auto steps = clock_.WholeSteps(*lastStamp_, timestamp);
@@ -338,7 +341,7 @@ bool PacketStream::IsNear(std::uint64_t timestamp, std::uint64_t skipped) const 
     return steps && *steps <= skipped / shortest + 2;
 }
 
-// Whether packets go on at the window's beginning, `skipped` bytes after the last certain one.
+// Whether packets continue at the window's beginning, `skipped` bytes after the last certain one.
 bool PacketStream::IsPlaceToGoOn(std::uint64_t skipped) {
     const std::optional<Head> head = HeadAt(0);
     if (!head || (packetCount_ != 0 && !knownCodes_.test(CodeOf(head->flags)))) return false;
@@ -349,7 +352,7 @@ bool PacketStream::IsPlaceToGoOn(std::uint64_t skipped) {
         return true;
     }
     ChainLength wanted{kSoundChainUnstamped, kSectorSize};
-    // The first one, which will be left out, may stand before a sector that is out of its place.
+    // The first one, which will be left out, may precede a misplaced sector.
     if (isStrict_ && !head->timestamp) wanted.bytes += FollowChain(0, {}, Link::kType).end;
     const Chain chain = FollowChain(0, wanted, IsRegular() ? Link::kCodeAndStamps : Link::kCode);
     if (chain.packets < wanted.packets) return false;
@@ -359,7 +362,7 @@ bool PacketStream::IsPlaceToGoOn(std::uint64_t skipped) {
     return true;
 }
 
-// Bytes inside a damaged packet may look like a head, and end with that packet by chance. Where no
+// Bytes inside a damaged packet may look like a head and end with that packet by coincidence. If no
 // timestamps link it to the next one, the first packet of a row is left out.
 void PacketStream::LeaveOutChanceHead(const Head& head) {
     const std::size_t end = FollowChain(0, {}, Link::kType).end;
@@ -368,8 +371,8 @@ void PacketStream::LeaveOutChanceHead(const Head& head) {
     if (!isLinked) window_->Advance(end);
 }
 
-// Moves the window to the next place where packets follow each other plausibly; to the end of the
-// file, with false, when there is none.
+// Moves the window to the next place where packets plausibly follow each other. If there is none,
+// moves to the end of the file and returns false.
 bool PacketStream::FindPlaceToGoOn() {
     const std::uint64_t start = window_->Position();
     for (;;) {

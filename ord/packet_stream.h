@@ -18,36 +18,37 @@ namespace stalwick {
 struct StreamPart {
     enum class Kind {
         kPacket,
-        kDamage,  // bytes that are no certain packets; those after it are
-        kEnd      // the file's end, with the bytes of a packet that lacks its own
+        kDamage,  // bytes without certain packets; the bytes after them have some
+        kEnd      // the end of the file, with the bytes of a packet that lacks its end
     };
     Kind kind = Kind::kEnd;
     std::uint64_t position = 0;  // of its first byte in the file
     std::uint64_t size = 0;      // bytes
-    // Of damage and a cut end: why there is no packet at `noticedAt`. For damage kNone says that
-    // what begins there does not follow what is before it, and a cut that it would reach beyond the
-    // end of the file.
+    // For damage and a truncated end: why there is no packet at `noticedAt`. For damage, kNone
+    // means that what begins there does not follow from what is before it; for a truncated end,
+    // that it would extend past the end of the file.
     PacketRefusal refusal = PacketRefusal::kNone;
     std::uint64_t noticedAt = 0;  // byte of the file
-    // Of damage: packets that are missing after the last one that was given. Known if there are
-    // timestamps before and after; else as many as the bytes have room for at least.
+    // For damage: the number of packets missing after the last one returned. Known if there are
+    // timestamps before and after; otherwise at least as many as the bytes have room for.
     std::uint64_t packetsLost = 0;
     bool packetsLostIsKnown = false;
 };
 
-// Reads a recording's packets one by one as if the whole file were in memory, goes on after damage,
-// and says where in the file everything is.
+// Reads a recording's packets one by one as if the whole file were in memory, continues after
+// damage, and reports the position of everything in the file.
 //
-// A packet is certain when the file ends with it, or when what follows it begins like a packet of
-// this recording: type byte, channel code and blocks as before, timestamp whole steps later. Where
-// that does not hold, a longer look decides: several packets in a row are no accident. Damage
-// begins with the last packet that is not certain and ends where packets follow each other
-// plausibly: two, if the first of them is as many whole steps after the last certain one as the
-// bytes between can have held; else at least eight and more bytes than a disk's sector has, since a
-// shorter row may be a sector out of its place.
+// A packet is certain if the file ends with it, or if what follows it begins like a packet of this
+// recording: type byte, channel code and blocks as before, timestamp whole steps later. Otherwise
+// the reader looks further ahead: several packets in a row are no coincidence. Damage begins with
+// the last packet that is not certain. It ends where packets plausibly follow each other: two, if
+// the first of them is as many whole steps after the last certain one as the bytes in between can
+// have held; otherwise at least eight, with more bytes than a disk sector has, because a shorter
+// row may be a misplaced sector.
 //
-// ORDFileReader reads spans of 50,000 bytes instead, ends at damage, and may take other bytes for a
-// packet of width 0 that is cut by a span's end. Where a recording has neither both give the same.
+// ORDFileReader instead reads spans of 50,000 bytes, ends at damage, and may decode other bytes as
+// the rest of a packet of width 0 that a span truncates. If a recording has neither, both return
+// the same packets.
 //
 // Used by one thread at a time.
 class PacketStream {
@@ -57,11 +58,11 @@ class PacketStream {
     PacketStream& operator=(const PacketStream&) = delete;
 
     // Opens a recording and reads its header, once. Returns 0, or -1 with the reason in
-    // GetErrorMessage() and, where the system gave one, in SystemError().
+    // GetErrorMessage() and, if the system gave one, in SystemError().
     [[nodiscard]] std::int32_t Open(const std::wstring& path);
 
-    // Leaves out what a conversion might put into a wrong place: a packet whose timestamp is out of
-    // step with all around it; without timestamps also one that only a single packet follows, and
+    // Leaves out packets that a conversion might misplace: a packet whose timestamp is out of step
+    // with all around it; without timestamps also a packet that only a single packet follows, and
     // the first one after damage. Call it before the first packet.
     void BeStrict() { isStrict_ = true; }
 
@@ -72,25 +73,26 @@ class PacketStream {
     [[nodiscard]] bool PacketsCarryTimestamps() const {
         return stalwick::PacketsCarryTimestamps(options_);
     }
-    [[nodiscard]] std::uint64_t FileSize() const { return file_.Size(); }  // bytes; 0: not known
+    [[nodiscard]] std::uint64_t FileSize() const { return file_.Size(); }  // bytes; 0: unknown
 
-    // Of the stream's beginning, once a part was read: see version_check.h.
+    // For the beginning of the stream, once a part was read: see version_check.h.
     [[nodiscard]] bool ContradictsVersion() const { return contradictsVersion_; }
 
-    // The next part of the stream, parts without a space between them. `packet` holds what a part
-    // of kind kPacket decodes to; for others its content means nothing. After kEnd there is none.
+    // The next part of the stream; parts follow each other without a gap. `packet` holds the
+    // decoded part if its kind is kPacket; otherwise its content means nothing. There is none after
+    // kEnd.
     [[nodiscard]] StreamPart Next(ORDDataPacket& packet);
 
-    // Leaves everything before this byte of the file out and goes on where eight packets follow
-    // each other. False when there is no such place, or when the system refuses; only for regular
+    // Skips everything before this byte of the file and continues where eight packets follow each
+    // other. Returns false if there is no such place, or if the system refuses; only for regular
     // files.
     [[nodiscard]] bool SkipTo(std::uint64_t position);
 
-    // The system's reason when the stream ends because a read failed; else 0.
+    // The system's reason if the stream ends because a read failed; otherwise 0.
     [[nodiscard]] SystemErrorCode SystemError() const;
 
   private:
-    // What is known of a packet from its first bytes.
+    // What the first bytes of a packet show.
     struct Head {
         std::uint8_t flags = 0;
         std::optional<std::uint64_t> timestamp;  // nanoseconds
@@ -147,7 +149,7 @@ class PacketStream {
     std::uint64_t wholeSteps_ = 0;
     std::uint64_t packetBytes_ = 0;  // of all packets so far
     std::uint64_t packetCount_ = 0;
-    std::uint64_t soundUntil_ = 0;   // packets that begin before this byte were looked at already
+    std::uint64_t soundUntil_ = 0;   // packets that begin before this byte were checked already
     std::uint64_t wentOnAt_ = 0;     // byte after the last damage
     std::size_t longestPacket_ = 0;  // bytes, of the packets so far
     bool isStrict_ = false;

@@ -12,11 +12,11 @@ struct ReadSizes {
     std::size_t span = kDataBufferSize;     // bytes, at most kDataBufferSize
 };
 
-// What readers that are made from now on use: the format's sizes, unless a test has set others.
+// The sizes for readers constructed from now on: the format's sizes, unless a test has set others.
 [[nodiscard]] ReadSizes CurrentReadSizes();
 
 // For tests and fuzzing: short recordings then have as many spans as long ones. Call it only while
-// no other thread makes a reader.
+// no other thread constructs a reader.
 void SetReadSizes(const ReadSizes& sizes);
 
 }  // namespace stalwick

@@ -24,7 +24,7 @@ std::wstring TakenAs(Integer value) {
     return std::to_wstring(value);
 }
 
-// The text of a header whose fields are read, and where a missing one is reported.
+// The text of the header being read, and where a missing field is reported.
 struct HeaderLookup {
     const std::wstring& text;
     std::wstring& errorMessage;
@@ -37,7 +37,7 @@ struct HeaderLookup {
             errorMessage = L"Error retrieving header field " + key;
             return false;
         }
-        // A value that cannot be read is not an error: the field is there.
+        // A value that cannot be read is not an error: the field exists.
         const bool converted = ConvertToken(lines.front().front(), target);
         if constexpr (std::is_arithmetic_v<Target>) {
             if (!converted) unreadableNumbers.push_back({key, TakenAs(target)});
@@ -56,8 +56,8 @@ void ReadAcquisitionSystem(const std::wstring& text, RecordingHeader& header) {
     if (!lines.empty() && lines.front().size() > 1) header.acquisitionSystem = lines.front()[1];
 }
 
-// The ultrasonic flag takes the first of any number of values, the inertial ones need exactly
-// one; and the number is not reset between them. Both are kept (pinned by
+// The ultrasonic flag uses the first of any number of values, the inertial ones need exactly one;
+// and the number is not reset between them. Do not change either (pinned by
 // ORDFileReader.TwoValuesLeaveAnInertialFlagAsItWas).
 void ReadAvailabilityFlags(const std::wstring& text, RecordingHeader& header) {
     std::int32_t scratch = 0;
@@ -93,7 +93,7 @@ std::int32_t ReadRecordingHeader(const std::wstring& headerText, RecordingHeader
         !lookup.Read(L"-UTCOffsetMicroseconds", header.utcOffsetMicroseconds)) {
         return -1;
     }
-    // Optional, yet a missing one leaves its message behind; callers look only after a failure.
+    // Optional, yet a missing one leaves its message; callers read it only after a failure.
     header.sessionUuid.clear();
     lookup.Read(L"-SessionUUID", header.sessionUuid);
     ReadAcquisitionSystem(headerText, header);

@@ -8,19 +8,19 @@
 
 namespace stalwick {
 
-// A required number whose text cannot be read as one.
+// A required number whose text does not read as a number.
 struct UnreadableNumber {
     std::wstring key;
-    std::wstring takenAs;  // what the conversion goes on with
+    std::wstring takenAs;  // the value that the conversion uses
 };
 
-// The fields of a recording's header, as docs/ord-format.md describes them. A field that the header
-// does not have keeps the value that it has here.
+// The fields of a recording's header, as docs/ord-format.md describes them. A missing field keeps
+// the default below.
 struct RecordingHeader {
     std::uint32_t numADChannels = 0;
     std::uint32_t samplingFrequency = 0;  // samples per second
     std::uint32_t adMaxValue = 0;
-    double adBitVolts = 0.0;  // volts of one step of a sample
+    double adBitVolts = 0.0;  // volts per step of a sample
     std::uint32_t inputRange = 0;
     std::wstring fileVersion = L"1.0";
     std::int64_t utcOffsetMicroseconds = 0;
@@ -32,9 +32,9 @@ struct RecordingHeader {
     std::vector<UnreadableNumber> unreadableNumbers;
 };
 
-// Reads the fields of `headerText` into `header`. Returns 0, or -1 at the first required field that
-// is missing: the fields after it keep their values. `errorMessage` names the field that was
-// missing last, also an optional one.
+// Reads the fields of `headerText` into `header`. Returns 0, or -1 at the first missing required
+// field: the fields after it keep their values. `errorMessage` names the last missing field, even
+// an optional one.
 [[nodiscard]] std::int32_t ReadRecordingHeader(const std::wstring& headerText,
                                                RecordingHeader& header, std::wstring& errorMessage);
 

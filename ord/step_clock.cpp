@@ -16,7 +16,7 @@ constexpr double kDriftBeforeLearning = 2e-4;
 constexpr double kDriftAfterLearning = 2e-6;
 constexpr std::uint64_t kStepsToLearn = 100;
 constexpr unsigned kAlikeSteps = 8;
-constexpr double kMostDeviation = 0.25;  // of a step, however many steps there are
+constexpr double kMostDeviation = 0.25;  // of a step, for any number of steps
 
 // Unsigned, so that it is right beyond 2^63 too; beyond half the range `to` is before `from`.
 std::optional<std::uint64_t> ForwardBy(std::uint64_t from, std::uint64_t to) {
@@ -52,7 +52,7 @@ void StepClock::Learn(std::uint64_t from, std::uint64_t to) {
         }
         return;
     }
-    // The header's frequency is wrong when no step is near it and the steps are alike.
+    // The header's frequency is wrong if no step is near it and the steps agree with each other.
     const double difference = std::abs(length - static_cast<double>(lastStepNs_));
     alike_ = difference <= kNanosecondsOfRounding ? alike_ + 1 : 0;
     lastStepNs_ = *step;
@@ -62,7 +62,7 @@ void StepClock::Learn(std::uint64_t from, std::uint64_t to) {
 std::optional<std::uint64_t> StepClock::WholeSteps(std::uint64_t from, std::uint64_t to) const {
     const std::optional<std::uint64_t> distance = ForwardBy(from, to);
     if (!distance || stepNs_ <= 0.0) return std::nullopt;
-    // As nearly all are: the same as the one before, but for rounding.
+    // As nearly all are: the same as the previous one, except for rounding.
     if (lastRegularNs_ != 0 && *distance - lastRegularNs_ + 1 <= 2) return 1;
     const auto length = static_cast<double>(*distance);
     const double steps = std::round(length / stepNs_);

@@ -9,30 +9,31 @@
 
 namespace stalwick {
 
-// The part of a file's stream that is in memory, which moves forward over the file.
+// The part of a file's stream that is in memory. It moves forward through the file.
 class StreamWindow {
   public:
     enum class Access {
-        kInOrder,    // from where the file has been read to; for pipes too
+        kInOrder,    // continues from the current read position; also for pipes
         kByPosition  // only for regular files
     };
 
-    // `filePosition`: of the window's first byte in the file. The file must outlive the window.
+    // `filePosition`: the position of the window's first byte in the file. The file must outlive
+    // the window.
     StreamWindow(InputFile& file, std::uint64_t filePosition, Access access);
 
     // Reads until the window has `size` bytes, at most kMostBytes, or the file ends.
     void Fill(std::size_t size);
-    // Leaves bytes behind; `count` is at most the window's size.
+    // Drops `count` bytes from the front; at most the window's size.
     void Advance(std::size_t count) { begin_ += count; }
 
     [[nodiscard]] std::span<const std::uint8_t> Bytes() const {
         return {buffer_.data() + begin_, end_ - begin_};
     }
-    // Of the window's first byte in the file.
+    // The position of the window's first byte in the file.
     [[nodiscard]] std::uint64_t Position() const { return filePosition_ - (end_ - begin_); }
-    // Whether nothing of the file is beyond the window.
+    // Whether the file ends with the window.
     [[nodiscard]] bool ReachesEnd() const { return fileEnded_; }
-    // The system's reason when the window ends because a read failed; else 0.
+    // The system's reason if the window ends because a read failed; otherwise 0.
     [[nodiscard]] SystemErrorCode SystemError() const { return systemError_; }
 
     static constexpr std::size_t kMostBytes = std::size_t{1} << 17U;

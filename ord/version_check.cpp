@@ -7,9 +7,9 @@ namespace stalwick {
 
 namespace {
 
-// So many packets that follow one another are no chance.
+// So many consecutive packets are no coincidence.
 constexpr unsigned kEnoughPackets = 16;
-// One whole packet alone can be a chance: any few bytes after a type byte make one.
+// One whole packet alone can be a coincidence: any few bytes after a type byte form one.
 constexpr unsigned kFewestPackets = 2;
 
 unsigned CountPackets(const std::uint8_t* data, std::size_t length, const DecodeOptions& options) {

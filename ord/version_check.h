@@ -7,9 +7,10 @@
 
 namespace stalwick {
 
-// Whether the packets at the beginning of a stream contradict the header's version: decoded with
-// timestamps where it says without, or the other way round, more of them follow one another than
-// as it says, two at least. What a contradicted version decodes is not what was recorded.
+// Whether the packets at the beginning of a stream contradict the header's version: if the header
+// says that they have no timestamps, more of them (at least two) follow one another when decoded
+// with timestamps, or the other way round. With a contradicted version, decoding does not return
+// what was recorded.
 [[nodiscard]] bool PacketsContradictVersion(const std::uint8_t* data, std::size_t length,
                                             const DecodeOptions& options);
 

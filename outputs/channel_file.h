@@ -11,10 +11,10 @@ namespace stalwick {
 // Reads a channel file (.vcs), docs/output-files.md.
 class ChannelFile : public RecordFile {
   public:
-    // With kCutRecord the file is open all the same, after any other error it is not.
+    // After kCutRecord the file is open nevertheless; after any other error it is not.
     [[nodiscard]] RecordFileError Open(const std::wstring& path);
 
-    // Fills `records` with those from `first` on, counted from 0; all of them must be there.
+    // Fills `records` with those from `first` on, counted from 0. All of them must exist.
     [[nodiscard]] RecordFileError ReadRecords(std::uint64_t first,
                                               std::span<VtxDataTypes::CRRec> records) const;
 };

@@ -5,11 +5,11 @@
 
 namespace stalwick {
 
-// Which channel files are wanted: A/D channels, base inertial unit, front-end inertial unit,
-// ultrasonic. Opening compares with 1, writing takes any value but 0 for yes.
+// Which channel files to write: A/D channels, base inertial unit, front-end inertial unit,
+// ultrasonic. Opening compares with 1; writing treats any value except 0 as yes.
 using ChannelOptions = std::array<std::uint8_t, 4>;
 
-// A block's group of files; the value is its position in ChannelOptions.
+// The group of files that a block belongs to; the value is its position in ChannelOptions.
 enum class ChannelGroup : std::int32_t { kAD = 0, kBaseIMU = 1, kAfeIMU = 2, kUltrasonic = 3 };
 
 // Three axes each of linear acceleration, angular velocity and magnetic field.

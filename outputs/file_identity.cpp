@@ -22,7 +22,7 @@ Uuid MakeUuid() {
     return uuid;
 }
 
-// A text stream would swallow a failing allocation and give half a text.
+// A text stream would swallow a failing allocation and return half a text.
 std::wstring PadWithZeros(std::int32_t number, std::size_t width) {
     const std::wstring digits = std::to_wstring(number);
     return std::wstring(width - std::min(width, digits.size()), L'0') + digits;

@@ -14,7 +14,7 @@ using Uuid = std::array<std::uint8_t, 16>;
 // The local time as "YYYY/MM/DD HH:MM:SS".
 [[nodiscard]] std::wstring FormatLocalTime();
 
-// The decimal digits of a number that is not negative, with zeros before them up to `width`.
+// The decimal digits of a non-negative number, padded with zeros to `width`.
 [[nodiscard]] std::wstring PadWithZeros(std::int32_t number, std::size_t width);
 
 }  // namespace stalwick

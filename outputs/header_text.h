@@ -23,11 +23,11 @@ inline constexpr wchar_t kNotClosed[] = L"File was not closed properly";
 // Lower-case hexadecimal in groups of 8-4-4-4-12.
 [[nodiscard]] std::wstring FormatUuid(const Uuid& bytes);
 
-// `text` between double quotes; a quote that is there already is not repeated.
+// `text` in double quotes; an existing quote is not repeated.
 [[nodiscard]] std::wstring QuoteFileName(const std::wstring& text);
 
-// The number as streams print it in that notation; `precision` 6 of `general` is their default.
-// The same digits on every platform.
+// The number as streams print it in that notation, with the same digits on every platform;
+// `precision` 6 of `general` is their default.
 [[nodiscard]] std::wstring FormatDouble(double value, std::chars_format notation, int precision);
 
 }  // namespace stalwick

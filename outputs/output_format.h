@@ -13,8 +13,8 @@ static_assert(std::endian::native == std::endian::little);
 
 inline constexpr std::size_t kOutputHeaderSize = 16384;  // bytes of header text, zero padded
 
-// File names: the entity and the extension. An A/D channel's entity is the prefix and its number
-// from 1, an inertial channel's the unit's prefix and the name of the axis.
+// File names are the entity and the extension. The entity of an A/D channel is the prefix and its
+// number from 1, that of an inertial channel the unit's prefix and the name of the axis.
 inline constexpr wchar_t kChannelFileExtension[] = L".vcs";
 inline constexpr wchar_t kEventFileExtension[] = L".vev";
 inline constexpr wchar_t kRawDataFileExtension[] = L".vrd";
@@ -25,7 +25,7 @@ inline constexpr wchar_t kUltrasonicEntity[] = L"Ultrasonic";
 inline constexpr wchar_t kEventEntity[] = L"Events";
 inline constexpr wchar_t kRawDataEntity[] = L"RawData";
 
-// What headers print for every file of a kind.
+// Values in the headers of every file of a kind.
 inline constexpr wchar_t kChannelFileVersion[] = L"3.4";
 inline constexpr wchar_t kEventFileVersion[] = L"3.2";
 inline constexpr wchar_t kRawDataFileVersion[] = L"3.4";

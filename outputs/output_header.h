@@ -11,21 +11,21 @@ namespace stalwick {
 class OutputHeader {
   public:
     // Reads a header block of kOutputHeaderSize bytes. Returns what is wrong with it ("its header
-    // has no -FileType line"), or nothing. After a fault the header is as before.
+    // has no -FileType line"), or nothing. After a fault the header is unchanged.
     [[nodiscard]] std::wstring Read(std::string_view block);
 
-    // The whole text, every line with its end.
+    // The whole text, including the end of every line.
     const std::wstring& Text() const { return text_; }
 
-    // What stands after the key and one blank on the first line with that key; none without such a
+    // The text after the key and one blank on the first line with that key; none without such a
     // line. A key begins with "-".
     [[nodiscard]] std::optional<std::wstring> Find(std::wstring_view key) const;
 
-    // The same where the line is known to be there: those that every header has.
+    // The same for a line that is known to exist: those that every header has.
     [[nodiscard]] std::wstring Value(std::wstring_view key) const {
         return Find(key).value_or(L"");
     }
-    // The same as a whole number; none for anything else.
+    // The same as an unsigned integer; none if the text is anything else.
     [[nodiscard]] std::optional<std::uint64_t> Number(std::wstring_view key) const;
 
     // Whether -TimeClosed holds a time. The event file's never does.

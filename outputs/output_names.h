@@ -5,7 +5,7 @@
 
 namespace stalwick {
 
-// What stands before the extension of an output whose name was taken: _01 to _99, _100 ...
+// The suffix before the extension of an output whose name was taken: _01 to _99, _100 ...
 [[nodiscard]] std::wstring NumberSuffix(std::int32_t number);
 
 }  // namespace stalwick

@@ -6,11 +6,11 @@
 
 namespace stalwick {
 
-// A record of the raw data file: 32-bit words, drawn in docs/output-files.md. With A the A/D
-// channels of the header it has A + 18 words; a packet that carries another number of channels
-// gives records with its own number of samples.
+// A record of the raw data file: 32-bit words, drawn in docs/output-files.md. With A A/D channels
+// in the header it has A + 18 words; a packet that carries another number of channels leads to
+// records with that number of samples.
 
-// Positions of words from the record's first one. Words 7 to 16 are 0.
+// Positions of words, from the first word of the record. Words 7 to 16 are 0.
 inline constexpr std::size_t kRawStartMarkerWord = 0;
 inline constexpr std::size_t kRawRecordIdWord = 1;
 inline constexpr std::size_t kRawSizeWord = 2;
@@ -37,8 +37,8 @@ constexpr std::size_t RawRecordWords(std::uint32_t adChannelCount) {
     return checksum;
 }
 
-// A look at the words of one record, at least kRawWordsBesideSamples of them, which must outlive
-// it. Nothing is checked.
+// A view of the words of one record, at least kRawWordsBesideSamples of them. They must outlive the
+// view. Nothing is checked.
 class RawRecordView {
   public:
     explicit RawRecordView(std::span<const std::uint32_t> words) : words_(words) {}

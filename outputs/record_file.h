@@ -10,12 +10,12 @@
 
 namespace stalwick {
 
-// Why an output file, or a part of it, cannot be read; false where it can.
+// Why an output file, or a part of it, cannot be read; false if it can.
 struct [[nodiscard]] RecordFileError {
     enum class Kind {
         kNone,
-        kUnreadable,  // the system's reason; or no record stands there
-        kHeader,      // the header block is cut or damaged
+        kUnreadable,  // the system's reason; or there is no such record
+        kHeader,      // the header block is truncated or damaged
         kWrongType,   // an output of another kind, or none
         kCutRecord    // the file ends inside a record; the whole ones can be read
     };
@@ -25,11 +25,11 @@ struct [[nodiscard]] RecordFileError {
     explicit operator bool() const { return kind != Kind::kNone; }
 };
 
-// A finished output file, opened for reading: its header, and records of one size after it. Moved,
-// not copied; closes itself. Used by one thread. ChannelFile, EventFile and RawDataFile open it.
+// A finished output file, opened for reading: its header, followed by records of one size. Movable,
+// not copyable; closes itself. Used by one thread. ChannelFile, EventFile and RawDataFile open it.
 class RecordFile {
   public:
-    // All of these are blank until a file is open.
+    // All of these are empty until a file is open.
     const std::wstring& Path() const { return path_; }
     const OutputHeader& Header() const { return header_; }
     [[nodiscard]] bool IsClosed() const { return header_.SaysClosed(); }
@@ -39,25 +39,25 @@ class RecordFile {
     [[nodiscard]] std::uint64_t CutBytes() const {
         return cutBytes_;
     }  // after the last whole record
-    // Where in the file a record begins.
+    // The position of a record in the file.
     [[nodiscard]] std::uint64_t RecordPosition(std::uint64_t record) const;
     [[nodiscard]] std::uint64_t Size() const {
         return file_.Size();
     }  // bytes of the file, its header included
 
-    // Fills `target` with bytes of the file, also with those of a cut record; all must be there.
+    // Fills `target` with bytes of the file, including those of a truncated record. All must exist.
     [[nodiscard]] RecordFileError ReadBytes(std::uint64_t offset, void* target,
                                             std::size_t size) const;
 
   protected:
-    // What the header of a kind of output says of it.
+    // What the header of this kind of output contains.
     struct Kind {
         VtxDataTypes::VtxDataType type;
         std::uint32_t printedRecordSize;  // bytes
     };
 
     RecordFileError OpenHeader(const std::wstring& path, const Kind& kind);
-    // Counts the records of a file whose header is read.
+    // Counts the records of a file whose header has been read.
     RecordFileError CountRecords(std::size_t recordSize);
     RecordFileError ReadRecordBytes(std::uint64_t first, std::uint64_t count, void* target) const;
     RecordFileError Error(RecordFileError::Kind kind, const std::wstring& why) const;

@@ -32,7 +32,7 @@ enum VtxDataType : std::int32_t {
 enum VtxRetVal : std::int32_t {
     kSuccess = 0,
     kFailure = 1,
-    kFileExists = 2  // a file took the name since it was chosen
+    kFileExists = 2  // another file has taken the name in the meantime
 };
 
 inline constexpr std::size_t kSamplesPerRecord = 512;

@@ -4,7 +4,7 @@
 #
 #   packaging/windows/build-qt.sh [-j N]
 #
-# A finished build is kept and found again; one that was cut off goes on where it stopped.
+# A finished build is kept and reused; an interrupted one continues where it stopped.
 # Needs: g++-mingw-w64-x86-64-posix, qt6-base-dev, qt6-base-dev-tools, cmake, ninja-build, dpkg-dev
 # (scripts/install-deps.sh windows-app).
 set -eu
@@ -34,7 +34,7 @@ if [ -d "$prefix" ]; then
     exit 0
 fi
 
-# Two conditions ask for dynamic OpenGL without asking whether there is OpenGL at all.
+# Two conditions test for dynamic OpenGL without testing for OpenGL at all.
 patch_source() {
     file=$1/src/plugins/platforms/windows/qwindowswindow.cpp
     sed -i 's/QT_CONFIG(dynamicgl)$/QT_CONFIG(dynamicgl) \&\& QT_CONFIG(opengl)/' "$file"
@@ -45,7 +45,7 @@ patch_source() {
     fi
 }
 
-# A tree is moved into place after it was patched, so a cut-off step is done again.
+# A tree is moved into place after it was patched, so an interrupted step is repeated.
 fetch_source() {
     if [ -d "$work/source" ]; then return; fi
     rm -rf "$work/fetched"

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Fetches Highway's source, whose compiled part Debian ships for Linux only, into the user's cache
-# once a version. Prints its directory on standard output.
+# Fetches Highway's source, whose compiled part Debian ships for Linux only, into the user's cache,
+# once per version. Prints its directory on standard output.
 set -eu
 
 here=$(cd "$(dirname "$0")" && pwd)

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Fetches the Debian source of an installed package, in the version that is installed.
+# Fetches the Debian source of an installed package, in the installed version.
 #
 #   packaging/windows/fetch-source.sh PACKAGE DIRECTORY
 #

@@ -25,8 +25,8 @@ trap 'rm -rf "$work"' EXIT
 stage=$work/$name
 mkdir -p "$stage/licenses"
 
-# Of Boost only dynamic_bitset and the headers that it includes are used, all under one licence.
-# Debian's own text is that of every library and tool of Boost, 2 MB of it.
+# Of Boost, only dynamic_bitset and the headers that it includes are used, all under one licence.
+# Debian's own text covers every library and tool of Boost, 2 MB of it.
 boost_license() {
     echo 'Boost C++ Libraries: Dynamic Bitset and the headers that it includes'
     echo
@@ -34,7 +34,7 @@ boost_license() {
         /usr/share/doc/libboost1.74-dev/copyright | sed 's/^ \.$//; s/^ //'
 }
 
-# The licence of everything that is linked into the programs, under the name of its part.
+# The licence of everything linked into the programs, named after the component.
 copy_licenses() {
     for part in \
         qt=qt6-base-dev \
@@ -52,7 +52,7 @@ copy_licenses() {
     if [ -e "$root/LICENSE" ]; then cp "$root/LICENSE" "$stage/licenses/stalwick.txt"; fi
 }
 
-# The guide as one page with its pictures inside, readable without a network.
+# The guide as one page with embedded pictures, readable without a network.
 make_user_guide() {
     cmark --unsafe --validate-utf8 "$root/docs/user-guide.md" >"$work/guide.html"
     {

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs and removes the program silently under wine and looks at what is there each time.
+# Installs and removes the program silently under wine and checks the files each time.
 #
 #   packaging/windows/test-installer.sh PACKAGES       (the directory that package.sh filled)
 set -eu
@@ -37,7 +37,7 @@ ends_with() { case $1 in *"$2") ;; *) return 1 ;; esac; }
 
 fails() { ! "$@"; }
 
-# The uninstaller goes on in a copy of itself after the program that was started has ended.
+# The uninstaller continues in a copy of itself after the program that was started has ended.
 wait_until_gone() {
     for _ in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15; do
         [ ! -e "$1" ] || sleep 1

@@ -91,12 +91,12 @@ void AddTimes(const RecordingSurvey& survey, Json& document) {
     document["drift_ppm"] = OrNull(survey.driftPpm);
 }
 
-// What is known only when every packet was read; null otherwise.
+// Known only if every packet was read; null otherwise.
 void AddWhole(const RecordingSurvey& survey, Json& document) {
     const auto add = [&](const char* key, Json value) {
         document[key] = survey.quick ? Json(nullptr) : std::move(value);
     };
-    // Without timestamps nothing says whether there are gaps.
+    // Without timestamps, gaps are unknown.
     add("gaps", survey.hasTimestamps ? GapsAsJson(survey) : Json(nullptr));
     add("missing_samples", survey.hasTimestamps ? Json(survey.missingSamples) : Json(nullptr));
     add("gap_seconds", survey.hasTimestamps ? Json(survey.gapSeconds) : Json(nullptr));
@@ -132,7 +132,7 @@ std::string SurveyAsJson(const RecordingSurvey& survey) {
     document["read_error"] =
         survey.readError.empty() ? Json(nullptr) : Json(ToUtf8(survey.readError));
     document["unknown"] = UnknownOf(survey);
-    // A file's name may have bytes that are no text.
+    // A file name may have bytes that are not text.
     return document.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 

@@ -6,8 +6,8 @@
 
 namespace stalwick {
 
-// The survey as one JSON document on one line, without the line's end; docs/info.schema.json says
-// what it holds.
+// The survey as one JSON document on one line, without the end of the line; docs/info.schema.json
+// describes its contents.
 [[nodiscard]] std::string SurveyAsJson(const RecordingSurvey& survey);
 
 }  // namespace stalwick

@@ -7,11 +7,11 @@
 
 namespace stalwick {
 
-// What a survey says in words, the same in the table and in the document for machines.
+// A survey in words, the same in the table and in the document for machines.
 
 [[nodiscard]] std::wstring DamageReason(const DamagedStretch& damage);
 [[nodiscard]] std::wstring CutEndReason(const RecordingSurvey& survey);
-// What this recording, or a look at its ends alone, cannot tell.
+// What cannot be learned from this recording, or from its ends alone.
 [[nodiscard]] std::vector<std::wstring> WhatCannotBeKnown(const RecordingSurvey& survey);
 
 }  // namespace stalwick

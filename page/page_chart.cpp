@@ -21,7 +21,7 @@ std::string FormatYLabels(const PageChart& chart) {
     return html + "</div>";
 }
 
-// A label stands in the middle of its place; at an end of the axis inside of it.
+// A label is centered on its position; at an end of the axis it is inside.
 std::string LabelShift(double share) {
     constexpr double kNearEnd = 0.04;
     if (share < kNearEnd) return "0";

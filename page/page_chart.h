@@ -8,17 +8,17 @@
 
 namespace stalwick {
 
-// A chart of a page. Its shapes are a picture that takes any width; its labels are text beside it,
-// so that they keep their size on a phone and on paper.
+// A chart of a page. Its shapes are a picture that scales to any width; its labels are text next to
+// the picture, so that they keep their size on a phone and on paper.
 struct PageChart {
     std::string id;
     std::string title;
     std::string description;  // below the title, and for screen readers
-    double height = 0.0;      // CSS pixels of the area that is drawn on
+    double height = 0.0;      // CSS pixels of the drawing area
     std::vector<AxisTick> xTicks;
     std::string xTitle;
     std::vector<AxisTick> yTicks;  // from below
-    std::string picture;           // as ChartPicture begins and ends it
+    std::string picture;           // from ChartPicture
     struct LegendEntry {
         std::string name;
         std::string cssClass;  // of its line
@@ -26,7 +26,7 @@ struct PageChart {
     std::vector<LegendEntry> legend;
 };
 
-inline constexpr double kChartWidth = 1000.0;  // of every picture, whatever width it gets
+inline constexpr double kChartWidth = 1000.0;  // of every picture, for any width
 
 // The picture for a chart, with its grid.
 [[nodiscard]] SvgWriter ChartPicture(const PageChart& chart);

@@ -8,7 +8,7 @@ namespace stalwick {
 
 namespace {
 
-// Names that differ in the case of their letters are one to some file systems.
+// Some file systems treat names that differ only in case as the same.
 std::wstring WithoutCase(std::wstring text) {
     for (wchar_t& c : text) {
         if (c >= L'A' && c <= L'Z') c = static_cast<wchar_t>(c - L'A' + L'a');

@@ -11,8 +11,8 @@ namespace stalwick {
 inline constexpr OwnDocument kPageOfInspect = {
     kPageBeginning, L"page", L"choose another name for --output", L"choose another place for it"};
 
-// The pages of several recordings, beside the one that lists them: its name, the recording's, and a
-// number where that is taken. `listPath` as it was given.
+// The pages of several recordings, in the directory of their list: its name, the recording's, and a
+// number if that is taken. `listPath` as given.
 [[nodiscard]] std::vector<std::wstring> NamePages(const std::wstring& listPath,
                                                   const std::vector<std::wstring>& recordings);
 

@@ -60,7 +60,7 @@ Json StretchesOf(const SignalSpectra& spectra) {
     return all;
 }
 
-// Six digits are more than a density has; they keep the page small.
+// Six digits are more precise than a density; they keep the page small.
 double Rounded(double value) {
     if (value == 0.0 || !std::isfinite(value)) return value;
     const double unit = std::pow(10.0, std::floor(std::log10(std::abs(value))) - 5.0);

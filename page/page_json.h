@@ -6,7 +6,7 @@
 
 namespace stalwick {
 
-// What the page shows as one JSON document; docs/page.schema.json says what it holds.
+// The contents of the page as one JSON document; docs/page.schema.json describes it.
 [[nodiscard]] std::string PageAsJson(const PageSurvey& page);
 
 }  // namespace stalwick

@@ -15,7 +15,7 @@ std::string Written(double value, std::chars_format format, int digits) {
     return {text.data(), end.ptr};
 }
 
-// 1, 2 or 5 times a power of ten: the smallest one that gives at most so many steps.
+// 1, 2 or 5 times a power of ten: the smallest one with at most this many steps.
 double RoundStep(double length, std::size_t steps) {
     const double least = length / static_cast<double>(steps);
     const double power = std::pow(10.0, std::floor(std::log10(least)));

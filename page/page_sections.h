@@ -6,9 +6,9 @@
 
 namespace stalwick {
 
-// The parts of a recording's page that are text, lists and tables, as HTML.
+// The text, lists and tables of a recording's page, as HTML.
 
-// From the document's beginning to that of <main>, and from there to its end.
+// From the beginning of the document to that of <main>, and from its end on.
 [[nodiscard]] std::string PageHead(const std::string& title);
 [[nodiscard]] std::string PageFoot();
 

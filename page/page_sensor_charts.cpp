@@ -14,7 +14,7 @@ namespace {
 constexpr double kHeight = 140.0;
 constexpr std::size_t kTicks = 4;
 
-// A value for each bin; not a number where a bin has none.
+// A value for each bin; NaN if a bin has none.
 struct Series {
     std::string name;
     std::vector<double> values;

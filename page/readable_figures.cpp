@@ -9,7 +9,7 @@ namespace stalwick {
 
 namespace {
 
-// With one decimal, cut off.
+// With one decimal, truncated.
 std::wstring Tenths(std::uint64_t tenths) {
     return std::to_wstring(tenths / 10) + L'.' + std::to_wstring(tenths % 10);
 }
@@ -17,7 +17,7 @@ std::wstring Tenths(std::uint64_t tenths) {
 }  // namespace
 
 std::wstring ReadableDuration(double seconds) {
-    constexpr double kMost = 1e15;  // beyond any clock; a damaged header may say anything
+    constexpr double kMost = 1e15;  // beyond any clock; a damaged header may contain anything
     constexpr std::uint64_t kTenthsPerMinute = 600;
     constexpr std::uint64_t kMinutesPerHour = 60;
     const double sane = seconds > 0 ? std::min(seconds, kMost) : 0.0;

@@ -8,19 +8,19 @@
 
 namespace stalwick {
 
-// What every page begins with, by which one is known.
+// The beginning of every page, by which a page is recognized.
 inline constexpr std::string_view kPageBeginning =
     "<!DOCTYPE html>\n<html lang=\"en\" data-page-of=\"stalwick\">";
 
-// A recording's page: HTML that needs no other file, no network and no script. `indexName`: of the
-// file beside it that lists several recordings; empty: there is none.
+// A recording's page: HTML that needs no other file, no network and no script. `indexName`: the
+// file in the same directory that lists several recordings; empty if there is none.
 [[nodiscard]] std::string FormatRecordingPage(const PageSurvey& page,
                                               const std::wstring& indexName);
 
 // A recording's row in the list of several.
 struct IndexRow {
     std::wstring path;
-    std::wstring pageName;  // of the file beside the list; empty where there is none
+    std::wstring pageName;  // of the file next to the list; empty if there is none
     std::wstring error;     // why there is none
     std::string size;       // its length and channels
     std::vector<std::string> findings;

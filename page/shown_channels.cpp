@@ -23,7 +23,7 @@ std::vector<std::uint32_t> ByNoise(const PageSurvey& page, bool named) {
     return channels;
 }
 
-// So many of them from the first to the last, evenly.
+// This many of them from the first to the last, evenly spaced.
 void AddSpread(const std::vector<std::uint32_t>& from, std::size_t count,
                std::vector<std::uint32_t>& to) {
     count = std::min(count, from.size());

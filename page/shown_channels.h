@@ -8,13 +8,13 @@
 
 namespace stalwick {
 
-// A page cannot draw every channel: some of those that are named, and others from the quietest to
-// the noisiest. All ascend by channel.
+// A page cannot draw every channel: it draws some of the named ones, and others from the quietest
+// to the noisiest. All lists are in the order of the channels.
 
 // Channels, from 0, at most `most`.
 [[nodiscard]] std::vector<std::uint32_t> ShownChannels(const PageSurvey& page, std::size_t most);
 
-// Places in `page.spectra.channels`, at most six.
+// Positions in `page.spectra.channels`, at most six.
 [[nodiscard]] std::vector<std::size_t> ShownSpectra(const PageSurvey& page);
 
 // Whether the channel is flat, clipped or noisy.

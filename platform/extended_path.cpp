@@ -6,7 +6,7 @@ namespace stalwick {
 
 namespace {
 
-// A directory's limit: 260 with the ending zero, less the 12 characters of a short file name.
+// A directory's limit: 260 with the terminating zero, minus the 12 characters of a short file name.
 constexpr std::size_t kLongestPlainPath = 247;
 
 bool StartsWith(const std::wstring& text, const wchar_t* prefix) {

@@ -6,17 +6,17 @@
 
 namespace stalwick {
 
-// What the operating system said of one call: 0, or its error number (errno, GetLastError).
+// The operating system's result of one call: 0, or its error number (errno, GetLastError).
 // SystemErrorText() turns it into words.
 using SystemErrorCode = int;
 
-// An open file as the operating system names it.
+// The operating system's name for an open file.
 using FileHandle = std::intptr_t;
 inline constexpr FileHandle kNoFile = -1;
 
-// Every byte that enters or leaves the program through a file passes one of these calls. They are
-// the one place where a test can make a disk full, a read fail or a write short.
-// Each call does its work once: partial transfers and interruptions are the caller's to continue.
+// Every byte that enters or leaves the program through a file passes through one of these calls.
+// They are the one place where a test can make a disk full, a read fail or a write short. Each call
+// makes one attempt: the caller continues partial transfers and interruptions.
 class FileCalls {
   public:
     virtual ~FileCalls() = default;
@@ -24,33 +24,33 @@ class FileCalls {
     // Opens a file, never a directory, for reading from its first byte.
     [[nodiscard]] virtual SystemErrorCode OpenForReading(const std::wstring& path,
                                                          FileHandle& handle) = 0;
-    // Reads up to `size` bytes at the file's position; `transferred` 0 is the end of the file.
+    // Reads up to `size` bytes at the file's position; `transferred` is 0 at the end of the file.
     [[nodiscard]] virtual SystemErrorCode Read(FileHandle handle, void* data, std::size_t size,
                                                std::size_t& transferred) = 0;
-    // The same at an offset of a regular file; where Read() goes on afterwards is not defined.
+    // The same at an offset of a regular file; the position of a later Read() is undefined.
     [[nodiscard]] virtual SystemErrorCode ReadAt(FileHandle handle, std::uint64_t offset,
                                                  void* data, std::size_t size,
                                                  std::size_t& transferred) = 0;
-    // Size in bytes; 0 where the file has none (a pipe).
+    // Size in bytes; 0 if the file has none (a pipe).
     [[nodiscard]] virtual SystemErrorCode QuerySize(FileHandle handle, std::uint64_t& size) = 0;
 
-    // Creates a file that did not exist; fails on anything of that name, also on a link.
+    // Creates a file that did not exist; fails if anything has that name, including a link.
     [[nodiscard]] virtual SystemErrorCode CreateExclusive(const std::wstring& path,
                                                           FileHandle& handle) = 0;
     [[nodiscard]] virtual SystemErrorCode WriteAt(FileHandle handle, std::uint64_t offset,
                                                   const void* data, std::size_t size,
                                                   std::size_t& transferred) = 0;
-    // Asks for the range to be brought to the disk soon, without waiting for it.
+    // Requests that the range be written to the disk soon, without waiting for it.
     virtual SystemErrorCode StartWriteBack(FileHandle handle, std::uint64_t offset,
                                            std::uint64_t size) = 0;
-    // Cuts a file to its first `size` bytes; it has at least as many.
+    // Truncates a file to its first `size` bytes; it has at least that many.
     [[nodiscard]] virtual SystemErrorCode Truncate(FileHandle handle, std::uint64_t size) = 0;
     // Returns when everything written to the file is on the disk.
     [[nodiscard]] virtual SystemErrorCode SyncData(FileHandle handle) = 0;
-    // Returns when the names that stand in a directory are on the disk; at once if its file system
-    // or its permissions leave no way to ask for that.
+    // Returns when the names in a directory are on the disk; returns at once if its file system or
+    // its permissions do not allow this request.
     [[nodiscard]] virtual SystemErrorCode SyncDirectory(const std::wstring& path) = 0;
-    // Whether the open file has lost its name: nobody will find it once it is closed. False where
+    // Whether the open file has lost its name, so that nobody can find it after closing. False if
     // the system keeps the names of open files.
     virtual SystemErrorCode QueryRemoved(FileHandle /*handle*/, bool& removed) {
         removed = false;
@@ -62,11 +62,11 @@ class FileCalls {
 // The operating system's own calls.
 [[nodiscard]] FileCalls& SystemFileCalls();
 
-// The calls in use: the system's, unless a test has put others in their place.
+// The calls in use: the system's, unless a test has replaced them.
 [[nodiscard]] FileCalls& CurrentFileCalls();
 
-// For tests: puts `calls` (null: the system's) in place and returns what was there.
-// Call it only while no file is open and no other thread works on one.
+// For tests: installs `calls` (null: the system's) and returns the previous ones. Call it only
+// while no file is open and no other thread works on one.
 FileCalls* SetFileCalls(FileCalls* calls);
 
 }  // namespace stalwick

@@ -26,7 +26,7 @@ SystemErrorCode InputFile::Close() {
 
 namespace {
 
-// Continues calls of `readSome(offset, bytes left, count)` until all is there, the file ends or
+// Repeats calls of `readSome(offset, bytes left, count)` until everything is read, the file ends or
 // one fails.
 template <typename ReadSome>
 SystemErrorCode ReadWhole(std::size_t size, std::size_t& transferred, const ReadSome& readSome) {

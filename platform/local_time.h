@@ -13,13 +13,13 @@ struct LocalTime {
 
 using LocalTimeSource = LocalTime (*)();
 
-// The wall clock in the machine's time zone, as the operating system gives it.
+// The wall clock in the machine's time zone, from the operating system.
 [[nodiscard]] LocalTime SystemLocalTime();
 
-// The time in use: the system's, unless a test has put another source in its place.
+// The time source in use: the system's, unless a test has replaced it.
 [[nodiscard]] LocalTime CurrentLocalTime();
 
-// For tests: puts `source` (null: the system's) in place and returns what was there.
+// For tests: installs `source` (null: the system's) and returns the previous one.
 LocalTimeSource SetLocalTimeSource(LocalTimeSource source);
 
 }  // namespace stalwick

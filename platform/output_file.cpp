@@ -9,15 +9,15 @@ namespace stalwick {
 
 namespace {
 
-// One call moves at most this much: enough to make the call's own cost vanish, little enough to
-// stay in the cache while the kernel copies it.
+// One call moves at most this much: enough to make the cost of the call negligible, little enough
+// to stay in the cache while the kernel copies it.
 constexpr std::size_t kLargestWrite = std::size_t{1} << 20U;
 
 bool IsInterrupted(SystemErrorCode code) {
     return ClassifySystemError(code) == SystemErrorKind::kInterrupted;
 }
 
-// Makes the call until no signal interrupts it.
+// Repeats the call until no signal interrupts it.
 template <typename Call>
 SystemErrorCode Continue(const Call& call) {
     SystemErrorCode code = 0;
@@ -60,7 +60,7 @@ SystemErrorCode OutputFile::WriteAt(std::uint64_t offset, const void* data, std:
             handle_, offset + done, bytes + done, std::min(size - done, kLargestWrite), count);
         if (IsInterrupted(code)) continue;
         if (code != 0) return code;
-        // A write that takes nothing and names no reason would be retried for ever.
+        // A write that writes nothing and gives no reason would be retried forever.
         if (count == 0) return SystemErrorFor(SystemErrorKind::kOther);
         done += count;
     }
@@ -91,7 +91,7 @@ SystemErrorCode SyncDirectory(const std::wstring& path) {
 SystemErrorCode OutputFile::Close() {
     if (!IsOpen()) return 0;
     const SystemErrorCode code = CurrentFileCalls().Close(std::exchange(handle_, kNoFile));
-    // An interrupted close has released the file; closing again could hit another one.
+    // An interrupted close has released the file; closing again could close another one.
     return IsInterrupted(code) ? 0 : code;
 }
 

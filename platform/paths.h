@@ -10,19 +10,19 @@ inline constexpr wchar_t kPathSeparator = L'\\';
 inline constexpr wchar_t kPathSeparator = L'/';
 #endif
 
-// A path in its four parts; joined in this order they are the path again.
+// The four parts of a path; joined in this order they form the path again.
 struct PathParts {
     std::wstring drive;      // "C:" on Windows, empty elsewhere
-    std::wstring directory;  // up to and with the last separator
+    std::wstring directory;  // up to and including the last separator
     std::wstring name;       // without the extension
-    std::wstring extension;  // from the name's last ".", even where that is its first character
+    std::wstring extension;  // from the name's last ".", even if that is its first character
 };
 
-// Parts are told apart by `\` and `/` on Windows, by `/` elsewhere. Nothing is normalised.
+// The separators are `\` and `/` on Windows, `/` elsewhere. Nothing is normalised.
 [[nodiscard]] PathParts SplitPath(const std::wstring& path);
 
-// The directory that a path stands in, without a separator at its end unless it is the root; "."
-// if the path names none. Separators at the path's own end do not count.
+// The parent directory of a path, without a separator at its end unless it is the root; "." if the
+// path names none. Separators at the path's own end do not count.
 [[nodiscard]] std::wstring ParentDirectory(const std::wstring& path);
 
 // Position of the last separator, or npos.

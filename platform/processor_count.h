@@ -2,8 +2,8 @@
 
 namespace stalwick {
 
-// Processors that this process may run on, at least 1. A process that was bound to one of many
-// (taskset, a container's set) has 1.
+// Processors on which this process may run, at least 1. A process bound to one of many (taskset, a
+// container's set) has 1.
 unsigned UsableProcessors();
 
 }  // namespace stalwick

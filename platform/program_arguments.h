@@ -5,7 +5,7 @@
 
 namespace stalwick {
 
-// The arguments behind the program's name, narrow (UTF-8; other bytes as they came).
+// The arguments after the program's name, narrow (UTF-8; other bytes unchanged).
 [[nodiscard]] std::vector<std::string> ProgramArguments(int argc, char** argv);
 
 }  // namespace stalwick

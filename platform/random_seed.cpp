@@ -12,7 +12,7 @@ std::atomic<RandomSeedSource> replacement{nullptr};
 std::uint32_t RandomSeed() {
     const RandomSeedSource source = replacement.load(std::memory_order_acquire);
     if (source != nullptr) return source();
-    thread_local std::random_device device;  // takes longer to make than to use
+    thread_local std::random_device device;  // takes longer to construct than to use
     return device();
 }
 

@@ -6,11 +6,11 @@ namespace stalwick {
 
 using RandomSeedSource = std::uint32_t (*)();
 
-// One value from the machine's non-deterministic random source, unless a test has put another
-// source in its place.
+// One value from the machine's non-deterministic random source, unless a test has replaced the
+// source.
 [[nodiscard]] std::uint32_t RandomSeed();
 
-// For tests: puts `source` (null: the machine's) in place and returns what was there.
+// For tests: installs `source` (null: the machine's) and returns the previous one.
 RandomSeedSource SetRandomSeedSource(RandomSeedSource source);
 
 }  // namespace stalwick

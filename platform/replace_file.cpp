@@ -10,7 +10,7 @@ namespace stalwick {
 
 namespace {
 
-// In the same directory, since a rename keeps to one file system.
+// In the same directory, because a rename stays within one file system.
 SystemErrorCode CreateTemporary(const std::wstring& path, OutputFile& file, std::wstring& name) {
     constexpr int kAttempts = 100;
     SystemErrorCode error = 0;

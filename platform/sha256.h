@@ -9,8 +9,8 @@ namespace stalwick {
 
 using Sha256Digest = std::array<std::uint8_t, 32>;
 
-// The SHA-256 of bytes that come piece by piece; the system's library computes it. Throws
-// std::runtime_error where that refuses.
+// The SHA-256 of bytes that arrive piece by piece, computed by the system's library. Throws
+// std::runtime_error if that refuses.
 class Sha256 {
   public:
     Sha256();

@@ -6,7 +6,7 @@
 
 namespace stalwick {
 
-// The kinds of failure for which the program has advice or a rule of its own.
+// The kinds of failure for which the program has advice or its own rules.
 enum class SystemErrorKind {
     kNone,
     kInterrupted,
@@ -22,7 +22,7 @@ enum class SystemErrorKind {
 
 [[nodiscard]] SystemErrorKind ClassifySystemError(SystemErrorCode code);
 
-// An error number of that kind, for refusals of the program's own.
+// An error number of that kind, for the program's own refusals.
 [[nodiscard]] SystemErrorCode SystemErrorFor(SystemErrorKind kind);
 
 // The operating system's reason, for example "No space left on device".

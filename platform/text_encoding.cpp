@@ -20,7 +20,7 @@ std::uint8_t ByteAt(std::string_view bytes, std::size_t at) {
     return static_cast<std::uint8_t>(bytes[at]);
 }
 
-// Bytes of the sequence that a first byte announces; 0 for a byte that cannot begin one.
+// Length of the sequence that a first byte announces; 0 for a byte that cannot begin one.
 std::size_t SequenceLength(std::uint8_t first) {
     if (first < 0x80) return 1;
     if (first >= 0xC2 && first <= 0xDF) return 2;
@@ -87,7 +87,7 @@ bool IsPairAt(std::wstring_view text, std::size_t at) {
            low < kSurrogateEnd;
 }
 
-// Also as a byte that is no UTF-8: it would be printed as it came.
+// Also for a byte that is not UTF-8: it would be printed unchanged.
 bool IsControl(char32_t value) {
     constexpr char32_t kLastEscapedControl = 0xDC9F;
     return value < 0x20 || (value >= 0x7F && value < 0xA0) ||

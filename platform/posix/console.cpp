@@ -18,7 +18,7 @@ constexpr std::array kWatchedSignals = {SIGINT, SIGTERM, SIGHUP};
 
 extern "C" void StoreInterruption(int signal);
 
-// What the caller ignores is not watched, and stays ignored.
+// Signals that the caller ignores are not watched, and stay ignored.
 void StopWatching(int signal) {
     struct sigaction action {};
     if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == StoreInterruption) {
@@ -34,17 +34,17 @@ Interruption KindOf(int signal) {
 extern "C" void StoreInterruption(int signal) {
     std::atomic<Interruption>* target = interruptionTarget.load(std::memory_order_relaxed);
     if (target == nullptr) return;
-    // The thread that was stopped in the middle of its work may be about to look at its own.
+    // The interrupted thread may be about to read errno.
     const int savedError = errno;
     target->store(KindOf(signal), std::memory_order_relaxed);
-    // Whatever comes next, of any kind, ends the process.
+    // The next signal, of any kind, ends the process.
     for (const int watched : kWatchedSignals) StopWatching(watched);
     errno = savedError;
 }
 
 void Watch(int signal) {
     struct sigaction action {};
-    // A caller that lets it be ignored (a shell's background job) has its reasons.
+    // A caller that ignores it (a shell's background job) has its reasons.
     if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) return;
     action = {};
     action.sa_handler = StoreInterruption;
@@ -62,15 +62,15 @@ void WatchInterruptions(std::atomic<Interruption>& target) {
 }
 
 void EndByInterrupt() {
-    std::fflush(nullptr);  // death by a signal does not
+    std::fflush(nullptr);  // death by a signal does not flush
     std::signal(SIGINT, SIG_DFL);
     std::raise(SIGINT);
 }
 
-// Terminals take the bytes as they are.
+// Terminals accept the bytes directly.
 void PrepareConsole() {}
 
-// Past the stream, whose first text makes it a wide or a narrow one for good.
+// Bypasses the stream, whose first text makes it a wide or a narrow one for good.
 bool WriteToStandardOutput(std::string_view bytes) {
     if (std::fflush(stdout) != 0) return false;
     while (!bytes.empty()) {

@@ -16,7 +16,7 @@ int Descriptor(FileHandle handle) {
     return static_cast<int>(handle);
 }
 
-// Some file systems, most of them on a network, cannot sync a directory.
+// Some file systems, most of them network file systems, cannot sync a directory.
 bool IsUnsupported(SystemErrorCode code) {
     return code == EINVAL || code == ENOTSUP || code == ENOSYS;
 }
@@ -59,7 +59,7 @@ class PosixFileCalls final : public FileCalls {
     }
 
     SystemErrorCode CreateExclusive(const std::wstring& path, FileHandle& handle) override {
-        constexpr mode_t kReadWriteForAll = 0666;  // less the process's umask
+        constexpr mode_t kReadWriteForAll = 0666;  // minus the process's umask
         const int descriptor =
             ::open(ToUtf8(path).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kReadWriteForAll);
         if (descriptor < 0) return errno;
@@ -97,7 +97,7 @@ class PosixFileCalls final : public FileCalls {
 
     SystemErrorCode SyncDirectory(const std::wstring& path) override {
         const int descriptor = ::open(ToUtf8(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        // One that may only be written into cannot be opened for it.
+        // A write-only directory cannot be opened for it.
         if (descriptor < 0) return errno == EACCES ? 0 : errno;
         const SystemErrorCode code = ::fsync(descriptor) == 0 ? 0 : errno;
         ::close(descriptor);

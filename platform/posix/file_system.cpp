@@ -60,7 +60,7 @@ std::optional<FreeSpace> QueryFreeSpace(const std::wstring& directory) {
     if (::statvfs(narrow.c_str(), &space) != 0 || ::stat(narrow.c_str(), &status) != 0) {
         return std::nullopt;
     }
-    if (space.f_blocks == 0) return std::nullopt;  // not of a disk: it has no size
+    if (space.f_blocks == 0) return std::nullopt;  // not on a disk: it has no size
     return FreeSpace{std::uint64_t{space.f_bavail} * space.f_frsize,
                      static_cast<std::uint64_t>(status.st_dev)};
 }
@@ -89,7 +89,7 @@ SystemErrorCode ListDirectory(const std::wstring& path, std::vector<std::wstring
 }
 
 SystemErrorCode CreateDirectoryLevel(const std::wstring& path) {
-    constexpr mode_t kAllForAll = 0777;  // less the process's umask
+    constexpr mode_t kAllForAll = 0777;  // minus the process's umask
     return ::mkdir(ToUtf8(path).c_str(), kAllForAll) == 0 ? 0 : errno;
 }
 

@@ -9,7 +9,8 @@
 namespace stalwick {
 
 std::uint64_t RaiseOpenFileLimit(std::uint64_t count) {
-    // Between the two calls another thread could raise it further, and this one lower it again.
+    // Between the two calls, another thread could raise the limit further, and this one lower it
+    // again.
     static std::mutex mutex;
     const std::scoped_lock lock(mutex);
     struct rlimit limit {};

@@ -10,8 +10,8 @@ namespace stalwick {
 
 namespace {
 
-// A standard stream that the caller closed would be the number of the next file that is opened, and
-// a message to it would go into that file. In its place comes a file that takes nothing.
+// If the caller closed a standard stream, the next opened file would get its number, and a message
+// would go into that file. A file that accepts nothing takes the number instead.
 void OccupyClosedStreams() {
     for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
         if (::fcntl(stream, F_GETFD) != -1 || errno != EBADF) continue;
@@ -22,9 +22,9 @@ void OccupyClosedStreams() {
 }  // namespace
 
 void PrepareProcess() {
-    // A reader that went away (a closed pipe) is an error of that write, not the end of the run.
+    // If the reader of a pipe is gone, that write fails; the run does not end.
     std::signal(SIGPIPE, SIG_IGN);
-    // So is a file that reaches the limit of its size (ulimit -f).
+    // The same applies to a file that reaches the limit of its size (ulimit -f).
     std::signal(SIGXFSZ, SIG_IGN);
     OccupyClosedStreams();
 }

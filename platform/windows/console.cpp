@@ -23,7 +23,7 @@ bool Request(Interruption kind) {
     return true;
 }
 
-// Runs on a thread that the system starts for it. FALSE: the system ends the process.
+// Runs on a thread that the system starts for it. Returning FALSE lets the system end the process.
 BOOL WINAPI HandleControl(DWORD event) {
     switch (event) {
         case CTRL_C_EVENT:
@@ -57,7 +57,7 @@ HANDLE StandardError() {
 
 void WatchInterruptions(std::atomic<Interruption>& target) {
     interruptionTarget.store(&target);
-    // A parent that ignores Ctrl-C hands that down; this undoes it.
+    // A child inherits Ctrl-C being ignored; this undoes it.
     ::SetConsoleCtrlHandler(nullptr, FALSE);
     ::SetConsoleCtrlHandler(HandleControl, TRUE);
 }
@@ -65,7 +65,7 @@ void WatchInterruptions(std::atomic<Interruption>& target) {
 void EndByInterrupt() {}
 
 void PrepareConsole() {
-    // Lines end as the program writes them, so that scripts read the same bytes everywhere.
+    // Lines end exactly as the program writes them, so that scripts read the same bytes everywhere.
     ::_setmode(::_fileno(stdout), _O_BINARY);
     ::_setmode(::_fileno(stderr), _O_BINARY);
     previousOutputCodePage = ::GetConsoleOutputCP();
@@ -74,7 +74,7 @@ void PrepareConsole() {
     if (::SetConsoleOutputCP(CP_UTF8) != FALSE) std::atexit(RestoreOutputCodePage);
 }
 
-// Streams take wide and narrow text in turns there.
+// Streams alternate between wide and narrow text there.
 bool WriteToStandardOutput(std::string_view bytes) {
     return std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size();
 }

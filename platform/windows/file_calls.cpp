@@ -51,7 +51,7 @@ class WindowsFileCalls final : public FileCalls {
   public:
     SystemErrorCode OpenForReading(const std::wstring& path, FileHandle& handle) override {
         const std::wstring systemPath = SystemPath(path);
-        // The system's own answer for a directory would be "Access denied".
+        // The system's own error for a directory would be "Access denied".
         if (IsDirectory(systemPath)) return ERROR_DIRECTORY_NOT_SUPPORTED;
         constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
         return Store(::CreateFileW(systemPath.c_str(), GENERIC_READ, kShareAll, nullptr,
@@ -65,7 +65,7 @@ class WindowsFileCalls final : public FileCalls {
         const SystemErrorCode code =
             ResultOf(::ReadFile(Native(handle), data, TransferSize(size), &count, nullptr));
         transferred = count;
-        // A pipe whose writer has gone has ended.
+        // If the writer of a pipe is gone, the pipe has ended.
         return code == ERROR_BROKEN_PIPE || code == ERROR_HANDLE_EOF ? 0 : code;
     }
 
@@ -118,7 +118,7 @@ class WindowsFileCalls final : public FileCalls {
         return ResultOf(::FlushFileBuffers(Native(handle)));
     }
 
-    // NTFS keeps names in its journal, and flushing a directory takes an administrator's rights.
+    // NTFS keeps names in its journal, and flushing a directory needs an administrator's rights.
     SystemErrorCode SyncDirectory(const std::wstring& /*path*/) override { return 0; }
 
     SystemErrorCode Close(FileHandle handle) override {

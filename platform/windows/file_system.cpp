@@ -10,14 +10,14 @@
 
 namespace stalwick {
 
-// A link whose target is gone still has attributes of its own, so its name counts as taken.
+// A link without a target still has attributes, so its name counts as taken.
 PathKind QueryPath(const std::wstring& path) {
     const DWORD attributes = ::GetFileAttributesW(SystemPath(path).c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) return PathKind::kMissing;
     return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? PathKind::kDirectory : PathKind::kFile;
 }
 
-// Pipes and devices stand outside of the directories from which recordings are chosen.
+// Pipes and devices are outside the directories from which recordings are chosen.
 bool IsOrdinaryFile(const std::wstring& path) {
     return QueryPath(path) == PathKind::kFile;
 }
@@ -61,7 +61,7 @@ SystemErrorCode RemoveFile(const std::wstring& path) {
     return static_cast<SystemErrorCode>(::GetLastError());
 }
 
-// Directories of one drive or share begin alike; a volume that is mounted in a directory counts as
+// Directories of one drive or share have the same prefix; a volume mounted in a directory counts as
 // its drive's, with its own free space.
 std::optional<FreeSpace> QueryFreeSpace(const std::wstring& directory) {
     ULARGE_INTEGER available{};

@@ -5,7 +5,7 @@
 namespace stalwick {
 
 void PrepareProcess() {
-    // A drive without a disk is an error of that call, not a box that waits for a click.
+    // A drive without a disk makes that call fail instead of showing a box that waits for a click.
     ::SetErrorMode(SEM_FAILCRITICALERRORS);
 }
 

@@ -5,7 +5,7 @@
 #include "platform/text_encoding.h"
 #include "platform/windows/windows_api.h"
 
-// Not among the parts of windows.h that windows_api.h leaves in.
+// Not in the part of windows.h that windows_api.h includes.
 #include <shellapi.h>
 
 namespace stalwick {
@@ -18,7 +18,7 @@ struct FreeLocal {
 
 }  // namespace
 
-// The narrow argv holds only what the machine's code page can say; the command line is UTF-16.
+// The narrow argv is limited to the machine's code page; the command line is UTF-16.
 std::vector<std::string> ProgramArguments(int, char**) {
     int count = 0;
     const std::unique_ptr<wchar_t*, FreeLocal> wide(

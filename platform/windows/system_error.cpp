@@ -70,7 +70,7 @@ std::wstring SystemErrorText(SystemErrorCode code) {
         FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS | FORMAT_MESSAGE_MAX_WIDTH_MASK,
         nullptr, static_cast<DWORD>(code), 0, text, kLongest, nullptr);
     std::wstring message(text, length);
-    // The system's texts are sentences; here they stand inside one.
+    // The system's texts are sentences; here they are part of one.
     message.erase(message.find_last_not_of(L" .\r\n") + 1);
     return message.empty() ? L"error " + std::to_wstring(code) : message;
 }

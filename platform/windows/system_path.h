@@ -4,7 +4,7 @@
 
 namespace stalwick {
 
-// The path in the form in which the system's calls take it whatever its length.
+// The path in the form in which the system's calls accept any length.
 std::wstring SystemPath(const std::wstring& path);
 
 }  // namespace stalwick

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes pages of recordings with and without faults and looks at them in headless Chromium:
+# Makes pages of recordings with and without faults and checks them in headless Chromium:
 #   scripts/check-pages.sh BUILD_DIRECTORY
 # Pictures and PDFs stay in BUILD_DIRECTORY/pages; page.png there is the one of docs/images.
 # playwright-core and axe-core come from npm.

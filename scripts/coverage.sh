@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Reports which lines and branches the tests have run in a build that counts them, and fails below
-# the limits. Branches that only an exception takes are not counted.
+# Reports which lines and branches the tests have run in an instrumented build, and fails below the
+# limits. Branches that only an exception takes are not counted.
 #   scripts/coverage.sh BUILD
 set -euo pipefail
 build=$(cd "$1" && pwd)

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Formats every C++ file that git knows; with --check only says which are not formatted.
+# Formats every C++ file that git tracks; with --check only reports files that are not formatted.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

@@ -1,15 +1,15 @@
 #!/usr/bin/env bash
 # Runs every fuzz target for a time. The corpus grows in BUILD/corpus from run to run.
 #   scripts/fuzz.sh BUILD SECONDS
-# Ends with 1 when a target found something; the input then stands in BUILD/finds. Make a test of
-# it, and copy it to fuzz/finds/TARGET.
+# Exits with 1 if a target found something; the input is then in BUILD/finds. Make a test from it,
+# and copy it to fuzz/finds/TARGET.
 set -euo pipefail
 build=$(cd "$1" && pwd)
 seconds=$2
 source_root=$(cd "$(dirname "$0")/.." && pwd)
 
-# A find keeps its input, so no stack of every allocation is needed; freed memory is watched for
-# longer than one input takes.
+# A find keeps its input, so the stack of every allocation is not needed; freed memory is watched
+# for longer than one input takes.
 export ASAN_OPTIONS=${ASAN_OPTIONS:-malloc_context_size=0:quarantine_size_mb=8}
 
 status=0

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages that the project needs and that are missing, as root or with sudo.
+# Installs the Debian 12 packages that the project needs if they are missing, as root or with sudo.
 #   scripts/install-deps.sh [GROUP...]     GROUP: build test check fuzz bench coverage screenshots pages
 #                                              cluster windows windows-app all
-# Without a group: build and test. Does nothing, and asks for no rights, when nothing is missing.
+# Without a group: build and test. Does nothing, and needs no rights, if nothing is missing.
 set -euo pipefail
 
 packages_of() {

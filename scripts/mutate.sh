@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Changes one operator, constant or call at a time and looks whether a test notices: docs/testing.md.
+# Changes one operator, constant or call at a time and checks whether a test notices:
+# docs/testing.md.
 #   scripts/mutate.sh DIRECTORY [--count N] [--seed N] [--only TEXT] [--list] [FOLDER...]
 # DIRECTORY, outside the checkout, keeps a copy of the commit and the results; called again, the
-# script goes on there.
+# script continues there.
 set -euo pipefail
 [ $# -gt 0 ] || { sed -n '2,5s/^# //p' "$0" >&2; exit 2; }
 directory=$1

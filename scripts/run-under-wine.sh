@@ -1,5 +1,5 @@
 #!/bin/sh
-# Runs a Windows program under Debian's wine64, in a wine prefix of the project's own.
+# Runs a Windows program under Debian's wine64, in a separate wine prefix.
 #
 #   scripts/run-under-wine.sh PROGRAM.exe [ARGUMENT...]
 #   scripts/run-under-wine.sh --prefix          prints the prefix's directory
@@ -12,16 +12,16 @@
 set -eu
 
 WINEPREFIX=${STALWICK_WINE_PREFIX:-${XDG_CACHE_HOME:-$HOME/.cache}/stalwick/wine}
-# Neither a .NET nor a browser engine is needed, and asking for them would open a window.
+# Neither a .NET nor a browser engine is needed, and requesting them would open a window.
 WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
 WINEDEBUG=${WINEDEBUG:--all}
-# File names are UTF-8 on the disk, whatever the caller's locale says.
+# File names are UTF-8 on the disk, in every locale.
 LC_ALL=C.UTF-8
 export WINEPREFIX WINEDLLOVERRIDES WINEDEBUG LC_ALL
 
 if [ ! -e "$WINEPREFIX/.made" ]; then
     mkdir -p "$WINEPREFIX"
-    # Only the first of several callers makes the prefix; the others wait for it.
+    # Only the first of several callers creates the prefix; the others wait for it.
     (
         flock 9
         [ -e "$WINEPREFIX/.made" ] || { wineboot --init >"$WINEPREFIX/.log" 2>&1 && touch "$WINEPREFIX/.made"; }

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The long runs of the tests that try faults at random: other numbers each time, many more of them.
+# Long runs of the tests with random faults: other random numbers each time, many more of them.
 #   scripts/soak.sh BUILD
 set -euo pipefail
 build=$(cd "$1" && pwd)

@@ -1,10 +1,10 @@
 #!/bin/sh
-# Runs a command on a display of its own, with a window manager.
+# Runs a command on a separate display, with a window manager.
 #   scripts/with-display.sh COMMAND [ARGUMENT...]
 # Needs: xvfb, xauth, openbox.
 set -eu
-# A window that comes while the window manager starts may never be shown: the command waits for it.
-# The window manager gets no keys of its own, so that all of them reach the program.
+# A window that opens while the window manager starts may never be shown, so the command waits for
+# it. The window manager gets no key bindings, so that all keys reach the program.
 # shellcheck disable=SC2016  # expanded by the inner shell
 exec xvfb-run --auto-servernum --server-args='-screen 0 1280x900x24' sh -c '
     managed=$(mktemp -d)

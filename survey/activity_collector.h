@@ -9,7 +9,7 @@
 
 namespace stalwick {
 
-// What an inertial unit measured in a bin's packets, in counts.
+// What an inertial unit measured in the packets of a bin, in counts.
 struct ImuBin {
     std::uint64_t packets = 0;
     std::array<std::int64_t, kImuValues> sums{};
@@ -22,7 +22,7 @@ struct ImuBin {
 
 struct ActivityBin {
     std::uint64_t packets = 0;
-    std::array<std::uint64_t, kTtlLines> ttlChangedPackets{};  // in how many each line changed
+    std::array<std::uint64_t, kTtlLines> ttlChangedPackets{};  // packets in which each line changed
     ImuBin baseImu;
     ImuBin afeImu;
     std::uint64_t ultrasonicSamples = 0;

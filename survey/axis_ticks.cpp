@@ -13,7 +13,7 @@ namespace stalwick {
 
 namespace {
 
-constexpr double kSlack = 1e-9;  // of a step or a number, for what rounding leaves
+constexpr double kSlack = 1e-9;  // of a step or a number, to allow for rounding
 
 double PowerOfTenBelow(double value) {
     return std::pow(10.0, std::floor(std::log10(value) + kSlack));
@@ -85,7 +85,7 @@ TimeAxis MakeTimeAxis(double startSeconds, double endSeconds, int mostTicks) {
     const int decimals = std::max(0, static_cast<int>(std::ceil(-std::log10(step) - kSlack)));
     TimeAxis axis;
     axis.unit = !asClock ? "seconds" : withHours ? "hours:minutes:seconds" : "minutes:seconds";
-    // A recording's length is known to the nearest nanoseconds only.
+    // A recording's length is known only to the nearest nanoseconds.
     const double near = (endSeconds - startSeconds) * 1e-4;
     const double last = std::floor((endSeconds + near) / step);
     for (double count = std::ceil((startSeconds - near) / step); count <= last; count += 1.0) {

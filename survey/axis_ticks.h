@@ -7,7 +7,7 @@ namespace stalwick {
 
 // The round numbers 1, 2 and 5 times a power of ten next to a positive number.
 [[nodiscard]] double RoundDown(double value);
-// As above, with more of them: no more than a third above the number.
+// Like the above, but finer: at most a third above the number.
 [[nodiscard]] double RoundUp(double value);
 
 struct AxisTick {
@@ -20,7 +20,7 @@ struct TimeAxis {
     std::string unit;  // of the labels: "seconds", "minutes:seconds", "hours:minutes:seconds"
 };
 
-// At most `mostTicks` at round times from `startSeconds` to `endSeconds`, which is after it.
+// At most `mostTicks` at round times from `startSeconds` to `endSeconds`, which must be later.
 [[nodiscard]] TimeAxis MakeTimeAxis(double startSeconds, double endSeconds, int mostTicks);
 
 // A number with few digits: "0.25", "1500", "3.2e+06".

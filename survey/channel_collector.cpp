@@ -12,13 +12,13 @@ namespace stalwick {
 
 namespace {
 
-// The sum of so many 16-bit values fits into 32 bits.
+// The sum of this many 16-bit values fits into 32 bits.
 constexpr std::uint32_t kMostSumPackets = 1U << 15U;
 constexpr std::int64_t kWholeStepsPer14BitStep = 4;
 constexpr double kStepsPer14BitStep = kWholeStepsPer14BitStep;
 constexpr double kSecondsPerMinute = 60.0;
 
-// Bit i of the result: whether samples[i] has the value of the sample before it.
+// Bit i of the result: whether samples[i] equals the previous sample.
 unsigned EqualToTheOneBefore(const std::int16_t* samples, std::int16_t before) {
     unsigned equal = samples[0] == before ? 1U : 0U;
     for (unsigned i = 1; i < kSamplesPerPacket; ++i) {
@@ -27,8 +27,8 @@ unsigned EqualToTheOneBefore(const std::int16_t* samples, std::int16_t before) {
     return equal;
 }
 
-// RMS about the mean, in 14-bit steps, of the sums of so many 14-bit samples and their squares. The
-// difference is taken in whole numbers: nothing cancels, however far the mean is from 0.
+// RMS about the mean, in 14-bit steps, from the sums of this many 14-bit samples and of their
+// squares. The difference is computed in integers: nothing cancels, however far the mean is from 0.
 double DeviationOf(std::uint64_t samples, std::int64_t sum, std::uint64_t sumOfSquares) {
     __extension__ using Wide = unsigned __int128;
     const auto size = static_cast<std::uint64_t>(std::abs(sum));
@@ -97,9 +97,9 @@ void ChannelCollector::AddBlock() {
     if (sumPackets_ >= kMostSumPackets) AddSums();
 }
 
-// Whether the block may have a run of the channel that is longer than those before. Where no packet
-// has three samples alike in a row, none of more than four is in it; and none of more than two
-// where the packets, too, begin with another value than the one before.
+// Whether the block may contain a run of the channel that is longer than those before. If no packet
+// has three equal samples in a row, it contains none of more than four; and none of more than two
+// if, in addition, each packet begins with another value than the previous one's last.
 bool ChannelCollector::MayHoldLongerRun(std::size_t channel) const {
     const Totals& totals = totals_[channel];
     if (totals.run > 2 || totals.longestRun < 3 || AnySlot(sums_.threeAlike, channel)) return true;
@@ -127,15 +127,15 @@ void ChannelCollector::FollowRuns(std::size_t channel) {
     for (std::size_t n = 0; n < blockPackets_; ++n) {
         const std::int16_t* const samples = samples_[n] + channel * kSamplesPerPacket;
         unsigned equal = EqualToTheOneBefore(samples, totals.last);
-        if (totals.run == 0) equal &= ~1U;  // nothing is before it
+        if (totals.run == 0) equal &= ~1U;  // nothing precedes it
         totals.last = samples[kSamplesPerPacket - 1];
         constexpr unsigned kAllEqual = (1U << kSamplesPerPacket) - 1;
         if (equal == kAllEqual) {
             totals.run += kSamplesPerPacket;
             continue;
         }
-        // The run that came in goes on over the ones at the start; each later run of n ones is one
-        // of n + 1 samples; the last of them goes out.
+        // The incoming run continues over the ones at the start; each later run of n ones is a run
+        // of n + 1 samples; the last of them is the outgoing run.
         totals.run += static_cast<unsigned>(std::countr_one(equal));
         std::uint64_t longest = 1;
         for (unsigned ones = equal & (equal + 1); ones != 0; ones &= ones >> 1U) ++longest;

@@ -12,17 +12,17 @@
 
 namespace stalwick {
 
-// Gathers the statistics of all channels, a packet at a time.
+// Gathers the statistics of all channels, one packet at a time.
 class ChannelCollector {
   public:
     explicit ChannelCollector(std::uint32_t samplingFrequency);  // samples per second
 
-    // Takes the samples of a packet that has some; the packet keeps memory of another one.
+    // Takes the samples of a packet that has some; the packet keeps the memory of another one.
     void Take(ORDDataPacket& packet);
-    // What comes next does not follow in time: flat runs end here.
+    // The next packet does not follow in time: flat runs end here.
     void BreakRuns();
 
-    // Of the channels that had samples; `microvoltsPerStep` of a 16-bit sample.
+    // For the channels that had samples; `microvoltsPerStep` is for a 16-bit sample.
     [[nodiscard]] std::vector<ChannelStatistics> Finish(double microvoltsPerStep);
 
   private:
@@ -33,10 +33,10 @@ class ChannelCollector {
         std::int16_t smallest = INT16_MAX;
         std::int16_t largest = INT16_MIN;
         std::uint64_t atRangeEnds = 0;
-        std::uint64_t run = 0;  // samples of one value up to the last
+        std::uint64_t run = 0;  // equal samples up to the last one
         std::uint64_t longestRun = 0;
         std::int16_t last = 0;
-        std::int64_t secondSum = 0;  // of the second that has begun
+        std::int64_t secondSum = 0;  // for the current second
         std::uint64_t secondSamples = 0;
         LineFit drift;  // means of whole seconds, by their number
     };
@@ -51,7 +51,7 @@ class ChannelCollector {
     static double NoiseOf(const Totals& totals);
     std::optional<double> DriftOf(const Totals& totals, double microvoltsPerStep) const;
 
-    // Packets of one shape are added together, a few at a time.
+    // Packets of the same shape are added together, a few at a time.
     std::array<std::vector<std::uint16_t>, kBlockPackets> block_;
     std::array<const std::int16_t*, kBlockPackets> samples_{};  // of block_
     std::size_t blockPackets_ = 0;
@@ -61,9 +61,9 @@ class ChannelCollector {
     SlotSums sums_;
     std::uint32_t sumPackets_ = 0;  // in sums_
     std::uint32_t packetsPerSecond_;
-    double secondSeconds_;  // how long so many packets take
+    double secondSeconds_;  // duration of that many packets
     std::uint32_t secondPackets_ = 0;
-    std::uint64_t seconds_ = 0;  // that have ended
+    std::uint64_t seconds_ = 0;  // completed ones
     std::array<Totals, kMostADChannels> totals_{};
 };
 

@@ -5,8 +5,8 @@
 
 namespace stalwick {
 
-// Whether packets with this mask have samples of a channel; an empty mask lets all through. Channel
-// j's bit is in mask byte K/8 - 1 - j/8.
+// Whether packets with this mask have samples of a channel; an empty mask enables all. Channel j's
+// bit is in mask byte K/8 - 1 - j/8.
 inline bool IsChannelRecorded(const std::vector<std::uint8_t>& mask, std::size_t channel) {
     if (mask.empty()) return true;
     const std::size_t byte = channel / 8;

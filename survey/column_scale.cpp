@@ -6,7 +6,7 @@
 namespace stalwick {
 
 std::int64_t ColumnScale::ColumnOf(double seconds) const {
-    constexpr double kFar = 1e15;  // damaged times may say anything
+    constexpr double kFar = 1e15;  // damaged times can have any value
     const double column = std::floor((seconds - originSeconds) / columnSeconds);
     return static_cast<std::int64_t>(std::clamp(column, -kFar, kFar));
 }

@@ -10,7 +10,7 @@
 
 namespace stalwick {
 
-// An output that is held against the records that it should have, one after another.
+// Compares an output with the records that it should have, one after another.
 class ComparedFile {
   public:
     // Opens the output, whose header was read before.
@@ -20,7 +20,7 @@ class ComparedFile {
 
     // The next record must be these bytes.
     void Compare(const void* record, std::size_t size);
-    // There must be no more.
+    // No more records may follow.
     void Finish();
 
   private:
@@ -32,8 +32,8 @@ class ComparedFile {
     RecordFile file_;
     RecordFileError openError_;
     ForwardReader reader_;
-    std::uint64_t record_ = 0;   // that comes next
-    std::uint64_t missing_ = 0;  // records that the file is too short for
+    std::uint64_t record_ = 0;   // the next one
+    std::uint64_t missing_ = 0;  // records missing because the file is too short
 };
 
 }  // namespace stalwick

@@ -20,7 +20,7 @@ constexpr double kMicrosecondsPerSecond = 1e6;
 constexpr double kNanosecondsPerSecond = 1e9;
 constexpr double kNanosecondsPerMicrosecond = 1e3;
 
-// Truncated; what the 64 bits cannot hold becomes their nearest end.
+// Truncated; values beyond 64 bits become the nearest end.
 std::uint64_t Truncated(double value) {
     constexpr double kEnd = 18446744073709551616.0;  // 2^64
     if (!(value >= 0.0)) return 0;
@@ -32,7 +32,8 @@ std::uint64_t PacketTime(std::uint64_t timestamp, std::uint64_t offset) {
     return Truncated(static_cast<double>(timestamp) / kNanosecondsPerMicrosecond) + offset;
 }
 
-// Truncated at every sample, so times fall behind where a sample is no whole microseconds.
+// Truncated at every sample, so times fall behind if the sample period is not a whole number of
+// microseconds.
 std::uint64_t NextSampleTime(std::uint64_t time, double samplesPerSecond) {
     return Truncated(static_cast<double>(time) + kMicrosecondsPerSecond / samplesPerSecond);
 }
@@ -99,7 +100,7 @@ void ExpectedEvents::Take(std::span<const std::uint8_t> ttlValues,
     constexpr std::string_view kTtlChangeText = "TTL Change.";
     std::uint64_t time = timestamp ? PacketTime(*timestamp, offset_) : Truncated(packetStart_);
     for (const std::uint8_t ttl : ttlValues) {
-        // The first value of a recording is no change.
+        // The first value of a recording is not a change.
         if (ttl != lastTtl_.value_or(ttl)) {
             EventRec event{};
             event.timestamp = time;
@@ -111,7 +112,7 @@ void ExpectedEvents::Take(std::span<const std::uint8_t> ttlValues,
         lastTtl_ = ttl;
         time = NextSampleTime(time, samplesPerSecond_);
     }
-    // Ten samples a packet, whatever it holds.
+    // Ten samples per packet, whatever it contains.
     packetStart_ += kMicrosecondsPerSecond / samplesPerSecond_ * 10.0;
 }
 

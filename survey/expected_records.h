@@ -10,9 +10,9 @@
 
 namespace stalwick {
 
-// What a recording's packets give in each output, record by record, worked out from the format
-// (docs/output-files.md) and not with the code that writes outputs: the two are held against each
-// other. Timestamps of packets are nanoseconds, times of records microseconds.
+// The records that a recording's packets should produce in each output, computed from the format
+// (docs/output-files.md) and not with the code that writes outputs, so that the two can be
+// compared. Timestamps of packets are nanoseconds, times of records microseconds.
 
 // One channel file.
 class ExpectedChannel {
@@ -25,13 +25,13 @@ class ExpectedChannel {
     explicit ExpectedChannel(const Source& source) : source_(source) {}
 
     // Takes the channel's samples of a packet, scaled, fewer than a record has. Returns the record
-    // that they completed, or null; it is valid until the next call.
+    // that they complete, or null; it is valid until the next call.
     const VtxDataTypes::CRRec* Take(std::span<const std::int16_t> samples,
                                     std::optional<std::uint64_t> timestamp);
-    // The record that the end of the recording leaves incomplete, or null.
+    // The record that is incomplete at the end of the recording, or null.
     const VtxDataTypes::CRRec* Rest() const;
-    // The same before packets that were left out: the next samples begin a record. Where packets
-    // carry no time, that of the next record goes on by the samples of this one.
+    // The same before packets that were left out: the next samples begin a record. If packets carry
+    // no time, the time of the next record continues by the samples of this one.
     const VtxDataTypes::CRRec* End(bool hasTimestamps);
 
   private:
@@ -41,7 +41,7 @@ class ExpectedChannel {
     Source source_;
     VtxDataTypes::CRRec current_{};
     VtxDataTypes::CRRec complete_{};
-    std::uint64_t lastTimestamp_ = 0;  // 0: none, also when a packet said so
+    std::uint64_t lastTimestamp_ = 0;  // 0: none, also if a packet had 0
     std::uint32_t phase_ = 0;          // samples since lastTimestamp_, modulo 10
     double counted_ = 0.0;             // microseconds of the records without timestamps
 };
@@ -52,7 +52,7 @@ class ExpectedEvents {
     ExpectedEvents(double samplesPerSecond, std::uint64_t offset)
         : samplesPerSecond_(samplesPerSecond), offset_(offset) {}
 
-    // Takes a packet's TTL values, a sample each; adds its events to `events`.
+    // Takes a packet's TTL values, one per sample, and adds its events to `events`.
     void Take(std::span<const std::uint8_t> ttlValues, std::optional<std::uint64_t> timestamp,
               std::vector<VtxDataTypes::EventRec>& events);
 
@@ -67,7 +67,7 @@ class ExpectedEvents {
 class ExpectedRawRecords {
   public:
     struct Source {
-        std::uint32_t adChannels = 0;  // of the recording's header
+        std::uint32_t adChannels = 0;  // from the recording's header
         double samplesPerSecond = 0.0;
         std::uint64_t offset = 0;
     };
@@ -86,7 +86,7 @@ class ExpectedRawRecords {
     std::uint64_t time_ = 0;
 };
 
-// Recorded values as they stand in channel files, products truncated toward zero.
+// Recorded values as in channel files, products truncated toward zero.
 inline constexpr std::int16_t ExpectedADSample(std::uint16_t value) {
     return static_cast<std::int16_t>(static_cast<std::int16_t>(value) * 3190 / 65536);
 }

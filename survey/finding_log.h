@@ -8,13 +8,13 @@
 
 namespace stalwick {
 
-// Where in a file something was found.
+// The position of a finding in a file.
 struct FindingPlace {
     std::optional<std::uint64_t> record = std::nullopt;  // from 0
     std::optional<std::uint64_t> byte = std::nullopt;
 };
 
-// Takes the findings of one file into its set: lists the first ones, counts all.
+// Collects the findings of one file for its set: lists the first ones, counts all.
 class FindingLog {
   public:
     FindingLog(VerifiedSet& set, std::wstring path, std::size_t mostListed)

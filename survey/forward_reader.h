@@ -10,24 +10,24 @@
 
 namespace stalwick {
 
-// Reads the records of an output from the first byte to the last, with a look ahead. The file must
+// Reads the records of an output from the first byte to the last, with lookahead. The file must
 // outlive it.
 class ForwardReader {
   public:
     // Looks at most `capacity` bytes ahead.
     ForwardReader(const RecordFile& file, std::size_t capacity);
 
-    // The bytes from the position on, at most `size`: fewer at the end of the file. Valid until the
+    // The bytes from the position on, at most `size`; fewer at the end of the file. Valid until the
     // next call.
     std::span<const std::uint8_t> Look(std::size_t size);
-    // Goes on by bytes that were looked at.
+    // Advances by bytes that were peeked at.
     void Skip(std::size_t size) { offset_ += size; }
 
     [[nodiscard]] std::uint64_t Position() const {
         return bufferPosition_ + offset_;
     }  // byte of the file
     [[nodiscard]] std::uint64_t End() const { return end_; }
-    // Why the file could not be read to its end; empty: it could.
+    // Why the file could not be read to its end; empty if it could.
     const std::wstring& Error() const { return error_; }
 
   private:

@@ -73,7 +73,7 @@ std::wstring RawDataLines(const OutputInSet& output) {
            HeaderLine(L"-NumADChannels", output.header.Value(L"-NumADChannels"));
 }
 
-// What no recording changes of a kind of file.
+// Lines of a kind of file that are the same for every recording.
 struct KindLines {
     VtxDataTypes::VtxDataType type;
     const wchar_t* version;
@@ -92,7 +92,7 @@ KindLines LinesOf(OutputName::Kind kind) {
     return {VtxDataTypes::kCSC, kChannelFileVersion, sizeof(VtxDataTypes::CRRec)};
 }
 
-// The text that the header must be, with those of its own values that are looked at one by one.
+// The expected text of the header; values that are checked separately are copied from it.
 std::wstring PrescribedText(const OutputInSet& output) {
     const KindLines lines = LinesOf(output.name.kind);
     const auto own = [&](const wchar_t* key) { return HeaderLine(key, output.header.Value(key)); };
@@ -108,7 +108,7 @@ std::wstring PrescribedText(const OutputInSet& output) {
     return text;
 }
 
-// Where the values of a file's lines stand in it.
+// The positions of the values of a file's lines.
 class HeaderFindings {
   public:
     HeaderFindings(const OutputInSet& output, FindingLog& log)
@@ -121,7 +121,7 @@ class HeaderFindings {
         log_.Add(place, text);
     }
 
-    // `key` has a value of another form.
+    // The value of `key` has the wrong form.
     void AddForm(const std::wstring& key, const std::wstring& form) {
         Add(key,
             L"its " + key + L" is \"" + OneLine(output_.header.Value(key)) + L"\", not " + form);
@@ -158,7 +158,7 @@ struct OriginalName {
     std::wstring fileName;
 };
 
-// Where the file was made, by its header; none without quotes and directory.
+// The directory in which the file was created, from its header; none without quotes and directory.
 std::optional<OriginalName> ReadOriginalName(const OutputInSet& output) {
     const std::wstring text = output.header.Value(L"-OriginalFileName");
     const auto mark = text.find_last_of(L"/\\");
@@ -210,7 +210,7 @@ void CheckForms(const OutputInSet& output, HeaderFindings& findings) {
 
 struct SharedValue {
     std::wstring key;
-    std::wstring what;  // files with the same have the same value
+    std::wstring what;  // files with the same key have the same value
     std::wstring value;
 };
 
@@ -236,7 +236,7 @@ std::vector<SharedValue> SharedValues(const OutputInSet& output) {
 
 using UsualValues = std::map<std::wstring, std::wstring>;  // by SharedValue::what
 
-// What most files have, of two the one of the first.
+// The value that most files have; of two, that of the first.
 UsualValues FindUsualValues(const std::vector<OutputInSet>& outputs) {
     std::map<std::wstring, std::map<std::wstring, std::size_t>> counts;
     UsualValues usual;

@@ -9,10 +9,10 @@
 
 namespace stalwick {
 
-// Holds every line of the headers of a set's files against its prescribed form, and those that
-// depend on the recording against `recording`, or, where that is null, against those of the others.
-// Of -FileUUID, -TimeCreated and -TimeClosed only the form is looked at, of the version on
-// -ApplicationName only that all files have the same.
+// Compares every line of the headers of a set's files with its prescribed form. Lines that depend
+// on the recording are compared with `recording` or, if that is null, with those of the other
+// files. For -FileUUID, -TimeCreated and -TimeClosed only the form is checked; for the version on
+// -ApplicationName only that all files agree.
 void CheckHeaders(const std::vector<OutputInSet>& outputs, const RecordingHeader* recording,
                   std::size_t mostFindingsPerFile, VerifiedSet& set);
 

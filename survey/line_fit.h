@@ -5,8 +5,8 @@
 
 namespace stalwick {
 
-// The least-squares line through points that come one by one; only their means and spreads are
-// kept, which stays exact for values far from 0.
+// The least-squares line through points that arrive one by one. Keeps only their means and spreads,
+// which stays exact for values far from 0.
 class LineFit {
   public:
     void Add(double x, double y) {
@@ -19,7 +19,7 @@ class LineFit {
         spreadXY_ += fromMeanX * (y - meanY_);
     }
 
-    // None of fewer than two places.
+    // None for fewer than two places.
     std::optional<double> Slope() const {
         if (spreadX_ <= 0.0) return std::nullopt;
         return spreadXY_ / spreadX_;

@@ -4,9 +4,9 @@
 
 namespace stalwick {
 
-// Reads what a picture of a stretch of a recording shows, in one pass over the stretch. Where
-// packets have timestamps and the recording is in a regular file, nothing before the stretch is
-// read; times are then those of timestamps that do not go back before it.
+// Reads the content of a picture of a stretch of a recording, in one pass over the stretch. If
+// packets have timestamps and the recording is a regular file, nothing before the stretch is read;
+// times are then those of timestamps that do not go back before it.
 [[nodiscard]] TraceSet ReadOrdTraces(const TraceRequest& request);
 
 }  // namespace stalwick

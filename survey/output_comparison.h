@@ -9,12 +9,12 @@
 
 namespace stalwick {
 
-// Reads the packets of a recording that is open, and compares every record of a set's files with
-// those that the packets give. All files of the set are open at once.
+// Reads the packets of an open recording, and compares every record of a set's files with the
+// expected ones. All files of the set are open at the same time.
 void CompareRecords(ORDFileReader& recording, const std::vector<OutputInSet>& outputs,
                     std::size_t mostFindingsPerFile, VerifiedSet& set);
 
-// The same with outputs of a conversion that skipped what is damaged; the stream is a strict one.
+// The same for outputs of a conversion that skipped damage; the stream is a strict one.
 void CompareRecords(PacketStream& recording, const std::vector<OutputInSet>& outputs,
                     std::size_t mostFindingsPerFile, VerifiedSet& set);
 

@@ -23,7 +23,7 @@ bool IsDigit(wchar_t c) {
     return c >= L'0' && c <= L'9';
 }
 
-// The number of at most nine digits that the whole text is.
+// The whole text as a number of at most nine digits.
 std::optional<std::int32_t> ReadNumber(std::wstring_view digits) {
     constexpr std::size_t kMostDigits = 9;
     constexpr std::int32_t kBase = 10;
@@ -65,7 +65,7 @@ bool ReadChannelEntity(OutputName& name) {
     return name.entity == prefix + std::to_wstring(*number);
 }
 
-// Takes the number from the end of a name without extension.
+// Removes and returns the number at the end of a name without extension.
 void SplitNumber(std::wstring& entity, std::int32_t& number) {
     const auto mark = entity.rfind(L'_');
     if (mark == std::wstring::npos) return;
@@ -93,7 +93,7 @@ OutputInSet ReadOutput(const std::wstring& directory, const std::wstring& fileNa
     return output;
 }
 
-// How badly a file fits to one of which the conversion is known.
+// How badly a file matches one whose conversion is known.
 auto Misfit(const OutputInSet& output, const OutputInSet& anchor) {
     constexpr const wchar_t* kSession = L"-SessionUUID";
     const bool otherSession = output.HasHeader() && anchor.HasHeader() &&
@@ -109,9 +109,9 @@ auto Misfit(const OutputInSet& output, const OutputInSet& anchor) {
 
 using Outputs = std::vector<OutputInSet>;
 
-// Gives each file of one entity to another set, in order.
+// Assigns each file of an entity to a different set, in order.
 void AddToSets(Outputs& outputs, const Outputs& anchors, std::vector<Outputs>& sets) {
-    std::size_t first = 0;  // set that may still be taken
+    std::size_t first = 0;  // first set that is still free
     for (std::size_t i = 0; i < outputs.size(); ++i) {
         const std::size_t last = sets.size() - (outputs.size() - i);
         std::size_t best = first;
@@ -197,7 +197,7 @@ std::optional<std::int64_t> ReadHeaderTime(std::wstring_view text) {
     for (const Field& field : kFields) {
         const std::int64_t value = ReadNumber(text.substr(field.start, field.size)).value_or(0);
         if (value > field.most) return std::nullopt;
-        // Seconds and minutes go to 59; a leap second falls together with the one after it.
+        // Seconds and minutes go to 59; a leap second coincides with the next second.
         const bool countsSixty = field.most >= 59 && field.most < 100;
         time = time * (countsSixty ? 60 : field.most + 1) + value;
     }

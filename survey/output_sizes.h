@@ -9,14 +9,14 @@
 
 namespace stalwick {
 
-// Counts what the packets of a recording come to in each output.
+// Counts how much the packets of a recording produce in each output.
 class OutputCounter {
   public:
     void Take(const ORDDataPacket& packet);
-    // As many samples at which a TTL line changed.
+    // The number of samples at which a TTL line changed.
     void TakeEvents(std::uint64_t events) { events_ += events; }
 
-    // The outputs of a conversion with every switch on, in the order in which it makes them.
+    // The outputs of a conversion with every output switched on, in order of creation.
     [[nodiscard]] std::vector<OutputSize> Finish(const RecordingHeader& header) const;
 
   private:

@@ -25,12 +25,12 @@ using VtxDataTypes::EventRec;
 constexpr double kMicrosecondsPerSecond = 1e6;
 constexpr std::uint64_t kRecordsAtATime = 128;
 
-// A damaged record may say more than it has room for.
+// A damaged record may claim more than it has room for.
 std::uint64_t ValidSamples(const CRRec& record) {
     return std::min<std::uint64_t>(record.numValidSamples, VtxDataTypes::kSamplesPerRecord);
 }
 
-// Gathers the traces of a set, a file at a time.
+// Gathers the traces of a set, one file at a time.
 class OutputTracer {
   public:
     OutputTracer(const TraceRequest& request, TraceSources sources)
@@ -90,7 +90,7 @@ TraceError OutputTracer::SetStretch() {
     return {};
 }
 
-// The last record that begins with the stretch or before; the first one where none does.
+// The last record that begins at or before the start of the stretch; the first one if none does.
 template <typename Record, typename File>
 std::uint64_t OutputTracer::FindStart(const File& file) {
     std::uint64_t low = 0;
@@ -98,7 +98,7 @@ std::uint64_t OutputTracer::FindStart(const File& file) {
     while (high - low > 1) {
         const std::uint64_t middle = low + (high - low) / 2;
         Record record;
-        // A fault shows again, and is reported, when records are read in order.
+        // A fault occurs again, and is reported, when records are read in order.
         const bool isRead = !file.ReadRecords(middle, std::span(&record, 1));
         const bool isBefore = isRead && SecondsOf(record.timestamp) <= set_.startSeconds;
         (isBefore ? low : high) = middle;
@@ -125,7 +125,7 @@ ColumnScale OutputTracer::ScaleOf(const TraceSource& source, const CRRec& record
     return ScaleOfSamples(set_.startSeconds, set_.seconds, {SecondsOf(record.timestamp), period});
 }
 
-// Of a gap only the record after it is known: it may begin up to a record earlier than here.
+// Only the record after a gap is known: the gap may begin up to a record earlier than here.
 void OutputTracer::AddGap(const CRRec& before, const CRRec& after, double samplesPerSecond,
                           TimeSpans& gaps) const {
     const auto missing =
@@ -156,7 +156,7 @@ void OutputTracer::ReadChannel(const TraceSource& source, bool withGaps) {
     set_.traces.push_back(std::move(trace));
 }
 
-// Hands over the records from the last one that begins before the stretch to the first after it.
+// Passes on the records from the last one that begins before the stretch to the first one after it.
 template <typename Record, typename File, typename Take>
 void OutputTracer::ReadStretch(const std::wstring& path, File& file, const Take& take) {
     const RecordFileError opened = file.Open(path);
@@ -177,7 +177,7 @@ void OutputTracer::ReadStretch(const std::wstring& path, File& file, const Take&
     }
 }
 
-// The value before a file's first event is not known: lines count as low until then.
+// The value before a file's first event is unknown: lines count as low until then.
 void OutputTracer::ReadEvents(const std::wstring& path) {
     const double sampleSeconds = 1.0 / sources_.channels.front().samplesPerSecond;
     TtlSpans ttl(sampleSeconds);

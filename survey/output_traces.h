@@ -4,8 +4,8 @@
 
 namespace stalwick {
 
-// The same of channel files (.vcs) and event files (.vev) of one set, each with its own clock rate
-// and microvolts a step. Where a stretch begins is found by halving a file's records.
+// The same for channel files (.vcs) and event files (.vev) of one set, each with its own clock rate
+// and microvolts per step. The start of a stretch is found by bisecting the records of a file.
 [[nodiscard]] TraceSet ReadOutputTraces(const TraceRequest& request);
 
 }  // namespace stalwick

@@ -9,8 +9,8 @@ namespace stalwick {
 
 namespace {
 
-// Loops of one store each, which compilers turn into vector instructions: nearly all time that a
-// picture takes beside decoding would be spent here.
+// Loops with one store each, which compilers turn into vector instructions: a picture would spend
+// nearly all its time here, besides decoding.
 void KeepSmallest(const std::int16_t* samples, std::size_t count, std::int16_t* smallest) {
     for (std::size_t i = 0; i < count; ++i) {
         smallest[i] = samples[i] < smallest[i] ? samples[i] : smallest[i];
@@ -30,7 +30,7 @@ PacketEnvelope::PacketEnvelope(const Stretch& stretch)
     scale_.originSeconds = stretch.startSeconds;
     scale_.columns = stretch.columns;
     if (!stretch.seconds) {
-        // Packets begin with columns, so that no packet is cut by rounding.
+        // Packets begin with columns, so that rounding splits no packet.
         scale_.originSeconds -= samplePeriod_ / 2.0;
         scale_.columnSeconds = kSamplesPerPacket * samplePeriod_;
         return;

@@ -11,27 +11,27 @@
 
 namespace stalwick {
 
-// The smallest and the largest sample of each channel in each column of a picture, a packet at a
-// time. Its memory does not depend on how many packets there are.
+// The smallest and the largest sample of each channel in each column of a picture, packet by
+// packet. Its memory does not depend on the number of packets.
 class PacketEnvelope {
   public:
     struct Stretch {
         double startSeconds = 0.0;
-        std::optional<double> seconds;  // none: columns become wider as time goes on
+        std::optional<double> seconds;  // none: columns widen as time goes by
         double samplesPerSecond = 0.0;
         std::size_t columns = 0;
     };
 
     explicit PacketEnvelope(const Stretch& stretch);
 
-    // Takes a packet's samples, the first of which is of this time; those outside of the stretch
-    // are left out.
+    // Takes a packet's samples; the first one has this time. Samples outside the stretch are left
+    // out.
     void Take(const ORDDataPacket& packet, double seconds);
     // Call it after the last packet.
     void Finish();
 
     const ColumnScale& Scale() const { return scale_; }
-    // Of a channel, from 0; empty where it had no samples in the stretch.
+    // For a channel, from 0; empty if it had no samples in the stretch.
     const std::vector<ColumnRange>& Columns(std::size_t channel) const { return rows_[channel]; }
 
   private:
@@ -46,10 +46,11 @@ class PacketEnvelope {
     Stretch stretch_;
     ColumnScale scale_;
     double samplePeriod_;  // seconds
-    bool isAligned_;       // else there are fewer samples than columns: each gets one of its own
+    bool
+        isAligned_;  // otherwise there are fewer samples than columns, and each gets its own column
     std::array<std::vector<ColumnRange>, kMostADChannels> rows_;
 
-    // Of packets that lie in one column only slots are compared, until the column is over.
+    // For packets within one column, only slots are compared until the column is complete.
     std::int64_t pendingColumn_ = -1;
     std::size_t slots_ = 0;
     std::vector<std::uint8_t> channelMask_;  // of the packets; empty: all channels

@@ -12,10 +12,10 @@
 
 namespace stalwick {
 
-// What a page shows of a recording: plain values.
+// What a page shows about a recording: plain values.
 struct PageSurvey {
     RecordingSurvey survey;
-    bool canceled = false;  // then nothing else holds
+    bool canceled = false;  // if set, nothing else is valid
     SignalRules rules;
     SignalVerdict verdict;
     SignalSpectra spectra;
@@ -24,8 +24,8 @@ struct PageSurvey {
     TimeBins<EventBin> events{1.0};
 };
 
-// Surveys a recording in one pass, in memory that does not grow with its length. It ends where
-// `cancel` is set, by any thread.
+// Surveys a recording in one pass, in memory that does not grow with its length. Ends when any
+// thread sets `cancel`.
 [[nodiscard]] PageSurvey SurveyForPage(const std::wstring& path,
                                        const std::atomic<std::uint8_t>* cancel = nullptr);
 

@@ -46,7 +46,7 @@ PngPicture RenderPng(const std::string& svg, const std::string& software) {
     GError* error = nullptr;
     const Owned<GInputStream> stream(
         g_memory_input_stream_new_from_data(svg.data(), static_cast<gssize>(svg.size()), nullptr));
-    // Traces of a whole recording are longer than what XML parsers take from strangers.
+    // Traces of a whole recording exceed what XML parsers accept from untrusted sources.
     const Owned<RsvgHandle> handle(rsvg_handle_new_from_stream_sync(
         stream.get(), nullptr, RSVG_HANDLE_FLAG_UNLIMITED, nullptr, &error));
     if (!handle) return FailWith(error);

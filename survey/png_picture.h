@@ -12,8 +12,8 @@ struct PngPicture {
 // Whether this build can draw PNG at all.
 [[nodiscard]] bool CanRenderPng();
 
-// Draws an <svg> element pixel by pixel, in its light colours. `software` is written into the
-// file, before its pixels, as the program that made it.
+// Draws an <svg> element as pixels, in its light colours. `software` is written into the file,
+// before its pixels, as the program that made it.
 [[nodiscard]] PngPicture RenderPng(const std::string& svg, const std::string& software);
 
 }  // namespace stalwick

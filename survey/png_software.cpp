@@ -6,7 +6,7 @@ namespace stalwick {
 
 namespace {
 
-// The check sum of PNG chunks, a bit at a time.
+// The checksum of PNG chunks, bit by bit.
 std::uint32_t Crc32(std::string_view bytes) {
     constexpr std::uint32_t kPolynomial = 0xEDB88320;
     std::uint32_t crc = UINT32_MAX;
@@ -31,7 +31,7 @@ std::string PngSoftwareChunk(std::string_view software) {
     std::string text = "tEXtSoftware";
     text += '\0';
     text += software;
-    constexpr std::size_t kTypeSize = 4;  // is no part of the length
+    constexpr std::size_t kTypeSize = 4;  // does not count in the length
     return BigEndian(static_cast<std::uint32_t>(text.size() - kTypeSize)) + text +
            BigEndian(Crc32(text));
 }

@@ -9,7 +9,7 @@ namespace stalwick {
 // Bytes of a PNG file before its second chunk: the signature and the chunk with its size.
 inline constexpr std::size_t kPngHeadSize = 8 + 25;
 
-// The second chunk that says which program made the file.
+// The second chunk, which names the program that made the file.
 [[nodiscard]] std::string PngSoftwareChunk(std::string_view software);
 
 }  // namespace stalwick

@@ -10,7 +10,7 @@
 namespace stalwick {
 
 struct PowerSpectrum::Transform {
-    // Of half as many complex values as there are real samples.
+    // For half as many complex values as there are real samples.
     explicit Transform(std::size_t samples) : fft(samples / 2, false), result(samples / 2) {}
 
     kissfft<double> fft;
@@ -39,10 +39,10 @@ void PowerSpectrum::AddSegment(std::span<const std::int16_t> samples, std::span<
     for (std::size_t i = 0; i < count; ++i) windowed_[i] = (samples[i] - mean) * window_[i];
     std::vector<std::complex<double>>& result = transform_->result;
     transform_->fft.transform_real(windowed_.data(), result.data());
-    // The transform keeps the real value of half the rate beside that of 0.
+    // The transform stores the real value of half the rate next to that of 0.
     sums[0] += result[0].real() * result[0].real() * scale_;
     sums[count / 2] += result[0].imag() * result[0].imag() * scale_;
-    // Between them negative frequencies count too.
+    // In between, negative frequencies count too.
     for (std::size_t k = 1; k < count / 2; ++k) sums[k] += 2.0 * std::norm(result[k]) * scale_;
 }
 

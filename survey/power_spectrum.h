@@ -8,8 +8,8 @@
 
 namespace stalwick {
 
-// The power density of signals by Welch's method: segments of one length, each without its mean and
-// under a periodic Hann window, whose one-sided densities are averaged.
+// The power density of signals by Welch's method: equal segments, each without its mean and under a
+// periodic Hann window, whose one-sided densities are averaged.
 class PowerSpectrum {
   public:
     explicit PowerSpectrum(std::size_t segmentSamples);  // even

@@ -8,14 +8,14 @@
 
 namespace stalwick {
 
-// What the records of a raw data file come to.
+// The totals of the records of a raw data file.
 struct RawTotals {
     std::uint64_t records = 0;
     std::uint64_t ttlChanges = 0;
 };
 
-// Looks at every record of a raw data file. A record has as many samples as its packet had
-// channels, 32 to 256, whatever the header announces: its checksum says how long it is.
+// Checks every record of a raw data file. A record has as many samples as its packet had channels,
+// 32 to 256, whatever the header announces: its checksum determines its length.
 [[nodiscard]] RawTotals CheckRawRecords(const OutputInSet& output, const RecordFile& file,
                                         TimeSteps& steps, FindingLog& log);
 

@@ -8,7 +8,7 @@
 
 namespace stalwick {
 
-// What the records of a channel file come to.
+// The totals of the records of a channel file.
 struct ChannelTotals {
     std::uint64_t records = 0;
     std::uint64_t samples = 0;
@@ -18,14 +18,14 @@ struct ChannelTotals {
 struct ChannelCheckContext {
     TimeSteps& steps;
     FindingLog& log;
-    bool mayEndEarly = false;  // records, where a conversion skipped what is damaged
+    bool mayEndEarly = false;  // records at which a conversion skipped damage
 };
 
-// Looks at every whole record of a channel file.
+// Checks every whole record of a channel file.
 [[nodiscard]] ChannelTotals CheckChannelRecords(const OutputInSet& output, const RecordFile& file,
                                                 const ChannelCheckContext& context);
 
-// Looks at every whole record of an event file.
+// Checks every whole record of an event file.
 void CheckEventRecords(const RecordFile& file, TimeSteps& steps, FindingLog& log);
 
 }  // namespace stalwick

@@ -12,20 +12,20 @@
 
 namespace stalwick {
 
-// What a recording holds: plain values, nothing of it printed. Times are seconds from the first
+// What a recording holds, as plain values; nothing is printed. Times are seconds from the first
 // sample; positions are bytes of the file.
 
-// Bytes that are no certain packets, and what they stood for as far as timestamps tell.
+// Bytes without certain packets, and what was lost in them as far as timestamps show.
 struct DamagedStretch {
     std::uint64_t position = 0;
     std::uint64_t bytes = 0;
-    PacketRefusal refusal = PacketRefusal::kNone;  // as StreamPart has it
+    PacketRefusal refusal = PacketRefusal::kNone;  // as in StreamPart
     std::uint64_t noticedAt = 0;
     std::optional<double> atSeconds;  // without timestamps: as if nothing had been lost before
-    std::optional<std::uint64_t> missingSamples;  // a channel
+    std::optional<std::uint64_t> missingSamples;  // per channel
 };
 
-// Of the samples that were recorded of one channel, in the header's volts a step.
+// The recorded samples of one channel, in the header's volts per step.
 struct ChannelStatistics {
     std::uint32_t channel = 0;  // from 0; its file is CSC1 for 0
     std::uint64_t samples = 0;
@@ -33,11 +33,11 @@ struct ChannelStatistics {
     double maxMicrovolts = 0.0;
     double meanMicrovolts = 0.0;
     double rmsMicrovolts = 0.0;        // about 0, not about the mean
-    std::uint64_t atRangeEnds = 0;     // samples of the smallest or the largest value there is
-    std::uint64_t longestFlatRun = 0;  // samples in a row of one value, at most to a gap or damage
+    std::uint64_t atRangeEnds = 0;     // samples with the smallest or the largest possible value
+    std::uint64_t longestFlatRun = 0;  // equal samples in a row, ending at a gap or damage
     double noiseMicrovolts = 0.0;      // RMS about the mean
     // The slope of the least-squares line through the means of the channel's whole seconds of
-    // samples, gaps left out; none of fewer than two seconds.
+    // samples, without gaps; none for fewer than two seconds.
     std::optional<double> driftMicrovoltsPerMinute;
 };
 
@@ -52,7 +52,7 @@ struct BlockCounts {
     std::uint64_t hardwareTimestamp = 0;
 };
 
-// An output that a conversion with every switch on would make.
+// An output that a conversion with every output switched on would make.
 struct OutputSize {
     std::wstring name;
     std::uint64_t records = 0;
@@ -62,12 +62,12 @@ struct OutputSize {
 inline constexpr std::size_t kTtlLines = 8;
 
 struct RecordingSurvey : TimeAccount {
-    std::wstring error;  // why there is nothing else here; empty when there is
+    std::wstring error;  // why everything else is empty; empty if nothing went wrong
     std::wstring path;
     std::uint64_t fileSize = 0;  // bytes
     RecordingHeader header;
     bool hasTimestamps = false;
-    bool quick = false;  // of the packets only the first and the last ones were read
+    bool quick = false;  // only the first and the last packets were read
 
     std::uint64_t packets = 0;      // that were read
     std::uint64_t packetBytes = 0;  // of these
@@ -83,10 +83,10 @@ struct RecordingSurvey : TimeAccount {
     std::uint64_t damagedBytes = 0;
     std::uint64_t cutEndBytes = 0;  // of a last packet that lacks its end
     PacketRefusal cutEndRefusal = PacketRefusal::kNone;
-    std::wstring readError;  // the system's reason when the file could not be read to its end
+    std::wstring readError;  // the system's reason if the file could not be read to its end
 
     std::vector<ChannelStatistics> channelStatistics;  // of channels with samples
-    // Of the packets before the first damage, where a conversion ends.
+    // For the packets before the first damage, where a conversion ends.
     std::vector<OutputSize> outputs;
 
     [[nodiscard]] bool LostData() const { return !damage.empty() || !readError.empty(); }

@@ -12,7 +12,7 @@ namespace stalwick {
 inline constexpr std::size_t kMostSlots = std::size_t{kMostADChannels} * kSamplesPerPacket;
 inline constexpr std::size_t kBlockPackets = 8;
 
-// The first and the last value that a sample can have: its two lowest bits are 0.
+// The first and the last possible value of a sample: its two lowest bits are 0.
 inline constexpr std::int16_t kRangeStart = INT16_MIN;
 inline constexpr std::int16_t kRangeEnd = INT16_MAX - 3;
 
@@ -22,8 +22,8 @@ struct SlotSums {
     std::array<std::int16_t, kMostSlots> largest;
     std::array<std::int32_t, kMostSlots> sum;            // of the 16-bit samples
     std::array<std::uint64_t, kMostSlots> sumOfSquares;  // of the 14-bit ones
-    // Of the packets that were added last: whether the slot has a value at an end of the range, and
-    // whether it and the two slots after it have one value.
+    // For the packets added last: whether the slot has a value at an end of the range, and whether
+    // it and the next two slots are equal.
     std::array<std::uint16_t, kMostSlots> atRangeEnd;
     std::array<std::uint16_t, kMostSlots> threeAlike;
     bool anyAtRangeEnd = false;  // of the slots
@@ -31,7 +31,7 @@ struct SlotSums {
     void Clear();
 };
 
-// Adds packets of so many slots. Takes a fraction of the time that decoding takes, most of all for
+// Adds packets with this many slots. Takes a fraction of the decoding time, and least for
 // kBlockPackets of them at once.
 void AddPackets(std::span<const std::int16_t* const> packets, std::size_t slots, SlotSums& sums);
 

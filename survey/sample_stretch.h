@@ -9,18 +9,18 @@
 
 namespace stalwick {
 
-// Samples of all channels that follow each other in time, up to a length.
+// Consecutive samples of all channels, up to a length.
 class SampleStretch {
   public:
-    explicit SampleStretch(std::size_t mostSamples);  // a channel; rounded up to whole packets
+    explicit SampleStretch(std::size_t mostSamples);  // per channel; rounded up to whole packets
 
-    // Adds a packet that has A/D samples. False where it does not continue what is there, or there
-    // is no room; the stretch is then as it was.
+    // Adds a packet that has A/D samples. Returns false, and changes nothing, if it does not
+    // continue the stretch or if there is no room.
     [[nodiscard]] bool Take(const WatchedPacket& watched);
-    // Makes it empty; the memory is kept.
+    // Makes it empty, but keeps the memory.
     void Clear() { samples_ = 0; }
 
-    std::size_t Samples() const { return samples_; }  // a channel
+    std::size_t Samples() const { return samples_; }  // per channel
     bool IsEmpty() const { return samples_ == 0; }
     bool IsFull() const { return samples_ == mostSamples_; }
     std::size_t Channels() const { return channels_; }

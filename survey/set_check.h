@@ -8,12 +8,12 @@
 
 namespace stalwick {
 
-// Reports files that cannot be read, and those that are missing from a set or too many for it:
-// `recording` says what there has to be, or, where it is null, the other files do.
+// Reports files that cannot be read, and files that are missing from a set or superfluous.
+// `recording` determines which there have to be; if it is null, the other files do.
 void CheckMembers(const std::vector<OutputInSet>& outputs, const RecordingHeader* recording,
                   std::size_t mostFindingsPerFile, VerifiedSet& set);
 
-// Looks at every record of a set's files, and whether their counts and times agree.
+// Checks every record of a set's files, and whether their counts and times agree.
 void CheckRecords(const std::vector<OutputInSet>& outputs, const VerifyRequest& request,
                   VerifiedSet& set);
 

@@ -13,7 +13,7 @@ bool IsFlat(const ChannelStatistics& channel, const RecordingSurvey& survey,
            run >= rules.flatRunSeconds * survey.header.samplingFrequency;
 }
 
-// The mean of the two in the middle of an even number.
+// The mean of the two in the middle for an even number.
 double MedianOf(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());

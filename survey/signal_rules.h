@@ -9,13 +9,14 @@
 
 namespace stalwick {
 
-// By what a channel is named (docs/user-guide.md): the noise is the RMS about the mean.
+// The rules by which a channel is named (docs/user-guide.md): the noise is the RMS about the mean.
 struct SignalRules {
     double flatBelowMicrovolts = 0.5;  // noise below it, or
-    double flatRunSeconds = 1.0;       // one value for so long
+    double flatRunSeconds = 1.0;       // one value for this long
     double clippedAboveShare = 0.001;  // of the samples at an end of the converter's range
-    double noisyAboveMedians = 3.0;    // noise above so many medians of channels that are not flat
-    std::size_t fewestForMedian = 4;   // such channels; with fewer none is named noisy
+    double noisyAboveMedians =
+        3.0;  // noise above this many medians of the channels that are not flat
+    std::size_t fewestForMedian = 4;  // such channels; with fewer, none is named noisy
 };
 
 struct ChannelVerdict {
@@ -32,7 +33,7 @@ struct SignalVerdict {
     std::vector<ChannelVerdict> channels;         // in the order of the survey's statistics
 };
 
-// Share of the channel's samples at an end of the range.
+// The share of the channel's samples at an end of the range.
 [[nodiscard]] double ClippedShare(const ChannelStatistics& channel);
 
 [[nodiscard]] SignalVerdict JudgeSignal(const RecordingSurvey& survey,

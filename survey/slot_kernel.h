@@ -7,12 +7,12 @@
 
 namespace stalwick {
 
-// Adds the first ones of so many slots of kBlockPackets packets by vector instructions, and says
+// Adds the first of this many slots of kBlockPackets packets with vector instructions, and returns
 // how many; sets anyAtRangeEnd for these.
 using SlotKernel = std::size_t (*)(const std::int16_t* const* packets, std::size_t slots,
                                    SlotSums& sums);
 
-// The fastest that this machine can run; null: none.
+// The fastest that this machine can run; null if there is none.
 [[nodiscard]] SlotKernel BestSlotKernel();
 
 }  // namespace stalwick

@@ -1,9 +1,9 @@
 #include "survey/slot_kernel.h"
 
-// A few slots of all packets at a time: what was found so far stays in registers.
+// A few slots of all packets at a time: intermediate results stay in registers.
 //
-// Only Highway's headers are used, as in ord/ad_block_simd.cpp. Wider vectors than AVX2's would not
-// be faster: half of the work is on 32-bit lanes that are made of 16-bit ones.
+// Only Highway's headers are used, as in ord/ad_block_simd.cpp. Vectors wider than AVX2's would not
+// be faster: half of the work is on 32-bit lanes made from 16-bit ones.
 #define HWY_DISABLE_PCLMUL_AES
 #define HWY_DISABLE_BMI2_FMA
 #define HWY_DISABLE_F16C
@@ -33,7 +33,7 @@ constexpr std::size_t kLanes = hn::MaxLanes(Lanes16());
 constexpr std::size_t kLanes32 = hn::MaxLanes(Lanes32());
 constexpr std::size_t kLanes64 = hn::MaxLanes(Lanes64());
 
-// Smallest and largest values, values at the range's ends, and three alike in a row.
+// Smallest and largest values, values at the range's ends, and three equal ones in a row.
 HWY_INLINE hn::Vec<Lanes16> AddExtremes(const std::int16_t* const* packets, std::size_t slot,
                                         SlotSums& sums) {
     const Lanes16 d;
@@ -62,7 +62,7 @@ HWY_INLINE hn::Vec<Lanes16> AddExtremes(const std::int16_t* const* packets, std:
     return atEnd;
 }
 
-// Of eight packets, whose 14-bit squares add up to less than 2^31.
+// For eight packets, whose 14-bit squares add up to less than 2^31.
 HWY_INLINE void AddSums(const std::int16_t* const* packets, std::size_t slot, SlotSums& sums) {
     const Lanes32 d;
     auto sum = hn::LoadU(d, sums.sum.data() + slot);

@@ -12,10 +12,10 @@ namespace {
 
 constexpr double kMicrovoltsPerVolt = 1e6;
 constexpr std::size_t kMostStretches = 12;
-constexpr std::size_t kSegmentsLong = 2;              // a stretch: three segments that overlap
+constexpr std::size_t kSegmentsLong = 2;              // per stretch: three overlapping segments
 constexpr std::uint32_t kSegmentsPerSecond = 8;       // at most: lines closer than 8 Hz are one
 constexpr std::uint32_t kShortestSegment = 256;       // samples
-constexpr std::uint32_t kLongestSegment = 1U << 14U;  // also where a header claims a high rate
+constexpr std::uint32_t kLongestSegment = 1U << 14U;  // even if a header claims a high rate
 
 std::size_t SegmentFor(std::uint32_t samplesPerSecond) {
     return std::bit_ceil(
@@ -33,8 +33,8 @@ void SpectrumCollector::Begin(const RecordingHeader& header, std::uint64_t fileS
     stretch_.emplace(kSegmentsLong * spectra_.segmentSamples);
 }
 
-// The n-th stretch begins after n parts of the file; of a pipe, whose length nobody knows, one
-// begins after the other.
+// The n-th stretch begins after n parts of the file. In a pipe, whose length is unknown, the
+// stretches follow one another.
 bool SpectrumCollector::IsDue(std::uint64_t position) const {
     const std::size_t done = spectra_.stretches.size();
     if (done == kMostStretches) return false;
@@ -48,7 +48,7 @@ void SpectrumCollector::Take(const WatchedPacket& watched) {
     if (stretch_->IsEmpty() && !IsDue(watched.position)) return;
     if (stretch_->IsEmpty()) firstSample_ = sample;
     if (!stretch_->Take(watched)) {
-        // A stretch with a break in it is of no use; the next one begins here.
+        // A stretch with a break in it is useless; the next one begins here.
         stretch_->Clear();
         firstSample_ = sample;
         if (!stretch_->Take(watched)) return;
@@ -77,11 +77,11 @@ void SpectrumCollector::AddStretch() {
 }
 
 SignalSpectra SpectrumCollector::Finish() {
-    // Of a short recording what there is.
+    // For a short recording, whatever exists.
     if (spectra_.stretches.empty() && stretch_ && stretch_->Samples() >= spectra_.segmentSamples) {
         AddStretch();
     }
-    if (samplesPerSecond_ == 0.0) spectra_.channels.clear();  // a header may say so
+    if (samplesPerSecond_ == 0.0) spectra_.channels.clear();  // a header may contain that
     std::erase_if(spectra_.channels, [](const ChannelSpectrum& one) { return one.segments == 0; });
     for (ChannelSpectrum& one : spectra_.channels) {
         const double unit = microvoltsPerStep_ * microvoltsPerStep_ / samplesPerSecond_ /

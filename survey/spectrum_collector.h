@@ -19,7 +19,7 @@ struct ChannelSpectrum {
 
 struct SignalSpectra {
     std::size_t segmentSamples = 0;
-    // The samples that they are of, from the first recorded one of the packets with A/D samples.
+    // Their samples, counted from the first recorded one of the packets with A/D samples.
     struct Stretch {
         std::uint64_t firstSample = 0;
         std::uint64_t samples = 0;
@@ -28,8 +28,8 @@ struct SignalSpectra {
     std::vector<ChannelSpectrum> channels;  // recorded in these stretches
 };
 
-// Takes the spectra of all channels from a few stretches that are spread over the recording, so
-// that they cost the same whatever its length.
+// Takes the spectra of all channels from a few stretches spread over the recording, so that they
+// cost the same for any length.
 class SpectrumCollector {
   public:
     void Begin(const RecordingHeader& header, std::uint64_t fileSize);
@@ -43,7 +43,7 @@ class SpectrumCollector {
     double samplesPerSecond_ = 0.0;
     double microvoltsPerStep_ = 0.0;
     std::uint64_t fileSize_ = 0;
-    std::uint64_t sampleNumber_ = 0;  // of the packet that comes next
+    std::uint64_t sampleNumber_ = 0;  // of the next packet
     std::uint64_t firstSample_ = 0;   // of stretch_
     std::optional<PowerSpectrum> spectrum_;
     std::optional<SampleStretch> stretch_;

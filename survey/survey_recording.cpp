@@ -19,7 +19,7 @@ constexpr double kMicrovoltsPerVolt = 1e6;
 constexpr std::uint64_t kQuickPackets = 64;             // at the beginning
 constexpr std::uint64_t kQuickEndBytes = 128U * 1024U;  // more than ten of the longest packets
 
-// A survey under way. Some 100 KB: kept off the stack.
+// A survey in progress. About 100 KB: not for the stack.
 class Surveyor {
   public:
     Surveyor(PacketStream& stream, RecordingSurvey& survey, SurveyWatcher* watcher)
@@ -54,10 +54,10 @@ class Surveyor {
     OutputCounter outputs_;
     std::vector<std::uint8_t> ttlValues_;
     std::optional<std::uint8_t> lastTtl_;
-    std::optional<std::size_t> damageBefore_;  // the packet that comes next
+    std::optional<std::size_t> damageBefore_;  // the next packet
 };
 
-// False when there was nothing more, or when the watcher has enough.
+// False if there was nothing more, or if the watcher has enough.
 bool Surveyor::ReadPart() {
     const StreamPart part = stream_.Next(packet_);
     switch (part.kind) {
@@ -145,7 +145,7 @@ double Surveyor::SamplesSeconds() const {
     return static_cast<double>(survey_.packets) * kSamplesPerPacket / frequency;
 }
 
-// Of a long file only a few packets at each end; what is between counts as not looked at.
+// Only a few packets at each end of a long file; everything in between counts as not read.
 void Surveyor::ReadBothEnds(std::uint64_t fileSize) {
     const std::uint64_t head = kQuickPackets * kLongestPacketSize;
     if (fileSize < kHeaderBlockSize + head + 2 * kQuickEndBytes) return ReadAll();
@@ -169,7 +169,7 @@ void Surveyor::FindMaskedChannels() {
 void Surveyor::Finish() {
     survey_.durationSeconds = SamplesSeconds();
     if (survey_.quick && survey_.packetBytes != 0) {
-        // As if the packets between were like these; timestamps know better.
+        // As if the packets in between were like these; timestamps are more exact.
         survey_.durationSeconds *= static_cast<double>(survey_.fileSize - kHeaderBlockSize) /
                                    static_cast<double>(survey_.packetBytes);
     }
@@ -179,7 +179,7 @@ void Surveyor::Finish() {
     FindMaskedChannels();
     if (stream_.SystemError() != 0) survey_.readError = SystemErrorText(stream_.SystemError());
     if (!survey_.quick) return;
-    // The step from one end to the other is no gap, and these are not the recording's.
+    // The step from one end to the other is not a gap, and these are not the recording's.
     survey_.gaps.clear();
     survey_.missingSamples = 0;
     survey_.gapSeconds = 0.0;

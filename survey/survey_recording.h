@@ -9,10 +9,10 @@ namespace stalwick {
 
 enum class SurveyDepth {
     kWhole,
-    kQuick  // the header and the packets at both ends; a pipe is read whole all the same
+    kQuick  // the header and the packets at both ends; a pipe is still read completely
 };
 
-// A packet on its way through a survey.
+// A packet in a survey.
 struct WatchedPacket {
     const ORDDataPacket& packet;
     std::uint64_t position = 0;  // bytes of the file
@@ -22,7 +22,7 @@ struct WatchedPacket {
     std::uint8_t ttlChanged = 0;  // a bit for each line that changed
 };
 
-// Takes part in a survey, so that whoever wants more of a recording need not read it again.
+// Takes part in a survey, so that no one needs to read the recording again to learn more.
 class SurveyWatcher {
   public:
     SurveyWatcher() = default;
@@ -30,14 +30,14 @@ class SurveyWatcher {
     SurveyWatcher& operator=(const SurveyWatcher&) = delete;
     virtual ~SurveyWatcher() = default;
 
-    // Before the first packet; `fileSize` 0: not known.
+    // Before the first packet; `fileSize` 0: unknown.
     virtual void Begin(const RecordingHeader& header, std::uint64_t fileSize) = 0;
-    // Each packet; false ends the survey there.
+    // Each packet; returning false ends the survey there.
     [[nodiscard]] virtual bool Take(const WatchedPacket& packet) = 0;
 };
 
-// Looks at a recording from its first byte to its last, also beyond damage. What cannot be opened,
-// or has no complete header, gives a survey with an error.
+// Surveys a recording from its first byte to its last, also after damage. If it cannot be opened,
+// or has no complete header, the survey contains only an error.
 [[nodiscard]] RecordingSurvey SurveyRecording(const std::wstring& path,
                                               SurveyDepth depth = SurveyDepth::kWhole,
                                               SurveyWatcher* watcher = nullptr);

@@ -12,7 +12,7 @@ namespace {
 
 constexpr char kReplacement[] = "\xEF\xBF\xBD";
 
-// U+FFFE and U+FFFF, which are UTF-8 but no characters of XML.
+// U+FFFE and U+FFFF, which are UTF-8 but not XML characters.
 bool IsNoncharacter(const std::string& text, std::size_t at) {
     return text.compare(at, 3, "\xEF\xBF\xBE") == 0 || text.compare(at, 3, "\xEF\xBF\xBF") == 0;
 }

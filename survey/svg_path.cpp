@@ -17,7 +17,7 @@ std::int64_t Tenths(double value) {
 
 }  // namespace
 
-// A number needs no blank before it where its sign says that it begins.
+// A number needs no blank before it if its sign marks its beginning.
 void SvgPath::Append(std::int64_t tenths, bool first) {
     if (tenths < 0) {
         data_ += '-';

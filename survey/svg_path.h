@@ -5,12 +5,12 @@
 
 namespace stalwick {
 
-// The data of an SVG path of straight lines, small because it is written in tenths of a pixel from
-// each point to the next.
+// The data of an SVG path of straight lines, compact because it consists of steps between points in
+// tenths of a pixel.
 class SvgPath {
   public:
     void MoveTo(double x, double y);
-    // Adds nothing where the point is no tenth of a pixel away from the one before.
+    // Adds nothing if the point is less than a tenth of a pixel away from the previous one.
     void LineTo(double x, double y);
 
     [[nodiscard]] bool IsEmpty() const { return data_.empty(); }

@@ -21,7 +21,7 @@ struct SvgRect {
 
 enum class SvgAnchor { kStart, kMiddle, kEnd };
 
-// What one selector looks like on light and on dark ground.
+// The look of one selector on a light and on a dark background.
 struct SvgColour {
     std::string selector;  // ".gap"
     std::string property;  // "fill"
@@ -29,27 +29,27 @@ struct SvgColour {
     std::string dark;
 };
 
-// Style rules of these colours: the light ones, and the dark ones for whoever prefers them.
+// Style rules for these colours: the light ones, and the dark ones for those who prefer them.
 [[nodiscard]] std::string SvgColourRules(std::span<const SvgColour> colours);
 
 struct SvgPicture {
     double width = 0.0;  // pixels
     double height = 0.0;
     std::string title;           // for screen readers
-    std::string description;     // the same, longer
+    std::string description;     // the same, in more words
     std::string style;           // CSS
-    std::string id = "picture";  // what its ids begin with, for several pictures on a page
-    bool stretches = false;      // its shapes fill whatever space it gets; it should have no text
+    std::string id = "picture";  // prefix of its ids, for several pictures on a page
+    bool stretches = false;      // its shapes fill any space; it should have no text
 };
 
-// Writes a picture as SVG, a shape at a time. Text is UTF-8 and need not be escaped. A class may be
-// several, with blanks between. What has a title shows it under the pointer.
+// Writes a picture as SVG, one shape at a time. Text is UTF-8 and need not be escaped. A class may
+// be several, separated by blanks. A shape with a title shows it under the pointer.
 class SvgWriter {
   public:
     explicit SvgWriter(const SvgPicture& picture);
 
     void OpenGroup(const std::string& cssClass);
-    // Nothing of the group shows outside of the rectangle.
+    // Nothing of the group is visible outside the rectangle.
     void OpenClippedGroup(const std::string& cssClass, const SvgRect& rect);
     void CloseGroup();
 

@@ -5,8 +5,8 @@
 
 namespace stalwick {
 
-// Values over time in at most kMostBins bins of one width, which doubles where time goes on beyond
-// them: memory is the same whatever the length. `Bin` adds another one with Add.
+// Values over time in at most kMostBins bins of equal width, which doubles when time exceeds them:
+// memory is the same for any length. `Bin` adds another one with Add.
 template <typename Bin>
 class TimeBins {
   public:
@@ -14,7 +14,7 @@ class TimeBins {
 
     explicit TimeBins(double firstWidthSeconds) : widthSeconds_(firstWidthSeconds) {}
 
-    // The bin of a time, which is not negative.
+    // The bin of a non-negative time.
     Bin& At(double seconds) {
         while (seconds >= widthSeconds_ * static_cast<double>(kMostBins)) DoubleWidth();
         const auto bin = static_cast<std::size_t>(seconds / widthSeconds_);

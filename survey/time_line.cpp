@@ -10,7 +10,7 @@ namespace {
 
 constexpr double kNanosecondsPerSecond = 1e9;
 constexpr double kSamples = kSamplesPerPacket;
-// Of a sample period; a step that differs by less is ten samples by a clock that drifts.
+// In sample periods; a step that differs by less is ten samples of a drifting clock.
 constexpr double kNearestSample = 0.5;
 
 }  // namespace
@@ -26,7 +26,7 @@ TimeLine::Step TimeLine::Take(std::uint64_t timestamp, std::uint64_t position,
         first_ = last_ = timestamp;
         return Step::kRegular;
     }
-    // Modulo 2^64, so that a counter beyond 2^63 is no special case.
+    // Modulo 2^64, so a counter beyond 2^63 is not a special case.
     const std::uint64_t step = timestamp - last_;
     last_ = timestamp;
     if (step == 0) {
@@ -54,8 +54,8 @@ double TimeLine::MeasuredStepNs() const {
     return static_cast<double>(regularNs_) / static_cast<double>(regularSteps_);
 }
 
-// Of a step: negative when it is too short. Packets hold ten samples, so a length that cannot be
-// known to the sample is taken for whole packets.
+// For a step: negative if it is too short. Packets hold ten samples, so a length that is not known
+// to the sample is rounded to whole packets.
 std::int64_t TimeLine::MissingSamples(std::uint64_t stepNs) const {
     if (nominalNs_ == 0.0) return 0;
     const auto length = static_cast<double>(stepNs);

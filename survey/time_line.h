@@ -12,21 +12,21 @@ namespace stalwick {
 // Follows the hardware timestamps of a recording.
 class TimeLine {
   public:
-    explicit TimeLine(std::uint32_t samplingFrequency);  // samples per second; 0: not known
+    explicit TimeLine(std::uint32_t samplingFrequency);  // samples per second; 0: unknown
 
-    // How a packet's timestamp is related to that of the packet before.
+    // How a packet's timestamp relates to the previous packet's.
     enum class Step { kRegular, kOdd };
 
     // Takes the next packet's timestamp (ns) and position. `damageBefore`: the number of the
-    // damaged stretch between it and the packet before.
+    // damaged stretch between it and the previous packet.
     Step Take(std::uint64_t timestamp, std::uint64_t position,
               std::optional<std::size_t> damageBefore);
 
-    // Nanoseconds from the first timestamp on; steps back in time are not taken off.
+    // Nanoseconds from the first timestamp on; steps back in time are not subtracted.
     [[nodiscard]] std::uint64_t ElapsedNs() const { return elapsedNs_; }
 
-    // Fills in what timestamps say; nothing where there were none. `damage`: the stretches that
-    // Take had numbers of, which get their times and lengths. Call it once.
+    // Fills in what timestamps show; nothing if there were none. `damage`: the stretches whose
+    // numbers were passed to Take; they get their times and lengths. Call it once.
     void Finish(TimeAccount& account, std::span<DamagedStretch> damage = {}) const;
 
   private:

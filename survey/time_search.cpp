@@ -8,14 +8,14 @@ namespace {
 
 constexpr std::uint64_t kFirstPackets = 200;               // from which the stream learns
 constexpr std::uint64_t kEndBytes = 128U * 1024U;          // more than ten of the longest packets
-constexpr std::uint64_t kReadInOrderBytes = 256U * 1024U;  // not worth halving
+constexpr std::uint64_t kReadInOrderBytes = 256U * 1024U;  // not worth bisecting
 
 struct FoundPacket {
     std::uint64_t position = 0;
     std::uint64_t timestampNs = 0;
 };
 
-// The first packet from a place on that others follow in step: a false one in the middle of
+// The first packet from a position on that others follow in step: a false one in the middle of
 // samples has no such successors.
 std::optional<FoundPacket> FindPacket(PacketStream& stream, std::uint64_t position) {
     if (!stream.SkipTo(position)) return std::nullopt;
@@ -49,13 +49,13 @@ std::optional<TimeEnds> FindTimeEnds(PacketStream& stream) {
     if (!last || stream.SystemError() != 0) return std::nullopt;
     ends.firstStampNs = *first;
     ends.lastStampNs = *last;
-    // Else the clock was set back, or a stamp is damaged.
+    // Otherwise the clock was set back, or a timestamp is damaged.
     if (*last - *first > UINT64_MAX / 2) return std::nullopt;
     return ends;
 }
 
 bool SkipToTime(PacketStream& stream, const TimeEnds& ends, std::uint64_t nanoseconds) {
-    std::uint64_t low = 0;  // of a packet before the time; 0: none is known
+    std::uint64_t low = 0;  // of a packet before the time; 0: none known
     std::uint64_t high = ends.fileSize;
     while (high - low > kReadInOrderBytes) {
         const std::uint64_t middle = low + (high - low) / 2;

@@ -7,21 +7,21 @@
 
 namespace stalwick {
 
-// What the ends of a recording say of its time, without the packets between.
+// What the ends of a recording show about its time, without the packets in between.
 struct TimeEnds {
     std::uint64_t firstStampNs = 0;
     std::uint64_t lastStampNs = 0;
     std::uint64_t fileSize = 0;  // bytes
 };
 
-// Looks at both ends of a recording in a regular file whose packets have timestamps; nothing where
-// that does not say when it ends. The stream learns from the first packets what all are like, and
-// is at the file's end then.
+// Reads both ends of a recording in a regular file whose packets have timestamps; returns nothing
+// if they do not determine when it ends. The stream learns the form of packets from the first ones,
+// and is at the end of the file afterwards.
 [[nodiscard]] std::optional<TimeEnds> FindTimeEnds(PacketStream& stream);
 
-// Brings the stream to a certain packet before `nanoseconds` after the first one, not far from it:
-// by halving the file, so that little of it is read. False where that packet is near the
-// beginning, from where the recording is to be read then. Timestamps must not go back.
+// Moves the stream to a certain packet before `nanoseconds` after the first one, not far from it.
+// Bisects the file, so that little of it is read. Returns false if that packet is near the
+// beginning; read the recording from there in that case. Timestamps must not go back.
 [[nodiscard]] bool SkipToTime(PacketStream& stream, const TimeEnds& ends,
                               std::uint64_t nanoseconds);
 

@@ -6,8 +6,8 @@
 
 namespace stalwick {
 
-// Gathers stretches of time that come in order, at most as many as a picture can show: those nearer
-// to each other than a column are one.
+// Gathers stretches of time that arrive in order, at most as many as a picture can show: those less
+// than a column apart are merged.
 class TimeSpans {
   public:
     explicit TimeSpans(double columnSeconds = 0.0) : columnSeconds_(columnSeconds) {}
@@ -16,7 +16,7 @@ class TimeSpans {
     // Columns are wider from now on.
     void Coarsen(double columnSeconds);
 
-    // Those that touch the stretch, cut to it.
+    // Those that overlap the stretch, cut to it.
     [[nodiscard]] std::vector<TimeSpan> Within(double fromSeconds, double toSeconds) const;
 
   private:

@@ -7,8 +7,9 @@
 
 namespace stalwick {
 
-// Samples of a channel that are missing between records whose first samples have these times, the
-// first of which has so many: none where rounding and drift of the clock explain the times.
+// The number of samples of a channel missing between records whose first samples have these times,
+// where the first record has that many samples; none if rounding and drift of the clock explain the
+// times.
 [[nodiscard]] std::optional<double> MissingBetween(std::uint64_t fromMicroseconds,
                                                    std::uint64_t toMicroseconds,
                                                    std::uint64_t samples, double samplesPerSecond);
@@ -17,16 +18,16 @@ namespace stalwick {
 // so they may pass that end.
 class TimeSteps {
   public:
-    // `samplesPerSecond` 0: gaps are not looked for.
+    // `samplesPerSecond` 0: does not look for gaps.
     TimeSteps(double samplesPerSecond, VerifiedSet& set, FindingLog& log)
         : samplesPerSecond_(samplesPerSecond), set_(set), log_(log) {}
 
-    // A time before the one of the last call is a finding.
+    // A time earlier than that of the last call is a finding.
     void CheckOrder(std::uint64_t time, const FindingPlace& place);
-    // `samples` of a channel lie between this time and the one of the last call; more time between
+    // `samples` of a channel lie between this time and that of the last call; more time between
     // them is a gap.
     void CheckGap(std::uint64_t time, std::uint64_t samples, const FindingPlace& place);
-    // What comes next does not follow.
+    // The next record does not follow.
     void Break();
 
   private:

@@ -17,8 +17,8 @@ void TraceCollector::Begin(const RecordingHeader& header, std::uint64_t fileSize
     fileSize_ = fileSize;
 }
 
-// At a sixth, at half and at five sixths of the file; of a pipe, whose length nobody knows, at its
-// beginning. Where a header says that there are no samples a second nothing can be drawn.
+// At a sixth, at half and at five sixths of the file; for a pipe, whose length is unknown, at its
+// beginning. If the header gives a sampling frequency of 0, nothing can be drawn.
 bool TraceCollector::NextIsDue(std::uint64_t position) const {
     const std::size_t next = places_.size();
     return next < kPlaces && samplesPerSecond_ > 0.0 &&

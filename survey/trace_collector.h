@@ -38,7 +38,7 @@ class TraceCollector {
     double samplesPerSecond_ = 0.0;
     std::uint64_t fileSize_ = 0;
     double startSeconds_ = 0.0;
-    std::optional<PacketEnvelope> envelope_;  // of the place that has begun
+    std::optional<PacketEnvelope> envelope_;  // of the current place
     std::vector<TracePlace> places_;
 };
 

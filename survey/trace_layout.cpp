@@ -21,14 +21,14 @@ constexpr double kTtlMargin = 10.0;
 constexpr double kBottomMargin = 54.0;
 constexpr double kTallPicture = 900.0;
 
-// The value that a share of the values is below.
+// The value below which that share of the values lies.
 double Percentile(std::vector<double>& values, double share) {
     const auto at = static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1));
     std::nth_element(values.begin(), values.begin() + at, values.end());
     return values[static_cast<std::size_t>(at)];
 }
 
-// From near its lowest to near its highest value; all of it where `isWhole`.
+// From near its lowest to near its highest value; all of it if `isWhole`.
 double Extent(const Trace& trace, bool isWhole) {
     std::vector<double> low;
     std::vector<double> high;

@@ -115,7 +115,7 @@ double TracePainter::X(double seconds) const {
            (seconds - set_.startSeconds) / set_.seconds * static_cast<double>(kTraceColumns);
 }
 
-// Never less than a pixel, so that a short stretch shows too.
+// Never less than a pixel, so that a short stretch is visible too.
 double TracePainter::WidthAt(double x, double toSeconds) const {
     return std::max(X(toSeconds) - x, 1.0);
 }
@@ -213,7 +213,7 @@ SvgPath TracePainter::PathOf(const Trace& trace, double rowMiddle) const {
     };
     SvgPath path;
     std::optional<std::size_t> before;
-    bool isAtHigh = false;  // where the path is in the column before
+    bool isAtHigh = false;  // position of the path in the previous column
     for (std::size_t column = 0; column < trace.columns.size(); ++column) {
         const ColumnRange& range = trace.columns[column];
         if (range.IsEmpty()) continue;
@@ -222,7 +222,7 @@ SvgPath TracePainter::PathOf(const Trace& trace, double rowMiddle) const {
         const double second = isAtHigh ? y(range.smallest) : y(range.largest);
         if (!before || IsBroken(trace, *before, column)) {
             path.MoveTo(x, first);
-            path.LineTo(x + 0.1, first);  // a single point shows too
+            path.LineTo(x + 0.1, first);  // makes a single point visible
         } else {
             path.LineTo(x, first);
         }
@@ -233,8 +233,8 @@ SvgPath TracePainter::PathOf(const Trace& trace, double rowMiddle) const {
     return path;
 }
 
-// Whether nothing is known between two columns that have samples. One column may be empty where
-// samples and columns are nearly as many.
+// Whether nothing is known between two columns that have samples. One column may be empty if there
+// are about as many samples as columns.
 bool TracePainter::IsBroken(const Trace& trace, std::size_t from, std::size_t to) const {
     if (to - from <= 1) return false;
     if (to - from > 2) return true;
@@ -274,7 +274,7 @@ void TracePainter::PaintScaleBar() {
     writer_.CloseGroup();
 }
 
-// What shades mean, where there are any.
+// The meaning of shades, if there are any.
 void TracePainter::PaintKey() {
     double right = layout_.Right();
     const double y = layout_.axis + 38.0;

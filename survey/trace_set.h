@@ -11,7 +11,7 @@
 
 namespace stalwick {
 
-// What a picture of traces shows: plain values. Times are seconds from the first sample.
+// The content of a picture of traces: plain values. Times are seconds from the first sample.
 
 // The smallest and the largest sample in a column.
 struct ColumnRange {
@@ -29,16 +29,15 @@ struct Trace {
     std::wstring name;  // "CSC1"
     double microvoltsPerStep = 0.0;
     ColumnScale scale;
-    std::vector<ColumnRange> columns;  // as many as the scale has; none: no samples
+    std::vector<ColumnRange> columns;  // as many as in the scale; none: no samples
 };
 
-// A stretch of time with something in common; several that lie within a column of each other are
-// one.
+// A stretch of time with something in common; several less than a column apart are merged.
 struct TimeSpan {
     double fromSeconds = 0.0;
     double toSeconds = 0.0;
     std::uint64_t count = 1;           // stretches in it
-    std::uint64_t missingSamples = 0;  // a channel, in gaps and damage
+    std::uint64_t missingSamples = 0;  // per channel, in gaps and damage
 };
 
 // Why there is no picture.
@@ -46,7 +45,7 @@ struct TraceError {
     enum class Kind {
         kNone,
         kUnreadable,
-        kRequest  // nothing is wrong with the files, but what was asked for is not in them
+        kRequest  // the files are fine, but do not contain what was requested
     };
     Kind kind = Kind::kNone;
     std::wstring text;  // one line: file, why, what to do

@@ -10,19 +10,19 @@
 
 namespace stalwick {
 
-// A channel file that has samples, and what its header and its ends say.
+// A channel file that has samples, with what its header and its ends show.
 struct TraceSource {
     std::wstring path;
     std::wstring session;
     std::wstring entity;             // CSC1
-    std::optional<OutputName> name;  // what the entity says; none: nothing that this program makes
+    std::optional<OutputName> name;  // from the entity; none: not an entity of this program
     double samplesPerSecond = 0.0;
     double microvoltsPerStep = 0.0;
     std::uint64_t firstMicroseconds = 0;
     double seconds = 0.0;  // from its first sample to its end
 };
 
-// The files of a request, A/D channels in their order first.
+// The files of a request, with A/D channels first, in order.
 struct TraceSources {
     TraceError error;
     std::vector<TraceSource> channels;  // at least one, unless there is an error
@@ -30,7 +30,7 @@ struct TraceSources {
     std::vector<std::wstring> warnings;
 };
 
-// Looks at the ends of each file.
+// Reads the ends of each file.
 [[nodiscard]] TraceSources FindTraceSources(const TraceRequest& request);
 
 }  // namespace stalwick

@@ -10,18 +10,18 @@
 
 namespace stalwick {
 
-// When each TTL line was high, as far as a picture can show it.
+// When each TTL line was high, in as much detail as a picture can show.
 class TtlSpans {
   public:
     explicit TtlSpans(double samplePeriodSeconds) : samplePeriod_(samplePeriodSeconds) {}
 
-    // Takes a packet's values, the first of which is of this time.
+    // Takes a packet's values; the first one has this time.
     void Take(const ORDDataPacket& packet, double seconds);
     // Takes the value from this time on.
     void TakeValue(std::uint8_t value, double seconds);
-    // What comes next does not follow: before it nothing is known from the last packet's end on.
+    // The next value does not follow: between the last packet's end and it, nothing is known.
     void Break();
-    // Columns of the picture are so wide.
+    // Sets the width of the picture's columns.
     void Coarsen(double columnSeconds);
     void Finish() { Break(); }
     void EndAt(double seconds) { TakeValue(0, seconds); }

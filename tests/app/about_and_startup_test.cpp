@@ -36,7 +36,7 @@ class AboutAndStartupTest : public QObject {
 
 namespace {
 
-// What the main dialog shows when the program starts with the arguments.
+// The main dialog's contents when the program starts with the arguments.
 struct FirstView {
     QStringList names;
     QStringList paths;

@@ -17,7 +17,7 @@ class ClosingTest : public QObject {
 
 namespace {
 
-// A conversion that waits in front of its first read.
+// A conversion that waits before its first read.
 struct Converting {
     Converting() {
         window.AddRecording(L"a.ord", 20);
@@ -64,7 +64,7 @@ void ClosingTest::CloseAfterCancelWaitsForTheWorker() {
     QVERIFY(converting.window.dialog.close());
 }
 
-// The way a session's end takes when nobody asked the program first.
+// How a session ends if nobody asks the program first.
 void ClosingTest::QuitWhileConvertingIsRefused() {
     Converting converting;
     QSignalSpy quits(qApp, &QCoreApplication::aboutToQuit);

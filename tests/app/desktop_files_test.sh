@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs the program and holds what the desktop reads against the desktop's own tools.
+# Installs the program and checks the desktop's files with the desktop's own tools.
 #   desktop_files_test.sh BUILD_DIRECTORY
 set -euo pipefail
 
@@ -37,7 +37,7 @@ update-mime-database "$share/mime" 2> /dev/null
 grep -qx '50:application/x-veltrosyn-ord:\*.ord' "$share/mime/globs2" ||
     fail "*.ord is not application/x-veltrosyn-ord"
 ! grep -q 'vcs' "$share/mime/globs2" || fail "*.vcs belongs to calendars"
-# Beside the system's own types the recording's name decides alone.
+# Except for the system's own types, the recording's name alone decides.
 if [ -e /usr/share/mime/globs2 ]; then
     ! grep -v veltrosyn /usr/share/mime/globs2 | grep -q ':\*\.ord$' || fail "*.ord is taken"
 fi

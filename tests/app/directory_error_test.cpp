@@ -9,7 +9,7 @@
 using namespace stalwick;
 using namespace stalwick::test;
 
-// An output directory that cannot be had: the window says so and starts nothing.
+// An unavailable output directory: the window reports it and starts nothing.
 class DirectoryErrorTest : public QObject {
     Q_OBJECT
   private slots:

@@ -235,7 +235,8 @@ void FileSelectionTest::DropIsACopyWhateverTheKeysAskFor_data() {
     QTest::newRow("both: link") << (Qt::ControlModifier | Qt::ShiftModifier);
 }
 
-// A file manager deletes what it has moved. The events take the window's own way to the widget.
+// After a move, a file manager deletes the source. The events reach the widget the way the window's
+// own do.
 void FileSelectionTest::DropIsACopyWhateverTheKeysAskFor() {
     QFETCH(Qt::KeyboardModifiers, keys);
     const Qt::DropActions offered = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
@@ -283,7 +284,7 @@ void FileSelectionTest::DropOfALargeSelectionKeepsItsOrder() {
 
 namespace {
 
-// What Qt shows for a tool tip.
+// The tool tip as Qt shows it.
 QString Shown(const QString& toolTip) {
     return Qt::mightBeRichText(toolTip) ? QTextDocumentFragment::fromHtml(toolTip).toPlainText()
                                         : toolTip;
@@ -338,7 +339,7 @@ void FileSelectionTest::InputDialogOpensWideEnoughForItsColumns() {
 
 namespace {
 
-// Refuses to open anything; notes that somebody wanted to.
+// Refuses to open anything, and records the attempt.
 class OpenRefusals final : public ForwardingFileCalls {
   public:
     int count = 0;
@@ -351,7 +352,7 @@ class OpenRefusals final : public ForwardingFileCalls {
 
 }  // namespace
 
-// To open a pipe is to wait for its writer.
+// Opening a pipe means waiting for its writer.
 void FileSelectionTest::ClickOnAPipeOrADeviceOpensNothing() {
     if (kPathSeparator != L'/') QSKIP("no such files there");
     TestWindow window;

@@ -136,7 +136,7 @@ void KeyboardAndLayoutTest::EveryButtonAndBoxHasAMnemonicOfItsOwn() {
     QCOMPARE(Mnemonic(Find<QPushButton>(about, ControlId::kOk)->text()), QLatin1Char('O'));
 }
 
-// A button that its mnemonic pressed acts a moment later.
+// A button pressed by its mnemonic acts a moment later.
 void KeyboardAndLayoutTest::MnemonicsReachTheirControls() {
     TestWindow window;
     window.dialog.activateWindow();
@@ -170,11 +170,11 @@ void KeyboardAndLayoutTest::EveryControlHasAnAccessibleName() {
             QVERIFY2(!seen->text(QAccessible::Name).isEmpty(), qPrintable(control->objectName()));
         }
     }
-    // The progress dialog belongs to the main dialog and is met twice.
+    // The progress dialog belongs to the main dialog and occurs twice.
     QCOMPARE(controls, 15 + 2 * 4 - 1 + 6);
 }
 
-// A name of its own would stand in the way of the text.
+// An accessible name would hide the text.
 void KeyboardAndLayoutTest::LabelsAreReadOutAsTheyStand() {
     TestWindow window;
     CAboutDlg about;
@@ -290,7 +290,7 @@ void KeyboardAndLayoutTest::NothingIsCutOffAtTheSmallestSize() {
     VerifyNothingIsCutOff(window);
 }
 
-// 640 by 450 pixels less a title bar is what 200 % leave of a screen of 1280 by 900.
+// At 200 %, a screen of 1280 by 900 leaves 640 by 450 pixels minus a title bar.
 void KeyboardAndLayoutTest::WindowShrinksTo640By480AndIsWhole() {
     TestWindow window;
     for (const QSize size : {QSize(640, 480), QSize(640, 420)}) {

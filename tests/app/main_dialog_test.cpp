@@ -14,7 +14,7 @@
 using namespace stalwick;
 using namespace stalwick::test;
 
-// One test for each notification that the main dialog handles, and for what follows from it.
+// One test for each notification that the main dialog handles, and for its consequences.
 class MainDialogTest : public QObject {
     Q_OBJECT
   private slots:
@@ -215,7 +215,7 @@ void MainDialogTest::ClickOnClearListEmptiesTheList() {
     window.SelectInputFiles({"a.ord", "b.ord"});
     Click(window.dialog, ControlId::kClearList);
     QCOMPARE(List(window)->topLevelItemCount(), 0);
-    window.dialog.OnFileListClick(0);  // no path is left either
+    window.dialog.OnFileListClick(0);  // no path remains either
     QCOMPARE(window.HeaderText(), "");
 }
 
@@ -233,14 +233,14 @@ void MainDialogTest::StartsWithBothButtonsDisabledAndCscChecked() {
 
 void MainDialogTest::ButtonsNeedAFileAndAnOutputDirectory() {
     TestWindow window;
-    OutputDirectory(window)->setText("somewhere");  // a directory alone
+    OutputDirectory(window)->setText("somewhere");  // only a directory
     QVERIFY(!StartButton(window)->isEnabled());
     QVERIFY(!ClearButton(window)->isEnabled());
     window.AddRecording(L"a.ord", 1);
     window.SelectInputFiles({"a.ord"});
     QVERIFY(StartButton(window)->isEnabled());
     QVERIFY(ClearButton(window)->isEnabled());
-    OutputDirectory(window)->clear();  // a file alone
+    OutputDirectory(window)->clear();  // only a file
     QVERIFY(!StartButton(window)->isEnabled());
     QVERIFY(!ClearButton(window)->isEnabled());
 }

@@ -7,8 +7,8 @@
 using namespace stalwick;
 using namespace stalwick::test;
 
-// What the user asks for while the window is busy with something else. A button that its mnemonic
-// pressed acts about 100 ms later, so two can be on their way at once.
+// User actions while the window is busy with something else. A button pressed by its mnemonic acts
+// about 100 ms later, so two can be pending at the same time.
 class OneAtATimeTest : public QObject {
     Q_OBJECT
   private slots:
@@ -25,7 +25,7 @@ class OneAtATimeTest : public QObject {
 
 namespace {
 
-// A main dialog that could start a conversion. One that starts waits for its first read.
+// A main dialog that could start a conversion. A started conversion waits for its first read.
 struct ReadyToStart {
     ReadyToStart() {
         window.AddRecording(L"a.ord", 20);
@@ -61,8 +61,8 @@ QList<QFileDialog*> VisibleFileDialogs() {
     return dialogs;
 }
 
-// What is on the screen once `button` has acted below a file dialog; closes the dialogs. By a
-// timer, because each dialog runs an event loop of its own.
+// What is on the screen once `button` has acted below a file dialog; closes the dialogs. Uses a
+// timer, because each dialog runs its own event loop.
 struct BelowAFileDialog {
     BelowAFileDialog(const StalwickDlg& main, const QPushButton& button) {
         QObject::connect(&watch, &QTimer::timeout, &watch, [this, &main, &button] {

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The window's program answers --version and --help without a display, and ends.
+# The window's program responds to --version and --help without a display, and exits.
 #   options_test.sh BUILD_DIRECTORY
 set -euo pipefail
 

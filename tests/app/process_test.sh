@@ -2,8 +2,8 @@
 # Converts recordings with the program itself, by keyboard and mouse alone, and compares the files
 # with those of stalwick-convert.
 #   process_test.sh BUILD_DIRECTORY
-# Runs itself again on a display of its own: without a window manager, a window is never told that
-# it is active.
+# Runs itself again on a separate display: without a window manager, a window never learns that it
+# is active.
 set -euo pipefail
 
 here=$(cd "$(dirname "$0")" && pwd)
@@ -24,8 +24,9 @@ clean_up() {
 }
 trap clean_up EXIT
 
-# A file dialog: the path and Enter, once more for its list of completions. Keys that come while a
-# busy machine moves the focus are lost: then all of it again, in place of what stands there.
+# A file dialog: the path and Enter, once more for its list of completions. Keys that arrive while
+# a busy machine moves the focus are lost: then the function repeats all of it and replaces the
+# text.
 type_path() {
     xdotool key --clearmodifiers alt+n
     xdotool key --clearmodifiers ctrl+a
@@ -47,7 +48,7 @@ for seed in 1 2; do
     "$build/tools/ord_synth/ord_synth" --quiet --channels 32 --seconds 0.5 --all --seed $seed \
         --output "$work/in/rec$seed.ord"
 done
-# As a desktop starts it, with a recording to open. A caller may have these signals ignored.
+# Started as by a desktop, with a recording to open. A caller may ignore these signals.
 cd "$work/in"
 env --default-signal=XFSZ,PIPE "$build/app/stalwick" rec2.ord missing.ord 2> "$work/messages" &
 program=$!
@@ -85,7 +86,8 @@ xdotool mousemove --window "$window" $((WIDTH - 100)) $((HEIGHT - 50)) click 1
 wait_for test -e "$work/out/rec1/RawData_01.vrd"
 dismiss_message
 
-# Once more under a limit of the file size: the program goes on, the longest output ends there.
+# Once more under a limit of the file size: the program continues, and the longest output ends
+# there.
 prlimit --pid "$program" --fsize=1000000:
 press "$main" alt+n
 wait_for test -e "$work/out/rec1/RawData_02.vrd"

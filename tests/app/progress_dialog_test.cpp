@@ -219,7 +219,7 @@ void ProgressDialogTest::LabelStaysStillAfterCancelWhileTheWorkerGoesOn() {
     QTRY_COMPARE_WITH_TIMEOUT(window.RecordLabel(), before, kPatienceMs);
     Click(*window.Progress(), ControlId::kCancel);
     QCOMPARE(window.Progress()->TimerId(), 0);
-    window.gate.AllowAll();  // the worker converts the block that it waits for
+    window.gate.AllowAll();  // the worker converts the block for which it waits
     QVERIFY(TakeMessage());
     QCOMPARE(window.RecordLabel(), before);
 }
@@ -233,7 +233,7 @@ void ProgressDialogTest::NumberRestartsWithEveryFile() {
     bool restarted = false;
     window.gate.Allow(1);  // the header of the first file
     window.ClickStart();
-    // One read after the other, so that the label is seen at each count.
+    // One read after another, so that the label is visible at each count.
     while (window.dialog.IsConverting() && !restarted) {
         QTest::qWait(60);
         const auto shown = window.RecordLabel().section(QLatin1Char(' '), -1).toULongLong();
@@ -270,7 +270,7 @@ void ProgressDialogTest::EnterDoesNotCancel() {
     QCOMPARE(calls, 1);
 }
 
-// Being modal, the box would keep "Cancel" from being reached.
+// Being modal, the box would make "Cancel" unreachable.
 void ProgressDialogTest::SystemMenuShowsNoAboutBoxOverIt() {
     TestWindow window;
     window.AddRecording(L"a.ord", 5);

@@ -16,7 +16,7 @@ namespace stalwick::test {
  */
 class ReadGate final : public ForwardingFileCalls {
   public:
-    // From now on so many reads pass; each later one waits.
+    // From now on this many reads pass; later ones wait.
     void Allow(std::size_t reads);
     void AllowAll() { Allow(std::numeric_limits<std::size_t>::max()); }
 

@@ -76,7 +76,7 @@ void SelectFirst(StalwickDlg& dialog) {
     dialog.OnFileListClick(0);
 }
 
-// Boxes with a text of one word and with one that needs more than a line.
+// Boxes with a one-word text and with one that needs more than a line.
 void SaveBoxes(Screenshots& screenshots, StalwickDlg& dialog) {
     QMessageBox* box = ShowMessage(&dialog, QMessageBox::NoIcon,
                                    {.caption = ApplicationName(),
@@ -94,7 +94,7 @@ void SaveBoxes(Screenshots& screenshots, StalwickDlg& dialog) {
     box->close();
 }
 
-// The file dialog runs an event loop of its own.
+// The file dialog runs its own event loop.
 void SaveFileDialog(Screenshots& screenshots, StalwickDlg& dialog) {
     QTimer watch;
     QObject::connect(&watch, &QTimer::timeout, &watch, [&] {

@@ -5,8 +5,8 @@
 using namespace stalwick;
 using namespace stalwick::test;
 
-// The end of the desktop's session, asked for by a session manager of its own (session_manager.cpp)
-// in the X desktop's protocol.
+// The end of the desktop's session, requested by the test's own session manager
+// (session_manager.cpp) in the X desktop's protocol.
 class SessionEndTest : public QObject {
     Q_OBJECT
   public:
@@ -18,13 +18,13 @@ class SessionEndTest : public QObject {
     void EndIsGrantedAfterTheConversion();
 
   private:
-    // What the program answered to the manager.
+    // The program's answer to the manager.
     QByteArray AskForTheEnd();
 
     QProcess& manager_;
 };
 
-// The manager was started before there was an event loop; it is read by asking.
+// The manager was started before there was an event loop, so it is polled.
 QByteArray SessionEndTest::AskForTheEnd() {
     manager_.write("end\n");
     manager_.waitForBytesWritten();

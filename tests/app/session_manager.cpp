@@ -1,6 +1,6 @@
-// A session manager of the X desktop's protocol with one thing to say: prints the address for
-// SESSION_MANAGER, then, for each line on standard input, asks its client to agree to the end of
-// the session and prints "granted" or "refused".
+// A minimal session manager for the X desktop's protocol: prints the address for SESSION_MANAGER,
+// then, for each line on standard input, asks its client to agree to the end of the session and
+// prints "granted" or "refused".
 
 #include <cstdio>
 #include <cstdlib>
@@ -14,7 +14,7 @@
 namespace {
 
 SmsConn client = nullptr;
-bool endOfSession = false;  // the question at hand is about the end, not about registering
+bool endOfSession = false;  // the current question is about the end, not about registering
 bool canceled = false;
 
 Bool AcceptHost(char*) {

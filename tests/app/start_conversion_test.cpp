@@ -128,7 +128,7 @@ void StartConversionTest::FailureIsOneLineWhateverTheFilesName() {
     QVERIFY(!message->text.contains('\n'));
 }
 
-// A file stands where the recording's own directory would: the failure has no text.
+// A file has the name of the recording's own directory: the failure has no text.
 void StartConversionTest::FailureWithoutATextShowsNoDash() {
     TestWindow window;
     window.AddRecording(L"a.ord", 20);
@@ -170,7 +170,7 @@ void StartConversionTest::CanceledJobSaysSoAndNeverThatItIsComplete() {
     const auto message = TakeMessage();
     QVERIFY(message);
     QCOMPARE(message->text, "Data processing canceled.");
-    // The block whose read was waiting is still converted; what was written is whole.
+    // The block whose read was waiting is still converted; everything written is whole.
     VERIFY_OUTPUTS(window, L"a.ord", window.InputDirectory(), {}, 2);
 }
 
@@ -225,7 +225,7 @@ void StartConversionTest::DialogIsDisabledAndProgressShownWhileConverting() {
 
 namespace {
 
-// Notes what happens to the windows, in order.
+// Records what happens to the windows, in order.
 class EventRecorder : public QObject {
   public:
     QStringList seen;
@@ -254,7 +254,7 @@ void StartConversionTest::EnableHideAndTextComeInThatOrder() {
     QCOMPARE(recorder.seen, QStringList({"disable", "show", "enable", "hide", "text"}));
 }
 
-// The box of the first conversion is still open while a second one runs to its end.
+// The box of the first conversion stays open while a second one runs to its end.
 void StartConversionTest::WorkerDoesNotWaitForTheMessageBox() {
     TestWindow window;
     window.AddRecording(L"a.ord", 20);
@@ -347,7 +347,7 @@ void StartConversionTest::NonUtf8AndWideNamesAreConverted() {
     QCOMPARE(TakeMessage().value_or(SeenMessage{}).text, "Processing complete");
     VERIFY_OUTPUTS(window, L"\u00B5\u6E2C\u5B9A \U0001F400.ord", window.InputDirectory());
     if (kPathSeparator == L'\\') return;     // there every name is UTF-16
-    window.AddRecording(L"\xDCB5.ord", 20);  // the byte B5 alone, no UTF-8
+    window.AddRecording(L"\xDCB5.ord", 20);  // the byte B5 alone, not UTF-8
     QUrl url = QUrl::fromLocalFile(ToQString(window.InputDirectory()));
     QVERIFY(Drop(window.dialog, {QUrl::fromEncoded(url.toEncoded() + "/%B5.ord")}));
     window.ClickStart();

@@ -1,4 +1,4 @@
-// The window of a process that gets no further thread.
+// The window of a process that cannot start another thread.
 
 #include <cerrno>
 #include <cstring>

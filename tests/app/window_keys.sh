@@ -1,6 +1,6 @@
-# Windows and keys for scripts that use the program as its user would; sourced by bash, on a
-# display with a window manager (scripts/with-display.sh). `main` is the main dialog's caption,
-# `window` the number that window_named gave for it, `program` the process.
+# Windows and keys for scripts that use the program like a user; sourced by bash, on a display with
+# a window manager (scripts/with-display.sh). `main` is the main dialog's caption, `window` the
+# number that window_named returned for it, `program` the process.
 
 main='Veltrosyn Stalwick'
 
@@ -9,7 +9,7 @@ fail() {
     exit 1
 }
 
-# Until the command succeeds; only a program that hangs needs the patience.
+# Until the command succeeds; only a hanging program needs this much time.
 wait_for() {
     for _ in $(seq 600); do
         ! "$@" > /dev/null 2>&1 || return 0
@@ -22,7 +22,7 @@ window_named() { xdotool search --onlyvisible --name "^$1\$" | head -1 | grep .;
 no_window_named() { ! window_named "$1"; }
 active_window_is() { [ "$(xdotool getactivewindow getwindowname)" = "$1" ]; }
 
-# Types keys into the window that the user would see as active. Those that come while it takes the
+# Types keys into the window that looks active to the user. Keys that arrive while it takes the
 # focus are lost.
 press() {
     wait_for active_window_is "$1"

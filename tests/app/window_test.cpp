@@ -36,7 +36,7 @@ QMessageBox* VisibleMessageBox() {
 
 void TypeAndEnter(QFileDialog& dialog, const QString& text) {
     auto* edit = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-    edit->setText(text);  // typed key by key, the completer's list would take the Enter
+    edit->setText(text);  // typed key by key, the completer's list would swallow the Enter
     QTest::keyClick(edit, Qt::Key_Return);
 }
 
@@ -97,7 +97,7 @@ TestWindow::TestWindow() {
     dialog.show();
 }
 
-// A test that failed half-way must not take the dialog away from under a running conversion.
+// A test that failed half-way must not destroy the dialog of a running conversion.
 TestWindow::~TestWindow() {
     gate.AllowAll();
     if (!QTest::qWaitFor([this] { return !dialog.IsConverting(); }, kPatienceMs)) std::abort();

@@ -71,9 +71,9 @@ class TestWindow {
     TestWindow();
     ~TestWindow();
 
-    // Makes the recording in/`name` with so many packets of 32 channels and returns its path.
+    // Makes the recording in/`name` with this many packets of 32 channels and returns its path.
     std::wstring AddRecording(const std::wstring& name, std::size_t packetCount);
-    // The same with bytes of the test's own.
+    // The same with the test's own bytes.
     std::wstring AddFile(const std::wstring& name, const std::string& bytes);
     std::wstring InputDirectory() const { return directory.Path(L"in"); }
     std::wstring PathOf(const std::wstring& name) const;
@@ -90,11 +90,12 @@ class TestWindow {
     QString HeaderText() const;
     void ClickListItem(int item);
 
-    // The outputs of one recording by the reference, canceled after so many blocks or not at all.
+    // The outputs of one recording from the reference, canceled after this many blocks or not at
+    // all.
     ReferenceConvertResult Reference(const std::wstring& name, const std::wstring& outputDirectory,
                                      const ReferenceConvertOptions& options = {},
                                      std::optional<std::size_t> blocksUntilCancel = {}) const;
-    // The outputs that stand in the recording's directory.
+    // The outputs in the recording's directory.
     std::map<std::string, std::string> Outputs(const std::wstring& name,
                                                const std::wstring& outputDirectory) const;
 

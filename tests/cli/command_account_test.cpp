@@ -1,4 +1,4 @@
-// What the command says of each recording and of all, and the exit status that goes with it.
+// The command's report on each recording and on all of them, and the matching exit status.
 
 #include <algorithm>
 #include <string>
@@ -24,7 +24,7 @@ std::string CutRecording() {
     return whole.substr(0, whole.size() - 31);
 }
 
-// Bytes that begin no packet, at its end.
+// Bytes at its end that do not begin a packet.
 std::string DamagedRecording() {
     return Recording() + std::string(300, '\xEE');
 }
@@ -187,7 +187,7 @@ TEST_F(CommandAccount, ManyWholeRecordingsAreALineEachAndARecap) {
 
 TEST_F(CommandAccount, FailureSaysHowFarItCameAndWhy) {
     RandomRecordingShape shape;
-    shape.packetCount = 12000;  // more than one block of records a file
+    shape.packetCount = 12000;  // more than one block of records per file
     const std::string big =
         Put(L"big.ord", BuildOrdFile(Version2Header(32), MakeRandomPackets(5, shape)));
     CommandSetup setup;

@@ -1,4 +1,4 @@
-// Recordings that come through a named pipe, whose writer comes once.
+// Recordings that come through a named pipe whose writer opens it only once.
 
 #include <csignal>
 #include <string>
@@ -45,10 +45,10 @@ TEST(CommandPipe, RecordingThatAWriterWritesOnceIsConvertedWhole) {
     std::signal(SIGPIPE, SIG_IGN);
     std::thread writer([&] { WriteOnce(path, recording); });
     CommandSetup setup;
-    // A command that waits for a second writer would wait for ever.
+    // A command that waits for a second writer would wait forever.
     setup.prepare = [] { ::alarm(120); };
     const CommandResult result = RunCommand({"-o", ToUtf8(directory.Path(L"out")), path}, setup);
-    // Where the command never opened the pipe, the writer still waits for a reader.
+    // If the command never opened the pipe, the writer still waits for a reader.
     const int reader = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     writer.join();
     ::close(reader);

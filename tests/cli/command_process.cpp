@@ -61,7 +61,7 @@ void CommandProcess::RunChild(const std::vector<std::string>& arguments, const C
         ::_exit(126);
     }
     if (setup.largestFileBytes) LimitFileSize(*setup.largestFileBytes);
-    // A shell's background job, such as these tests may be, has them ignored.
+    // A shell's background job, which these tests may be, ignores them.
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_DFL);
     if (setup.prepare) setup.prepare();
     ::execv(words[0], words.data());
@@ -100,7 +100,7 @@ void CommandProcess::Keep(int status) {
     ended_ = true;
     if (WIFEXITED(status)) result_.exitStatus = WEXITSTATUS(status);
     if (WIFSIGNALED(status)) result_.signal = WTERMSIG(status);
-    // A process killed at its very start has made no file for its output.
+    // A process killed at its very start has created no file for its output.
     if (keepsOutput_ && Exists(directory_.Path(L"out")))
         result_.output = ReadFile(directory_.Path(L"out"));
     if (terminal_ < 0) result_.error = ReadFile(directory_.Path(L"err"));

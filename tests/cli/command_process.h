@@ -51,7 +51,7 @@ class CommandProcess {
 
     TempDirectory directory_;
     pid_t pid_ = -1;
-    int terminal_ = -1;  // the side of the terminal that sees what is shown
+    int terminal_ = -1;  // the side of the terminal that sees the output
     bool keepsOutput_ = true;
     bool ended_ = false;
     CommandResult result_;

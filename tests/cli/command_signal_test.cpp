@@ -1,4 +1,4 @@
-// Signals to the command, on a recording that never ends: a named pipe that the test feeds.
+// Signals to the command, on a recording that never ends: a named pipe fed by the test.
 
 #include <csignal>
 #include <fstream>
@@ -15,12 +15,12 @@
 namespace stalwick::test {
 namespace {
 
-// A command at work on an endless recording.
+// A command that converts an endless recording.
 struct RunningCommand {
     RunningCommand()
         : recording(directory.Path(L"rec.ord")),
           command({"--raw", "-o", ToUtf8(directory.Path(L"out")), recording.Path()}) {
-        // The files are there only after the command listens for signals.
+        // The files exist only after the command waits for signals.
         while (!Exists(directory.Path(L"out/rec/RawData.vrd")) && !command.Ended()) {
             recording.Feed();
             Pause();
@@ -77,7 +77,7 @@ TEST(CommandSignal, SecondSignalOfAnyKindEndsTheCommandAtOnce) {
 }
 
 // Whether a shell waits for its command: only then does it catch the interrupt, and it sleeps. The
-// system shows both at one moment.
+// system shows both at the same moment.
 bool WaitsForItsCommand(pid_t shell) {
     std::ifstream status("/proc/" + std::to_string(shell) + "/status");
     bool sleeps = false;
@@ -91,7 +91,7 @@ bool WaitsForItsCommand(pid_t shell) {
     return sleeps && catches;
 }
 
-// The shell hears the Ctrl-C too, and goes on unless its command died of it.
+// The shell receives the Ctrl-C too, and continues unless its command died of it.
 TEST(CommandSignal, InterruptStopsTheLoopOfAShell) {
     const TempDirectory directory;
     EndlessRecording recording(directory.Path(L"first.ord"));

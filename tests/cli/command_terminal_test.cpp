@@ -14,7 +14,7 @@ namespace {
 
 struct Shown {
     CommandResult result;
-    std::vector<std::string> drawn;  // what stands between carriage returns
+    std::vector<std::string> drawn;  // the text between carriage returns
 };
 
 Shown RunOnTerminal(const std::string& recording, std::vector<std::string> options = {},
@@ -75,7 +75,7 @@ TEST(CommandTerminal, LineOfARecordingStandsAboveTheProgress) {
         return drawn.find("/rec.ord: 6.7 s, 1 channel -> ") != std::string::npos;
     });
     ASSERT_NE(line, shown.drawn.end()) << shown.result.error;
-    // Nothing of the progress is left in front of it.
+    // No progress is left before it.
     EXPECT_EQ(line->find_first_not_of("\n"), line->find('/'));
     EXPECT_NE(shown.drawn.back().find("100 %"), std::string::npos);
 }

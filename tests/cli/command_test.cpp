@@ -223,7 +223,7 @@ TEST(Command, OutputDirectoryThatCannotBeHadIsStatusTwo) {
 }
 
 TEST(Command, OutputDirectoryThatTakesNothingIsAFailure) {
-    // Nobody may make a directory there, the superuser neither.
+    // Nobody may create a directory there, not even the superuser.
     const Workplace place;
     const CommandResult result = RunCommand({"-o", "/proc", place.Put(L"rec.ord", Recording())});
     EXPECT_EQ(result.exitStatus, 1);
@@ -303,7 +303,8 @@ TEST(Command, TwentyRunsLeaveTwentySets) {
     const Workplace place;
     const std::string recording = place.Put(L"rec.ord", Recording(72, 1));
     for (int run = 0; run < 20; ++run) {
-        // Its packets hold more channels than its header names: lost, and said so.
+        // Its packets have more channels than its header announces: they are lost, and that is
+        // reported.
         ASSERT_EQ(RunCommand({"--raw", "-o", place.out, recording}).exitStatus, 3);
     }
     const auto files = place.Outputs();

@@ -17,7 +17,7 @@ class EndlessRecording {
   public:
     explicit EndlessRecording(const std::wstring& path) : path_(ToUtf8(path)) {
         ::mkfifo(path_.c_str(), 0600);
-        // Both ends: neither this process nor the command waits for the other one to open it.
+        // Both ends, so that neither this process nor the command waits for the other to open it.
         pipe_ = ::open(path_.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
         const std::string header = Version1Header(2).Block();
         EXPECT_EQ(::write(pipe_, header.data(), header.size()),

@@ -1,5 +1,5 @@
-// A night of forty recordings, in which about everything goes wrong: the account names exactly
-// what is not whole, on a terminal and without one.
+// A night of forty recordings in which nearly everything goes wrong: the summary names exactly
+// those that are not whole, on a terminal and without one.
 
 #include <algorithm>
 #include <atomic>
@@ -38,7 +38,7 @@ class Night : public testing::TestWithParam<bool> {
         Put("cut.ord", cut.substr(0, cut.size() - 31));
         files_.push_back("missing.ord");
         Put("large.ord", Recording(76, 12000));
-        files_.push_back("stopped.ord");  // a pipe, made where it is needed
+        files_.push_back("stopped.ord");  // a pipe, created where it is needed
     }
 
     void Put(const std::string& name, const std::string& recording) {
@@ -55,13 +55,13 @@ class Night : public testing::TestWithParam<bool> {
         return setup;
     }
 
-    // Converts all and asks the command to end when it has come to the last.
+    // Converts all and interrupts the command when it has reached the last one.
     CommandResult ConvertUntilTheLast(std::vector<std::string> arguments) {
         EndlessRecording last(directory_.Path(L"stopped.ord"));
         arguments.insert(arguments.end(), files_.begin(), files_.end());
         CommandProcess command(arguments, Setup());
         std::atomic<bool> ended{false};
-        // Waiting reads the terminal, which holds little.
+        // While waiting, reads the terminal, whose buffer is small.
         std::thread feeder([&] {
             bool asked = false;
             while (!ended) {
@@ -80,10 +80,10 @@ class Night : public testing::TestWithParam<bool> {
     }
 
     TempDirectory directory_;
-    std::vector<std::string> files_;  // as they are given to the command
+    std::vector<std::string> files_;  // as given to the command
 };
 
-// What stood on lines of their own, whatever was drawn over.
+// The complete lines, without anything that was overwritten.
 std::vector<std::string> LinesOf(std::string text) {
     std::replace(text.begin(), text.end(), '\r', '\n');
     std::vector<std::string> lines;
@@ -94,7 +94,7 @@ std::vector<std::string> LinesOf(std::string text) {
     return lines;
 }
 
-// The lines that begin so.
+// The lines with this beginning.
 std::vector<std::string> LinesWith(const std::vector<std::string>& lines,
                                    const std::string& beginning) {
     std::vector<std::string> found;
@@ -104,13 +104,13 @@ std::vector<std::string> LinesWith(const std::vector<std::string>& lines,
     return found;
 }
 
-// The recap, from its counts on, without how long the last one took.
+// The summary, from its counts on, without the duration of the last recording.
 std::vector<std::string> RecapIn(const std::vector<std::string>& lines) {
     auto begin = std::find_if(lines.begin(), lines.end(), [](const std::string& line) {
         return line.rfind("40 recordings: ", 0) == 0;
     });
     std::vector<std::string> recap(begin, lines.end());
-    // How far a canceled one came depends on when the signal did.
+    // How far a canceled one came depends on when the signal came.
     for (std::string& line : recap) {
         line =
             line.substr(0, std::min(line.find(" after "), line.find(" before its first packet")));

@@ -137,7 +137,7 @@ TEST(ExitStatusOfARun, CancelHasItsOwnAlsoAfterAFailure) {
     EXPECT_EQ(ExitStatus(outcomes, true, Interruption::kHangUp), 129);
 }
 
-// A shell's loop must stop, even where the last packet was converted before the Ctrl-C.
+// A shell's loop must stop, even if the last packet was converted before the Ctrl-C.
 TEST(ExitStatusOfARun, InterruptThatCanceledNothingStillShows) {
     EXPECT_EQ(ExitStatus({Whole()}, false, Interruption::kInterrupt), 130);
     EXPECT_EQ(ExitStatus({Whole()}, false, Interruption::kTerminate), 0);

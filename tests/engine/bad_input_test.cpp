@@ -1,4 +1,4 @@
-// Inputs that nothing sane produces: a text that says what is wrong, and no output file.
+// Inputs that no sane recorder writes: a text reports what is wrong, and there is no output file.
 
 #include <string>
 
@@ -104,7 +104,7 @@ TEST(BadInput, JunkInPlaceOfAFullSpanIsReportedWhereItBegins) {
     EXPECT_EQ(run.recordsProcessed, 10U);
     ASSERT_EQ(run.details.size(), 1U);
     EXPECT_NE(run.details[0].text.find(L"byte 16494"), std::wstring::npos);
-    // What was opened stays, with the header of a file that was not closed.
+    // Opened files stay, with the header of a file that was not closed.
     EXPECT_NE(run.files.at("CSC1.vcs").find("File was not closed properly"), std::string::npos);
 }
 

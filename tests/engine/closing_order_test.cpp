@@ -1,4 +1,4 @@
-// The order in which a conversion that went well closes its files.
+// The order in which a successful conversion closes its files.
 
 #include <map>
 #include <string>
@@ -14,7 +14,7 @@
 namespace stalwick::test {
 namespace {
 
-// The system's calls; notes the names of files as they are closed. For one thread.
+// The system's calls; records the names of files as they are closed. For one thread.
 class NotingCloses final : public ForwardingFileCalls {
   public:
     std::vector<std::wstring> closed;

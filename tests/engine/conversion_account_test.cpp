@@ -15,7 +15,7 @@ namespace {
 
 constexpr ChannelOptions kAllChannels = {1, 1, 1, 1};
 
-// A block is read when the one before it was converted: cancels come at a known place.
+// A block is read after the previous one was converted: cancels come at a known place.
 OutputSettings OneThread() {
     OutputSettings settings = QuickSettings();
     settings.helperThreads = HelperThreads::kOff;
@@ -72,7 +72,7 @@ TEST_F(Account, SaysWhatWasReadAndWhatWasWritten) {
 }
 
 TEST_F(Account, DurationIsThatOfTheTimestampsAndOfTheLastPacketsSamples) {
-    // A timestamp each millisecond; ten samples at 30 kHz.
+    // One timestamp per millisecond; ten samples at 30 kHz.
     EXPECT_DOUBLE_EQ(Of(Recording(true, 700)).durationSeconds, 0.699 + 10.0 / 30000);
 }
 

@@ -126,14 +126,14 @@ TEST(ConversionJob, CancelBetweenSpansFinishesTheFileInOrder) {
     const std::string recording = BuildOrdFile(Version2Header(32), MakeRandomPackets(41, shape));
     ASSERT_GT(recording.size(), 16384U + 2 * 50000U);
     for (const unsigned spans : {1U, 2U, 3U}) {
-        // With one thread a read of the file is a known moment of the conversion.
+        // With one thread, a read of the file is a known moment of the conversion.
         OutputSettings settings = QuickSettings();
         settings.helperThreads = HelperThreads::kOff;
         JobRun job(settings);
         const std::wstring path = job.Put(L"rec.ord", recording);
         const FixedIdentity identity;
         FaultyFileCalls calls;
-        // The first read is the header's; the flag is seen before the next span.
+        // The first read is the header's; the flag is checked before the next span.
         calls.beforeRead = [&](unsigned readCount) {
             if (readCount == spans) job.processor.cancelRequested.store(1);
         };

@@ -1,5 +1,5 @@
-// A recording that was switched off inside its last packet, told apart from one that is damaged
-// near its end.
+// A recorder that was switched off inside its last packet, as opposed to damage near the end of a
+// recording.
 
 #include <optional>
 #include <ostream>
@@ -42,7 +42,7 @@ std::vector<std::string> ShortPackets() {
     return Packets(94, std::uint8_t{1});
 }
 
-// Every channel's deltas seem to have 15 bits: the packet reaches into those after it.
+// Every channel's deltas seem to have 15 bits: the packet extends into those after it.
 void WidenDeltas(std::string& packet) {
     packet.replace(kADBlock, kWidthBytes, kWidthBytes, '\xFF');
 }
@@ -70,7 +70,7 @@ StreamEnd EndOf(const std::string& stream) {
     return end;
 }
 
-// The end of the stream whose packet at this index does not decode.
+// The end of the stream, whose packet at this index does not decode.
 StreamEnd LossFrom(const std::vector<std::string>& packets, std::size_t index) {
     std::uint64_t trailing = 0;
     for (std::size_t i = index; i < packets.size(); ++i) trailing += packets[i].size();
@@ -138,7 +138,7 @@ TEST(CutPacket, MoreBytesThanThePacketsKindCanHaveAreDamage) {
     tail.append(1, '\xFF');
     const StreamEnd end = EndOf(packets.front() + tail);
     EXPECT_EQ(end, (StreamEnd{2, 1, false}));
-    // No block of samples announced, yet hundreds of bytes.
+    // No block of samples is announced, yet there are hundreds of bytes.
     std::string sensorOnly = packets.front();
     sensorOnly[kFlags] = '\x02';
     EXPECT_FALSE(EndOf(sensorOnly).cut);

@@ -1,5 +1,5 @@
-// Recordings that end in damage or cannot be read to their end: each output keeps what full blocks
-// of 5000 records had filled by then, whatever pieces its data were written in.
+// Recordings that end in damage or cannot be read to their end: each output keeps exactly the full
+// blocks of 5000 records filled by then, regardless of the pieces in which its data were written.
 
 #include <string>
 #include <vector>
@@ -38,7 +38,7 @@ testing::AssertionResult FailsLikeTheReference(const std::string& recording,
 }
 
 // Ultrasonic blocks fill records fastest, 512 samples in 7.3 packets; the inertial units' values
-// slowest, one sample a packet.
+// slowest, one sample per packet.
 std::vector<PacketPlan> SensorPackets(std::size_t count) {
     std::vector<PacketPlan> plans(count);
     for (std::size_t i = 0; i < count; ++i) {
@@ -102,13 +102,13 @@ TEST(DamagedRecording, RawDataOfOtherWidthsKeepTheBlocksThatTheirRecordsFilled) 
     const std::uint8_t k32 = 0;
     const std::uint8_t k64 = 1;
     const std::uint8_t k256 = 3;
-    // Blocks that a record would pass, and blocks that records fill exactly.
+    // Blocks that a record would exceed, and blocks that records fill exactly.
     EXPECT_TRUE(FailsLikeTheReference(RecordingOfWidths({k64}, 700), kRawOnly));
     EXPECT_TRUE(FailsLikeTheReference(RecordingOfWidths({k32, k64}, 1000), kRawOnly));
     EXPECT_TRUE(FailsLikeTheReference(RecordingOfWidths({k64, k32, k32, k256}, 700), kRawOnly));
 }
 
-// What the reference leaves of the packets that were converted before the read failed.
+// What the reference leaves of the packets converted before the read failed.
 std::map<std::string, std::string> FilesOfPackets(const TempDirectory& directory, std::size_t count,
                                                   const ReferenceConvertOptions& options) {
     const std::string damaged = BuildOrdFile(Version2Header(0), SensorPackets(count), Junk());
@@ -153,7 +153,7 @@ TEST(DamagedRecording, CanceledOneKeepsEverythingBeforeTheCancel) {
               kOrdHeaderBytes + records * 1044);
 }
 
-// 1300 samples a channel, which small blocks have written in part when the damage comes.
+// 1300 samples per channel, partly written in small blocks when the damage comes.
 std::string ShortDamagedRecording() {
     RandomRecordingShape shape;
     shape.packet.ultrasonic = true;
@@ -164,7 +164,7 @@ std::string ShortDamagedRecording() {
 OutputSettings OneRecordAtATime() {
     OutputSettings settings = QuickSettings();
     settings.recordsPerWrite = 1;
-    settings.helperThreads = HelperThreads::kOff;  // what is written does not lag behind
+    settings.helperThreads = HelperThreads::kOff;  // writing does not lag behind
     return settings;
 }
 

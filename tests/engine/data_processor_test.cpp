@@ -13,7 +13,7 @@ namespace {
 
 constexpr ChannelOptions kChannels = {1, 0, 0, 0};
 
-// A processor and a place for its inputs and outputs.
+// A processor and a directory for its inputs and outputs.
 struct Processing {
     Processing() { MakeDirectory(directory.Path(L"out")); }
 

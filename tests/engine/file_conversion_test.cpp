@@ -1,4 +1,4 @@
-// The rules of the conversion loop, each on a recording small enough to be worked out by hand.
+// The rules of the conversion loop, each on a recording small enough to calculate by hand.
 
 #include <cstring>
 #include <string>
@@ -41,7 +41,7 @@ std::vector<Event> EventsOf(const EngineRun& run) {
     return events;
 }
 
-// A packet with one state byte; its TTL value is the byte with its nibbles exchanged.
+// A packet with one state byte; its TTL value is the byte with its nibbles swapped.
 PacketPlan StatePacket(std::uint8_t ttlValue, std::optional<std::uint64_t> timestamp = {}) {
     PacketPlan plan;
     plan.hardwareTimestamp = timestamp;
@@ -112,7 +112,7 @@ TEST(FileConversion, FiveStatesOfTheWidestPacketAreTimedAtItsFirstFiveSamples) {
     five.stateBytes = {0x00, 0x10, 0x20, 0x30, 0x40};
     const EngineRun run = Convert(Version1Header(1).Set("-SamplingFrequency", "10000"),
                                   {five, StatePacket(5), StatePacket(6)});
-    // 100 µs a sample; the next packet begins ten sample periods later, not five.
+    // 100 µs per sample; the next packet begins ten sample periods later, not five.
     EXPECT_EQ(EventsOf(run),
               (std::vector<Event>{{100, 1}, {200, 2}, {300, 3}, {400, 4}, {1000, 5}, {2000, 6}}));
 }

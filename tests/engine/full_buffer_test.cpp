@@ -16,9 +16,9 @@ namespace {
 constexpr std::size_t kHeaderBytes = 16384;
 constexpr std::size_t kEventBytes = 184;
 
-// A recording whose TTL input changes exactly so often, ten times a packet.
+// A recording whose TTL input changes exactly this often, ten times per packet.
 std::string RecordingWithChanges(std::size_t changes) {
-    std::vector<PacketPlan> plans(1);  // the first value, 0, is no change
+    std::vector<PacketPlan> plans(1);  // the first value, 0, is not a change
     std::uint8_t state = 0;
     while (changes > 0) {
         PacketPlan plan;
@@ -36,7 +36,7 @@ std::string RecordingWithChanges(std::size_t changes) {
     return BuildOrdFile(Version1Header(1), plans);
 }
 
-// The system's calls; notes how long each write is. For one thread.
+// The system's calls; records the length of each write. For one thread.
 class NotingWrites final : public ForwardingFileCalls {
   public:
     std::vector<std::size_t> sizes;
@@ -119,7 +119,7 @@ TEST(FullBuffer, ChannelFileOfMoreThanFiveThousandRecordsConvertsLikeTheReferenc
                                          {false, false, false, true, false, false}));
 }
 
-// Ten samples a packet of one channel: 51.2 packets fill a record.
+// Ten samples per packet of one channel: 51.2 packets fill a record.
 std::string OneChannelRecording(std::size_t packetCount) {
     PacketPlan plan;
     plan.channelMask = MakeChannelMask(32, {0});

@@ -116,7 +116,7 @@ TEST(OutputFailures, RunEndsWhereTheSuffixOfATakenNameChanges) {
               L"(2 records)");
 }
 
-// Nobody knows which axes stand between two others.
+// Nobody knows which axes are between two others.
 TEST(OutputFailures, InertialFilesAreAllWrittenOut) {
     const std::vector<OutputEnd> outputs = {
         Unfinished(L"Base_LAX.vcs", 3), Unfinished(L"Base_LAY.vcs", 4),

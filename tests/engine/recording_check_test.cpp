@@ -29,7 +29,7 @@ class RecordingCheck : public testing::Test {
     RecordingRefusal Check(const std::wstring& path) const {
         return CheckRecording(path, directory_.Path(L"out"));
     }
-    // The status that the engine gives, without the look before.
+    // The engine's status without the preceding check.
     std::wstring EngineStatus(const std::wstring& path) const {
         MakeDirectory(directory_.Path(L"out"));
         DataProcessor processor(QuickSettings());

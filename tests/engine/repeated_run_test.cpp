@@ -29,7 +29,7 @@ std::string Numbered(const std::string& name, int number) {
     return numbered.append(std::to_string(number)).append(name.substr(point));
 }
 
-// Packets carry more channels than the header announces, which is said too.
+// Packets carry more channels than the header announces, which is reported too.
 bool IsWhole(const std::vector<ConversionDetail>& details) {
     return std::none_of(details.begin(), details.end(), [](const ConversionDetail& detail) {
         return detail.kind == ConversionDetail::Kind::kIncomplete;
@@ -75,7 +75,7 @@ TEST(RepeatedRun, NameTakenAtTheLastMomentIsChosenAgain) {
     const TempDirectory directory;
     FaultyFileCalls calls;
     std::set<std::wstring> stolen;
-    // Another program makes a file of every first name just before this one does.
+    // Another program creates a file with every first name just before this one does.
     calls.beforeCreate = [&](const std::wstring& path) {
         if (path.find(L'_') == std::wstring::npos && stolen.insert(path).second) {
             WriteFile(path, "of another program");

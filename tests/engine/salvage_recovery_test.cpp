@@ -1,5 +1,5 @@
-// What conversions that skip damage write, held against the conversion of the same recording before
-// it was damaged.
+// The outputs of conversions that skip damage, compared with those of the same recording before it
+// was damaged.
 
 #include <algorithm>
 #include <cstring>

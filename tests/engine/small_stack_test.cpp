@@ -1,4 +1,4 @@
-// Whole conversions on a thread with a stack of 512 KiB: good recordings, and those made to harm.
+// Whole conversions on a thread with a stack of 512 KiB: good recordings, and malicious ones.
 
 #include <string>
 

@@ -1,5 +1,4 @@
-// The spans of a recording, read when they are asked for and read ahead: the same ones, and the
-// same end.
+// The spans of a recording are the same, and end the same way, whether read on request or ahead.
 
 #include "engine/span_reader.h"
 
@@ -25,7 +24,7 @@ namespace {
 
 constexpr std::size_t kSpanBytes = 50000;
 
-// Twice as many spans as are read ahead, and more.
+// More than twice as many spans as are read ahead.
 std::string Recording() {
     RandomRecordingShape shape;
     shape.packet.stateBytePerSample = true;
@@ -63,7 +62,7 @@ TEST_P(SpanReaderTest, GivesTheSpansOfTheReaderInTheirOrder) {
         ASSERT_EQ(span.bytesRead, other.BytesRead());
         ASSERT_TRUE(span.packets == expected) << "span " << count;
     }
-    // More spans than are read ahead, so that their places were used again.
+    // More spans than are read ahead, so that their buffers are reused.
     EXPECT_GT(count, 20U);
     EXPECT_EQ(count, (recording_.size() - kOrdHeaderBytes) / kSpanBytes + 1);
 }
@@ -122,7 +121,7 @@ TEST(SpanReader, StaysWithinEightSpansOfTheCaller) {
     EXPECT_LE(furthest, 9U);  // the caller's own one among them
 }
 
-// A recording on a slow disk: the user sees how far it came, and a cancel is heard.
+// A recording on a slow disk: the user sees the progress, and a cancel takes effect.
 TEST(SpanReader, SpanIsGivenBeforeTheNextOneIsRead) {
     const TempDirectory directory;
     const std::wstring path = directory.Path(L"rec.ord");

@@ -29,7 +29,7 @@ struct OpenEventFile {
     const VtxDataTypes::EventRec& Event(std::size_t i) const {
         return eventFile.records.front().eventBuffer[i];
     }
-    // A copy: the field may stand anywhere.
+    // A copy, because the field may be unaligned.
     std::uint64_t TimeOf(std::size_t i) const { return Event(i).timestamp; }
 
     TempDirectory directory;
@@ -85,7 +85,7 @@ TEST(TtlEvents, EventHasItsFixedIdAndText) {
 }
 
 TEST(TtlEvents, SampleTimesAreTruncatedAtEverySample) {
-    // 33.33 µs a sample; ten of them make 330 µs, not 333.
+    // 33.33 µs per sample; ten of them take 330 µs, not 333.
     OpenEventFile file;
     file.Add({0}, 1'000'000);
     file.Add({0, 0, 0, 1, 0, 0, 0, 0, 0, 1}, 1'000'000);

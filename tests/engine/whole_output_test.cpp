@@ -1,4 +1,4 @@
-// Every byte of every output, against a conversion that shares no code with the program.
+// Compares every byte of every output with a conversion that shares no code with the program.
 
 #include <string>
 #include <tuple>
@@ -144,7 +144,8 @@ TEST(WholeOutput, PacketsOfDifferentChannelCountsShareAStream) {
 }
 
 TEST(WholeOutput, RawBufferOfFewRecordsHoldsTheWidestRecord) {
-    // The header says one channel, the packets have 256: records longer than the buffer's plan.
+    // The header announces one channel, the packets have 256: records longer than the buffer's
+    // plan.
     OutputSettings settings = QuickSettings();
     settings.recordsPerWrite = 1;
     EXPECT_TRUE(ConvertsLikeTheReference(

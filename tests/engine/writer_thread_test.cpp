@@ -25,7 +25,7 @@ OutputSettings Settings(HelperThreads helperThreads, std::uint32_t recordsPerWri
     return settings;
 }
 
-// 1300 samples a channel: two full records and part of a third.
+// 1300 samples per channel: two full records and part of a third.
 std::string Recording() {
     RandomRecordingShape shape;
     shape.packet.baseImu = shape.packet.afeImu = shape.packet.ultrasonic = true;
@@ -51,7 +51,7 @@ TEST(WriterThread, IsThereWhereTheSettingsOrTheCoresSaySo) {
     EXPECT_EQ(UsesHelperThreads(OutputSettings()), UsableProcessors() > 1);
 }
 
-// The system's calls, but the disk under one file is full from some offset on.
+// The system's calls, but the disk is full for one file from some offset on.
 class OneFullFile final : public ForwardingFileCalls {
   public:
     OneFullFile(std::wstring name, std::uint64_t end) : name_(std::move(name)), end_(end) {}
@@ -98,7 +98,7 @@ bool IsIncomplete(const EngineRun& run) {
     return false;
 }
 
-// What each file holds behind its header is a beginning of what it should hold.
+// The data of each file after its header are a beginning of what it should hold.
 void ExpectBeginnings(const Outcome& outcome) {
     for (const auto& [name, bytes] : outcome.run.files) {
         const std::string& whole = outcome.reference.files.at(name);

@@ -12,7 +12,7 @@
 namespace VtxLogging {
 namespace {
 
-// What one message looks like on the standard wide output.
+// The form of one message on the standard wide output.
 std::wstring Logged(std::uint32_t level, const std::wstring& message) {
     std::wostringstream captured;
     std::wstreambuf* const before = std::wcout.rdbuf(captured.rdbuf());

@@ -1,5 +1,5 @@
-// Messages of a program that writes wide text of its own. The first wide character makes standard
-// output a wide stream, which takes no narrow text any more; only a process of its own shows that.
+// Messages of a program that also writes wide text itself. The first wide character makes standard
+// output a wide stream, which then accepts no narrow text; this only shows in a separate process.
 
 #include <cstdio>
 #include <cstdlib>
@@ -13,8 +13,8 @@
 namespace VtxLogging {
 namespace {
 
-// The test sees what a process writes to standard error, so standard output goes there and
-// standard error nowhere. Reopened, the stream is neither narrow nor wide.
+// The test sees what a process writes to standard error, so standard output goes there and standard
+// error nowhere. After reopening, the stream is neither narrow nor wide.
 void ShowStandardOutput() {
     if (std::freopen("/dev/fd/2", "a", stdout) == nullptr) std::exit(1);
     ::close(STDERR_FILENO);

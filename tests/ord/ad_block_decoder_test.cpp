@@ -21,7 +21,7 @@ struct DecodedBlock {
 DecodedBlock Decode(const std::string& bytes, std::uint32_t numChannels = 32,
                     std::uint32_t samplesPerChannel = 10,
                     const std::vector<std::uint8_t>& mask = {}) {
-    // A copy of exactly this size, so that a read behind it is seen by the sanitizers.
+    // A copy of exactly this size, so that the sanitizers see any read beyond it.
     const std::vector<std::uint8_t> block(bytes.begin(), bytes.end());
     DecodedBlock decoded;
     const std::uint8_t* end = DecodeADBlock(block.data(), block.size(), numChannels,
@@ -52,12 +52,12 @@ TEST(ADBlockDecoder, WidthZeroTakesABitThatTheSizeDoesNotCount) {
     const DecodedBlock decoded = Decode(block + std::string(20, '\0'));
     EXPECT_EQ(decoded.consumedBytes, 108U);
 
-    // The counted size is enough for the block to be taken as complete.
+    // The counted size is enough for the block to count as complete.
     EXPECT_TRUE(Decode(block.substr(0, 71)).samples.empty());
     const DecodedBlock cut = Decode(block.substr(0, 72));
     ASSERT_EQ(cut.samples.size(), 320U);
     EXPECT_EQ(cut.consumedBytes, 72U);
-    // What is behind the end repeats the last bit, here the last of the first values.
+    // Beyond the end, the last bit repeats, here the last bit of the first values.
     EXPECT_EQ(cut.samples[9], 100 << 2);
 }
 

@@ -39,7 +39,7 @@ std::vector<Mask> MasksFor(unsigned channels, std::mt19937_64& random) {
     return masks;
 }
 
-// A block of random bits behind the given widths; one random width a channel without `width`.
+// A block of random bits after the given widths; without `width`, one random width per channel.
 std::string RandomBlock(unsigned channels, unsigned samplesPerChannel,
                         std::optional<std::uint8_t> width, const Mask& mask,
                         std::mt19937_64& random) {
@@ -58,7 +58,7 @@ std::string RandomBlock(unsigned channels, unsigned samplesPerChannel,
     return test::EncodeAdBlock(plan, channels, mask);
 }
 
-// What an earlier block left on the stack must not stand in for bytes that were not copied there.
+// Bytes that an earlier block left on the stack must not replace bytes that were not copied.
 [[gnu::noinline]] void SoilStack() {
     volatile std::uint8_t soil[32768];
     for (volatile std::uint8_t& byte : soil) byte = 0x5A;
@@ -75,7 +75,7 @@ class ADBlockKernelTest : public testing::TestWithParam<std::string> {
     }
     void TearDown() override { SetADBlockKernel(nullptr); }
 
-    // The block is all that is left of the span, and the memory ends with the span.
+    // The block is the rest of the span, and the memory ends with the span.
     void ExpectAsReference(std::string_view span, unsigned channels, unsigned samplesPerChannel,
                            const Mask& mask) {
         const std::vector<std::uint8_t> maskBytes = mask.value_or(std::vector<std::uint8_t>());
@@ -128,7 +128,7 @@ TEST_P(ADBlockKernelTest, EveryDistanceFromTheSpansEndDecodesAsTheReference) {
     std::mt19937_64 random(3);
     for (const unsigned channels : {32U, 64U, 128U, 256U}) {
         for (const Mask& mask : MasksFor(channels, random)) {
-            // Width 0 is the one that runs over the span's end while it is decoded.
+            // Only width 0 reads past the span's end during decoding.
             for (const auto width : {std::optional<std::uint8_t>(), std::optional<std::uint8_t>(0),
                                      std::optional<std::uint8_t>(1)}) {
                 const std::string block = RandomBlock(channels, 10, width, mask, random) +

@@ -1,5 +1,5 @@
-// The header matcher against the patterns it stands for, run by the standard library's regular
-// expressions on small texts in which every character is a corner.
+// Compares the header matcher with the patterns that it implements, run by the standard library's
+// regular expressions on small texts in which every character is a corner case.
 
 #include <random>
 #include <string>

@@ -30,7 +30,7 @@ OpenResult OpenOnSmallStack(const std::string& recording) {
     return result;
 }
 
-// What becomes of a header block that is one line of the text, over and over.
+// The result for a header block that repeats one line of the text.
 std::wstring ErrorOfHeaderOf(const std::string& piece) {
     std::string block;
     while (block.size() < kOrdHeaderBytes) block += piece;

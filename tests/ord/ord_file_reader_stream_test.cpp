@@ -1,4 +1,4 @@
-// How the stream is cut into spans of 50,000 bytes, which decides what becomes of a damaged one.
+// How the stream is split into spans of 50,000 bytes, which decides what becomes of a damaged one.
 
 #include <string>
 
@@ -42,8 +42,8 @@ StreamRead ReadStream(const std::string& stream, const OrdHeaderText& header = V
     return result;
 }
 
-// Whole packets of 11 and 29 bytes that are exactly this long together; from 300 bytes on there
-// are always some.
+// Whole packets of 11 and 29 bytes with exactly this total length; from 300 bytes on there are
+// always some.
 std::string StreamOfLength(std::size_t length) {
     std::size_t longCount = 0;
     while ((length - longCount * 29) % 11 != 0) ++longCount;
@@ -150,7 +150,7 @@ TEST(ORDFileReader, StreamsWithJunkBehindThemReadTheSame) {
         ASSERT_TRUE(ReadsLikeTheReference(stream)) << good << " and " << junk;
     }
     for (const std::size_t good : {1000U, 12345U, 24999U}) {
-        // Valid and consumed bytes make 50,000: 2 x good + junk.
+        // Valid and consumed bytes add up to 50,000: 2 x good + junk.
         ASSERT_TRUE(
             ReadsLikeTheReference(StreamOfLength(good) + std::string(50000 - 2 * good, 'x')));
     }

@@ -256,7 +256,7 @@ TEST(ORDFileReader, BytesReadBeforeAFailureAreDecodedBeforeItIsReported) {
 }
 
 TEST(ORDFileReader, HalfABufferBeforeAFailedReadIsDecodedLikeAnyOther) {
-    // The one length that is refused in the last block is none here: the file goes on.
+    // The length that is refused in the last block is fine here, because the file continues.
     const TempDirectory directory;
     std::vector<PacketPlan> plans(2273);
     for (std::size_t i = 0; i < 8; ++i) plans[i].baseImu.emplace().fill(1);  // 29 bytes, not 11
@@ -289,7 +289,7 @@ TEST(ORDFileReader, NextFileIsReadAfterOneWhoseReadFailed) {
 }
 
 TEST(ORDFileReader, RefusedOpenLeavesTheOpenFileAsItWas) {
-    // Shorter than its header block, so that no further read sets the state anew.
+    // Shorter than its header block, so that no further read resets the state.
     OpenRecording recording(OrdHeaderText().Text());
     ASSERT_EQ(recording.status, 0);
     ASSERT_EQ(recording.reader.Open(recording.path), -1);
@@ -300,7 +300,8 @@ TEST(ORDFileReader, RefusedOpenLeavesTheOpenFileAsItWas) {
 }
 
 TEST(ORDFileReader, OpenAfterARefusedOneHasNothingOfIt) {
-    // Refused at its last required field: all before it were read, and bytes were held before.
+    // Refused at its last required field: all fields before it were read, and bytes were held
+    // before.
     OpenRecording recording(BuildOrdFile(Version1Header(32), {PacketPlan()}, "\4tail"));
     ASSERT_EQ(recording.reader.GetData(recording.records, recording.endOfFile), 0);
     ASSERT_EQ(recording.reader.Close(), 0);

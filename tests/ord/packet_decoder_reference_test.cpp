@@ -1,4 +1,5 @@
-// The decoder against the plain bit-at-a-time one, on packets of every shape and on damaged ones.
+// Compares the decoder with the plain bit-at-a-time one, on packets of every shape and on damaged
+// ones.
 
 #include <cstdint>
 #include <string>
@@ -95,7 +96,7 @@ TEST(PacketDecoderReference, JunkBehindAPacketHeadDecodesTheSame) {
     std::vector<ORDDataPacket> packets;
     for (int i = 0; i < 600; ++i) {
         std::string bytes(2 + random() % 3000, '\0');
-        // Few bits set: small widths, so that blocks come out complete.
+        // Few bits set: small widths, so that blocks are complete.
         for (char& byte : bytes) byte = static_cast<char>(random() & random() & random());
         bytes[0] = 4;
         bytes[1] = static_cast<char>(random());

@@ -26,7 +26,7 @@ ParsedPacket Parse(const std::string& bytes, const DecodeOptions& options = kVer
                    std::optional<std::uint32_t> samplesOverride = 10) {
     const std::vector<std::uint8_t> span(bytes.begin(), bytes.end());
     ParsedPacket parsed;
-    parsed.packet.headerWord = 77;  // whatever stood there before
+    parsed.packet.headerWord = 77;  // whatever was there before
     const std::uint8_t* end =
         ParseDataPacket(span.data(), span.size(), parsed.packet, options, samplesOverride);
     parsed.consumedBytes = static_cast<std::size_t>(end - span.data());
@@ -228,7 +228,7 @@ TEST(PacketDecoder, SpansOfDifferentPacketCountsShareOneSetOfPackets) {
             memory.packetSizes,
             std::vector<std::uint32_t>(packets.size(), static_cast<std::uint32_t>(packet.size())));
     }
-    // Five packets at the most, and the one that a span's last bytes are tried on.
+    // At most five packets, and the one attempted with a span's last bytes.
     EXPECT_LE(used.size(), 6U);
 }
 
@@ -244,7 +244,7 @@ TEST(PacketDecoder, ReusedPacketKeepsNothingOfTheOneBefore) {
     EXPECT_EQ(packets[0], Parse(bare).packet);
 }
 
-// A packet of 32 channels with every block, and where each of its blocks begins.
+// A packet of 32 channels with every block, and the position of each of its blocks.
 PacketPlan PlanWithEveryBlock() {
     RandomPacketShape shape;
     shape.hardwareTimestamp = 5;

@@ -1,5 +1,5 @@
-// The stream over recordings with known damage: what it gives was recorded, stands in its place,
-// and is nearly all that is left.
+// The stream over recordings with known damage: every packet that it returns was recorded, has its
+// right position, and nearly all undamaged packets are returned.
 
 #include <algorithm>
 #include <cstdlib>
@@ -101,14 +101,15 @@ class DamagedStream {
                 static_cast<std::int64_t>(*packet.hardwareTimestamp - *truth.hardwareTimestamp);
             ASSERT_LT(std::abs(static_cast<double>(off)), kHalfASampleNs) << "at byte " << start;
         }
-        // Changed bytes in its middle cannot be seen: nothing in a packet speaks of the others.
+        // Changed bytes inside a packet cannot be detected: nothing in a packet verifies the
+        // others.
         const bool isIntact = damaged_.IsIntact(start, part.size);
         ASSERT_TRUE(!isIntact || packet == truth) << start;
         if (IsUndamaged(start, static_cast<std::size_t>(index))) ++share.recovered;
     }
 
-    // Without timestamps nothing shows that a sector is in another's place if packets go on over
-    // one of its ends to the byte. This is after a row of its packets that do so over none.
+    // Without timestamps, nothing shows that a sector is misplaced if packets continue over one of
+    // its ends to the byte. This is after a row of its packets that continue over neither.
     void CheckMoved() {
         if (!moved_) return;
         ASSERT_GT(*moved_, last_) << "a row from elsewhere";
@@ -119,7 +120,7 @@ class DamagedStream {
     const DamagedRecording& damaged_;
     MemoryFileCalls disk_;
     FileCalls* before_ = nullptr;
-    std::int64_t last_ = -1;             // packet that was given
+    std::int64_t last_ = -1;             // packet that was returned
     std::size_t lastEnd_ = 0;            // of it
     std::optional<std::int64_t> moved_;  // the last one of a row that began inside a moved sector
 };
@@ -129,7 +130,7 @@ std::uint64_t Setting(const char* name, std::uint64_t otherwise) {
     return text != nullptr ? std::strtoull(text, nullptr, 10) : otherwise;
 }
 
-// The bases that random damage is done to: of any and of equal sizes of packets.
+// The recordings that random damage is applied to: with packets of any and of equal sizes.
 WholeRecording MakeBase(std::uint64_t seed, std::uint64_t number, bool timestamps) {
     const auto code = static_cast<std::uint8_t>(number / 2);
     const auto width = number % 2 == 0 ? std::nullopt : std::optional<std::uint8_t>(7);
@@ -166,7 +167,7 @@ TEST_P(PacketStreamDamage, WhatItGivesWasRecordedInThatPlaceAndIsNearlyAllThatIs
     EXPECT_GT(share.Value(), timestamps ? 0.999 : 0.99);
 }
 
-// Sectors out of their place that packets go on over by chance; found in longer runs.
+// Misplaced sectors over whose ends packets continue by coincidence; found in longer runs.
 TEST(PacketStreamSectors, RowsOfPacketsInAnotherPlaceAreLeftOut) {
     struct Found {
         bool timestamps;
@@ -187,7 +188,7 @@ TEST(PacketStreamSectors, SwappedSectorsOfPacketsOfOneLengthAreLeftOut) {
     for (const std::size_t packets : {1U, 3U, 8U}) {
         DamagedRecording damaged(whole);
         constexpr std::size_t kOne = 900;
-        constexpr std::size_t kOther = 2400;  // blocks come in turns of three packets
+        constexpr std::size_t kOther = 2400;  // blocks alternate in groups of three packets
         const std::size_t from = whole.positions[kOne];
         const std::size_t length = whole.positions[kOne + packets] - from;
         ASSERT_LE(length, 4096U);

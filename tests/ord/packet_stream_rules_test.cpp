@@ -1,4 +1,4 @@
-// The rules by which a stream tells packets from damage, each where it decides.
+// The rules by which a stream distinguishes packets from damage, each where it decides.
 
 #include <string>
 #include <vector>
@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::uint64_t kStepNs = 333'333;
 
-// Packets of one size each.
+// Packets of equal size.
 RandomRecordingShape EqualShape(bool timestamps, std::size_t packetCount) {
     RandomRecordingShape shape = Shape(timestamps, packetCount);
     shape.packet.width = 6;
@@ -51,8 +51,8 @@ std::size_t PacketsWithJumpAfterDamage(std::uint64_t steps) {
     return Stream(bytes).packets.size();
 }
 
-// Two packets' bytes less one are skipped. Packets may be half as long as those before (153 of 307
-// bytes): four of them, and two more.
+// One byte less than two packets is skipped. Packets may be half as long as those before (153 of
+// 307 bytes): four of them, and two more.
 TEST(PacketStreamRules, TimeAfterDamageIsNotBeyondWhatTheBytesCanHaveHeld) {
     EXPECT_EQ(PacketsWithJumpAfterDamage(0), 19U + 5);
     EXPECT_EQ(PacketsWithJumpAfterDamage(3), 19U + 5);
@@ -63,7 +63,7 @@ TEST(PacketStreamRules, HeadInTheDamageThatNoPacketFollowsIsNoPlaceToGoOn) {
     const Recording recording = MakeRandomRecording(4, EqualShape(true, 40));
     std::string bytes = recording.bytes;
     const std::size_t damaged = recording.positions[20];
-    // The head of the next packet, with its time, stands inside of the damaged one too.
+    // The head of the next packet, with its time, is also inside the damaged one.
     bytes.replace(damaged + 30, 18, bytes.substr(recording.positions[21], 18));
     bytes[damaged] = 0;
     const std::size_t packetSize = recording.positions[1] - recording.positions[0];
@@ -93,7 +93,7 @@ TEST(PacketStreamRules, CutPacketEndsARowAsTheFilesEndDoes) {
     EXPECT_EQ(streamed.packets.size(), 14U + 13);
 }
 
-// Of the longest packets eight in a row are 40 KB, which must be in memory wherever damage ends.
+// Eight of the longest packets in a row take 40 KB, which must be in memory wherever damage ends.
 TEST(PacketStreamRules, EightOfTheLongestPacketsAreSeenAnywhere) {
     RandomRecordingShape shape = Shape(false, 80);
     shape.packet.channelCountCode = 3;
@@ -108,7 +108,7 @@ TEST(PacketStreamRules, EightOfTheLongestPacketsAreSeenAnywhere) {
     }
 }
 
-// Eight are looked at together, and damage comes after any of them.
+// Eight are checked together, and damage comes after any of them.
 TEST(PacketStreamRules, TwoPacketsFollowOneThatHasNoTimeToBeSureOfIt) {
     const Recording recording = MakeRandomRecording(9, EqualShape(false, 100));
     for (std::size_t damaged = 50; damaged < 58; ++damaged) {
@@ -143,7 +143,7 @@ TEST(PacketStreamRules, PacketsWithOtherBlocksThanBeforeMayFollowDamage) {
     EXPECT_EQ(damage.position + damage.size, recording.positions[21]);
 }
 
-// Packets of which nothing but the time is odd.
+// Packets with nothing unusual except the time.
 void ExpectAllAreKept(const std::vector<PacketPlan>& plans) {
     const Recording recording = MakeRecording(plans);
     const Streamed streamed = StreamStrictly(recording.bytes);

@@ -10,7 +10,7 @@
 namespace stalwick::test {
 namespace {
 
-// The packets that came are packets of the undamaged recording, in their order.
+// The returned packets are packets of the undamaged recording, in their order.
 void ExpectOnlyDamageMissing(const Recording& recording, const Streamed& streamed,
                              const std::string& what) {
     std::size_t next = 0;
@@ -138,8 +138,8 @@ TEST(PacketStream, PacketThatReachesBeyondTheEndOverWholePacketsIsDamage) {
     ExpectOnlyDamageMissing(recording, streamed, "widths");
 }
 
-// One of the ways in which a file is damaged. `sector` bytes are more than a packet has: zeros
-// inside of one packet's samples could have been recorded.
+// One way to damage a file. `sector` bytes are more than a packet has: zeros inside one packet's
+// samples could have been recorded.
 std::string Damage(std::string bytes, std::size_t sector, std::mt19937_64& random) {
     const std::size_t room = bytes.size() - kOrdHeaderBytes - 6000;
     const std::size_t at = kOrdHeaderBytes + random() % room;
@@ -175,7 +175,7 @@ TEST(PacketStream, FindsEveryPacketAfterDroppedInsertedAndZeroedBytes) {
         const std::string bytes = Damage(recording.bytes, packetSize < 512 ? 512 : 4096, random);
         const Streamed streamed = Stream(bytes);
         ExpectOnlyDamageMissing(recording, streamed, std::to_string(seed));
-        // Not more than the stretch itself, the packets that it touches and the one before; without
+        // At most the stretch itself, the packets that it touches and the one before; without
         // timestamps the last seven too.
         std::uint64_t bytesLost = 0;
         for (const StreamPart& part : streamed.Damage()) bytesLost += part.size;

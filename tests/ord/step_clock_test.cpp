@@ -47,7 +47,8 @@ TEST(StepClock, CountsWholeStepsForward) {
 TEST(StepClock, CountsAcrossTheLargestTimestamp) {
     const StepClock clock(kFrequency);
     EXPECT_EQ(clock.WholeSteps(UINT64_MAX - 333'332, 333'334), 2U);
-    // Half the range is the farthest that counts as forward; 5e6 ns are 1.8e12 whole steps of it.
+    // Half the range is the farthest distance that counts as forward; 5e6 ns are 1.8e12 whole steps
+    // of it.
     EXPECT_EQ(StepClock(2'000).WholeSteps(0, 5'000'000ULL * 1'800'000'000'000ULL),
               1'800'000'000'000ULL);
     EXPECT_EQ(StepClock(2'000).WholeSteps(5'000'000ULL * 1'800'000'000'000ULL, 0), std::nullopt);
@@ -64,7 +65,7 @@ TEST(StepClock, AllowsRoundingAndDriftBeforeItHasLearned) {
     EXPECT_EQ(Steps(clock, 666'803), std::nullopt);
 }
 
-// Of 5,000 steps 0.02 % are a whole one; a quarter of a step, 83,333 ns, is the limit.
+// For 5,000 steps, 0.02 % are a whole step; a quarter of a step, 83,333 ns, is the limit.
 TEST(StepClock, AllowsAQuarterOfAStepHoweverManyThereAre) {
     const StepClock clock(kFrequency);
     EXPECT_EQ(Steps(clock, 1'666'666'667 + 83'331), 5000U);
@@ -122,7 +123,7 @@ TEST(StepClock, LearnsNothingFromTimesThatDoNotGoForward) {
     EXPECT_DOUBLE_EQ(clock.StepNs(), 333'400.0);
 }
 
-// Far from the nominal step as it is: packets that follow each other so may do it again.
+// Far from the nominal step, but packets that follow each other like this may do it again.
 TEST(StepClock, TakesAStepLikeTheLastRegularOneForOne) {
     StepClock clock(kFrequency);
     LearnOne(clock, 349'000);
@@ -171,7 +172,7 @@ TEST(StepClock, OneRegularStepShowsThatTheHeadersFrequencyIsRight) {
     EXPECT_DOUBLE_EQ(clock.StepNs(), kNominalNs);
 }
 
-// Each new one is learned from its own steps alone.
+// Each new one is learned only from its own steps.
 TEST(StepClock, ForgetsWhatItLearnedOfAnotherFrequency) {
     StepClock clock(0);
     LearnMany(clock, 9, 500'000);

@@ -59,13 +59,13 @@ TEST(VersionCheck, DamageAndCutPacketsAreNoContradiction) {
     EXPECT_FALSE(Contradicts("", kVersion1));
 }
 
-// Any few bytes after a type byte make one packet of no samples.
+// Any few bytes after a type byte form one packet without samples.
 TEST(VersionCheck, OnePacketAloneIsNoContradiction) {
     const std::string lone = "\4" + std::string(14, '\0');
     EXPECT_FALSE(Contradicts(lone, kVersion2));
 }
 
-// Two packets of 11 bytes, in which two of 19 bytes can be seen just as well.
+// Two packets of 11 bytes, which can just as well be read as two of 19 bytes.
 TEST(VersionCheck, AsManyPacketsOfTheOtherVersionAreNoContradiction) {
     std::string stream(38, '\0');
     stream[0] = stream[11] = stream[19] = 4;

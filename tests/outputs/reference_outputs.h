@@ -5,7 +5,7 @@
 
 #include "tests/support/reference_writers.h"
 
-// Whole output files from the reference, for the readers to read.
+// Whole output files from the reference, as input for the readers.
 
 namespace stalwick::test {
 

@@ -1,4 +1,4 @@
-// What a signal leaves of the work that it interrupts. Linux only.
+// A signal does not disturb the work that it interrupts. Linux only.
 
 #include <atomic>
 #include <cerrno>
@@ -17,7 +17,7 @@
 namespace stalwick {
 namespace {
 
-// From now on the system refuses what a handler that lets go of its signals asks for.
+// From now on, the system refuses what a handler requests when it stops watching its signals.
 bool RefuseSignalActions() {
     sock_filter program[] = {
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
@@ -30,7 +30,7 @@ bool RefuseSignalActions() {
            ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
 }
 
-// In a process of its own, which keeps the filter.
+// In a separate process, which keeps the filter.
 TEST(ConsoleSignalDeathTest, SignalKeepsTheErrorOfTheWorkThatItInterrupts) {
     constexpr int kKept = 78;
     const auto interrupt = [] {

@@ -22,7 +22,7 @@ class Checksum : public testing::Test {
     std::atomic<std::uint8_t> cancelRequested_{0};
 };
 
-// The values that the standard gives as examples.
+// The examples in the standard.
 TEST_F(Checksum, IsThatOfTheStandardsExamples) {
     EXPECT_EQ(Of("").sha256, "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
     EXPECT_EQ(Of("abc").sha256, "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");

@@ -240,7 +240,7 @@ TEST(FileSystem, SizeOfAPathIsThatOfItsFileAndElseZero) {
     EXPECT_EQ(QueryFileSize(directory.Path(L"missing")), 0U);
 }
 
-// Makes a directory the current one while it lives.
+// Makes a directory the current one during its lifetime.
 class InDirectory {
   public:
     explicit InDirectory(const std::wstring& path) { std::filesystem::current_path(ToUtf8(path)); }

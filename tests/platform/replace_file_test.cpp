@@ -40,7 +40,7 @@ TEST(ReplaceFile, ContentsAreOnTheDiskBeforeTheRename) {
     EXPECT_EQ(calls.syncCount, 1U);
 }
 
-// Records the order of what reaches the disk.
+// Records the order in which data reach the disk.
 class DirectorySyncCalls final : public ForwardingFileCalls {
   public:
     SystemErrorCode SyncDirectory(const std::wstring& path) override {

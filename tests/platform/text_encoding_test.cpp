@@ -49,7 +49,7 @@ TEST(TextEncoding, OneLineHasNoControlCharacters) {
     EXPECT_EQ(OneLine(L"\x1b[2J\x7f"), L"\\x1b[2J\\x7f");
     EXPECT_EQ(OneLine(L"\u0085\u00B5"), L"\\x85\u00B5");
     EXPECT_EQ(OneLine(L"\U0001F480"), L"\U0001F480");  // in UTF-16 with a unit like such a byte's
-    // A byte that is no UTF-8 is kept, and printed as it is; unless it is a control too.
+    // A byte that is not UTF-8 is kept and printed unchanged, unless it is a control too.
     EXPECT_EQ(ToUtf8(OneLine(FromUtf8("a\x9b"
                                       "2J\xe9"))),
               "a\\x9b2J\xe9");

@@ -11,8 +11,8 @@ namespace {
 
 std::atomic<Interruption> target{Interruption::kNone};
 
-// Starts what the system itself starts, on a thread of its own, when the console tells a process
-// of an event. (wine sends only Ctrl-C, and that only from a terminal.)
+// Starts what the system itself starts, on another thread, when the console notifies a process of
+// an event. (wine sends only Ctrl-C, and only from a terminal.)
 HANDLE SendControlEvent(DWORD event) {
     const auto routine = reinterpret_cast<LPTHREAD_START_ROUTINE>(reinterpret_cast<void*>(
         ::GetProcAddress(::GetModuleHandleW(L"kernelbase.dll"), "CtrlRoutine")));
@@ -46,7 +46,7 @@ TEST(WindowsConsoleTest, CtrlBreakAsksForCancelAndTheProcessGoesOn) {
     EXPECT_EQ(target.load(), Interruption::kInterrupt);
 }
 
-// In a process of its own: the system's thread is held back for good.
+// In a separate process: the system's thread is blocked for good.
 TEST(WindowsConsoleDeathTest, ClosingTheConsoleIsALostTerminalAndHoldsTheSystemBack) {
     constexpr int kHeldBack = 78;
     const auto closeConsole = [] {

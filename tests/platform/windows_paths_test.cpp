@@ -34,7 +34,7 @@ void RemoveTree(const std::wstring& path) {
     ::RemoveDirectoryW(path.c_str());
 }
 
-// A directory of its own, removed at the end. Only wide names: the narrow ones depend on the
+// A temporary directory, removed at the end. Only wide names: the narrow ones depend on the
 // machine's code page.
 class WindowsPathsTest : public testing::Test {
   protected:
@@ -46,7 +46,7 @@ class WindowsPathsTest : public testing::Test {
 
     std::wstring Below(const std::wstring& name) const { return root_.wstring() + L"\\" + name; }
 
-    // Two levels deep, 300 characters in all.
+    // Two levels deep, 300 characters in total.
     std::wstring LongDirectory() const {
         const std::wstring first = Below(std::wstring(120, L'a'));
         EXPECT_EQ(CreateDirectoryLevel(first), 0);

@@ -1,6 +1,6 @@
-// dump_outputs FILE...: what the C++ readers find in outputs, as bytes on standard output for
-// test_cpp_readers.py: of a .vcs all samples, then their times; of a .vev times, then values; of a
-// .vrd times, TTL values and values, each as long as the files' numbers are.
+// dump_outputs FILE...: the contents of outputs according to the C++ readers, as bytes on standard
+// output for test_cpp_readers.py: for a .vcs all samples, then their times; for a .vev times, then
+// values; for a .vrd times, TTL values and values, each as long as the numbers in the files.
 
 #include <cstdint>
 #include <cstdio>

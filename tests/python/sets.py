@@ -30,7 +30,7 @@ SWITCHES = {
     "channels and raw data": ("--raw",),
 }
 
-#: The shared recordings, where the environment names their directory.
+#: The shared recordings, if the environment names their directory.
 SAMPLES = (
     sorted(Path(os.environ["STALWICK_SAMPLES"]).glob("*.ord"))
     if "STALWICK_SAMPLES" in os.environ
@@ -48,13 +48,13 @@ def canceled(synth: Synth, directory: Path) -> list[Path]:
     data = synth(*RECORDINGS["version 2.0"]).read_bytes()
     out = directory / "out"
     names = [directory / "first.ord", directory / "second.ord"]
-    # A pipe: the conversion cannot be faster than it is fed.
+    # A pipe: the conversion cannot be faster than its input.
     os.mkfifo(names[0])
     names[1].write_bytes(data)
     command = [os.environ["STALWICK_CONVERT"], "--no-sync", "--all", "-j1", "-o", out, *names]
     process = subprocess.Popen(
         command, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
-        # A shell's background job, such as this may be, has it ignored.
+        # A shell's background job, which this may be, ignores it.
         preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL),
     )
     with open(names[0], "wb", buffering=0) as pipe:

@@ -10,7 +10,7 @@ import stalwick
 from output_files import HEADER_SIZE, channel_file, channel_header, header_block, write
 
 RATE = 30000
-#: Times of full records one after the other, truncated as the converter does.
+#: Times of consecutive full records, truncated as the converter does.
 TIMES = [1_700_000_000_000_000 + record * 512 * 1_000_000 // RATE for record in range(8)]
 
 

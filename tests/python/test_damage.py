@@ -159,7 +159,7 @@ def damage_one_file(directory: Path, numbers: random.Random) -> tuple[str, bool]
         what = f"bytes {places[0]} to {places[-1]}"
     else:
         change_length(data, RECORD_SIZES[path.suffix], numbers)
-        # Nothing says how many events there are, nor how many ultrasonic values.
+        # Nothing shows how many events or ultrasonic values there are.
         alone = path.suffix == ".vev" or path.stem == "Ultrasonic"
         unseen = alone and data[:HEADER_SIZE] == original[:HEADER_SIZE]
         what = f"length {len(original)} to {len(data)}"

@@ -84,6 +84,6 @@ def test_attributes_of_a_session_are_those_that_it_has(synth, convert) -> None:
             documented = set()
             for base in type(value).__mro__:
                 documented |= entries(inspect.getdoc(base) or "", "Attributes")
-            # Cached properties have docstrings of their own.
+            # Cached properties have their own docstrings.
             public -= {name for name in public if hasattr(type(value), name)}
             assert public <= documented, type(value).__name__

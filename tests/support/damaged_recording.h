@@ -8,8 +8,8 @@
 #include "tests/support/ord_builder.h"
 #include "tests/support/reference_decoder.h"
 
-// Recordings with known damage: which byte came from where, so that a test knows what can be found
-// again.
+// Recordings with known damage: the origin of every byte, so that a test knows what can be
+// recovered.
 
 namespace stalwick::test {
 
@@ -39,8 +39,9 @@ struct DamagedRecording {
     static constexpr std::uint32_t kNew = UINT32_MAX;
 
     std::string bytes;
-    std::vector<std::uint32_t> source;  // of each byte: its place before; kNew: changed or put in
-    std::vector<char> moved;            // of each byte: in a sector that was swapped
+    std::vector<std::uint32_t>
+        source;               // of each byte: its previous position; kNew: changed or inserted
+    std::vector<char> moved;  // of each byte: in a sector that was swapped
 
     explicit DamagedRecording(const WholeRecording& whole);
     /** Whether bytes [position, position + size) are a stretch of the whole one. */

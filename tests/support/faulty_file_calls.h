@@ -17,14 +17,14 @@ namespace stalwick::test {
  */
 class FaultyFileCalls final : public ForwardingFileCalls {
   public:
-    // A write below this file offset is not counted: headers always fit. Past `bytesUntilFull`
-    // bytes of data the disk is full; the write that crosses the line is cut short first.
+    // Writes below this file offset are not counted: headers always fit. After `bytesUntilFull`
+    // bytes of data the disk is full; the write that crosses the limit is first shortened.
     std::optional<std::uint64_t> bytesUntilFull;
     std::size_t mostBytesPerCall = SIZE_MAX;  // of a read or a write
-    unsigned interruptionsPerCall = 0;        // EINTR so often before a call does its work
+    unsigned interruptionsPerCall = 0;        // EINTR this often before a call succeeds
     SystemErrorCode readError = 0;
     std::uint64_t readsUntilError = 0;
-    // Called before each read with the number of those before it.
+    // Called before each read with the number of earlier reads.
     std::function<void(unsigned readCount)> beforeRead;
     SystemErrorCode createError = 0;
     std::function<bool(const std::wstring& path)> createFails;  // absent: every one
@@ -34,9 +34,9 @@ class FaultyFileCalls final : public ForwardingFileCalls {
     SystemErrorCode syncError = 0;
     SystemErrorCode syncDirectoryError = 0;
     SystemErrorCode closeError = 0;
-    // Called after each read with what it gave, 0 at the end of the file.
+    // Called after each read with its result, 0 at the end of the file.
     std::function<void(std::size_t count)> afterRead;
-    // Called before a file is created: another program may be quicker.
+    // Called before a file is created: another program may be faster.
     std::function<void(const std::wstring& path)> beforeCreate;
 
     unsigned openCount = 0;  // files open at this moment
@@ -61,7 +61,7 @@ class FaultyFileCalls final : public ForwardingFileCalls {
 
     using Lock = std::lock_guard<std::recursive_mutex>;
 
-    std::recursive_mutex mutex_;  // what a test has put in here may call back
+    std::recursive_mutex mutex_;  // what a test has installed here may call back
     unsigned interruptions_ = 0;
 };
 

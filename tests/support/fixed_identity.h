@@ -7,9 +7,8 @@
 
 namespace stalwick::test {
 
-// What a header prints of the time and the seed that FixedIdentity puts in place. 5489 is the
-// generator's own default seed; its first two numbers are published, 0xC96D191CF6F6AEA6 and
-// 0x401F7AC78BC80F1C.
+// How a header prints the time and the seed that FixedIdentity installs. 5489 is the generator's
+// own default seed; its first two numbers are published, 0xC96D191CF6F6AEA6 and 0x401F7AC78BC80F1C.
 inline constexpr char kFixedTimeText[] = "2021/03/04 09:05:07";
 inline constexpr char kFixedUuidText[] = "a6aef6f6-1c19-4dc9-9c0f-c88bc77a1f40";
 

@@ -13,7 +13,7 @@ std::atomic<unsigned> refusedCount{0};
 
 }  // namespace
 
-// Stands before the system's, also for the libraries.
+// Replaces the system's function, also for the libraries.
 extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
                               void* (*start)(void*), void* argument) noexcept {
     if (refusing) {

@@ -70,7 +70,7 @@ SystemErrorCode NthFaultFileCalls::WriteAt(FileHandle handle, std::uint64_t offs
     return code;
 }
 
-// Advice only: it cannot fail in a way that anybody notices, and so is not counted.
+// Only a hint: nobody would notice its failure, so it is not counted.
 SystemErrorCode NthFaultFileCalls::StartWriteBack(FileHandle /*handle*/, std::uint64_t /*offset*/,
                                                   std::uint64_t /*size*/) {
     return 0;
@@ -97,7 +97,7 @@ SystemErrorCode NthFaultFileCalls::Close(FileHandle handle) {
     const std::scoped_lock lock(mutex_);
     const Outcome outcome = Count({FileOperation::kClose, open_.at(handle).path});
     open_.erase(handle);
-    // The system releases the file even where its close fails.
+    // The system releases the file even if its close fails.
     const SystemErrorCode code = SystemFileCalls().Close(handle);
     return outcome == Outcome::kFailed ? fault_.code : code;
 }

@@ -29,14 +29,14 @@ struct FileCallRecord {
     std::wstring path;
     std::uint64_t offset = 0;  // of a read or a write
     std::uint64_t size = 0;
-    bool toFreshHeader = false;  // a write into the header block before it was ever whole
+    bool toFreshHeader = false;  // a write into the header block before it was ever complete
 };
 
 /** What happens to the n-th call, counted from 0, and perhaps to all behind it. */
 struct FileFault {
     std::uint64_t nth = UINT64_MAX;
-    SystemErrorCode code = 0;  // 0: the call does half of what it was asked for
-    bool lasting = false;      // the calls behind it fail too
+    SystemErrorCode code = 0;  // 0: the call does half of its work
+    bool lasting = false;      // all later calls fail too
     bool halfFirst = false;    // the n-th does half, the next one fails
 };
 

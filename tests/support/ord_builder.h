@@ -73,7 +73,8 @@ struct PacketPlan {
     std::uint8_t headerByte3 = 0;
     std::array<std::uint8_t, 2> unreadBytes{};
     std::uint32_t headerWord = 0;
-    std::optional<std::uint64_t> hardwareTimestamp;  // nanoseconds; has no flag, the version tells
+    std::optional<std::uint64_t>
+        hardwareTimestamp;  // nanoseconds; has no flag, the version decides
     std::optional<std::vector<std::uint8_t>> channelMask;
     bool stateBytePerSample = false;
     std::vector<std::uint8_t> stateBytes = {0};

@@ -49,7 +49,7 @@ std::vector<std::int16_t> Scaled(const std::array<std::uint16_t, Count>& values,
 void WriteGroup(std::vector<ReferenceChannelFile>& files, const std::vector<std::int16_t>& samples,
                 std::size_t samplesPerChannel, const std::optional<std::uint64_t>& baseTimestamp) {
     for (std::size_t i = 0; i < files.size(); ++i) {
-        // Channels beyond those of the packet get nothing from it.
+        // Channels that the packet does not have get nothing from it.
         if ((i + 1) * samplesPerChannel > samples.size()) return;
         files[i].WriteSamples(samples.data() + i * samplesPerChannel, samplesPerChannel,
                               baseTimestamp);
@@ -126,7 +126,8 @@ class Conversion {
         file.lines.recordSize = 1044;
         file.channelIndex = index;
         file.samplingFrequency = samplingFrequency;
-        // The offset reaches the channel writer only together with the A/D channels; kept so.
+        // The offset reaches the channel writer only together with the A/D channels; do not change
+        // this.
         if (HasAdChannels()) file.timestampOffset = Offset();
         return file;
     }
@@ -160,7 +161,7 @@ class Conversion {
     }
 
     bool SetRawHeader() {
-        // The raw data file keeps at least one zero byte behind its text.
+        // The raw data file keeps at least one zero byte after its text.
         return SetHeader(*rawFile_,
                          ReferenceRawLines(rawFile_->samplingFrequency, rawFile_->adChannelCount),
                          kHeaderBytes - 1);
@@ -256,7 +257,7 @@ class Conversion {
             for (ReferenceChannelFile& file : *group) file.WriteRest();
         }
         SetChannelHeaders(true);
-        // The event file's header is never written a second time.
+        // The event file's header is written only once.
         if (eventFile_) eventFile_->WritePending();
         if (!rawFile_) return;
         rawFile_->WritePending();

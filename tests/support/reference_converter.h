@@ -12,7 +12,7 @@
 #include "tests/support/reference_writers.h"
 
 // A second, plain conversion of a whole recording in memory (docs/output-files.md). It shares no
-// code with the program. The tests hold the program's files against these, byte for byte.
+// code with the program. The tests compare the program's files with these, byte for byte.
 
 namespace stalwick::test {
 

@@ -51,7 +51,7 @@ std::vector<bool> EnabledChannels(unsigned channelCount, const std::vector<std::
 
 bool IsComplete(const SaturatingBitReader& reader, const std::vector<bool>& enabled,
                 const std::vector<unsigned>& widths, unsigned samplesPerChannel) {
-    // A width of 0 counts no bits here, although one bit is read for each of its deltas.
+    // A width of 0 counts as no bits here, although one bit is read for each of its deltas.
     std::size_t need = 0;
     for (std::size_t channel = 0; channel < enabled.size(); ++channel) {
         if (enabled[channel]) need += 14 + (samplesPerChannel - 1) * widths[channel];
@@ -232,14 +232,14 @@ ReferenceSpanReader::Result ReferenceSpanReader::GetData() {
     const std::size_t wanted = spanBytes_ - held_.size();
     const std::string read = stream_.substr(position_, wanted);
     position_ += read.size();
-    // The end shows only in a read that gets less than it asked for.
+    // The end shows only when a read returns less than requested.
     result.endOfFile = read.size() < wanted;
     const std::string span = held_ + read;
     ReferenceSpan processed =
         ReferenceProcessDataBuffer(span, ReferenceDecodeOptions{0, versionNumber_}, 10);
     result.packets = std::move(processed.packets);
-    // Counted to the end of the buffer, not of the data: a last, short span of which exactly the
-    // right number of bytes was consumed fails too, and one of which nothing was consumed does not.
+    // Counted to the end of the buffer, not of the data: a last, short span fails if exactly the
+    // right number of bytes was consumed, and does not fail if nothing was consumed.
     const std::size_t leftoverCount = spanBytes_ - processed.consumedBytes;
     result.failed = span.size() == leftoverCount;
     if (!result.failed) held_ = span.substr(processed.consumedBytes);
@@ -253,7 +253,7 @@ std::vector<ReferencePacket> ReferenceReadAll(const std::string& stream, std::in
     for (;;) {
         ReferenceSpanReader::Result result = reader.GetData();
         if (failed != nullptr) *failed = result.failed;
-        // A span that fails gives no packet to the conversion.
+        // A span that fails passes no packet to the conversion.
         if (result.failed) return packets;
         for (ReferencePacket& packet : result.packets) packets.push_back(std::move(packet));
         if (result.endOfFile) return packets;

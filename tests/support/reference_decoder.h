@@ -8,9 +8,8 @@
 #include <string_view>
 #include <vector>
 
-// A second, bit-at-a-time decoder of the packet stream (docs/ord-format.md), as plain as it can be.
-// It shares no code with the decoder of the program, so that the two can be held against each
-// other.
+// A second, bit-at-a-time decoder of the packet stream (docs/ord-format.md), as plain as possible.
+// It shares no code with the program's decoder, so that the two can be compared.
 
 namespace stalwick::test {
 
@@ -48,7 +47,7 @@ ReferenceAdBlock ReferenceDecodeADBlock(std::string_view bytes, unsigned channel
                                         const std::vector<std::uint8_t>& channelMask);
 
 struct ReferenceParsedPacket {
-    ReferencePacket packet;         // blank when nothing was consumed
+    ReferencePacket packet;         // blank if nothing was consumed
     std::size_t consumedBytes = 0;  // 0: no whole packet at the start of the span
 };
 

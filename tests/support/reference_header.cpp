@@ -11,7 +11,7 @@ namespace {
 
 std::wregex CompilePattern(const std::wstring& pattern, std::regex::flag_type flags) {
     std::wregex compiled;
-    // White space, digits and letter case are those of ASCII, whatever the program's locale.
+    // White space, digits and letter case are those of ASCII, in every locale.
     compiled.imbue(std::locale::classic());
     compiled.assign(pattern, flags);
     return compiled;
@@ -48,7 +48,7 @@ bool TakeField(const std::wstring& headerText, const std::wstring& key, Value& t
         errorText = L"Error retrieving header field " + key;
         return false;
     }
-    // A value that cannot be read is no error.
+    // A value that cannot be read is not an error.
     ConvertToken(lines[0][0], target);
     return true;
 }
@@ -153,7 +153,7 @@ ReferenceHeaderFields ReferenceReadHeaderFields(const std::wstring& headerText) 
         ConvertToken(ultrasonic[0][0], flag);
         fields.ultrasonicAvailable = flag == 1;
     }
-    // These two want exactly one token, unlike the one above.
+    // Unlike the one above, these two need exactly one token.
     const auto base = ReferenceHeaderFieldValues(headerText, L"-BaseIMUAvailable");
     if (!base.empty() && base[0].size() == 1) {
         ConvertToken(base[0][0], flag);

@@ -31,7 +31,7 @@ struct ReferenceHeaderFields {
     bool ultrasonicAvailable = false;
     bool baseIMUAvailable = false;
     bool afeIMUAvailable = false;
-    std::wstring errorText;  // empty: every required field is there
+    std::wstring errorText;  // empty: no required field is missing
 };
 
 ReferenceHeaderFields ReferenceReadHeaderFields(const std::wstring& headerText);

@@ -14,7 +14,8 @@
 #include "tests/support/reference_header.h"
 #include "tests/support/reference_writers.h"
 
-// Whatever all other tests trust is held against bytes and numbers worked out by hand here.
+// All other tests trust the reference; here it is compared with bytes and numbers calculated by
+// hand.
 
 namespace stalwick::test {
 namespace {

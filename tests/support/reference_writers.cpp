@@ -162,7 +162,7 @@ void ReferenceChannelFile::WriteSamples(const std::int16_t* samples, std::size_t
     }
     if (recordSamples.size() == kSamplesPerRecord) CompleteRecord(baseTimestamp.has_value());
     if (fitting == count) return;
-    // The phase is not advanced for the samples that open the next record; kept on purpose.
+    // The phase does not advance for the samples that open the next record; do not change this.
     StartRecord();
     for (std::size_t i = fitting; i < count; ++i) recordSamples.push_back(samples[i]);
 }

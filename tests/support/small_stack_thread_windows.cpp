@@ -18,7 +18,8 @@ unsigned __stdcall CallWork(void* work) {
 }  // namespace
 
 void RunOnSmallStack(std::function<void()> work) {
-    // Without the flag the size is that of the memory committed at once; the stack would grow on.
+    // Without the flag, the size would be that of the initially committed memory, and the stack
+    // would grow.
     const auto thread = ::_beginthreadex(nullptr, kSmallStackBytes, CallWork, &work,
                                          STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
     if (thread == 0) throw std::runtime_error("cannot start a thread with a small stack");

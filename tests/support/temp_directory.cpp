@@ -25,7 +25,7 @@ std::string ToUtf8(const fs::path& path) {
     return {text.begin(), text.end()};
 }
 
-// The tests make tens of thousands of small files: in memory where there is room for them.
+// The tests create tens of thousands of small files: in memory if there is room.
 fs::path Root() {
     constexpr std::uintmax_t kRoomNeeded = 512U << 20U;
     const fs::path memory = "/dev/shm";

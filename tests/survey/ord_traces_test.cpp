@@ -214,7 +214,7 @@ TEST_F(OrdTraces, GapsAndTtlAreThoseOfTheStretch) {
     ASSERT_EQ(all.ttlHigh[0].size(), 30U);
     EXPECT_NEAR(all.ttlHigh[0][1].fromSeconds, 100.0 / 3000.0, 1e-5);
     EXPECT_NEAR(all.ttlHigh[0][1].toSeconds, 130.0 / 3000.0, 1e-5);
-    // What a line was in a gap is not known.
+    // The state of a line in a gap is unknown.
     EXPECT_NEAR(all.ttlHigh[0][10].toSeconds, 1010.0 / 3000.0, 1e-5);
     EXPECT_TRUE(all.ttlHigh[1].empty());
     const TraceSet part = ReadOrdTraces({{path}, 0.3372, 0.1, {0}, 1000});
@@ -265,8 +265,8 @@ void Damage(std::string& bytes, std::uint64_t seed) {
 
 class TimeSearch : public testing::TestWithParam<int> {};
 
-// From the place that is found the packets are those that a walk gives, and the wanted time is not
-// before it.
+// From the position found, the packets are the same as in a sequential read, and the wanted time is
+// not before it.
 TEST_P(TimeSearch, FindsWhatAWalkFinds) {
     const int seed = GetParam();
     const auto code = static_cast<std::uint8_t>(seed % 3);

@@ -33,7 +33,7 @@ TEST(SampleBlock, SumsOfPacketsAreThoseOfTheirSlots) {
             const auto sums = std::make_unique<SlotSums>();
             sums->Clear();
             AddPackets(starts, slots, *sums);
-            AddPackets(starts, slots, *sums);  // adds to what there is
+            AddPackets(starts, slots, *sums);  // adds to the existing sums
             bool anyAtEnd = false;
             for (std::size_t i = 0; i < slots; ++i) {
                 std::int64_t sum = 0;

@@ -39,7 +39,7 @@ struct Shape {
     double driftPpm = 0.0;  // of the sampling rate
     std::uint64_t firstTimestampNs = 1'000'000;
     std::vector<TruthGap> gaps;
-    std::size_t packets = 600;  // lost ones counted
+    std::size_t packets = 600;  // including lost ones
 };
 
 std::uint64_t StampOf(const Shape& shape, std::size_t packet) {
@@ -127,7 +127,7 @@ TEST(SurveyRecording, RepeatedBackwardAndEarlyTimestampsAreNoGaps) {
     ASSERT_EQ(survey.backwardTimestamps.size(), 1U);
     EXPECT_NEAR(static_cast<double>(survey.backwardTimestamps.front().nanoseconds), 9'666'667, 2);
     EXPECT_EQ(survey.shortSteps, 1U);
-    // The packet after the repeated one is a packet late, by the timestamps.
+    // According to the timestamps, the packet after the repeated one is one packet late.
     ASSERT_EQ(survey.gaps.size(), 1U);
     EXPECT_EQ(survey.gaps.front().missingSamples, 10U);
     EXPECT_TRUE(survey.damage.empty());
@@ -145,7 +145,7 @@ TEST(SurveyRecording, VersionOneHasNoTimesOfItsOwn) {
     EXPECT_NEAR(survey.durationSeconds, 0.1, 1e-9);
 }
 
-// The statistics of a channel by their definition.
+// The statistics of a channel, directly from their definitions.
 struct PlainStatistics {
     std::uint64_t count = 0;
     double smallest = 1e9;

@@ -38,7 +38,7 @@ TEST(SvgPath, IsWrittenInTenthsFromPointToPoint) {
     SvgPath path;
     EXPECT_TRUE(path.IsEmpty());
     path.MoveTo(10.0, 20.04);
-    path.LineTo(10.04, 20.0);  // no tenth away
+    path.LineTo(10.04, 20.0);  // less than a tenth away
     path.LineTo(10.0, 17.5);
     path.LineTo(10.0, 18.0);
     path.LineTo(11.0, 18.0);
@@ -49,7 +49,7 @@ TEST(SvgPath, IsWrittenInTenthsFromPointToPoint) {
     EXPECT_EQ(path.Data(), "m10 20v-2.5 .5h1l1-.3 1 1m7-13.7l-.1-1");
 }
 
-// A small error of each step must not add up.
+// Small errors of the steps must not add up.
 TEST(SvgPath, StaysTrueOverManySteps) {
     SvgPath path;
     path.MoveTo(0.0, 0.0);

@@ -95,7 +95,7 @@ def test_damage(bench):
             document = bench.inspect(path)
             what = (version, channels, document["damage"])
             assert len(document["damage"]) == 2, what
-            # In the damaged file all behind the dropped bytes stands earlier.
+            # In the damaged file, everything after the dropped bytes is earlier.
             for damage, at, length in zip(document["damage"], (drop, insert - 700), (0, 900)):
                 assert damage["position"] <= at <= damage["position"] + damage["bytes"], what
                 assert damage["bytes"] <= length + 5 * packet, what

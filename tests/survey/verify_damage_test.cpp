@@ -1,4 +1,4 @@
-// VerifyOutputs on sets in which a byte was changed, a file was cut, or two were swapped.
+// VerifyOutputs on sets in which a byte was changed, a file was truncated, or two were swapped.
 
 #include <random>
 #include <string>
@@ -78,7 +78,7 @@ TEST(VerifyDamage, EachOfAThousandByteChangesInAnyOutputIsFoundAgainstTheRecordi
     }
 }
 
-// Where a change leaves a UUID or a time of the right form nothing can be known.
+// If a change leaves a UUID or a time of the right form, it cannot be detected.
 bool IsFreeText(const std::string& header, std::size_t at, const std::string& changed) {
     const auto line = header.rfind('\n', at) + 1;
     const auto starts = [&](const char* key) {
@@ -140,7 +140,7 @@ TEST(VerifyDamage, EveryTruncationIsFound) {
             const std::string before = bytes;
             bytes.resize(length);
             EXPECT_TRUE(Names(set.Compare(), name)) << name << " cut to " << length;
-            // Nothing else of the set says how many ultrasonic records there should be.
+            // Nothing else in the set shows how many ultrasonic records there should be.
             const bool hidden = name == "Ultrasonic.vcs" && length >= kHeader &&
                                 (length - kHeader) % recordSize == 0;
             if (!hidden) {
@@ -166,7 +166,7 @@ TEST(VerifyDamage, EverySwapOfTwoFilesIsFound) {
     EXPECT_TRUE(Names(set.Compare(), "CSC1.vcs"));
 }
 
-// Their headers in place, only the records swapped: the recording tells.
+// The headers stay in place, and only the records are swapped: the recording reveals it.
 TEST(VerifyDamage, SwappedRecordsAreFoundAgainstTheRecording) {
     OutputSetInMemory set = MakeSet();
     const std::string one = set.outputs.at("CSC1.vcs");
@@ -192,7 +192,7 @@ TEST(VerifyDamage, BytesThatWereAddedAreFound) {
     }
 }
 
-// What of a record can be known from its set alone.
+// What the set alone reveals about a record.
 TEST(VerifyDamage, FieldsOfARecordAreLookedAtWithoutTheRecordingToo) {
     OutputSetInMemory set = MakeSet();
     struct Case {
@@ -232,7 +232,7 @@ TEST(VerifyDamage, RecordingThatIsDamagedItselfIsAFindingAndComparedBeforeThat) 
     OutputSetInMemory set = MakeSet();
     std::string& recording = set.Recording();
     ASSERT_GT(recording.size(), kHeader + 2 * 50'000);
-    // From here on nothing is a packet.
+    // From here on there are no packets.
     recording.replace(kHeader + 60'000, recording.size() - kHeader - 60'000,
                       recording.size() - kHeader - 60'000, '\0');
     const VerifyReport report = set.Compare();

@@ -1,4 +1,4 @@
-// What whole sets of outputs look like to VerifyOutputs, and what it says of those that are not.
+// What VerifyOutputs reports about whole sets of outputs, and about those that are not.
 
 #include "survey/verify_outputs.h"
 
@@ -124,7 +124,7 @@ TEST(VerifyOutputs, EachConversionIntoADirectoryIsASetOfItsOwn) {
     EXPECT_FALSE(report.sets[1].findings.empty());
 }
 
-// Another recording of the same name: its channels beyond those of the first have no number.
+// Another recording with the same name: its channels beyond those of the first have no number.
 TEST(VerifyOutputs, FilesOfTwoSessionsAreTwoSets) {
     OutputSetInMemory set(
         EveryOutput(BuildOrdFile(Header(true, 32), MixedPackets(1, 200, true, {0}))));
@@ -234,7 +234,7 @@ TEST(VerifyOutputs, TimesThatGoBackAreFoundUnlessTheRecordingHasThem) {
     EXPECT_TRUE(set.Compare().IsWhole()) << Findings(set.Compare());
 }
 
-// Events and raw records do go back there: a double no longer holds their microseconds.
+// Events and raw records do go back there: a double can no longer represent their microseconds.
 TEST(VerifyOutputs, ChannelTimesThatPassTheEndOf64BitsDoNotGoBack) {
     std::vector<PacketPlan> plans = MixedPackets(1, 200, true, {0});
     OutputSetInMemory set(EveryOutput(
@@ -277,7 +277,7 @@ TEST(VerifyOutputs, OutputsOfAnotherRecordingDiffer) {
     const VerifyReport report = set.Compare();
     ASSERT_EQ(report.sets.size(), 1U);
     EXPECT_GT(report.sets.front().findingCount, 30U);
-    // Of each file a few are listed.
+    // A few are listed for each file.
     std::uint64_t all = report.sets.front().findings.size();
     for (const auto& file : report.sets.front().unlisted) all += file.second;
     EXPECT_EQ(all, report.sets.front().findingCount);

@@ -7,7 +7,7 @@
 
 namespace {
 
-// The command's exit status; its words are not looked at.
+// The command's exit status; its output is ignored.
 int RunCommand(const std::string& arguments) {
     const std::string line =
         std::string("'" ORD_SYNTH_COMMAND "' ") + arguments + " > /dev/null 2> /dev/null";

@@ -12,7 +12,7 @@ namespace {
 
 using Kind = SynthDamage::Kind;
 
-// The bytes 0, 1, 2 ... 99 after damage, handed over in pieces of `step`.
+// The bytes 0, 1, 2 ... 99 after damage, passed on in pieces of `step`.
 std::vector<std::uint8_t> Damaged(std::vector<SynthDamage> damage, std::size_t step,
                                   bool* met = nullptr) {
     std::vector<std::uint8_t> bytes(100);

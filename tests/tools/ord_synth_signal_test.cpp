@@ -38,7 +38,7 @@ std::int64_t CovarianceOfSteps(const std::vector<int>& a, const std::vector<int>
     return sum;
 }
 
-// The delta widths of every packet, read where they stand: in half bytes behind the head, the
+// The delta widths of every packet, read from the bytes: in half bytes after the head, the
 // timestamp and the state byte.
 std::vector<std::vector<int>> DeltaWidths(const std::string& stream, std::size_t channelCount) {
     std::vector<std::vector<int>> widths;

@@ -223,8 +223,8 @@ TEST(OrdSynthTest, WithoutTtlTheInputsStayLow) {
     }
 }
 
-// How many packets the recording of options has when it has at least fromBytes of stream and a
-// converter would refuse it where it ends; 0 when there is no such place up to toBytes.
+// The number of packets for which the recording of options has at least fromBytes of stream and a
+// converter would refuse it because of where it ends; 0 if there is no such number up to toBytes.
 std::size_t PacketsBeforeRefusedEnd(const SynthOptions& options, const std::string& stream,
                                     std::size_t fromBytes, std::size_t toBytes) {
     const test::ReferenceDecodeOptions version{0, test::VersionNumber(options)};

@@ -34,8 +34,8 @@ class CancelTest : public testing::TestWithParam<bool> {
     std::map<std::string, std::string> Files(const std::wstring& name) const {
         return FilesIn(directory_.Path(L"out") + kPathSeparator + name);
     }
-    // The block before which the conversion ended: the one that the packets in its account say. One
-    // that reads ahead sees the flag at an earlier block than the one that is being read.
+    // The block before which the conversion ended, according to the packets in its account. A
+    // conversion that reads ahead sees the flag at an earlier block than the one being read.
     std::size_t LastBlock(std::size_t block, const ConversionAccount& account) const {
         while (hasHelpers() && block > 0 &&
                Reference("a.ord", block).packetCount > account.packets) {
@@ -73,7 +73,7 @@ TEST_P(CancelTest, AtEachBlockTheFilesAreClosedAndLaterOnesEmpty) {
         DataProcessor processor(settings);
         std::wstring status;
         FaultyFileCalls disk;
-        // The header is the first read, each block the next; the flag is looked at before it.
+        // The header is the first read, each block the next; the flag is checked before it.
         if (block == 0) processor.cancelRequested = 1;
         disk.beforeRead = [&](unsigned readCount) {
             if (readCount == block) processor.cancelRequested = 1;
@@ -89,7 +89,8 @@ TEST_P(CancelTest, AtEachBlockTheFilesAreClosedAndLaterOnesEmpty) {
         for (const auto& entry : Files(L"b")) EXPECT_EQ(entry.second.size(), kHeaderBytes);
         const ExpectedFiles whole = ExpectFiles(Reference("a.ord", SIZE_MAX));
         for (const auto& [name, bytes] : Files(L"a")) {
-            // Closed in order, and all its records but the last are those of the whole conversion.
+            // Closed in order, and all its records except the last are those of the whole
+            // conversion.
             EXPECT_EQ(bytes.substr(0, kHeaderBytes), whole.at(name).finalHeader) << name;
         }
         for (const wchar_t* name : {L"a", L"b"}) {

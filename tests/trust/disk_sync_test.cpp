@@ -1,5 +1,5 @@
-// The wait for the disk as the system sees it: the linker puts this file's fdatasync and fsync
-// before the C library's.
+// The wait for the disk as the system sees it: the linker resolves fdatasync and fsync to those in
+// this file instead of the C library's.
 
 #include <cerrno>
 #include <filesystem>
@@ -25,7 +25,7 @@ namespace fs = std::filesystem;
 using NamesAndSizes = std::multiset<std::pair<std::string, std::uintmax_t>>;
 
 std::mutex syncedMutex;
-NamesAndSizes synced;  // what each file had when its descriptor was synced
+NamesAndSizes synced;  // the contents of each file when its descriptor was synced
 
 std::vector<fs::path> syncedDirectories;
 

@@ -1,4 +1,5 @@
-// The order of the file calls: what a header says has been on the disk before it is written.
+// The order of the file calls: a header is written only after the data it describes are on the
+// disk.
 
 #include <algorithm>
 
@@ -100,7 +101,7 @@ TEST(Durability, WithoutSyncNobodyWaitsForDirectories) {
     EXPECT_EQ(SyncedAfterTheOutputs(directory, settings), std::vector<std::wstring>());
 }
 
-// Each byte is written once and in order, so that a file cut by a power failure is a beginning.
+// Each byte is written once and in order, so a file truncated by a power failure is a beginning.
 TEST(Durability, DataOnlyGrow) {
     for (const wchar_t* name : {L"CSC1.vcs", L"Events.vev", L"RawData.vrd"}) {
         std::uint64_t end = kHeaderBytes;

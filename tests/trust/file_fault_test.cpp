@@ -1,6 +1,6 @@
 // One conversion for every file call that it makes, in which that call fails; once for every kind
 // of fault. Each time: the status text that belongs to the call, a detail with file and reason,
-// valid files, and nothing touched that was there before.
+// valid files, and all earlier files unchanged.
 
 #include <algorithm>
 #include <filesystem>
@@ -76,7 +76,7 @@ class FileFaultTest : public testing::TestWithParam<std::tuple<Scene, FaultKind>
 
     static const Scene& scene() { return std::get<0>(GetParam()); }
 
-    // Puts the old files in place of whatever a run before left.
+    // Replaces the files of an earlier run with the old files.
     void Prepare() {
         const std::wstring out = directory_.Path(L"out");
         std::filesystem::remove_all(ToUtf8(out));
@@ -122,14 +122,14 @@ bool IsHarmless(const FileCallRecord& call) {
            (input && call.operation == FileOperation::kClose);
 }
 
-// Whether the status text shows it. What fails of the rest of the events and of the raw data after
-// their opening shows in the details only.
+// Whether the status text shows it. Failures of the remaining events, and of the raw data after
+// opening, show only in the details.
 bool FileFaultTest::IsFatal(const FileCallRecord& call) const {
     if (IsHarmless(call) || call.operation == FileOperation::kSyncDirectory) return false;
     if (call.operation == FileOperation::kCreate || call.toFreshHeader) return true;
     const std::string name = FileName(call.path);
     if (name.ends_with(".vrd")) return false;
-    // Of the events only a full block would be, and no scene has one.
+    // For events, only a full block would, and no scene has one.
     return !name.ends_with(".vev");
 }
 
@@ -150,7 +150,7 @@ std::wstring FileFaultTest::StatusText(const std::vector<FileCallRecord>& failed
     }
 }
 
-// The output's name that a word of a detail has; empty if it has none.
+// The output's name in a word of a detail; empty if there is none.
 std::string NameIn(const std::string& word) {
     const std::string base = word.substr(word.find_last_of("/\\") + 1);
     for (const char* extension : {".vcs", ".vev", ".vrd"}) {
@@ -160,10 +160,10 @@ std::string NameIn(const std::string& word) {
     return {};
 }
 
-// The names of outputs that a detail has; "CSC1.vcs to CSC3.vcs" are three.
+// The names of outputs in a detail; "CSC1.vcs to CSC3.vcs" are three.
 std::set<std::string> NamesIn(const std::wstring& detail) {
     std::string text = ToUtf8(detail);
-    // That begins the detail whatever the file's name is.
+    // This begins the detail for any file name.
     const std::string prefix = "RawData.vrd is incomplete: ";
     if (text.starts_with(prefix)) text.erase(0, prefix.size());
     std::istringstream words(text);
@@ -201,7 +201,7 @@ void FileFaultTest::CheckDetails(const EngineRun& run, const FileCallRecord& fai
 }
 
 // The details name each output on the disk that lacks its end or its final header, each one whose
-// call failed, and no other. Where the recording failed, one says so of them all.
+// call failed, and no other. If the recording failed, one detail covers them all.
 void FileFaultTest::CheckNames(const EngineRun& run,
                                const std::map<std::string, std::string>& newFiles,
                                const std::vector<FileCallRecord>& failedCalls) const {
@@ -222,7 +222,7 @@ void FileFaultTest::CheckNames(const EngineRun& run,
     EXPECT_EQ(named, expected);
 }
 
-// Beside a complete conversion only the files that the calls were for may lack anything.
+// In an otherwise complete conversion, only the files of the failed calls may lack anything.
 void FileFaultTest::CheckOtherFiles(std::map<std::string, std::string> newFiles,
                                     const std::vector<FileCallRecord>& failedCalls) const {
     std::map<std::string, std::string> expected = complete_.files;
@@ -271,7 +271,7 @@ TEST_P(FileFaultTest, EveryCallThatFailsIsToldAndLosesNothing) {
     RecordProperty("faults", std::to_string(runs - 1));
 }
 
-// An interrupted call is simply made again, and a short one continued.
+// An interrupted call is simply repeated, and a short one continued.
 const FaultKind kContinuedKinds[] = {{"Interrupted", {0, kInterrupted}}, {"Short", {}}};
 const FaultKind kFailingKinds[] = {
     {"DiskFull", {0, kDiskFull}},

@@ -1,5 +1,5 @@
-// Properties that hold for any numbers in headers and packets. The sanitizers' builds of this
-// program look for undefined behaviour on the way (make test-asan).
+// Properties that hold for any numbers in headers and packets. The sanitizer builds of this program
+// also detect undefined behaviour (make test-asan).
 
 #include <cmath>
 #include <cstdlib>
@@ -25,10 +25,10 @@ namespace {
 
 constexpr double kTwoTo64 = 18446744073709551616.0;
 
-// The same cases each time, unless the environment asks for others (make soak).
+// The same cases each time, unless the environment selects others (make soak).
 [[maybe_unused]] const int kParameters = ::setenv("RC_PARAMS", "seed=1 max_success=150", 0);
 
-// All sizes alike, and the ends of the range often.
+// All sizes equally often, and the ends of the range often.
 rc::Gen<std::uint64_t> AnyUnsigned() {
     return rc::gen::map(rc::gen::pair(rc::gen::arbitrary<std::uint64_t>(), rc::gen::inRange(0, 66)),
                         [](const std::pair<std::uint64_t, int>& drawn) -> std::uint64_t {
@@ -52,7 +52,7 @@ rc::Gen<double> AnyDouble() {
     });
 }
 
-// A number as somebody might have put it into a header, readable or not.
+// A number as somebody might have written it into a header, readable or not.
 rc::Gen<std::string> AnyNumberText() {
     return rc::gen::oneOf(
         rc::gen::map(AnyUnsigned(), [](std::uint64_t n) { return std::to_string(n); }),
@@ -69,7 +69,7 @@ struct Outcome {
     std::vector<ConversionDetail> details;
 };
 
-// Converts in memory and holds every byte against the reference.
+// Converts in memory and compares every byte with the reference.
 Outcome ConvertAndCompare(const std::string& recording, const ReferenceConvertOptions& options) {
     static const TempDirectory directory;
     const FixedIdentity identity;

@@ -1,5 +1,5 @@
-// What a killed conversion keeps: all but the newest records of every file, which for short
-// recordings is more than blocks of 5000 records would leave, and for long ones never less.
+// What a killed conversion keeps: all but the newest records of every file. For short recordings
+// that is more than blocks of 5000 records would leave, and for long ones never less.
 
 #include <chrono>
 #include <csignal>
@@ -27,8 +27,8 @@ constexpr std::size_t kRawRecordBytes = (32 + 18) * 4;
 constexpr std::size_t kBlockRecords = 5000;  // of the format's own blocks
 // 6,000 raw records: the packets of which ten come.
 constexpr std::size_t kPacketsWithADSamples = 600;
-// Of the ultrasonic file that may be in memory: spans that were read ahead, a block that is being
-// filled, and blocks that wait for the writing thread.
+// How much of the ultrasonic file may be in memory: spans that were read ahead, a block that is
+// being filled, and blocks that wait for the writing thread.
 constexpr std::size_t kNewestRecords = 850;
 
 std::string Recording(std::size_t packetCount) {
@@ -44,13 +44,13 @@ std::string Recording(std::size_t packetCount) {
     return BuildOrdFile(Version2Header(32).Set("-UltrasonicAvailable", "1"), packets);
 }
 
-// A named pipe from which the recording comes and then nothing more, without its end.
+// A named pipe that delivers the recording and then nothing more, without an end.
 class StalledPipe {
   public:
     StalledPipe(std::string path, const std::string& bytes)
         : path_(std::move(path)), writer_([this, &bytes] { Write(bytes); }) {}
     ~StalledPipe() {
-        // Lets a writer go on that still waits for a reader; its writes then fail.
+        // Releases a writer that still waits for a reader; its writes then fail.
         const int reader = ::open(path_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
         ::close(reader);
         writer_.join();

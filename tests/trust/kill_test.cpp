@@ -1,5 +1,5 @@
-// The command killed at random moments: what it leaves is a beginning of what it would have
-// written, and the next run neither minds nor touches it.
+// The command killed at random moments: it leaves beginnings of its outputs, and the next run
+// neither stumbles over them nor changes them.
 
 #include <chrono>
 #include <csignal>
@@ -26,7 +26,7 @@ int KillCount() {
     return count != nullptr ? std::atoi(count) : 200;
 }
 
-// The same moments each time, unless the environment asks for others (make soak).
+// The same moments each time, unless the environment selects others (make soak).
 std::uint64_t KillSeed() {
     const char* seed = std::getenv("STALWICK_KILL_SEED");
     return seed != nullptr ? std::strtoull(seed, nullptr, 10) : 1;
@@ -34,7 +34,7 @@ std::uint64_t KillSeed() {
 
 class KillTest : public testing::Test {
   protected:
-    // Long enough that the writers hand on full blocks in the middle of the run.
+    // Long enough that the writers write full blocks in the middle of the run.
     KillTest() : scene_(MakeFullRecording(3, 1500)), expected_(ExpectFiles(scene_.Reference())) {
         const auto start = Clock::now();
         EXPECT_EQ(scene_.Run().exitStatus, 0);
@@ -48,7 +48,7 @@ class KillTest : public testing::Test {
         }
     }
 
-    // Ends the run after a part of its time; true when it was still going.
+    // Ends the run after a part of its time; true if it was still running.
     bool KillAfter(double part) const {
         CommandProcess command(scene_.Arguments());
         std::this_thread::sleep_for(wholeRun_ * part);
@@ -84,7 +84,7 @@ TEST_F(KillTest, LeavesBeginningsAndTheNextRunSucceedsBesideThem) {
             break;
         }
         if (run % 10 != 0) continue;
-        // The second run takes names of its own where the first left files.
+        // The second run chooses new names if the first left files.
         std::set<std::string> taken;
         for (const auto& entry : left) taken.insert(entry.first);
         ASSERT_EQ(scene_.Run().exitStatus, 0);

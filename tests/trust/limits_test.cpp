@@ -1,4 +1,4 @@
-// The command under the limits that a system sets a process.
+// The command under the limits that a system sets for a process.
 
 #include <csignal>
 
@@ -53,7 +53,7 @@ TEST(OpenFileLimit, ProgramRaisesItsOwnLimit) {
 
 TEST(OpenFileLimit, ProgramRaisesItsOwnLimitForAllJobsTogether) {
     if (HardLimitOfFiles() < 2048) GTEST_SKIP() << "the hard limit is too low here";
-    // Long enough for all four to be open at once.
+    // Long enough for all four to be open at the same time.
     const CommandScene scene(MakeFullRecording(kMostChannels, 200));
     std::vector<std::string> arguments = {"-j", "4", "-o", ToUtf8(scene.OutputDirectory())};
     for (const wchar_t* name : {L"a.ord", L"b.ord", L"c.ord", L"d.ord"}) {
@@ -96,7 +96,7 @@ TEST(FileSizeLimit, OutputThatReachesItIsToldAndTheCommandGoesOnToItsEnd) {
     const CommandResult result = scene.Run(setup);
     EXPECT_EQ(result.signal, 0);
     EXPECT_EQ(result.exitStatus, 1);
-    EXPECT_EQ(result.output, "Processing complete\n");  // only the raw data file is as long
+    EXPECT_EQ(result.output, "Processing complete\n");  // only the raw data file is that long
     EXPECT_NE(result.error.find("RawData.vrd is incomplete: cannot write"), std::string::npos);
     EXPECT_NE(result.error.find("choose a disk that takes larger files"), std::string::npos);
 }
@@ -112,7 +112,7 @@ TEST(ClosedStreams, MessagesNeverGoIntoAnOutput) {
     EXPECT_TRUE(SameFiles(scene.MaskedFiles(), scene.Reference().files));
 }
 
-// Makes the user root bound by permissions, as everybody else is.
+// Subjects root to permissions, like everybody else.
 void ObeyPermissions() {
     ::prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE);
     ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
@@ -149,7 +149,7 @@ TEST(ReadOnlyDirectory, OfTheRecordingIsNamedWithTheFirstOutput) {
     EXPECT_EQ(FilesIn(scene.RecordingDirectory()).size(), 0U);
 }
 
-// The reader's and the writers' memory is limited more and more, down to where nothing starts.
+// The reader's and the writers' memory is limited more and more, until nothing starts.
 TEST(MemoryLimit, EveryLimitGivesAClearEnd) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "a sanitizer reserves more addresses than any limit here";

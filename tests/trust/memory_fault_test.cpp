@@ -1,5 +1,5 @@
 // One conversion for every allocation that it makes, in which that one fails: the command ends in
-// order, and what it leaves is valid.
+// order, and the files it leaves are valid.
 
 #include <algorithm>
 #include <exception>
@@ -33,7 +33,7 @@ void PrintTo(const Scene& scene, std::ostream* out) {
     *out << scene.name;
 }
 
-// Everything that the process holds open, where the system tells.
+// Everything that the process has open, if the system reveals it.
 std::size_t OpenFileCount() {
     if (kPathSeparator != L'/') return 0;
     const std::filesystem::directory_iterator entries("/proc/self/fd");
@@ -70,8 +70,8 @@ class MemoryFaultTest : public testing::TestWithParam<Scene> {
         return line_.outputDirectory + kPathSeparator + L"rec";
     }
 
-    // What the command makes of it: the status text, or the text of the exception that it reports.
-    // A status of failure comes with a detail that names the recording or one of its outputs.
+    // The command's result: the status text, or the text of the exception that it reports. A
+    // failure status comes with a detail that names the recording or one of its outputs.
     std::string Convert() const {
         try {
             ConversionBatch batch(line_, PlanRecordings(line_));

@@ -1,4 +1,4 @@
-// Names and places of every kind that a file system takes.
+// Names and places of every kind that a file system accepts.
 
 #include <algorithm>
 #include <filesystem>
@@ -16,8 +16,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A recording of this name below a directory of this name.
-// The control characters that names have here, as a header line has them.
+// A recording of this name in a directory of this name. The control characters that names have
+// here, as they appear in a header line.
 std::string WrittenOut(std::string path) {
     const auto replace = [&path](const std::string& control, const std::string& text) {
         for (auto at = path.find(control); at != std::string::npos; at = path.find(control)) {
@@ -42,7 +42,7 @@ void ExpectToConvert(const std::string& directoryName, const std::string& fileNa
     const CommandResult result = RunCommand({"--all", "-o", base, "--", input});
     EXPECT_EQ(result.exitStatus, 0) << result.error;
     EXPECT_EQ(result.output, "Processing complete\n");
-    // One line, whatever is in the names.
+    // One line, whatever the names contain.
     EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), 1) << result.error;
     EXPECT_EQ(ReadFile(FromUtf8(input)), recording);
     const std::string name = fileName.substr(0, fileName.rfind('.'));
@@ -66,7 +66,7 @@ TEST(PathNames, OfTheGreatestLengthConvert) {
     ExpectToConvert(std::string(NAME_MAX, 'd'), std::string(NAME_MAX - 4, 'n') + ".ord");
 }
 
-// The longest path that the system takes is that of one output.
+// The longest path that the system accepts is that of one output.
 TEST(PathNames, PathsOfTheGreatestLengthConvert) {
     const TempDirectory root;
     const std::string beginning = ToUtf8(root.Path()) + "/";
@@ -134,7 +134,7 @@ TEST(SymbolicLink, InPlaceOfAnOutputIsNeverFollowed) {
     }
 }
 
-// Somebody else puts a link there between the choice of the name and the creation of the file.
+// Somebody else creates a link there between the choice of the name and the creation of the file.
 TEST(SymbolicLink, ThatComesInBetweenIsNeverFollowed) {
     const TempDirectory directory;
     const fs::path aim = ToUtf8(directory.Path(L"precious"));
@@ -173,7 +173,7 @@ TEST(VanishedDirectory, IsNamedAndFailsTheConversion) {
     EXPECT_EQ(disk.openCount, 0U);
 }
 
-// Writing into files without a name succeeds: nobody would find them afterwards.
+// Writing into files without a name succeeds: nobody could find them afterwards.
 TEST(VanishedDirectory, OutputsThatAreRemovedWhileTheyAreWrittenAreMissed) {
     const TempDirectory directory;
     FaultyFileCalls disk;

@@ -1,4 +1,4 @@
-// Conversions by a process that gets no further thread: slower, and otherwise the same.
+// Conversions by a process that cannot start another thread: slower, and otherwise the same.
 
 #include <gtest/gtest.h>
 

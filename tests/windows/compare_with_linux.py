@@ -111,7 +111,7 @@ class Comparison:
             assert status == two.stdout.decode(), f"status texts differ: {said}"
         if not linux_out.exists():
             return 0
-        # Headers hold full paths, however the directory was given.
+        # Headers contain absolute paths, however the directory was given.
         full_text = windows_path(windows_out, self.drive or "Z:", self.root)
         return compare_trees(linux_out, windows_out, full_text)
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Uses the window under wine as its user would: opens a recording, converts it, looks at the About
-# box by the system menu and by the window's own, and closes the window. The outputs are compared
-# with those of the command. Run it on a display with a window manager:
+# Uses the window under wine like a user: opens a recording, converts it, opens the About box from
+# the system menu and from the window's own, and closes the window. The outputs are compared with
+# those of the command. Run it on a display with a window manager:
 #   scripts/with-display.sh tests/windows/use_window.sh BUILD [PICTURES]
 # BUILD      of the preset windows-app
 # PICTURES   directory for pictures of all that was seen; default: BUILD/window-pictures
@@ -27,7 +27,7 @@ fail() {
     exit 1
 }
 
-# What was drawn when the window came may be an empty frame.
+# The first frame drawn may be empty.
 take_picture() {
     sleep 1
     import -window root "$pictures/$1.png"
@@ -67,7 +67,7 @@ xdotool key --clearmodifiers alt+a alt+u alt+r
 sleep 0.5
 press "$main" alt+n
 wait_for window_named 'Data Conversion'
-# Its first pictures may show an empty frame; the last one with the dialog stays.
+# Its first pictures may show an empty frame; the last one with the dialog is kept.
 rm -f "$pictures/progress.png"
 while import -window root "$work/picture.png" && window_named 'Data Conversion' > /dev/null; do
     mv "$work/picture.png" "$pictures/progress.png"

@@ -94,7 +94,7 @@ class Cluster(unittest.TestCase):
         listed = self.slurm.run("scontrol", "listpids", job, "worker").splitlines()[1:]
         pids = sorted({int(line.split()[0]) for line in listed if line.split()[1] == job})
         self.assertGreater(len(pids), 2)
-        for pid in pids:  # Parents first, so that none can say what became of its child.
+        for pid in pids:  # Parents first, so that none can report what became of its child.
             with contextlib.suppress(ProcessLookupError):
                 os.kill(pid, signal.SIGKILL)
 
@@ -114,7 +114,7 @@ class Cluster(unittest.TestCase):
         self.assertEqual({name.split("/")[1] for name in lab.outputs()
                           if name.startswith("converted/")}, {*WHOLE, *HELD, "cut"})
         for name, count in lab.conversions().items():
-            if name != "missing":  # looked for in each run
+            if name != "missing":  # searched for in each run
                 self.assertEqual(count, 2 if name in (*HELD, "damaged") else 1, name)
         check = subprocess.run("sha256sum --check --quiet manifests/*.sha256", shell=True,
                                cwd=lab.results, check=False)
@@ -128,7 +128,7 @@ class Cluster(unittest.TestCase):
 
     def snakemake(self, lab: Lab, *options: str, profile: str = "slurm"
                   ) -> "subprocess.Popen[bytes]":
-        # Restarts are left to the second run, so that it has something to take up.
+        # Restarts are left to the second run, so that it has something to continue.
         return self.start(lab, "snakemake", "--snakefile", str(WORKFLOW / "Snakefile"),
                           "--profile", str(WORKFLOW / "profiles" / profile),
                           "--restart-times", "0", "--max-status-checks-per-second", "20",
@@ -198,7 +198,7 @@ class Cluster(unittest.TestCase):
         self.assertIn("in the queue again", log)
         rows = lab.rows()
         self.assertEqual(rows["killed"]["result"], "unfinished")
-        # Its task was requeued, and took up the rest.
+        # Its task was requeued, and continued with the rest.
         self.assertEqual(rows["overtime"]["result"], "verified")
         before = lab.outputs()
         self.submit(lab)

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# stalwick-convert for tests; $STALWICK_HOLD/log gets the name of each recording. A recording with a file of its name in $STALWICK_HOLD is read through a pipe
-# that trickles for minutes, once: its conversion can be canceled or killed in its middle.
+# stalwick-convert for tests; $STALWICK_HOLD/log gets the name of each recording. A recording with
+# a file of the same name in $STALWICK_HOLD is read through a pipe that trickles for minutes, once:
+# its conversion can be canceled or killed in the middle.
 recording=${!#}
 name=$(basename "$recording" .ord)
 echo "$name" >> "$STALWICK_HOLD/log"

@@ -15,7 +15,7 @@
 namespace stalwick {
 namespace {
 
-// Notes what it is given, and whether two threads were ever in it at once.
+// Records what it receives, and whether two threads were ever in it at the same time.
 class NotingTarget final : public WriteTarget {
   public:
     void PerformAppend(const void* data, std::size_t size) noexcept override {
@@ -50,7 +50,7 @@ TEST(BlockPool, EveryFileGetsItsDataInOrderAndFromOneThreadAtATime) {
     {
         WriteQueue queue;
         BlockPool pool(&queue);
-        pool.Reserve(kTargets, std::size_t{1} << 20U);  // few blocks: it waits for them
+        pool.Reserve(kTargets, std::size_t{1} << 20U);  // few blocks, so it waits for them
         for (int value = 0; value < 6000; ++value) {
             const std::size_t target = random() % kTargets;
             Submit(pool, *targets[target], value);

@@ -1,4 +1,4 @@
-// What of the buffered records reaches the channel files: at a full block, at the end, at a
+// How much of the buffered records reaches the channel files: at a full block, at the end, at a
 // failure.
 
 #include <algorithm>
@@ -91,7 +91,7 @@ TEST(CSCFileWriterBlocks, FileWhoseBlockCannotBeWrittenFailsAndTakesNothingMore)
     EXPECT_EQ(ReadFile(channels.directory.Path(L"CSC1.vcs")).size(), 16384U);
 }
 
-// Two channels' packets of ten samples; every third holds the first channel's alone.
+// Two channels' packets of ten samples; every third has only the first channel's.
 std::vector<std::vector<std::int16_t>> PacketsOfTwoChannels(std::size_t count) {
     std::vector<std::vector<std::int16_t>> packets(count);
     for (std::size_t i = 0; i < count; ++i) {
@@ -139,7 +139,7 @@ TEST(CSCFileWriterBlocks, FileThatFailsEndsThePacketAndLaterOnesForTheFilesAfter
     calls.bytesUntilFull = 2 * sizeof(VtxDataTypes::CRRec);
     const std::vector<SampleBlock> blocks = {{first, 1000}, {second, 2000}, {third, 3000}};
     EXPECT_EQ(channels.container.WriteSamples(blocks, 500, ChannelGroup::kAD), -1);
-    // The first file's two records took the room; the second file's first one fails it.
+    // The first file's two records filled the space; the second file's first one fails.
     EXPECT_EQ(channels.FilledSamples(0), 1500U - 2 * 512);
     EXPECT_TRUE(channels.container.records[1].cscBuffer.empty());
     for (std::size_t file = 2; file < 16; ++file) EXPECT_EQ(channels.FilledSamples(file), 500U);

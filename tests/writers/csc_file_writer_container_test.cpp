@@ -106,7 +106,7 @@ TEST(CSCFileWriterContainer, FiftySecondCallCompletesARecordAndStartsTheNext) {
         EXPECT_EQ(channels.Record(file, 0).numValidSamples, 512U);
         EXPECT_EQ(channels.FilledSamples(file), 8U);
         EXPECT_EQ(channels.TimeOf(file, 0), 1000U + 1000U);
-        // Two samples behind the packet's time: 51 x 333.333 + 2 x 33.33 µs, and the offset.
+        // Two samples after the packet's time: 51 x 333.333 + 2 x 33.33 µs, and the offset.
         EXPECT_EQ(channels.TimeOf(file, 1), 18066U + 1000U);
         EXPECT_EQ(channels.Record(file, 1).channelNumber, file);
         EXPECT_EQ(channels.Record(file, 1).sampleFrequency, 30000U);

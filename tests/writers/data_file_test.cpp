@@ -13,7 +13,7 @@
 namespace stalwick::test {
 namespace {
 
-// Keeps where the disk was asked to begin with data, and with how many bytes.
+// Records where, and with how many bytes, the disk was asked to begin writing data.
 class WriteBackCalls final : public ForwardingFileCalls {
   public:
     SystemErrorCode StartWriteBack(FileHandle handle, std::uint64_t offset,

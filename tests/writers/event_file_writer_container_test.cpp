@@ -67,7 +67,7 @@ TEST(EventFileWriterContainer, FullBlockIsWrittenAtOnceAndTheCountStartsAgain) {
     }
     EXPECT_EQ(events.container.records[0].bufferedCount, 0U);
     EXPECT_EQ(events.Bytes().size(), 16384U + 5000 * 184);
-    // The block is used again without being cleared.
+    // The block is reused without being cleared.
     const std::uint64_t last = events.container.records[0].eventBuffer[2].timestamp;
     EXPECT_EQ(last, 2U);
     events.container.NextEvent().timestamp = 77;

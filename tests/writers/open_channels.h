@@ -42,21 +42,21 @@ struct OpenChannels {
         EXPECT_EQ(container.InitializeCscFiles(directory.Path(), options), 0);
     }
 
-    // A block of `samplesPerChannel` equal samples for so many channels.
+    // A block of `samplesPerChannel` equal samples for this many channels.
     std::int32_t Write(std::uint32_t samplesPerChannel, std::optional<std::uint64_t> time,
                        ChannelGroup group = ChannelGroup::kAD, std::size_t channels = 16,
                        std::int16_t value = 1000) {
         std::vector<std::int16_t> samples(channels * samplesPerChannel, value);
         return WriteSamples(container, samples, samplesPerChannel, group, time);
     }
-    // In the record in progress.
+    // In the current record.
     std::uint32_t FilledSamples(std::size_t file) const {
         return container.records[file].filledSamples;
     }
     const VtxDataTypes::CRRec& Record(std::size_t file, std::size_t record) const {
         return container.records[file].cscBuffer[record];
     }
-    // A copy: the field may stand anywhere.
+    // A copy, because the field may be unaligned.
     std::uint64_t TimeOf(std::size_t file, std::size_t record) const {
         return Record(file, record).timestamp;
     }

@@ -25,7 +25,7 @@ TEST(OutputNaming, FreeNameIsTheDirectoryASeparatorAndTheParts) {
     const TempDirectory directory;
     EXPECT_EQ(BuildOutputFilePath(directory.Path(), L"CSC", L"7", L".vcs"),
               directory.Path() + kPathSeparator + L"CSC7.vcs");
-    // The directory's text is used as it was given.
+    // The directory's text is used as given.
     EXPECT_EQ(BuildOutputFilePath(L"a//b/", L"Events", L"", L".vev"),
               std::wstring(L"a//b/") + kPathSeparator + L"Events.vev");
 }
@@ -125,7 +125,7 @@ TEST(OutputNaming, CreationIsTriedAgainWhileTheNameIsTakenInBetween) {
     EXPECT_EQ(path, directory.Path(L"a_02.b"));
 }
 
-// A full quota may leave the entry of a file that could not be made.
+// A full quota may leave the entry of a file that could not be created.
 TEST(OutputNaming, FailedCreationThatLeftAFileIsNotTriedAgain) {
     const TempDirectory directory;
     int attempts = 0;
@@ -152,7 +152,7 @@ TEST(OutputNaming, CreationThatFailsOtherwiseIsNotTriedAgain) {
     EXPECT_EQ(attempts, 1);
 }
 
-// A record as InitOutputFileRecord fills it.
+// A record as filled by InitOutputFileRecord.
 OutputFileRecord InitializedRecord() {
     FileWriterContainer container{OutputSettings()};
     container.timestampOffset = 99;

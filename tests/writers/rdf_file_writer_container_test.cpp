@@ -36,7 +36,7 @@ struct OpenRawData {
         EXPECT_EQ(container.WriteRawRecords(samples, 0, ttl, timestamp), 0);
     }
     std::size_t FileSize() const { return ReadFile(directory.Path(L"RawData.vrd")).size(); }
-    // The words behind the header of the finished file.
+    // The words after the header of the finished file.
     std::vector<std::uint32_t> Words() {
         container.Finish();
         const std::string bytes = ReadFile(directory.Path(L"RawData.vrd")).substr(16384);
@@ -170,7 +170,7 @@ TEST(RDFFileWriterContainer, RepeatedTimestampStartsFromItsTimeAgain) {
 
 std::vector<std::uint32_t> TtlWords(const std::vector<std::uint8_t>& ttl) {
     OpenRawData raw;
-    raw.Write(Samples(0), {0xFF}, 1000);  // nothing of it may be left in the next packet
+    raw.Write(Samples(0), {0xFF}, 1000);  // none of it may remain in the next packet
     raw.Write(Samples(0), ttl, 1000);
     const std::vector<std::uint32_t> words = raw.Words();
     std::vector<std::uint32_t> values;

@@ -9,7 +9,7 @@
 namespace stalwick {
 namespace {
 
-// Every 16-bit value, in vectors of lengths that leave each possible rest behind wide steps.
+// Every 16-bit value, in vectors of lengths that leave each possible rest after wide steps.
 std::vector<std::int16_t> EveryValue(std::size_t extra) {
     std::vector<std::int16_t> values;
     for (std::int32_t value = INT16_MIN; value <= INT16_MAX; ++value) {

@@ -221,7 +221,7 @@ TEST(VtxFileIO, FilesWithDataAreOnTheDiskOnceBeforeAnyFinalHeader) {
     EXPECT_EQ(calls.syncCount, 20U);
 }
 
-// The system's calls, with slow writes; notes which threads write.
+// The system's calls, with slow writes; records which threads write.
 class SlowWrites final : public ForwardingFileCalls {
   public:
     std::set<std::thread::id> writers;

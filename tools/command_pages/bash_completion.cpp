@@ -12,7 +12,8 @@ std::string FunctionName(const CommandText& command) {
     return name;
 }
 
-// What completes the word "$current". Directories come with the files, to be entered.
+// The command that completes the word "$current". Directories come with the files, so that you can
+// enter them.
 std::string Completer(ValueKind kind) {
     switch (kind) {
         case ValueKind::kDirectory:
@@ -37,7 +38,7 @@ bool IsPath(ValueKind kind) {
 
 std::string Reply(const std::string& indent, ValueKind kind) {
     std::string text;
-    // Names with spaces get their backslashes, directories their slash.
+    // Escapes spaces in names with backslashes, and appends a slash to directories.
     if (IsPath(kind)) text += indent + "compopt -o filenames 2> /dev/null\n";
     return text + indent + "mapfile -t COMPREPLY < <(" + Completer(kind) + ")\n";
 }
@@ -75,7 +76,7 @@ std::string FormatArguments(const CommandText& command) {
     return text;
 }
 
-// Without a subcommand the words complete to the subcommands' names.
+// Without a subcommand, words complete to the names of subcommands.
 std::string FormatTop(const CommandText& command) {
     if (command.subcommands.empty()) return FormatArguments(command);
     std::string words;

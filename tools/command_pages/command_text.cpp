@@ -20,7 +20,7 @@ ValueKind KindOf(const std::string& valueName) {
     return ValueKind::kText;
 }
 
-// Descriptions are broken into lines for --help.
+// Descriptions contain line breaks for --help.
 std::string OnOneLine(std::string text) {
     std::replace(text.begin(), text.end(), '\n', ' ');
     return text;
@@ -54,7 +54,7 @@ CommandText DescribeCommand(const CLI::App& app) {
             command.options.push_back(DescribeOption(*option));
         } else {
             const std::string name = option->get_name(true);
-            // The type says more than FILE, where it is one that this program declared.
+            // A type name that this program declared says more than FILE.
             const ValueKind kind = KindOf(option->get_type_name());
             command.arguments.push_back({name, kind == ValueKind::kText ? KindOf(name) : kind,
                                          OnOneLine(option->get_description())});

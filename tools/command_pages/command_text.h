@@ -9,7 +9,7 @@ class App;
 
 namespace stalwick {
 
-// What a value stands for; a shell completes it accordingly.
+// The kind of a value; a shell completes it accordingly.
 enum class ValueKind { kNone, kText, kDirectory, kRecording, kTraceFile, kPicture, kJsonFile };
 
 struct OptionText {
@@ -18,7 +18,7 @@ struct OptionText {
     std::string valueName;  // "DIR"; empty: a switch
     ValueKind valueKind = ValueKind::kNone;
     std::string text;
-    std::string defaultValue;  // empty: none, or the text says it
+    std::string defaultValue;  // empty: none, or it is in the text
 };
 
 // An argument without a name, such as FILE.
@@ -28,11 +28,11 @@ struct ArgumentText {
     std::string text;
 };
 
-// All that is declared of a command or of one of its subcommands.
+// Everything declared about a command or one of its subcommands.
 struct CommandText {
     std::string name;
     std::string description;
-    std::string exitStatus;  // "0 all whole; 1 a conversion failed; ..."; empty: not said
+    std::string exitStatus;  // "0 all whole; 1 a conversion failed; ..."; empty if not declared
     std::vector<OptionText> options;
     std::vector<ArgumentText> arguments;
     std::vector<CommandText> subcommands;
@@ -40,7 +40,7 @@ struct CommandText {
 
 CommandText DescribeCommand(const CLI::App& app);
 
-// The text to its first semicolon: a menu of completions has no room for more.
+// The text up to its first semicolon: a completion menu has no room for more.
 std::string Summary(const std::string& text);
 
 }  // namespace stalwick

@@ -6,8 +6,8 @@
 
 namespace stalwick {
 
-// Scripts that complete the command's arguments, for one shell each. They need nothing but the
-// shell itself.
+// Scripts that complete the command's arguments, one for each shell. They need only the shell
+// itself.
 std::string FormatBashCompletion(const CommandText& command);
 std::string FormatZshCompletion(const CommandText& command);
 std::string FormatFishCompletion(const CommandText& command);

@@ -15,7 +15,7 @@ std::string Quoted(const std::string& text) {
     return quoted + '\'';
 }
 
-// Options that say what completes a value or an argument; -x: nothing but that.
+// Options that define how a value or an argument is completed; -x: only by that.
 std::string Action(ValueKind kind) {
     switch (kind) {
         case ValueKind::kDirectory:
@@ -35,7 +35,7 @@ std::string Action(ValueKind kind) {
     }
 }
 
-// `lead`: the command and, of a subcommand, the condition that it was given.
+// `lead`: the command and, for a subcommand, the condition that it was given.
 std::string FormatArguments(const std::string& lead, const CommandText& command) {
     std::string text;
     for (const OptionText& option : command.options) {

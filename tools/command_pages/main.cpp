@@ -1,7 +1,8 @@
-// Writes the manual pages and the shell completions of the commands, from what they declare to the
-// parser of their command lines:
+// Writes the manual pages and the shell completions of the commands, from the options that the
+// commands declare to their parsers:
 //   command_pages PROSE_DIRECTORY OUTPUT_DIRECTORY RELEASE_DATE
-// PROSE_DIRECTORY has <command>.man for each command, the sections that no declaration can give.
+// PROSE_DIRECTORY has <command>.man for each command, with the sections that no declaration
+// contains.
 
 #include <cstdio>
 #include <exception>

@@ -25,7 +25,7 @@ std::string Escaped(const std::string& text) {
     return Replaced(Replaced(text, '\\', "\\e"), '-', "\\-");
 }
 
-// A line of running text; one that begins with a dot or a quote would be an instruction.
+// A line of running text. A leading dot or quote is escaped; otherwise the line would be a request.
 std::string Line(const std::string& text) {
     const bool isInstruction = text.front() == '.' || text.front() == '\'';
     return (isInstruction ? "\\&" : "") + Escaped(text) + '\n';
@@ -88,7 +88,7 @@ std::string FormatSynopsis(const CommandText& command) {
     return text;
 }
 
-// After the statuses at the beginning of "130, 143 or 129 canceled".
+// The position after the statuses at the beginning of "130, 143 or 129 canceled".
 std::size_t MeaningBegin(const std::string& item) {
     std::size_t begin = 0;
     while (item[begin] >= '0' && item[begin] <= '9') {
@@ -132,7 +132,7 @@ std::string FormatExitStatusSection(const CommandText& command) {
     return text;
 }
 
-// The line of NAME has no capital and no full stop, as whatis(1) shows it.
+// The NAME line has no capital and no full stop, as whatis(1) shows it.
 std::string NameText(const std::string& description) {
     std::string text = description.substr(0, description.find(" into "));
     text.front() = static_cast<char>(std::tolower(static_cast<unsigned char>(text.front())));

@@ -8,7 +8,7 @@ namespace {
 
 constexpr char kSpace[] = " \\\n        ";
 
-// Inside single quotes, as a part of an _arguments specification.
+// For use inside single quotes, as a part of an _arguments specification.
 std::string Quoted(const std::string& text) {
     std::string quoted;
     for (char c : text) {
@@ -48,7 +48,7 @@ std::string FormatOption(const OptionText& option) {
     const std::string longName = option.longName + (takesValue ? "=" : "");
     if (option.shortName.empty()) return kSpace + longName + rest;
     const std::string shortName = option.shortName + (takesValue ? "+" : "");
-    // Either name stands for both.
+    // Either name excludes both.
     return kSpace + ("'(" + option.shortName + ' ' + option.longName + ")'{" + shortName + ',') +
            longName + '}' + rest;
 }

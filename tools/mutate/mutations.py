@@ -3,7 +3,7 @@
 import dataclasses
 import re
 
-# With blanks around them, as the formatter writes them: so no template's bracket is among them.
+# With blanks around them, as the formatter writes them, so that template brackets do not match.
 OPERATORS = {
     "<": ["<="], "<=": ["<"], ">": [">="], ">=": [">"], "==": ["!="], "!=": ["=="],
     "&&": ["||"], "||": ["&&"], "+": ["-"], "-": ["+"], "*": ["/"], "/": ["*"], "%": ["*"],
@@ -14,11 +14,11 @@ STEP = re.compile(r"(\+\+|--)(?=[A-Za-z_])")
 NUMBER = re.compile(r"(?<![\w.'])(\d[\d']*)(?=[uU]?(?:[lL]{0,2})\b)(?![\w.']*[.eExX])")
 BOOL = re.compile(r"\b(true|false)\b")
 CONDITION = re.compile(r"\b(?:if|while) \((.+)\)(?= \{$| return| break| continue|$)")
-# What a failed step returns; its callers ask for nothing but 0.
+# What a failed step returns; its callers only test for 0.
 FAILURE = re.compile(r"(?:(?<=return )|(?<=: )|(?<== ))-1(?=;)")
-# Joined texts: a minus does not compile.
+# In joined texts, a minus does not compile.
 TEXT = re.compile(r'"|\bto_w?string\(|\bkPathSeparator\b')
-# A statement of one line that only calls: taken away.
+# A one-line statement that is only a call: removed.
 CALL = re.compile(r"^\s+(?!return\b|throw\b|delete\b|static_assert|using\b|case\b)"
                   r"[A-Za-z_][\w.:\[\]]*(?:->[\w.:\[\]]+)*\([^{}]*\);$")
 SKIPPED_LINE = re.compile(r"^\s*(#|//|static_assert|using |template|namespace|friend |HWY_)")
@@ -31,7 +31,7 @@ class Mutation:
     column: int  # from 0
     old: str
     new: str
-    code: str  # the line as it was
+    code: str  # the original line
 
     @property
     def change(self):
@@ -69,7 +69,7 @@ def _number_after(text):
 def find_mutations(file, text):
     """All mutations of the file's text, in its order."""
     found = []
-    before = ""  # the code line before
+    before = ""  # the previous code line
     for number, original in enumerate(text.split("\n"), 1):
         line = _blanked(original)
         if not line.strip():

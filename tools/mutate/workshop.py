@@ -18,10 +18,10 @@ PROGRAMS = {
     "writers": [WRITERS, ENGINE, TRUST],
     "engine": [ENGINE, TRUST],
 }
-# What takes long and seldom fails alone comes last; what depends on the moment is left out.
+# Tests that take long and seldom fail alone come last; those that depend on timing are left out.
 LAST = ["*SmallStack*", "FullBuffer.EventsConvertLikeTheReference", "DamagedRecording.*Random*"]
 LEFT_OUT = ["KillTest.*", "*KillInSmallBlocks*", "MemoryLimit.*"]
-QUICK_SECONDS = 0.1  # of a test: all that are so quick run before the others
+QUICK_SECONDS = 0.1  # per test: all that are this fast run before the others
 MOST_MEMORY_BYTES = 8 << 30
 MOST_FILE_BYTES = 1 << 30
 SECONDS_BETWEEN_LOOKS = 2
@@ -45,7 +45,7 @@ def _is_idle(group):
                 if thread.read_text().rpartition(")")[2].split()[0] in "RD":
                     return False
         except (OSError, IndexError):
-            continue  # it just ended
+            continue  # it has just ended
     return True
 
 
@@ -77,7 +77,7 @@ def run(command, **options):
 class Workshop:
     def __init__(self, directory, jobs):
         self.tree = directory / "tree"
-        self.mutated = directory / "mutated.json"  # the file that is changed now, as it was
+        self.mutated = directory / "mutated.json"  # the original of the file that is currently changed
         self.build = directory / "build"
         self.temporary = directory / "tmp"
         self.jobs = jobs

@@ -31,7 +31,7 @@ bool DamagingSink::Take(std::span<const std::uint8_t> bytes) {
     return out_.empty() || sink_(out_);
 }
 
-// Takes bytes up to the next place, or the damage there. Returns how many.
+// Takes bytes up to the next damaged place, or the damage there. Returns how many.
 std::size_t DamagingSink::TakeDamaged(std::span<const std::uint8_t> bytes) {
     if (toDrop_ == 0 && next_ < damage_.size() && damage_[next_].position == position_) {
         const SynthDamage& damage = damage_[next_++];

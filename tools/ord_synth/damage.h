@@ -10,16 +10,16 @@
 
 namespace stalwick {
 
-// Sorts the places by their position. Result: empty, or which two stand in each other's way.
+// Sorts the places by position. Returns an empty text, or which two of them overlap.
 [[nodiscard]] std::string OrderDamage(std::vector<SynthDamage>& damage);
 
-// Hands on the bytes of a recording, damaged.
+// Passes on the bytes of a recording, damaged.
 class DamagingSink {
   public:
-    // `damage` as OrderDamage leaves it.
+    // `damage` as OrderDamage returns it.
     DamagingSink(const ByteSink& sink, const std::vector<SynthDamage>& damage, std::uint64_t seed);
 
-    // Takes the recording's next bytes; false when the sink refused.
+    // Takes the recording's next bytes; returns false if the sink refused.
     bool Take(std::span<const std::uint8_t> bytes);
     // Whether the recording was long enough for every place.
     bool MetAll() const { return next_ == damage_.size(); }

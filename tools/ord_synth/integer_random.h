@@ -4,8 +4,8 @@
 
 namespace stalwick {
 
-// A 64-bit counter run through a mixing function: the same numbers on every platform, which the
-// standard library's distributions do not promise.
+// A 64-bit counter passed through a mixing function: the same numbers on every platform, which the
+// standard library's distributions do not guarantee.
 class IntegerRandom {
   public:
     explicit IntegerRandom(std::uint64_t seed) : state_(seed) {}
@@ -18,7 +18,7 @@ class IntegerRandom {
         return z ^ (z >> 31);
     }
 
-    // A number from low to high, both included.
+    // A number from low to high, inclusive.
     std::uint32_t Between(std::uint32_t low, std::uint32_t high) {
         return low + static_cast<std::uint32_t>(Next() % (std::uint64_t{high} - low + 1));
     }
@@ -27,8 +27,8 @@ class IntegerRandom {
     std::uint64_t state_;
 };
 
-// Each source of numbers draws from a stream of its own, so that switching one off leaves the
-// others as they were.
+// Each source of numbers draws from a separate stream, so that switching one off does not change
+// the others.
 enum class RandomStream : std::uint64_t {
     kSignal = 1,
     kSpikes,

@@ -28,7 +28,7 @@ inline std::int16_t Sine(std::uint32_t phase) {
     return kSineTable[phase >> 20];
 }
 
-// The phase step of a wave of frequencyMilliHz that is looked at stepsPerSecond times a second.
+// The phase step of a wave of frequencyMilliHz that is sampled stepsPerSecond times per second.
 inline std::uint32_t PhaseStep(std::uint64_t frequencyMilliHz, std::uint64_t stepsPerSecond) {
     return static_cast<std::uint32_t>((frequencyMilliHz << 32) / (stepsPerSecond * 1000));
 }

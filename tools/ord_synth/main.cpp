@@ -40,7 +40,7 @@ struct CommandLine {
     bool stats = false;
 };
 
-// CLI11 itself takes a number beyond the type for the type's largest.
+// CLI11 itself reads a number beyond the type as the type's largest.
 template <typename T>
 CLI::Validator WholeNumberOf() {
     return CLI::Validator(
@@ -189,7 +189,7 @@ std::string CompleteDamage(CommandLine& line) {
     return wrong.empty() ? stalwick::OrderDamage(options.damage) : wrong;
 }
 
-// Result: empty, or what failed.
+// Returns an empty text, or what failed.
 std::string WriteTruth(const CommandLine& line, const stalwick::SynthSummary& summary) {
     if (line.truth.empty()) return {};
     const std::string text = stalwick::DescribeTruth(line.options, summary);
@@ -200,7 +200,7 @@ std::string WriteTruth(const CommandLine& line, const stalwick::SynthSummary& su
     return written && closed ? std::string() : "cannot write " + line.truth;
 }
 
-// Result: empty, or what is wrong with the list.
+// Returns an empty text, or what is wrong with the list.
 std::string ReadChannels(const char* name, const std::optional<std::string>& text,
                          std::uint32_t channelCount, std::vector<std::uint32_t>& channels) {
     if (!text || stalwick::ParseChannelList(*text, channelCount, channels)) return {};
@@ -220,7 +220,7 @@ std::string CompleteChannels(CommandLine& line) {
     return wrong;
 }
 
-// Result: empty, or what is wrong with an option.
+// Returns an empty text, or what is wrong with an option.
 std::string CompleteOptions(CommandLine& line) {
     auto& options = line.options;
     std::uint64_t microseconds = 0;

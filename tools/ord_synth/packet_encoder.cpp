@@ -32,13 +32,13 @@ std::uint8_t* PutBigEndian(T value, std::uint8_t* out) {
     return out + sizeof(T);
 }
 
-// Most significant bit first. Every Put stores eight bytes and moves on by the whole ones, which
-// costs less than asking whether a byte is full.
+// Most significant bit first. Every Put stores eight bytes and advances by the whole ones, which is
+// cheaper than checking whether a byte is full.
 class BitWriter {
   public:
     explicit BitWriter(std::uint8_t* out) : out_(out) {}
 
-    // 1 to 56 bits; value holds no bit above them.
+    // 1 to 56 bits; value has no bit above them.
     void Put(std::uint64_t value, std::uint32_t bits) {
         used_ += bits;
         pending_ |= value << (64 - used_);
@@ -48,7 +48,7 @@ class BitWriter {
         used_ &= 7u;
     }
 
-    // The position behind the last byte begun; the bits left in it are 0.
+    // The position after the last byte begun; the bits left in it are 0.
     std::uint8_t* End() const { return out_ + (used_ != 0 ? 1 : 0); }
 
   private:
@@ -148,8 +148,7 @@ void PacketEncoder::ChooseWidths(const std::int16_t* rows) {
         }
     }
     for (std::size_t e = 0; e < enabledCount_; ++e) {
-        // At least 1, for the sign. A width of 0 would be counted by readers as no bits, yet read
-        // as one.
+        // At least 1, for the sign. Readers would count a width of 0 as no bits, yet read one.
         const auto width = static_cast<std::uint32_t>(std::bit_width(changed[e])) + 1;
         widths_[e] = static_cast<std::uint8_t>(width);
         valueMasks_[e] = static_cast<std::uint16_t>((1u << width) - 1);
@@ -169,7 +168,7 @@ std::uint8_t* PacketEncoder::EncodeSamples(const SynthPacket& packet, std::uint8
     for (std::size_t s = 1; s < kSynthSamplesPerPacket; ++s) {
         const std::int16_t* row = rows + s * stride;
         const std::int16_t* before = row - stride;
-        // Two channels at a time; the partner of an odd last one has the width 0.
+        // Two channels at a time; the partner of an odd last one has width 0.
         for (std::size_t e = 0; e < stride; e += 2) {
             const auto first = static_cast<std::uint32_t>(row[e] - before[e]) & masks[e];
             const auto second =

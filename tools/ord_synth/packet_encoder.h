@@ -10,19 +10,19 @@
 
 namespace stalwick {
 
-// Turns packets into bytes of the stream, with for each channel the narrowest delta width that
-// holds the packet's samples. The layout is described in docs/ord-format.md.
+// Turns packets into bytes of the stream, using for each channel the narrowest delta width that
+// holds the packet's samples. docs/ord-format.md describes the layout.
 class PacketEncoder {
   public:
     explicit PacketEncoder(const SynthOptions& options);
 
-    // Room that Encode may touch, a few bytes more than the longest packet.
+    // The room that Encode may write to, a few bytes more than the longest packet.
     std::size_t MaxPacketBytes() const;
 
     // Writes the packet at out and returns its length in bytes.
     std::size_t Encode(const SynthPacket& packet, std::uint8_t* out);
 
-    // How many channels of all packets so far had each delta width.
+    // How many channels in all packets so far had each delta width.
     const std::array<std::uint64_t, 16>& WidthCounts() const { return widthCounts_; }
 
     std::size_t EnabledChannels() const { return enabledCount_; }

@@ -14,7 +14,7 @@ std::uint64_t TimestampNs(std::uint64_t packetNumber, const SynthOptions& option
     const std::uint64_t rest = sample % options.samplingFrequency;
     const std::uint64_t nominal =
         seconds * 1'000'000'000u + rest * 1'000'000'000u / options.samplingFrequency;
-    // A rate that is faster than the header's takes less time; good for a year at 100 ppm.
+    // A rate faster than the header's takes less time; sufficient for a year at 100 ppm.
     const std::int64_t drift =
         static_cast<std::int64_t>(nominal) * options.driftPpm / (kMillion + options.driftPpm);
     return options.firstTimestampNs + nominal - static_cast<std::uint64_t>(drift);
@@ -67,7 +67,7 @@ void PacketSource::Make(SynthPacket& packet) {
 }
 
 void PacketSource::Next(SynthPacket& packet) {
-    // Lost packets are made and dropped: the world went on while nothing was received.
+    // Lost packets are made and dropped: the world continued while nothing was received.
     while (IsLost(packetNumber_)) Make(packet);
     Make(packet);
 }

@@ -11,23 +11,23 @@
 
 namespace stalwick {
 
-// What one packet says, before it is encoded. Blocks that the options leave out hold zeros.
+// The contents of one packet, before encoding. Blocks that the options leave out hold zeros.
 struct SynthPacket {
     std::uint32_t packetNumber = 0;  // counts lost packets too
     std::uint64_t hardwareTimestampNs = 0;
-    std::array<std::uint8_t, kSynthSamplesPerPacket> ttlValues{};  // one a sample
+    std::array<std::uint8_t, kSynthSamplesPerPacket> ttlValues{};  // one per sample
     ImuValues baseImu{};
     ImuValues afeImu{};
     UltrasonicValues ultrasonic{};
     std::vector<std::int16_t> samples;  // samples[s * channelCount + channel], 14-bit values
 };
 
-// The packets of a recording in the order of time, without the lost ones.
+// The packets of a recording in order of time, without the lost ones.
 class PacketSource {
   public:
     explicit PacketSource(const SynthOptions& options);
 
-    // The number of the packet that Next will give: lost ones are counted.
+    // The number of the packet that Next returns next; lost ones are counted.
     std::uint64_t NextPacketNumber() const;
 
     void Next(SynthPacket& packet);

@@ -19,7 +19,7 @@ std::string Reason(int error) {
     return std::generic_category().message(error);
 }
 
-// Result: 0, or the error number of the call that failed.
+// Returns 0, or the error number of the call that failed.
 int WriteAll(const SynthOptions& options, FileHandle file, SynthSummary& summary) {
     std::setvbuf(file.get(), nullptr, _IONBF, 0);
     int error = 0;

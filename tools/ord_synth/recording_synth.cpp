@@ -58,7 +58,8 @@ SynthSummary MakeUndamaged(const SynthOptions& options, const ByteSink& sink) {
     BlockBuffer buffer(sink, encoder.MaxPacketBytes());
     SpanTracker spans;
     SynthPacket packet;
-    // A stream whose last span is half a reader's buffer would be refused: it gets a packet more.
+    // A reader would refuse a stream whose last span is half its buffer: such a stream gets one
+    // more packet.
     while (source.NextPacketNumber() < options.packetCount || spans.EndsInRefusedSpan()) {
         source.Next(packet);
         const std::size_t bytes = encoder.Encode(packet, buffer.Free());

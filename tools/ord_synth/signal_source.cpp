@@ -37,7 +37,7 @@ std::int16_t HighHalf(std::int16_t a, std::int16_t b) {
     return static_cast<std::int16_t>((std::int32_t{a} * b) >> 16);
 }
 
-// Four uniform numbers added: close to normal, and never beyond 3.5 standard deviations.
+// The sum of four uniform numbers: close to normal, and never beyond 3.5 standard deviations.
 std::int32_t DrawNormal(IntegerRandom& random) {
     const std::uint64_t bits = random.Next();
     const std::uint64_t sum =
@@ -65,8 +65,8 @@ SignalSource::SignalSource(const SynthOptions& options)
     MoveWaves();
 }
 
-// Rows of the table that begin anywhere serve as the noise of all channels at one sample. Each
-// value holds a little of both its neighbours, so neighbouring channels are a little correlated.
+// Rows that begin anywhere in the table serve as the noise of all channels at one sample. Each
+// value contains a little of both its neighbours, so neighbouring channels are slightly correlated.
 void SignalSource::MakeNoiseTable() {
     std::vector<std::int32_t> white(kNoiseRows + kMaxChannels + 2);
     for (std::int32_t& value : white) value = DrawNormal(random_);
@@ -86,7 +86,7 @@ void SignalSource::MakeChannels(std::uint32_t noiseSteps) {
     slowEnd_.assign(channelCount_, 0);
     quietLeft_.assign(channelCount_, 0);
     for (std::uint32_t channel = 0; channel < channelCount_; ++channel) {
-        // Electrodes differ: half to 1.75 times the noise asked for, more of them quiet.
+        // Electrodes differ: half to 1.75 times the requested noise, more of them quiet.
         const std::uint32_t draw = random_.Between(0, 255);
         const std::uint32_t factor = 128 + ((draw * draw * 320) >> 16);
         gain_.push_back(static_cast<std::int16_t>((8 * noiseSteps * factor) >> 8));

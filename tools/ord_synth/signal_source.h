@@ -11,12 +11,12 @@
 namespace stalwick {
 
 // The A/D signal of all channels: noise whose strength differs between channels, slow waves that
-// travel along them, drift, and spikes that the neighbours of a channel see weaker.
+// travel along them, drift, and spikes that appear weaker on neighbouring channels.
 class SignalSource {
   public:
     explicit SignalSource(const SynthOptions& options);
 
-    // The next ten samples a channel: samples[s * channelCount + channel], -8192 to 8191.
+    // The next ten samples per channel: samples[s * channelCount + channel], -8192 to 8191.
     void NextPacket(std::span<std::int16_t> samples);
 
   private:
@@ -59,9 +59,10 @@ class SignalSource {
     std::vector<std::int16_t> drift_;
     std::vector<std::int16_t> spikeAmplitude_;
     std::array<std::uint32_t, 256> spikeChannel_{};
-    std::vector<std::int32_t> quietLeft_;  // samples for which a channel's cell cannot fire again
-    std::uint32_t spikeInterval_ = 1;      // mean, over all channels
-    std::uint32_t nextSpike_ = 0;          // samples from the packet's first
+    std::vector<std::int32_t>
+        quietLeft_;                    // samples during which a channel's cell cannot fire again
+    std::uint32_t spikeInterval_ = 1;  // mean, over all channels
+    std::uint32_t nextSpike_ = 0;      // samples from the packet's first
     std::vector<Spike> spikes_;
     std::vector<std::uint32_t> flatChannels_;
     std::vector<std::uint32_t> clippedChannels_;

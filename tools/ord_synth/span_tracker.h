@@ -5,7 +5,7 @@
 namespace stalwick {
 
 // Follows how a converter reads a stream: 50,000 bytes at a time, of which it takes the whole
-// packets and carries the cut one over to the next span.
+// packets and carries the incomplete one over to the next span.
 class SpanTracker {
   public:
     void AddPacket(std::uint64_t bytes) {
@@ -13,8 +13,8 @@ class SpanTracker {
         spanBytes_ += bytes;
     }
 
-    // A reader takes a last span of just half its buffer for one of which nothing was consumed
-    // (it compares the valid bytes with those behind the consumed ones), and fails.
+    // If a reader's last span is exactly half its buffer, it concludes that nothing was consumed
+    // (it compares the valid bytes with those after the consumed ones), and fails.
     bool EndsInRefusedSpan() const { return spanBytes_ == kSpanBytes / 2; }
 
   private:

@@ -7,8 +7,8 @@
 
 namespace stalwick {
 
-// What a made recording lacks and where it was damaged, as a JSON document: `gaps` with
-// `first_lost_packet`, `at_seconds` and `missing_samples` a channel; `damage` with `kind`,
+// The losses and damage of a synthetic recording as a JSON document: `gaps` with
+// `first_lost_packet`, `at_seconds` and `missing_samples` per channel; `damage` with `kind`,
 // `position` in the undamaged file and `bytes`; `repeated_timestamps`.
 [[nodiscard]] std::string DescribeTruth(const SynthOptions& options, const SynthSummary& summary);
 

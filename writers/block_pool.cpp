@@ -10,7 +10,7 @@ constexpr std::size_t kSpareBytes = std::size_t{1} << 20U;
 constexpr std::size_t kFewestSpareBlocks = 4;
 
 // Bytes from one block to the next: whole cache lines, and an odd number of them, so that the
-// records that all files fill at the same time do not meet in the same sets of the cache.
+// records that all files fill at the same time do not map to the same sets of the cache.
 std::size_t Stride(std::size_t blockBytes) {
     constexpr std::size_t kCacheLine = 64;
     const std::size_t lines = (blockBytes + kCacheLine - 1) / kCacheLine;

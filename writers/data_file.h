@@ -14,7 +14,7 @@
 
 namespace stalwick {
 
-// What was created and written, header blocks included.
+// What was created and written, including header blocks.
 struct OutputTotals {
     std::uint64_t files = 0;
     std::uint64_t bytes = 0;
@@ -26,7 +26,7 @@ struct OutputTotals {
     }
 };
 
-// The first call on an output file that failed: "cannot <action> <path>: <reason>; <advice>".
+// The first failed call on an output file: "cannot <action> <path>: <reason>; <advice>".
 struct OutputFailure {
     std::wstring action;
     std::wstring reason;
@@ -35,7 +35,7 @@ struct OutputFailure {
     bool operator==(const OutputFailure&) const = default;
 };
 
-// What became of an output file so far.
+// The state of an output file so far.
 struct OutputFileState {
     std::wstring path;
     bool created = false;
@@ -44,15 +44,15 @@ struct OutputFileState {
     std::optional<OutputFailure> failure;
 };
 
-// One output file: a header block that can be rewritten, and data that only grow behind it. Every
-// kind of output has this shape (docs/output-files.md).
+// One output file: a header block that can be rewritten, followed by data that only grow. Every
+// kind of output has this form (docs/output-files.md).
 //
-// The file is created and never opened or overwritten. After a failure it takes nothing more, so
-// that what it holds stays a beginning of what it should hold, with the header it had then.
-// Used by one thread. Operations return whether they succeeded; State() says why not.
+// The file is created, and never opened or overwritten. After a failure it accepts nothing more, so
+// that it keeps the beginning of its data and the header it had then. Used by one thread.
+// Operations return whether they succeeded; State() gives the reason if not.
 //
-// With a pool, Submit only hands a block over, and a failure shows at a later call. All other
-// operations wait for what was handed over before.
+// With a pool, Submit only hands a block over, and a later call reports a failure. All other
+// operations wait for the blocks handed over before.
 class DataFile final : private WriteTarget {
   public:
     explicit DataFile(const OutputSettings& settings, BlockPool* pool = nullptr)
@@ -61,32 +61,32 @@ class DataFile final : private WriteTarget {
     DataFile(const DataFile&) = delete;
     DataFile& operator=(const DataFile&) = delete;
 
-    // Fails with the system's "already exists" when anything has the name.
+    // Fails with the system's "already exists" if anything has the name.
     [[nodiscard]] SystemErrorCode Create(const std::wstring& path);
     [[nodiscard]] bool IsOpen() const { return file_.IsOpen(); }
 
-    // Puts the text, UTF-8, at the file's start. Data appended before are on the disk first,
-    // unless the settings say otherwise.
+    // Writes the text, as UTF-8, at the file's start. Data appended before are on the disk first,
+    // unless the settings specify otherwise.
     [[nodiscard]] bool SetHeader(std::string_view text, std::size_t mostBytes = kOutputHeaderSize);
     [[nodiscard]] bool Append(const void* data, std::size_t size);
-    // Appends the beginning of a block of the pool, which takes the block back, also on failure.
+    // Appends the beginning of a block of the pool, which takes the block back, even on failure.
     bool Submit(std::byte* block, std::size_t size);
-    // Cuts the data to their first `dataSize` bytes if there are more.
+    // Truncates the data to their first `dataSize` bytes if there are more.
     bool CutTo(std::uint64_t dataSize);
     bool Close();
 
-    // Waits for what was handed over; also after Close.
+    // Waits for blocks handed over; also after Close.
     [[nodiscard]] OutputFileState State() const;
 
-    // Waits for what was handed over; false if the file failed by then.
+    // Waits for blocks handed over; returns false if the file has failed by then.
     bool CompleteAppends() const;
 
-    // Waits until the appended data are on the disk, unless the settings say otherwise. Only after
-    // CompleteAppends: it leaves the pool and its queue alone, so that several threads can sync
-    // several files at a time.
+    // Waits until the appended data are on the disk, unless the settings specify otherwise. Call it
+    // only after CompleteAppends: it does not touch the pool and its queue, so several threads can
+    // sync several files at a time.
     [[nodiscard]] bool Sync();
 
-    // Nothing where the file was never created; also after Close.
+    // Empty if the file was never created; also after Close.
     [[nodiscard]] OutputTotals Totals() const;
 
   private:
@@ -102,16 +102,16 @@ class DataFile final : private WriteTarget {
     bool created_ = false;
     std::uint32_t headers_ = 0;
     std::uint64_t dataSize_ = 0;
-    std::uint64_t writeBackEnd_ = 0;  // of the data that the disk was asked to begin with
+    std::uint64_t writeBackEnd_ = 0;  // of the data whose write-back was started
     bool hasUnsyncedData_ = false;
-    // What failed, kept without a byte of memory: a full disk may come with a full memory.
+    // The failure, stored without allocating: a full disk may come with full memory.
     const wchar_t* failedAction_ = nullptr;
     SystemErrorCode failedCode_ = 0;
-    OutputFailure refusal_;            // in place of a system error
-    std::atomic<bool> failed_{false};  // set behind these, by the thread that failed
+    OutputFailure refusal_;            // instead of a system error
+    std::atomic<bool> failed_{false};  // set after these, by the thread that failed
 };
 
-// Whether a creation failed only because a file took the name first.
+// Whether a creation failed only because a file had taken the name.
 [[nodiscard]] bool WasNameTaken(SystemErrorCode code, const std::wstring& path);
 
 // The failure of a system call.

@@ -9,8 +9,8 @@
 namespace stalwick {
 
 // The header lines that every output begins with, each ended by CR LF; docs/output-files.md lists
-// them. `fileClosed` prints the time of this call as the closing time. Control
-// characters of the file's path are written out: a name may not forge a line.
+// them. `fileClosed` prints the time of this call as the closing time. Control characters in the
+// file's path are escaped, so a name cannot forge a line.
 [[nodiscard]] std::wstring BuildFileHeader(const FileWriterContainer& container, bool fileClosed,
                                            const OutputFileRecord& file, std::uint8_t fileType,
                                            const std::wstring& fileVersion);

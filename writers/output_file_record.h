@@ -10,18 +10,18 @@
 
 namespace stalwick {
 
-// One output file of a writer container: what its header says and what is buffered for it.
-// Its buffers are blocks of its container's pool; only the event file has one of its own.
-// What every packet changes stands first, in one cache line: a packet touches hundreds of records.
+// One output file of a writer container: its header values and its buffers. The buffers are blocks
+// of the container's pool; only the event file owns its buffer. The members that every packet
+// changes come first, in one cache line: a packet touches hundreds of records.
 struct alignas(64) OutputFileRecord {
     std::span<VtxDataTypes::CRRec> cscBuffer;  // of a channel file; none after a failed write
-    std::int16_t* nextSample = nullptr;        // where the channel file's next one goes
+    std::int16_t* nextSample = nullptr;        // position of the channel file's next sample
     std::uint32_t filledSamples = 0;           // before it in its record
     std::uint32_t bufferedCount = 0;           // complete records; of the raw data file: words
     std::uint64_t lastBaseTimestamp = 0;       // nanoseconds; 0: none yet
     std::uint32_t phaseModulus = 0;            // samples per base timestamp
     std::uint32_t phase = 0;                   // of the next sample after the last base timestamp
-    std::uint64_t writtenCount = 0;            // as bufferedCount, handed to the file before those
+    std::uint64_t writtenCount = 0;  // like bufferedCount, handed to the file before those
     std::vector<VtxDataTypes::EventRec> eventBuffer;  // of the event file
     std::span<std::uint32_t> rawBuffer;               // of the raw data file
     std::int32_t handle = 0;                          // of the data file library
@@ -32,7 +32,7 @@ struct alignas(64) OutputFileRecord {
     std::uint32_t channelIndex = 0;       // from 0 within the file's group
     double samplingFrequency = 0.0;       // samples per second
     std::uint64_t runningTimestamp = 0;   // microseconds, without base timestamps
-    std::uint32_t recordSize = 0;         // bytes, as the header prints it
+    std::uint32_t recordSize = 0;         // bytes, as in the header
     double accumulatedTimestamp = 0.0;    // microseconds, not rounded
     std::uint64_t timestampOffset = 0;    // microseconds, added modulo 2^64
     double interpolationFrequency = 0.0;  // samples per second

@@ -82,8 +82,8 @@ std::int32_t RDFFileWriterContainer::WriteRawRecords(std::span<const std::uint16
     for (std::uint32_t i = 0; i < kPacketSamples; ++i) {
         if (i < ttlValues.size()) ttlValue = ttlValues[i];
         AppendRecord(file, samples, i, ttlValue);
-        // Truncated at every step, so the fraction of a microsecond is lost each time. Kept
-        // (pinned by RDFFileWriterContainer.TimestampStepIsTruncatedAtEverySample).
+        // Truncated at every step, so the fraction of a microsecond is lost each time. Do not
+        // change this (pinned by RDFFileWriterContainer.TimestampStepIsTruncatedAtEverySample).
         file.runningTimestamp = TruncateToCount(static_cast<double>(file.runningTimestamp) +
                                                     kMicrosecondsPerSecond / file.samplingFrequency,
                                                 timestampsSaturated);
@@ -121,15 +121,15 @@ void RDFFileWriterContainer::AppendRecord(OutputFileRecord& file,
     }
     values[channels] = checksum;
     file.bufferedCount += static_cast<std::uint32_t>(words);
-    // A program that is killed then leaves all full blocks.
+    // A killed program then leaves all full blocks.
     if (fullBlocksEnd_ > file.writtenCount) {
         SubmitBlock(file);
         StartBlock(file);
     }
 }
 
-// A full block ends with the record that fills it, or before one that would pass its end: packets
-// with another channel count than the header's give records of another length.
+// A full block ends with the record that fills it, or before one that would exceed it: packets with
+// another channel count than the header's produce records of another length.
 void RDFFileWriterContainer::CountWords(const OutputFileRecord& file, std::size_t words) {
     const std::uint64_t before = file.writtenCount + file.bufferedCount;
     if (wordsInBlock_ + words > fullBlockWords_) {

@@ -12,9 +12,9 @@
 
 namespace stalwick {
 
-// Writes the raw data file, RawData.vrd: ten checksummed records a packet, each with all A/D
-// channels of one sample instant (docs/output-files.md). It writes the file itself; the data file
-// library has no part in it.
+// Writes the raw data file, RawData.vrd: ten checksummed records per packet, each with all A/D
+// channels of one sample instant (docs/output-files.md). It writes the file itself, without the
+// data file library.
 //
 // Order of calls: fill the fields, Open, WriteRawRecords for every packet with samples, Finish or
 // LeaveUnfinished.
@@ -28,25 +28,25 @@ class RDFFileWriterContainer : public FileWriterContainer {
     // Returns 0, or -1 with the reason in File().
     [[nodiscard]] std::int32_t Open(const std::wstring& outputDirectory);
 
-    // Puts the header at the file's start; at most 16,383 bytes as UTF-8. Returns 0 or -1.
+    // Writes the header at the file's start; at most 16,383 bytes as UTF-8. Returns 0 or -1.
     [[nodiscard]] std::int32_t WriteHeader(bool closing);
 
-    // Takes samples[channel * 10 + i], the TTL value of each sample (the last one repeats where
-    // the list is short, 0 where it is empty) and the packet's hardware time in nanoseconds.
-    // `flag` has no effect. Always returns 0: failing writes show in File().
+    // Takes samples[channel * 10 + i], the TTL value of each sample (the last one repeats if the
+    // list is short, 0 if it is empty) and the packet's hardware time in nanoseconds. `flag` has no
+    // effect. Always returns 0: failed writes are in File().
     std::int32_t WriteRawRecords(std::span<const std::uint16_t> samples, std::int32_t flag,
                                  const std::vector<std::uint8_t>& ttlValues,
                                  std::optional<std::uint64_t> packetTimestamp);
 
-    // Writes what is buffered, then the final header; closes the file when that succeeded.
-    // Failures show in File() only.
+    // Writes buffered records, then the final header; closes the file if that succeeded. Failures
+    // are only in File().
     void Finish();
 
-    // For a recording that fails in its middle: leaves what full blocks of 5000 records had
-    // filled, or all records if the settings say so. Failures show in File() only.
+    // For a recording that fails in the middle: leaves only full blocks of 5000 records, or all
+    // records if the settings keep them. Failures are only in File().
     void LeaveUnfinished();
 
-    // Closes the file where Finish did not; a failure of that shows in File() too.
+    // Closes the file if Finish did not; a failure is in File() too.
     void Close() { file_->Close(); }
 
     [[nodiscard]] OutputFileState File() const { return file_->State(); }

@@ -6,8 +6,8 @@
 
 namespace stalwick {
 
-// The double as an unsigned 64-bit count, its fraction dropped. Outside that range (hostile
-// headers and timestamps reach it) the nearest end; `saturated` is then set.
+// The double as an unsigned 64-bit count, without its fraction. Outside that range (hostile headers
+// and timestamps can reach it) returns the nearest end and sets `saturated`.
 [[nodiscard]] inline std::uint64_t TruncateToCount(double value, bool& saturated) {
     constexpr double kEnd = 18446744073709551616.0;  // 2^64
     if (value >= 0.0 && value < kEnd) return static_cast<std::uint64_t>(value);

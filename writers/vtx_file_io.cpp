@@ -37,7 +37,8 @@ VtxRetVal VtxFileIO::OpenVtxOutputFile(const wchar_t* fileName,
                                        int /*flag*/) {
     auto file = std::make_unique<stalwick::DataFile>(settings_, pool_);
     if (const stalwick::SystemErrorCode code = file->Create(fileName); code != 0) {
-        // A name that another program took just now is no failure yet: the caller chooses again.
+        // If another program has just taken the name, that is not a failure yet: the caller chooses
+        // again.
         if (stalwick::WasNameTaken(code, fileName)) return VtxDataTypes::kFileExists;
         closed_.push_back(std::move(file));
         return kFailure;
@@ -80,7 +81,7 @@ VtxRetVal VtxFileIO::CompleteWrites() {
 VtxRetVal VtxFileIO::SyncFiles() {
     if (!settings_.syncBeforeFinalHeader) return kSuccess;
     CompleteWrites();  // the queue is for one caller, not for all the threads below
-    // Every so-many-th file; no two threads are in one file.
+    // Every n-th file; no two threads are in one file.
     const auto syncFrom = [this](std::size_t first) {
         bool synced = true;
         for (std::size_t i = first; i < files_.size(); i += kSyncThreads) {
@@ -90,7 +91,7 @@ VtxRetVal VtxFileIO::SyncFiles() {
     };
     std::vector<std::future<bool>> others;
     for (std::size_t i = 1; i < std::min(kSyncThreads, files_.size()); ++i) {
-        // Without a thread to spare the work is done by this one below.
+        // If no thread can be started, this one does the work below.
         others.push_back(std::async(std::launch::async | std::launch::deferred, syncFrom, i));
     }
     bool succeeded = syncFrom(0);

@@ -10,14 +10,14 @@
 namespace Veltrosyn {
 
 // The data file library: writes the channel files (.vcs) and the event file (.vev). A file is a
-// block of header text and the records as handed over (docs/output-files.md).
+// block of header text followed by the records as handed over (docs/output-files.md).
 //
-// An object may hold many open files, each named by its handle. Used by one thread. Every result
-// but 0 is a failure; Files() has the reasons.
+// An object may hold many open files, each identified by its handle. Used by one thread. Every
+// result except 0 is a failure; Files() has the reasons.
 //
-// With a pool, which must outlive the object, channel records stand at the start of one of its
-// blocks. WriteDataToFile hands the block over, and a failure may be the result of a later call on
-// that file, at the latest of CloseAllOutputFiles.
+// With a pool, which must outlive the object, channel records are at the start of one of its
+// blocks. WriteDataToFile hands the block over; a failure may be reported by a later call on that
+// file, CloseAllOutputFiles at the latest.
 class VtxFileIO {
   public:
     explicit VtxFileIO(const stalwick::OutputSettings& settings = {},
@@ -41,22 +41,22 @@ class VtxFileIO {
                                                           VtxDataTypes::EventRec* records,
                                                           int length);
 
-    // Completes and closes every file of this object; their handles are dead then. Fails when any
-    // of the files failed to close, or failed before.
+    // Completes and closes every file of this object and invalidates their handles. Fails if any of
+    // the files failed to close, or failed before.
     VtxDataTypes::VtxRetVal CloseAllOutputFiles();
 
-    // Cuts a file's records to their first `length` bytes if there are more.
+    // Truncates a file's records to their first `length` bytes if there are more.
     VtxDataTypes::VtxRetVal CutDataTo(int handle, std::uint64_t length);
 
-    // Waits for everything handed over; fails when any of the files failed by then.
+    // Waits for everything handed over; fails if any of the files has failed by then.
     VtxDataTypes::VtxRetVal CompleteWrites();
 
-    // Waits until all files' data are on the disk, unless the settings say otherwise. The disk is
-    // asked for many files at a time: one behind the other each would have to wait for it.
+    // Waits until all files' data are on the disk, unless the settings specify otherwise. Many
+    // files are synced at a time: one after another, each would wait for the disk.
     [[nodiscard]] VtxDataTypes::VtxRetVal SyncFiles();
 
-    // All files of this object, closed ones too, in the order of their opening; one that could
-    // not be created stands before those still open.
+    // All files of this object, including closed ones, in the order of opening; one that could not
+    // be created comes before those still open.
     [[nodiscard]] std::vector<stalwick::OutputFileState> Files() const;
     [[nodiscard]] stalwick::OutputTotals Totals() const;
 

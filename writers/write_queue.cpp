@@ -7,7 +7,7 @@ namespace stalwick {
 namespace {
 
 constexpr std::size_t kThreads = 2;  // the queue's and the caller's
-// The thread is woken for so many blocks at a time: waking costs as much as writing one.
+// The thread is woken for this many blocks at a time: waking costs as much as writing one.
 constexpr std::size_t kBlocksWorthWaking = 4;
 
 }  // namespace
@@ -47,8 +47,8 @@ void WriteQueue::Work() {
     }
 }
 
-// The oldest task of a file that no thread is in. An older task of the same file stands before
-// it, so each file keeps its order.
+// The oldest task whose file no thread is writing. Older tasks of the same file come before it, so
+// each file keeps its order.
 WriteQueue::Tasks::iterator WriteQueue::NextRunnable() {
     return std::find_if(queued_.begin(), queued_.end(), [this](const Task& task) {
         return std::none_of(running_.begin(), running_.end(),

@@ -8,18 +8,18 @@
 
 namespace stalwick {
 
-// A file that data can be appended to by whichever thread comes to it.
+// A file to which any thread can append data.
 class WriteTarget {
   public:
     virtual ~WriteTarget() = default;
-    // Never called by two threads at once. Keeps its own failures, without memory of its own.
+    // Never called by two threads at once. Keeps its own failures, without allocating.
     virtual void PerformAppend(const void* data, std::size_t size) noexcept = 0;
 };
 
-// Appends blocks to files after the caller handed them over, with a thread of its own. The blocks
-// of one file are appended in the order in which they came, and no two threads are in one file at
-// the same time. All operations are for one caller's thread, which does queued work itself while
-// it waits; so the last blocks of many files are written by both threads.
+// Appends blocks to files on a separate thread after the caller has handed them over. The blocks of
+// one file are appended in the order of arrival, and no two threads write to one file at the same
+// time. All operations are for one caller's thread, which does queued work itself while it waits;
+// so both threads write the last blocks of many files.
 class WriteQueue {
   public:
     using FreeBlocks = std::vector<std::byte*>;
@@ -30,11 +30,11 @@ class WriteQueue {
     WriteQueue(const WriteQueue&) = delete;
     WriteQueue& operator=(const WriteQueue&) = delete;
 
-    // Makes room for so many blocks more: handing them over needs no memory then.
+    // Reserves room for that many more blocks: handing them over then needs no memory.
     void Reserve(std::size_t blockCount);
-    // Appends the block's first `size` bytes; then the block is free again. Does not wait.
+    // Appends the block's first `size` bytes, after which the block is free again. Does not wait.
     void Submit(WriteTarget& target, std::byte* block, std::size_t size, FreeBlocks& home);
-    // Takes a block out of those that are free; waits until there is one.
+    // Takes a free block; waits until there is one.
     std::byte* Take(FreeBlocks& home);
     // Waits until nothing of that file is queued or being written.
     void WaitForTarget(const WriteTarget& target);

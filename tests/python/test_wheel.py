@@ -30,17 +30,19 @@ def test_a_wheel_is_made_without_the_network_and_works_in_a_new_environment(
 ) -> None:
     source = tmp_path / "source"
     shutil.copytree(PACKAGE, source / "stalwick", ignore=shutil.ignore_patterns("__pycache__"))
-    for name in ("pyproject.toml", "setup.py", "README.md"):
+    has_decoder = any(PACKAGE.glob("_ord*"))
+    # The build directory has everything beside the package; the sources have the licence one level up.
+    for name in ("pyproject.toml", "setup.py", "README.md", *(["LICENSE"] if has_decoder else [])):
         shutil.copy(PACKAGE.parent / name, source)
     wheels = tmp_path / "wheels"
     run(sys.executable, "-m", "build", "--wheel", "--no-isolation", "--outdir", wheels, source,
         directory=tmp_path)
     (wheel,) = wheels.iterdir()
-    has_decoder = any(PACKAGE.glob("_ord*"))
     assert wheel.name.endswith("-any.whl") != has_decoder
     names = zipfile.ZipFile(wheel).namelist()
     assert "stalwick/py.typed" in names
     assert any("/_ord" in name for name in names) == has_decoder
+    assert any(name.endswith("/LICENSE") for name in names) == has_decoder
 
     run(sys.executable, "-m", "venv", "--system-site-packages", tmp_path / "venv",
         directory=tmp_path)

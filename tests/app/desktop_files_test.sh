@@ -41,4 +41,12 @@ grep -qx '50:application/x-veltrosyn-ord:\*.ord' "$share/mime/globs2" ||
 if [ -e /usr/share/mime/globs2 ]; then
     ! grep -v veltrosyn /usr/share/mime/globs2 | grep -q ':\*\.ord$' || fail "*.ord is taken"
 fi
+page=$share/man/man1/stalwick.1
+mandoc -Tlint -Wwarning "$page" || fail "the manual page has a fault"
+grep -q "Stalwick $version" "$page" || fail "the manual page is of another version"
+manual=$(mandoc -Tascii "$page" | sed 's/.\x08//g')
+options=$("$prefix/bin/stalwick" --help | grep -o '^ *--[a-z]*')
+for option in $options; do
+    grep -q "^ *$option" <<< "$manual" || fail "the manual page lacks $option"
+done
 echo "desktop files: good"

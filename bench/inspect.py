@@ -40,19 +40,20 @@ def compare(build: Path, work: Path, length: int) -> None:
         "info": [*inspect, "info", "--json", str(recording)],
         "report": [*inspect, "report", str(recording), "-o", page],
         "plot of all of it": [*inspect, "plot", str(recording), "-o", picture],
-        "plot of one second": [*inspect, "plot", *one_second, str(recording),
-                               "-o", picture],
+        "plot of one second": [*inspect, "plot", *one_second, str(recording), "-o", picture],
     }
     runs: dict[str, list[tuple[float, float, float]]] = {name: [] for name in commands}
     for _ in range(ROUNDS):
         for name, command in commands.items():
             runs[name].append(run(command))
-    medians = {name: [statistics.median(column) for column in zip(*of_one)]
-               for name, of_one in runs.items()}
+    medians = {
+        name: [statistics.median(column) for column in zip(*of_one)]
+        for name, of_one in runs.items()
+    }
     wall, cpu, _ = medians["reading and decoding"]
     size = recording.stat().st_size / 1e9
-    print(f"\n| 256 channels, {length} s, {size:.2f} GB | wall | ratio | CPU | ratio | peak memory |"
-          "\n|---|---|---|---|---|---|")
+    print(f"\n| 256 channels, {length} s, {size:.2f} GB | wall | ratio | CPU | ratio | peak |")
+    print("|---|---|---|---|---|---|")
     for name, (own_wall, own_cpu, peak) in medians.items():
         print(f"| {name} | {own_wall * 1e3:.0f} ms | {own_wall / wall:.2f} "
               f"| {own_cpu * 1e3:.0f} ms | {own_cpu / cpu:.2f} | {peak:.0f} MB |")

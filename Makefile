@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 # For people; the build itself is CMake's (CMakePresets.json).
 #   make demo      what the program does, on a recording made for the purpose
 #   make test      every test
@@ -149,6 +151,7 @@ check-format:
 	scripts/install-deps.sh check
 	scripts/format.sh --check
 	scripts/check-python.sh
+	scripts/check-licenses.sh
 
 clean:
 	rm -rf build

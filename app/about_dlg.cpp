@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "app/about_dlg.h"
 
 #include <QBoxLayout>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include <cstdio>
 
 #include "app/stalwick_app.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "app/message_box.h"
 
 #include <QAbstractButton>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "app/stalwick_app.h"
 
 #include "app/app_identity.h"

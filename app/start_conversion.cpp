@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The part of the main dialog that starts and ends a conversion.
 
 #include <new>

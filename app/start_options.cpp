@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "app/start_options.h"
 
 #include "platform/program_version.h"

@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Recordings a minute against workers: bench/cluster.py BUILD_DIRECTORY [SECONDS [RECORDINGS]]
 
 Each worker is stalwick-cluster on a core of its own, as a task of the array, with survey,

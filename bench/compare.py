@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Times whole conversions for bench/compare.sh, which says what is measured."""
 
 import json

@@ -1,4 +1,6 @@
 #!/bin/bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Compares whole conversions with the floor and with copying their outputs, in one interleaved run:
 #
 #   bench/compare.sh BUILD_DIRECTORY [WORK_DIRECTORY]

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Reads and decodes a whole recording and does nothing else: decode RECORDING
 // What bench/inspect.py holds stalwick-inspect against.
 

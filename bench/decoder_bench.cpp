@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Times DecodeADBlock with every kernel of this machine, and the bit-by-bit reference. Each block's
 // result is first compared with the reference: a wrong one ends the program.
 

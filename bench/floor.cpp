@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The least that a conversion can cost: floor RECORDING DIRECTORY SIZES
 // Reads RECORDING 50,000 bytes at a time and writes files in DIRECTORY with the names and sizes
 // listed in SIZES, one per line ("SIZE NAME"), as they would grow meanwhile: in pieces of 256 KB,

@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Times stalwick-inspect against reading and decoding alone, in one interleaved run:
 
 bench/inspect.py BUILD [SECONDS...]      256 channels; SECONDS are 60 and 120 if not given

@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """The memory that stalwick-convert takes: bench/memory.py BUILD_DIRECTORY [SECONDS]
 
 Converts recordings of 256 channels with all outputs, one second and SECONDS (default 100) long, and

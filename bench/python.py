@@ -1,4 +1,6 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Measures the Python package on a recording made for the purpose:
 
 bench/python.py BUILD [SECONDS]      256 channels; SECONDS is 60 if not given

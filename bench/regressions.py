@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """What became slower or larger: bench/regressions.py RATIOS [BASELINE]
 
 Compares the ratios that bench/compare.sh wrote with the committed ones, bench/baseline.json. Less is

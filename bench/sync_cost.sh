@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # The cost of having data on the disk before a header says that a file was closed.
 #   bench/sync_cost.sh BUILD DIRECTORY [ROUNDS]      DIRECTORY is on the disk to be measured
 # Seconds of each round: conversion, conversion with --no-sync, cp -r of its outputs with sync.

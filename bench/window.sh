@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Start-up time of the window, five times, and how quickly it responds while both cores are busy.
 #   bench/window.sh BUILD_DIRECTORY
 # Runs on a separate display.

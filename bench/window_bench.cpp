@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Measures the window: window_bench START_NS RECORDING OUTPUT_DIRECTORY
 // START_NS is the time of day in nanoseconds just before the program was started
 // (bench/window.sh). Prints the time until the window was drawn, and how long events waited for

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "cli/argument_brackets.h"
 
 #include <CLI/CLI.hpp>

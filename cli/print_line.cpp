@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "cli/print_line.h"
 
 #include "platform/text_encoding.h"

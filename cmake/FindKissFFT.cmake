@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 # The header of KissFFT's C++ template; Debian's own package file is for the compiled library.
 find_path(KISSFFT_INCLUDE_DIR kissfft/kissfft.hh)
 include(FindPackageHandleStandardArgs)

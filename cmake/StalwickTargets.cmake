@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 # How every target of the project is compiled, and the only way to add a library or a program.
 
 set(CMAKE_CXX_STANDARD 20)

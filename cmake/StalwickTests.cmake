@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 # stalwick_add_test(<folder> SOURCES ... [LINK ...]): the program <folder>_tests with the
 # GoogleTest cases of one folder, each registered with CTest by name.
 

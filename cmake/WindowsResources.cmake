@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 # stalwick_add_windows_resources(<program> DESCRIPTION <text> MANIFEST <file> [ICON <file>]):
 # version, manifest and icon of a Windows program. Does nothing elsewhere.
 function(stalwick_add_windows_resources target)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "engine/data_processor.h"
 
 #include "engine/file_conversion.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "engine/file_conversion.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What a conversion says beside its status.
 
 #include "engine/file_conversion.h"

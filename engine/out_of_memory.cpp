@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "engine/out_of_memory.h"
 
 #include "platform/text_encoding.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "engine/output_directory.h"
 
 #include "platform/file_system.h"

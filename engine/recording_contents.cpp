@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "engine/recording_contents.h"
 
 #include "engine/ttl_events.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What a conversion says of its recording: where its header and its packets do not agree with what
 // was asked for, or with each other.
 

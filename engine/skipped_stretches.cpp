@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "engine/skipped_stretches.h"
 
 #include "outputs/header_text.h"

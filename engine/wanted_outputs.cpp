@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "engine/wanted_outputs.h"
 
 #include "outputs/output_format.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A whole conversion, with files in memory, compared with the reference conversion.
 
 #include "engine/conversion_job.h"

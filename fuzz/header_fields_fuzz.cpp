@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Finding and converting header fields, compared with the patterns that they implement.
 
 #include "fuzz/fuzz_target.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Writes the target's seeds into a directory: make_seeds_<target> DIRECTORY
 
 #include <cstdio>

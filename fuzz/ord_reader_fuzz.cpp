@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The reader on a whole file, read in pieces of any size, compared with the span reader.
 
 #include "fuzz/recording_input.h"

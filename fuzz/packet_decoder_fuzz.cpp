@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The packet decoder on a span of bytes, with each of its kernels, compared with the bit-at-a-time
 // decoder.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The packet stream on a whole file: its parts follow one another up to the end of the file, and
 // every packet equals the reference's packet at that place of the whole file.
 

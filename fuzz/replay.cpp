@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Runs a target without libFuzzer: on its seeds, on slightly damaged seeds, and on the files in the
 // directories given on the command line (what fuzzing found earlier).
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "ord/cut_packet.h"
 
 #include "ord/ord_format.h"

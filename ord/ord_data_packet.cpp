@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "ord/ord_data_packet.h"
 
 namespace stalwick {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "ord/read_sizes.h"
 
 namespace stalwick {

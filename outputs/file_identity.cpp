@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "outputs/file_identity.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "outputs/output_names.h"
 
 #include "outputs/file_identity.h"

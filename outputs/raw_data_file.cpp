@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "outputs/raw_data_file.h"
 
 #include "outputs/output_format.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "page/own_document.h"
 
 #include "platform/file_system.h"

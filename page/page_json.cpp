@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "page/page_json.h"
 
 #include <cmath>

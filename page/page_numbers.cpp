@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "page/page_numbers.h"
 
 #include <algorithm>

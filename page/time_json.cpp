@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "page/time_json.h"
 
 #include <nlohmann/json.hpp>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "platform/replace_file.h"
 
 #include "platform/file_system.h"

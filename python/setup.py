@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """A wheel with the decoder is one for this system; without it, one for all."""
 
 from pathlib import Path

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Makes pages of recordings with and without faults and checks them in headless Chromium:
 #   scripts/check-pages.sh BUILD_DIRECTORY
 # Pictures and PDFs stay in BUILD_DIRECTORY/pages; page.png there is the one of docs/images.

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Reports which lines and branches the tests have run in an instrumented build, and fails below the
 # limits. Branches that only an exception takes are not counted.
 #   scripts/coverage.sh BUILD

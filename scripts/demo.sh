@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Makes a recording of two seconds, converts it with every output, and prints what was written.
 #   scripts/demo.sh BUILD_DIRECTORY
 set -euo pipefail

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Formats every C++ file that git tracks; with --check only reports files that are not formatted.
 set -euo pipefail
 cd "$(dirname "$0")/.."

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Runs every fuzz target for a time. The corpus grows in BUILD/corpus from run to run.
 #   scripts/fuzz.sh BUILD SECONDS
 # Exits with 1 if a target found something; the input is then in BUILD/finds. Make a test from it,

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Installs the Debian 12 packages that the project needs if they are missing, as root or with sudo.
 #   scripts/install-deps.sh [GROUP...]     GROUP: build test check fuzz bench coverage screenshots pages
 #                                              cluster windows windows-app all

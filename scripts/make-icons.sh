@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Makes the program icon's PNGs from its SVG. Needs rsvg-convert (librsvg2-bin).
 set -euo pipefail
 cd "$(dirname "$0")/../app/resources"

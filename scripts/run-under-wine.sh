@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Runs a Windows program under Debian's wine64, in a separate wine prefix.
 #
 #   scripts/run-under-wine.sh PROGRAM.exe [ARGUMENT...]

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Draws every window of the program, light and dark, at 100 % and 200 %.
 #   scripts/screenshots.sh BUILD_DIRECTORY [OUTPUT_DIRECTORY]
 set -euo pipefail

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Long runs of the tests with random faults: other random numbers each time, many more of them.
 #   scripts/soak.sh BUILD
 set -euo pipefail

@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Runs a command on a separate display, with a window manager.
 #   scripts/with-display.sh COMMAND [ARGUMENT...]
 # Needs: xvfb, xauth, openbox.

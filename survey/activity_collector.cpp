@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "survey/activity_collector.h"
 
 namespace stalwick {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "survey/forward_reader.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "survey/page_survey.h"
 
 #include "survey/survey_recording.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "survey/raw_record_check.h"
 
 #include <algorithm>

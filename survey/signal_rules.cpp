@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "survey/signal_rules.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "survey/slot_kernel.h"
 
 namespace stalwick {

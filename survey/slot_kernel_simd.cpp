@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "survey/slot_kernel.h"
 
 // A few slots of all packets at a time: intermediate results stay in registers.

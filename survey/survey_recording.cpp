@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "survey/survey_recording.h"
 
 #include <algorithm>

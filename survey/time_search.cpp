@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "survey/time_search.h"
 
 #include "ord/ord_format.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "writers/event_file_writer_container.h"
 
 #include "outputs/output_format.h"

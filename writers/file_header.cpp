@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "writers/file_header.h"
 
 #include "platform/program_version.h"

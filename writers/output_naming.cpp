@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "writers/output_naming.h"
 
 #include "outputs/file_identity.h"

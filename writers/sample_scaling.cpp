@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "writers/sample_scaling.h"
 
 namespace stalwick {

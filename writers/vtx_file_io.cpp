@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "writers/vtx_file_io.h"
 
 #include "platform/text_encoding.h"

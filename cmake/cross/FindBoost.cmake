@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Debian's Boost headers for a cross build. `-idirafter` searches the C library's headers in the
 # same directory after those of the cross compiler; a plain -I would find them first.
 if(NOT TARGET Boost::headers)

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Debian's CLI11, header-only, for a cross build; see FindBoost.cmake.
 if(NOT TARGET CLI11::CLI11)
     add_library(CLI11::CLI11 INTERFACE IMPORTED)

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 # GoogleTest, cross-compiled from Debian's package of its sources.
 find_path(GTest_SOURCE_DIR googletest/include/gtest/gtest.h PATHS /usr/src/googletest
     NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Highway for a cross build: Debian ships its compiled part for Linux only, so that part is built
 # from the sources that packaging/windows/fetch-highway.sh fetched.
 #   STALWICK_HWY_SOURCE    their directory; without it Highway is not found

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Debian's libkissfft-dev, of which only the header of the C++ template is used, for a cross build;
 # see FindBoost.cmake.
 if(NOT TARGET KissFFT::KissFFT)

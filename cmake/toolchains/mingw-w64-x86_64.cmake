@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Cross-compiles 64-bit Windows programs with Debian's mingw-w64 (posix threads).
 
 set(CMAKE_SYSTEM_NAME Windows)

@@ -121,3 +121,5 @@ for key = {'SessionUUID', 'AcquisitionSystem', 'ApplicationName'}
     end
 end
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

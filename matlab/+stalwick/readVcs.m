@@ -27,3 +27,5 @@ file.samplingFrequency = layout.rate;
 file.microvoltsPerStep = 4;
 file.gaps = stalwick.internal.findGaps(layout);
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

@@ -47,3 +47,5 @@ for k = 1:size(checks, 1)
     end
 end
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Builds Qt's base libraries, static, for 64-bit Windows from Debian's own source package, and
 # installs them into a cache outside the source tree. Prints the installed prefix on standard output.
 #

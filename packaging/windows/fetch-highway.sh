@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Fetches Highway's source, whose compiled part Debian ships for Linux only, into the user's cache,
 # once per version. Prints its directory on standard output.
 set -eu

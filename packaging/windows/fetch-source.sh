@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Fetches the Debian source of an installed package, in the installed version.
 #
 #   packaging/windows/fetch-source.sh PACKAGE DIRECTORY

@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Copies an HTML page from standard input to standard output with its local pictures inside it.
 
     inline_images.py DIRECTORY      DIRECTORY is where relative picture names start

@@ -1,3 +1,5 @@
+; SPDX-License-Identifier: BSD-3-Clause
+
 ; The installer: for one user, without an administrator.
 ; Run by package.sh, which gives: STAGE (directory with the files to install), OUTPUT, ICON,
 ; UNINSTALL_LICENSES (the lines that delete the licence texts),

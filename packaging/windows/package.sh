@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Makes the zip and the installer from a build of the preset windows-app.
 #
 #   packaging/windows/package.sh BUILD OUTPUT

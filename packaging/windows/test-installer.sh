@@ -1,4 +1,6 @@
 #!/bin/sh
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Installs and removes the program silently under wine and checks the files each time.
 #
 #   packaging/windows/test-installer.sh PACKAGES       (the directory that package.sh filled)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "platform/open_file_limit.h"
 
 #include <algorithm>

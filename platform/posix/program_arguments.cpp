@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "platform/program_arguments.h"
 
 namespace stalwick {

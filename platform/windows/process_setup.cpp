@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "platform/process_setup.h"
 
 #include "platform/windows/windows_api.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "platform/windows/system_path.h"
 
 #include "platform/extended_path.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #pragma once
 
 // The system's header without its rarely used parts and without its macros `min` and `max`.

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Plots a stretch of one channel:  plot_channel.py DIRECTORY CHANNEL START_SECONDS PICTURE.png"""
 
 import sys

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Writes the power spectrum of a whole session, a line a frequency:
 
 spectrum.py DIRECTORY SPECTRUM.csv

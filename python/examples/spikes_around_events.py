@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Counts spikes around the rising edges of a TTL line:
 
 spikes_around_events.py DIRECTORY CHANNEL LINE

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "python/ord_module/indexed_recording.h"
 
 #include <algorithm>

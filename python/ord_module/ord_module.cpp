@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The Python module stalwick._ord, which python/stalwick/decoder.py imports.
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "python/ord_module/sample_order.h"
 
 #include <algorithm>

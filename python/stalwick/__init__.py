@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Reads what Veltrosyn Stalwick writes: channel, event and raw data files.
 
     import stalwick

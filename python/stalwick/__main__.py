@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """python -m stalwick DIRECTORY: what a directory of outputs holds."""
 
 from __future__ import annotations

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """The flat binary file that spike sorters take: all channels of one sample after the other."""
 
 from __future__ import annotations

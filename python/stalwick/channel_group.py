@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Channels that were sampled together: the A/D channels, an inertial unit, the ultrasonic one."""
 
 from __future__ import annotations

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """What is given back at the end of a with statement."""
 
 from __future__ import annotations

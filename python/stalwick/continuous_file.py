@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Channel files, .vcs: the samples of one channel."""
 
 from __future__ import annotations

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """The compiled module, where the package was made with it."""
 
 from __future__ import annotations

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """What goes wrong, in one line: which file, where, why, and what to do."""
 
 from __future__ import annotations

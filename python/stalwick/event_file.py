@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Event files, .vev: changes of the TTL input."""
 
 from __future__ import annotations

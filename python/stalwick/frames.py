@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """From channel after channel to sample after sample."""
 
 from __future__ import annotations

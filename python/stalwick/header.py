@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """The header block: lines of key, blank and value, in one order (docs/output-files.md)."""
 
 from __future__ import annotations

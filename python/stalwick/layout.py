@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """The layouts of docs/output-files.md as NumPy types. All numbers are little-endian."""
 
 from __future__ import annotations

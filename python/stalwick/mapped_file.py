@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """A file's header block, and its records mapped into memory."""
 
 from __future__ import annotations

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Recordings, .ord, without converting them: samples are decoded when they are asked for."""
 
 from __future__ import annotations

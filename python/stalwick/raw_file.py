@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Raw data files, .vrd: all A/D channels at one sample instant a record."""
 
 from __future__ import annotations

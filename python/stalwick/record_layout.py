@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Which samples stand in which record, and when."""
 
 from __future__ import annotations

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """What a session and a recording share: groups of channels, the A/D channels first of all."""
 
 from __future__ import annotations

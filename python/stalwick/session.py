@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """One directory of outputs: everything that was converted from one recording."""
 
 from __future__ import annotations

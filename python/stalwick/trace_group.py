@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """What every group of channels can do, wherever its samples come from."""
 
 from __future__ import annotations

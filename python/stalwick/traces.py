@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Reading samples: what a group of channels, a session and a recording offer alike."""
 
 from __future__ import annotations

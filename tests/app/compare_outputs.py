@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Compares two conversions of one recording, of which the second was made once or twice.
 
   compare_outputs.py EXPECTED_DIRECTORY ACTUAL_DIRECTORY once|twice

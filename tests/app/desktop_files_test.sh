@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Installs the program and checks the desktop's files with the desktop's own tools.
 #   desktop_files_test.sh BUILD_DIRECTORY
 set -euo pipefail

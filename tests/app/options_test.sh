@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # The window's program responds to --version and --help without a display, and exits.
 #   options_test.sh BUILD_DIRECTORY
 set -euo pipefail

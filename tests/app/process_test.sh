@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Converts recordings with the program itself, by keyboard and mouse alone, and compares the files
 # with those of stalwick-convert.
 #   process_test.sh BUILD_DIRECTORY

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include <QtTest>
 
 #include "app/qt_text.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/app/read_gate.h"
 
 namespace stalwick::test {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Draws the program's windows into PNG files: window_screenshots DIRECTORY light|dark RECORDING...
 // The scale is Qt's own (QT_SCALE_FACTOR). scripts/screenshots.sh makes the recordings.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include <QProcess>
 
 #include "tests/app/window_test.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A minimal session manager for the X desktop's protocol: prints the address for SESSION_MANAGER,
 // then, for each line on standard input, asks its client to agree to the end of the session and
 // prints "granted" or "refused".

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The window of a process that cannot start another thread.
 
 #include <cerrno>

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Windows and keys for scripts that use the program like a user; sourced by bash, on a display with
 # a window manager (scripts/with-display.sh). `main` is the main dialog's caption, `window` the
 # number that window_named returned for it, `program` the process.

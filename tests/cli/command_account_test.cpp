@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The command's report on each recording and on all of them, and the matching exit status.
 
 #include <algorithm>

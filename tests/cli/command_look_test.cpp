@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What the command sees before it converts: recordings that are none, and those converted already.
 
 #include <filesystem>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Recordings that come through a named pipe whose writer opens it only once.
 
 #include <csignal>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Signals to the command, on a recording that never ends: a named pipe fed by the test.
 
 #include <csignal>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The command as its users run it: exit status, standard output, standard error, files.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A night of forty recordings in which nearly everything goes wrong: the summary names exactly
 // those that are not whole, on a terminal and without one.
 

@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """`stalwick-convert --page`: pages beside outputs, whose bytes they do not change.
 
   page_test.py CONVERT ORD_SYNTH

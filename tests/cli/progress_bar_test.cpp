@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "cli/progress_bar.h"
 
 #include <algorithm>

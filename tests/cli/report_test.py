@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Checks the reports of stalwick-convert --report against their schema and against the outputs.
 
   report_test.py CONVERT INSPECT ORD_SYNTH DOCS_DIRECTORY

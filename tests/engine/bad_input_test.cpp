@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Inputs that no sane recorder writes: a text reports what is wrong, and there is no output file.
 
 #include <string>

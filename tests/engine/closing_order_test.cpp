@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The order in which a successful conversion closes its files.
 
 #include <map>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "engine/converted_outputs.h"
 
 #include <gtest/gtest.h>

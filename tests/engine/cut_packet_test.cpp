@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A recorder that was switched off inside its last packet, as opposed to damage near the end of a
 // recording.
 

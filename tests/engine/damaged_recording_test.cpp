@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Recordings that end in damage or cannot be read to their end: each output keeps exactly the full
 // blocks of 5000 records filled by then, regardless of the pieces in which its data were written.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The rules of the conversion loop, each on a recording small enough to calculate by hand.
 
 #include <cstring>

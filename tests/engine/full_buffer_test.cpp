@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Recordings that fill the buffers of 5000 records.
 
 #include <string>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Outputs that cannot be made, filled or closed: what is reported, and what stays untouched.
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What is said where a recording's header and packets do not agree with each other, or with what
 // was asked for.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Existing outputs are never overwritten.
 
 #include <algorithm>

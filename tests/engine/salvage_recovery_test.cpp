@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The outputs of conversions that skip damage, compared with those of the same recording before it
 // was damaged.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Conversions that skip what is damaged.
 
 #include <cstring>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Whole conversions on a thread with a stack of 512 KiB: good recordings, and malicious ones.
 
 #include <string>

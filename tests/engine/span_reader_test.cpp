@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The spans of a recording are the same, and end the same way, whether read on request or ahead.
 
 #include "engine/span_reader.h"

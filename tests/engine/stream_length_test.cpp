@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Whole conversions of streams that end anywhere.
 
 #include <optional>

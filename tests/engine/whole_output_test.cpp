@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Compares every byte of every output with a conversion that shares no code with the program.
 
 #include <string>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Conversions with a second thread that writes: the same bytes, and the same results when writes
 // fail.
 

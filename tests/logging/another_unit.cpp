@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/logging/another_unit.h"
 
 #include "logging/console_logger.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "logging/console_logger.h"
 
 #include <cstdio>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Messages of a program that also writes wide text itself. The first wide character makes standard
 // output a wide stream, which then accepts no narrow text; this only shows in a separate process.
 

@@ -51,3 +51,5 @@ catch problem
 end
 error('check:refused', 'nothing was refused: %s', func2str(action));
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

@@ -52,3 +52,5 @@ id = fopen(path, 'w');
 fwrite(id, bytes, 'uint8');
 fclose(id);
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "ord/bit_reader.h"
 
 #include <array>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "ord/header_fields.h"
 
 #include <cstdint>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Compares the header matcher with the patterns that it implements, run by the standard library's
 // regular expressions on small texts in which every character is a corner case.
 

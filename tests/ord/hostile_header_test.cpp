@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Headers that make a backtracking or recursing matcher hang or run out of stack.
 
 #include <string>

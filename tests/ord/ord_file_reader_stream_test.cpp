@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // How the stream is split into spans of 50,000 bytes, which decides what becomes of a damaged one.
 
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "ord/ord_file_reader.h"
 
 #include <memory>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Compares the decoder with the plain bit-at-a-time one, on packets of every shape and on damaged
 // ones.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The stream over recordings with known damage: every packet that it returns was recorded, has its
 // right position, and nearly all undamaged packets are returned.
 

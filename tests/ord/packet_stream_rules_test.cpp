@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The rules by which a stream distinguishes packets from damage, each where it decides.
 
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/ord/streamed_recording.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What the readers say of files that are not whole.
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "outputs/event_file.h"
 
 #include <vector>

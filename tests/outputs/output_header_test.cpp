@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "outputs/output_header.h"
 
 #include <gtest/gtest.h>

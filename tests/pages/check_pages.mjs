@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Opens pages in headless Chromium, narrow and wide, light and dark, and printed, and ends with
 // status 1 if an accessibility rule of axe-core is broken, something is cut or labels overlap:
 //   check_pages.mjs MODULES PICTURES PAGE.html...

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A signal does not disturb the work that it interrupts. Linux only.
 
 #include <atomic>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Files and directories, with calls that do little at a time or fail.
 
 #include <cstring>

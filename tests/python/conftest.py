@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Fixtures that run the programs under build; CTest names them in the environment."""
 
 from __future__ import annotations

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // dump_outputs FILE...: the contents of outputs according to the C++ readers, as bytes on standard
 // output for test_cpp_readers.py: for a .vcs all samples, then their times; for a .vev times, then
 // values; for a .vrd times, TTL values and values, each as long as the numbers in the files.

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Builds and reads output files byte by byte, from docs/output-files.md and with struct alone:
 nothing here is shared with the package under test."""
 

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Recordings and sets of outputs that the tests of all readers go through."""
 
 from __future__ import annotations

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """The flat file for spike sorters and its sidecar."""
 
 import json

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """python -m stalwick DIRECTORY."""
 
 import os

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Channel files: samples, times, gaps, and what damage is found."""
 
 import struct

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Recordings of every version and switch, converted by the command and read by the package: the
 same numbers as the plain reader of output_files.py finds in the same bytes."""
 

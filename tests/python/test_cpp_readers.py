@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Python and the C++ readers give the same numbers."""
 
 from __future__ import annotations

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """A thousand random changes of bytes and lengths: a damaged set raises, or what is read is exactly
 what the changed bytes say, and then the change is one that the format cannot show."""
 

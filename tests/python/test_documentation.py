@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """A reference can be made from the docstrings: every public name has one, and its sections name
 every parameter, attribute and result."""
 

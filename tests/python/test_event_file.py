@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Event files: times, values, lines."""
 
 from pathlib import Path

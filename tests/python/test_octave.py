@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """The functions for MATLAB and Octave, run by Octave: the same numbers as the plain reader of
 output_files.py finds in the same bytes, and errors for damage."""
 

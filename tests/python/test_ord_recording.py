@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Recordings that are read without converting them: the same numbers as their outputs have."""
 
 from __future__ import annotations

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Raw data files: values, times, TTL, checksums, records of other lengths."""
 
 import struct

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Sets of files: what belongs together, and what is read together."""
 
 import shutil

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """The package as people install it: a wheel made without the network, in a new environment."""
 
 import os

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/support/faulty_file_calls.h"
 
 #include <algorithm>

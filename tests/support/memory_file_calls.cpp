@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/support/memory_file_calls.h"
 
 #include <algorithm>

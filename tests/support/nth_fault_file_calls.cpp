@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/support/nth_fault_file_calls.h"
 
 namespace stalwick::test {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/support/small_stack_thread.h"
 
 #include <stdexcept>

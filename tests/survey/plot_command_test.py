@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Pictures of `stalwick-inspect plot`, held against the truth of ord_synth and the event file.
 
   plot_command_test.py INSPECT CONVERT ORD_SYNTH [--png]

@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Pages of `stalwick-inspect report`, held against the truth of ord_synth, and their signal figures
 against NumPy on the same samples.
 

@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """What `stalwick-inspect info` finds in damaged recordings, held against the truth of ord_synth.
 
   synth_truth_test.py INSPECT ORD_SYNTH

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Small parts of pictures of traces.
 
 #include <string>

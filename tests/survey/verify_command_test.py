@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """`stalwick-inspect verify` as a process, on what stalwick-convert makes.
 
   verify_command_test.py INSPECT CONVERT ORD_SYNTH

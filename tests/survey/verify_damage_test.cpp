@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // VerifyOutputs on sets in which a byte was changed, a file was truncated, or two were swapped.
 
 #include <random>

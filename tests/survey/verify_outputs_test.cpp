@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What VerifyOutputs reports about whole sets of outputs, and about those that are not.
 
 #include "survey/verify_outputs.h"

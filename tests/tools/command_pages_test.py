@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Checks the manual pages and shell completions with the programs that read them.
 
   command_pages_test.py PAGES_DIRECTORY CONVERT INSPECT

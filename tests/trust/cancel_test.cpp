@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A conversion canceled at each of its blocks of data.
 
 #include <gtest/gtest.h>

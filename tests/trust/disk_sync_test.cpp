@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The wait for the disk as the system sees it: the linker resolves fdatasync and fsync to those in
 // this file instead of the C library's.
 

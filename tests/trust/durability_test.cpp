@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The order of the file calls: a header is written only after the data it describes are on the
 // disk.
 

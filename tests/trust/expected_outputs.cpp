@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/trust/expected_outputs.h"
 
 namespace stalwick::test {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/trust/failing_allocations.h"
 
 #include <atomic>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // One conversion for every file call that it makes, in which that call fails; once for every kind
 // of fault. Each time: the status text that belongs to the call, a detail with file and reason,
 // valid files, and all earlier files unchanged.

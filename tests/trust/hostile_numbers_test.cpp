@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Properties that hold for any numbers in headers and packets. The sanitizer builds of this program
 // also detect undefined behaviour (make test-asan).
 

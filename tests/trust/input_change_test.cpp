@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A recording that changes, vanishes or fails while it is read.
 
 #include <filesystem>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What a killed conversion keeps: all but the newest records of every file. For short recordings
 // that is more than blocks of 5000 records would leave, and for long ones never less.
 

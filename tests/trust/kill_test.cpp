@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The command killed at random moments: it leaves beginnings of its outputs, and the next run
 // neither stumbles over them nor changes them.
 

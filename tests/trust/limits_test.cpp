@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The command under the limits that a system sets for a process.
 
 #include <csignal>

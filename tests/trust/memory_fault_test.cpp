@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // One conversion for every allocation that it makes, in which that one fails: the command ends in
 // order, and the files it leaves are valid.
 

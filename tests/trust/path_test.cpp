@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Names and places of every kind that a file system accepts.
 
 #include <algorithm>

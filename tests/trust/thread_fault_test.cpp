@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Conversions by a process that cannot start another thread: slower, and otherwise the same.
 
 #include <gtest/gtest.h>

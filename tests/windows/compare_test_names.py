@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Holds the names of the test cases that were built for Windows against those for Linux.
 
 Every case of the engine and the command that Linux runs must be there on Windows too, but for

@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Converts the same recordings with the Linux command and, under wine, with the Windows command.
 
 Every output must be the same, byte for byte, but for its path, its times and its UUID, and those

@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Uses the window under wine like a user: opens a recording, converts it, opens the About box from
 # the system menu and from the window's own, and closes the window. The outputs are compared with
 # those of the command. Run it on a display with a window manager:

@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Forty recordings through Snakemake's Slurm profile and through the array script.
 
   cluster_test.py BUILD

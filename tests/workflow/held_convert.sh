@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # stalwick-convert for tests; $STALWICK_HOLD/log gets the name of each recording. A recording with
 # a file of the same name in $STALWICK_HOLD is read through a pipe that trickles for minutes, once:
 # its conversion can be canceled or killed in the middle.

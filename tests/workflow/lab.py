@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """A directory with recordings, their table and settings, for the tests of the workflow."""
 
 from __future__ import annotations

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """A Slurm of one node on this machine, for tests: munged, slurmctld and slurmd of a directory.
 
 They listen on 127.0.0.1 only, account for nothing and need neither systemd nor cgroups."""

@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Tests stalwick-cluster, the steps of the workflow, with the real commands.
 
   steps_test.py CONVERT INSPECT ORD_SYNTH

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "writers/block_pool.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // How much of the buffered records reaches the channel files: at a full block, at the end, at a
 // failure.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "writers/csc_file_writer_container.h"
 
 #include <limits>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "writers/data_file.h"
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "command_pages/command_text.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include <string>
 
 #include "command_pages/completions.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Writes the manual pages and the shell completions of the commands, from the options that the
 // commands declare to their parsers:
 //   command_pages PROSE_DIRECTORY OUTPUT_DIRECTORY RELEASE_DATE

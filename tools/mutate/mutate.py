@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Changes one thing at a time in the product's sources and looks whether a test notices.
 
 Works on a copy of the commit that is checked out; the checkout itself is never touched. What was

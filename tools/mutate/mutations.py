@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Finds the places of a C++ source where one operator, constant or call can be changed."""
 
 import dataclasses

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """A copy of the sources with a build of its own, in which mutants are judged."""
 
 import functools

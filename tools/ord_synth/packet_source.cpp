@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/ord_synth/packet_source.h"
 
 #include <algorithm>

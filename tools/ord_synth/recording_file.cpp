@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/ord_synth/recording_file.h"
 
 #include <cerrno>

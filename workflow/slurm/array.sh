@@ -1,4 +1,6 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
 # One task of the array; submit.sh submits it. Its recordings are every TASKS-th of the table.
 # The time limit's signal comes early (--signal): the recording at hand is canceled, and the task is
 # put into the queue again, and then passes over what is done.

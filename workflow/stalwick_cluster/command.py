@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """The command stalwick-cluster: one step of one recording, several recordings, or the report."""
 
 from __future__ import annotations

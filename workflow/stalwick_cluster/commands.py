@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Runs the commands and hands signals on to them."""
 
 from __future__ import annotations

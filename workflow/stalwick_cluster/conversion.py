@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Convert and salvage: into a directory of the attempt, then by one rename to where it stays.
 
 So what stands in ``converted`` is whole, and no attempt, killed or repeated, writes there twice.

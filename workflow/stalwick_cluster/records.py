@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """What is known of each recording: one JSON file a step, whole or absent."""
 
 from __future__ import annotations

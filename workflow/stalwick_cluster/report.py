@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """The report of a run: what became of each recording, as TSV, JSON and a page."""
 
 from __future__ import annotations

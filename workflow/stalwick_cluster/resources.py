@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """What to ask of the cluster for a recording: memory and minutes, from its survey."""
 
 from __future__ import annotations

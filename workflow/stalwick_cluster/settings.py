@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """The settings of a run, from a TOML file."""
 
 from __future__ import annotations

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Survey, verify and page of one recording, and what every step has in common."""
 
 from __future__ import annotations

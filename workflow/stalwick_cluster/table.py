@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """The table of recordings: tabs or commas between its columns, their names in the first line."""
 
 from __future__ import annotations

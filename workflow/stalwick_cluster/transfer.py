@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Outputs on their way: from where they were made to where they stay, with their checksums."""
 
 from __future__ import annotations

@@ -25,3 +25,5 @@ close = onCleanup(@() fclose(id));
 fseek(id, 16384, 'bof');
 words = fread(id, [10, file.numRecords], '10*uint16=>uint16', 1024);
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

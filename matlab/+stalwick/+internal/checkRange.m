@@ -10,3 +10,5 @@ if first < 1 || last > count || last < first - 1
         path, first, last, count);
 end
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

@@ -4,3 +4,5 @@ byte = 16384 + record * recordSize + offset;
 error('stalwick:damaged', '%s: record %d (byte %d): %s; convert the recording again', ...
     path, record, byte, reason);
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

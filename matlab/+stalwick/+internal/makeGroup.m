@@ -96,3 +96,5 @@ else
     end
 end
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

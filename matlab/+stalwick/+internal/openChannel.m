@@ -14,3 +14,5 @@ if file.numRecords > 0
     end
 end
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

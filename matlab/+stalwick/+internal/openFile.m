@@ -29,3 +29,5 @@ function incomplete(path, reason)
 error('stalwick:incomplete', ['%s: %s; convert the recording again, or read the whole records ' ...
     'that are there with ''AllowIncomplete'', true'], path, reason);
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

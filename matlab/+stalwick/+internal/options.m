@@ -11,3 +11,5 @@ for k = 1:2:numel(arguments)
     result.([lower(name(1)), name(2:end)]) = arguments{k + 1};
 end
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

@@ -121,3 +121,5 @@ end
 function fail(path, byte, reason)
 error('stalwick:damaged', '%s: byte %d: %s; convert the recording again', path, byte, reason);
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

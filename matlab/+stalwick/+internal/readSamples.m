@@ -36,3 +36,5 @@ if ~isempty(wrong)
         [what ' is not that of the other channels']);
 end
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

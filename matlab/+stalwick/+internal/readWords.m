@@ -36,3 +36,5 @@ if size(words, 2) ~= last - first + 1
     error('stalwick:damaged', '%s: it became shorter while it was read', file.path);
 end
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

@@ -18,3 +18,5 @@ end
 heads.times = reshape(typecast(reshape(words(1:4, :), [], 1), 'int64'), [], 1);
 heads.counts = counts(:);
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

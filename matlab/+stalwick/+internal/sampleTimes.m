@@ -15,3 +15,5 @@ all = all(used);
 skipped = first - 1 - layout.starts(a);
 times = reshape(all(skipped + 1:skipped + last - first + 1), [], 1);
 end
+
+% SPDX-License-Identifier: BSD-3-Clause

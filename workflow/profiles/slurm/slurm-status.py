@@ -1,4 +1,6 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
+
 """Tells Snakemake how a Slurm job stands: running, success or failed.
 
 scontrol knows jobs that ended a few minutes ago; for older ones sacct is asked, if it works."""

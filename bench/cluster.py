@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Recordings a minute against workers: bench/cluster.py BUILD_DIRECTORY [SECONDS [RECORDINGS]]
+"""Recordings per minute by number of workers: bench/cluster.py BUILD [SECONDS [RECORDINGS]]
 
-Each worker is stalwick-cluster on a core of its own, as a task of the array, with survey,
+Each worker is stalwick-cluster bound to one core, as a task of the array, with survey,
 conversion and verification. RECORDINGS (default 8) of 256 channels are SECONDS long (default 20)
 and have all outputs, in TMPDIR, which needs 60 MB for each second of each recording. Also prints
 the processor time and the largest memory of each step."""

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Times whole conversions for bench/compare.sh, which says what is measured."""
+"""Times whole conversions for bench/compare.sh, which describes what is measured."""
 
 import json
 import mmap
@@ -48,7 +48,7 @@ def record(name, *options):
 
 
 def touch_memory(size):
-    """Takes memory and gives it back: half as a process's own, and half as pages of a file, both
+    """Takes memory and returns it: half as a process's own, and half as pages of a file, both
     at once."""
     half = ((size >> 22) + 1) << 21
     piece = bytes(1 << 20)
@@ -62,8 +62,8 @@ def touch_memory(size):
 
 
 def warm(size):
-    """Memory that was freed long ago costs several times more to touch. A process of its own does
-    it: the memory of this one counts in the peaks of those that it starts."""
+    """Memory that was freed long ago costs several times more to touch. A separate process does
+    it, because the memory of this one counts in the peaks of those that it starts."""
     process = multiprocessing.Process(target=touch_memory, args=(size,))
     process.start()
     process.join()
@@ -77,7 +77,7 @@ def remove(path):
 
 
 def read_once(*paths):
-    """Brings what a run reads into memory, as the run before it may have pushed it out."""
+    """Brings the input of a run into memory, in case the previous run has displaced it."""
     for path in paths:
         for file in path.rglob("*") if path.is_dir() else [path]:
             if file.is_file():
@@ -88,7 +88,7 @@ def read_once(*paths):
 
 def interleave(commands, size, inputs=()):
     """Runs {name: (its output, command)} in turns; the median of each figure by name. A name that
-    ends in "cold" finds memory as it is some time after it was freed."""
+    ends in "cold" runs with memory that was freed some time ago."""
     runs = {name: [] for name in commands}
     for _ in range(REPEATS):
         for name, (output, command) in commands.items():
@@ -110,7 +110,7 @@ def converting(files, *options, prefix=()):
 
 
 def converted(files, *options):
-    """Converts once; the size of the outputs."""
+    """Converts once and returns the size of the outputs."""
     output, command = converting(files, *options)
     remove(output)
     command()
@@ -194,7 +194,7 @@ def cold_memory(title, recording):
 
 
 def codecs(recording, channels):
-    """The same samples out of zstd and FLAC, which know nothing of files and records."""
+    """The same samples from zstd and FLAC, which have no files and records."""
     size = converted([recording])
     samples, unpacked = work / "samples", work / "unpacked"
     header, record_size, record_head = 16384, 1044, 20

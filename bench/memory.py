@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""The memory that stalwick-convert takes: bench/memory.py BUILD_DIRECTORY [SECONDS]
+"""The memory use of stalwick-convert: bench/memory.py BUILD_DIRECTORY [SECONDS]
 
 Converts recordings of 256 channels with all outputs, one second and SECONDS (default 100) long, and
-a few damaged ones, and prints the peak of each; none is below what this script takes itself, about
+a few damaged ones, and prints the peak of each; none is below this script's own, about
 15 MB. TMPDIR needs 60 MB for each of SECONDS. A conversion that ends with another exit status than
-it should ends this too."""
+expected ends this script too."""
 
 import os
 import subprocess

@@ -1,12 +1,12 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Measures the Python package on a recording made for the purpose:
+"""Measures the Python package on a synthetic recording:
 
 bench/python.py BUILD [SECONDS]      256 channels; SECONDS is 60 if not given
 
-Needs room for 51 MB a second in TMPDIR, all of it in the page cache; a directory in memory
-leaves the disk out. Seven rounds, in each everything once; the medians are printed, of wall time
+Needs room for 51 MB per second in TMPDIR, all of it in the page cache; a directory in memory
+leaves the disk out. Runs everything once in each of seven rounds; prints the medians of wall time
 and of processor time, which all threads add to. Every result is compared before it is timed.
 """
 
@@ -65,7 +65,7 @@ def check(session: stalwick.Session, recording: stalwick.OrdRecording, target: P
 
 
 def memory_of(session: stalwick.Session, units: str) -> float:
-    """The peak of memory in relation to what is returned."""
+    """The peak of memory relative to the size of the result."""
     tracemalloc.start()
     size = session.traces(None, 1000, 1000 + SECOND, units).nbytes
     peak = tracemalloc.get_traced_memory()[1] / size

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""What became slower or larger: bench/regressions.py RATIOS [BASELINE]
+"""Reports what became slower or larger: bench/regressions.py RATIOS [BASELINE]
 
-Compares the ratios that bench/compare.sh wrote with the committed ones, bench/baseline.json. Less is
-better in all of them. Names each that is worse by more than 15 %, and ends with status 1 if there is
+Compares the ratios that bench/compare.sh wrote with the committed ones, bench/baseline.json. Smaller is
+better for all of them. Names each that is worse by more than 15 %, and exits with status 1 if there is
 one. To accept new ones: cp RATIOS bench/baseline.json."""
 
 import json

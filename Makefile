@@ -1,13 +1,13 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-# For people; the build itself is CMake's (CMakePresets.json).
+# For people; the build itself is in CMake (CMakePresets.json).
 #   make demo      what the program does, on a recording made for the purpose
 #   make test      every test
 #   make bench     speed and memory (docs/performance.md)
 #   make screenshots   every window, light and dark, at 100 % and 200 %
 #   make check-pages   pages of recordings in a browser
 #   make test-windows, make windows-app, make package-windows      docs/building-windows.md
-# Each installs the Debian packages that it needs and that are missing.
+# Each target installs the Debian packages that it needs if they are missing.
 
 PRESET ?= release
 PREFIX ?= /usr/local
@@ -23,7 +23,7 @@ build:
 	cmake --preset $(PRESET)
 	cmake --build --preset $(PRESET)
 
-# Only what it runs, so that the first look does not wait for the window and the tests.
+# Builds only what it runs, so that the first look does not wait for the window and the tests.
 demo:
 	scripts/install-deps.sh
 	cmake --preset $(PRESET)
@@ -50,8 +50,8 @@ test-asan:
 test-tsan:
 	$(MAKE) test PRESET=tsan
 
-# The same for what works with threads below the window: the part that the check run has time for. Streams cut at
-# every byte are conversions like the others' and left to the other runs.
+# The same for all code with threads except the window: the part that the check run has time for. Streams cut at
+# every byte are conversions like any other and left to the other runs.
 test-tsan-engine:
 	scripts/install-deps.sh
 	cmake --preset tsan-engine
@@ -65,19 +65,19 @@ fuzz:
 	cmake --build --preset fuzz
 	scripts/fuzz.sh build/fuzz $(FUZZ_SECONDS)
 
-# Two thousand kills, thousands of other numbers, ten minutes for each fuzz target (docs/testing.md).
+# Two thousand kills, thousands of other random numbers, ten minutes for each fuzz target (docs/testing.md).
 soak: build
 	scripts/soak.sh $(BUILD)
 	$(MAKE) fuzz FUZZ_SECONDS=600
 
-# Forty recordings through a Slurm of this machine, which the test starts and stops (docs/testing.md).
+# Forty recordings through a Slurm on this machine, which the test starts and stops (docs/testing.md).
 test-cluster:
 	scripts/install-deps.sh build cluster
 	cmake --preset $(PRESET)
 	cmake --build --preset $(PRESET) --target stalwick-convert stalwick-inspect ord_synth
 	tests/workflow/cluster_test.py $(BUILD)
 
-# What the tests run of ord/, writers/ and engine/; the report is build/coverage/report.html.
+# How much of ord/, writers/ and engine/ the tests run; the report is build/coverage/report.html.
 coverage:
 	scripts/install-deps.sh build test coverage
 	cmake --preset coverage
@@ -103,8 +103,8 @@ windows-app:
 	    STALWICK_QT_PREFIX="$$(packaging/windows/build-qt.sh)" cmake --preset windows-app
 	cmake --build --preset windows-app
 
-# The window's tests under wine, on a display of their own, and the window used as its user would;
-# pictures of that are in build/windows-app/window-pictures.
+# The window's tests under wine, on a separate display, and the window in use; pictures of it are in
+# build/windows-app/window-pictures.
 test-windows-app: windows-app
 	scripts/with-display.sh ctest --preset windows-app --label-regex '^app$$'
 	scripts/with-display.sh tests/windows/use_window.sh build/windows-app
@@ -133,7 +133,7 @@ screenshots:
 	cmake --build --preset $(PRESET) --target window_screenshots ord_synth
 	scripts/screenshots.sh $(BUILD)
 
-# Pages of recordings in headless Chromium: nothing cut, no rule of accessibility broken.
+# Pages of recordings in headless Chromium: nothing cut off, no accessibility rule broken.
 check-pages:
 	scripts/install-deps.sh build test pages
 	cmake --preset $(PRESET)

@@ -3,25 +3,25 @@ function session = readSession(directory, varargin)
 %
 %   session = stalwick.readSession(directory)
 %   session = stalwick.readSession(directory, 'AllowIncomplete', true)
-%   session = stalwick.readSession(directory, 'Suffix', '_01')   of a further conversion into it
+%   session = stalwick.readSession(directory, 'Suffix', '_01')   of a further conversion into the directory
 %
 %   session.channels           names of the A/D channels, {'CSC1', 'CSC2', ...}
-%   session.samplingFrequency  samples a second
+%   session.samplingFrequency  samples per second
 %   session.numSamples         of each A/D channel
 %   session.traces(channels, first, last)
 %                              int16, (sample, channel); channels are names or positions, [] all;
 %                              samples first to last, from 1. Read from the files when called
 %   session.times(first, last) int64 column, microseconds
 %   session.gaps               where the records' times step (see stalwick.readVcs)
-%   session.events             as of stalwick.readVev; [] without an event file
+%   session.events             as from stalwick.readVev; [] without an event file
 %   session.Base, session.AFE, session.Ultrasonic
 %                              groups with channels, samplingFrequency, numSamples, traces, times;
-%                              [] where there are none
+%                              [] if there are none
 %   session.rawPath            for stalwick.readVrd; '' without a raw data file
-%   session.shortChannels      A/D channels that packets did not carry: read them by readVcs
-%   session.headers            the header's fields of every file, by its name
+%   session.shortChannels      A/D channels that some packets lack: read them with readVcs
+%   session.headers            the header fields of every file, by its name
 %
-%   Files that are damaged, of different recordings or not each other's equals are errors.
+%   Damaged files, files of different recordings and files that do not match are errors.
 options = stalwick.internal.options(varargin);
 files = openAll(directory, options);
 names = fieldnames(files);
@@ -71,7 +71,7 @@ end
 end
 
 function files = openAll(directory, options)
-% Every file by its entity, CSC1, ...; those of other conversions into the directory are left out.
+% Every file by its entity, CSC1, ...; those of other conversions are left out.
 found = dir(directory);
 files = struct();
 first = [];

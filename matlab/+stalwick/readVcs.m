@@ -8,13 +8,13 @@ function file = readVcs(path, varargin)
 %   file.samples            int16 column
 %   file.times              int64 column, microseconds
 %   file.microvoltsPerStep  double(file.samples) * this are microvolts
-%   file.samplingFrequency  samples a second
+%   file.samplingFrequency  samples per second
 %   file.numSamples         in the whole file
-%   file.gaps               struct array, one a step of the records' times: it is after sample
+%   file.gaps               struct array, one per step of the records' times: it is after sample
 %                           startSample and before sample endSample, and missingSamples long
-%   file.name, file.header  the channel's name; the header's fields
+%   file.name, file.header  the channel's name; the header fields
 %
-%   A file that is not what the format says is an error that names file, record and byte; records
+%   A file that violates the format is an error that names file, record and byte; records
 %   and bytes count from 0. docs/output-files.md describes the format.
 options = stalwick.internal.options(varargin);
 file = stalwick.internal.openChannel(path, options.allowIncomplete);

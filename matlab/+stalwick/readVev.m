@@ -2,16 +2,16 @@ function file = readVev(path, varargin)
 %READVEV  The TTL events of an event file (.vev).
 %
 %   file = stalwick.readVev(path)
-%   file = stalwick.readVev(path, 'AllowIncomplete', true)   without a record that is cut
+%   file = stalwick.readVev(path, 'AllowIncomplete', true)   without a truncated record
 %
 %   file.times    int64 column, microseconds
 %   file.ttl      uint8 column: the new value of all lines; line 0 is the lowest bit
 %   file.changed, file.rising, file.falling
-%                 uint8 columns: the lines that changed, went high, went low, a bit a line. They
-%                 are 0 for the first event: the file does not say what the value was before it.
-%   file.header   the header's fields
+%                 uint8 columns: the lines that changed, went high, went low, one bit per line. They
+%                 are 0 for the first event: the file does not contain the value before it.
+%   file.header   the header fields
 %
-%   A file that is not what the format says is an error that names file, record and byte; records
+%   A file that violates the format is an error that names file, record and byte; records
 %   and bytes count from 0.
 options = stalwick.internal.options(varargin);
 file = stalwick.internal.openFile(path, 'Event', options.allowIncomplete);

@@ -10,11 +10,11 @@ function file = readVrd(path, varargin)
 %   file.times              int64 column, microseconds
 %   file.ttl                uint8 column, the TTL value at each sample
 %   file.numSamples         in the whole file
-%   file.samplingFrequency  samples a second
-%   file.header             the header's fields
+%   file.samplingFrequency  samples per second
+%   file.header             the header fields
 %
-%   Every record that is read is checked, its checksum too; a wrong one is an error that names
-%   file, record and byte, which count from 0. Files whose records have different lengths, of
+%   Every record that is read is checked, including its checksum; a wrong one is an error that
+%   names file, record and byte, which count from 0. Files with records of different lengths, from
 %   recordings whose packets describe different numbers of channels, are refused: Python reads them.
 options = stalwick.internal.options(varargin);
 file = stalwick.internal.openFile(path, 'Raw', options.allowIncomplete);
@@ -33,7 +33,7 @@ file.microvoltsPerStep = 0.015625;
 end
 
 function channels = valuesInRecord(file, allowIncomplete)
-% Of the header, unless the packets describe another number. The last record shows which it is.
+% From the header, unless the packets describe another number. The last record shows which.
 channels = file.header.NumADChannels;
 if file.size == 0
     return

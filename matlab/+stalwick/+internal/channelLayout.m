@@ -1,5 +1,5 @@
 function layout = channelLayout(file)
-%CHANNELLAYOUT  Which samples stand in which record of a channel file, and when.
+%CHANNELLAYOUT  Which samples are in which record of a channel file, and when.
 %
 %   layout.times (int64), layout.counts, layout.starts: samples before each record, and of all;
 %   layout.rate

@@ -1,5 +1,5 @@
 function [first, last] = checkRange(range, count, path)
-%CHECKRANGE  The samples that were asked for, from 1; [n + 1, n] is an empty range.
+%CHECKRANGE  The requested samples, from 1; [n + 1, n] is an empty range.
 if isempty(range)
     range = [1 count];
 end

@@ -1,5 +1,5 @@
 function gaps = findGaps(layout)
-%FINDGAPS  Steps of time between records that are not the length of the first.
+%FINDGAPS  Steps of time between records that differ from the length of the first.
 %
 %   The gap is in the record with samples startSample to endSample, from 1. Record times can lag
 %   by up to nine sample periods, and a lost packet is ten: in between is the limit.

@@ -57,7 +57,7 @@ end
 end
 
 function checkEnds(members, layout)
-% The last record of each channel shows whether it ends as the others do.
+% The last record of each channel shows whether it ends like the others.
 if layout.starts(end) > 0
     for k = 2:numel(members)
         stalwick.internal.readSamples(members{k}, layout, layout.starts(end), layout.starts(end));

@@ -1,8 +1,8 @@
 function file = openFile(path, type, allowIncomplete)
 %OPENFILE  Header and size of an output; type is CSC, Event or Raw.
 %
-%   file.path, file.header, file.size: bytes after the header block, of whole records where the
-%   type has records of one length.
+%   file.path, file.header, file.size: bytes after the header block, only whole records
+%   if the type has records of one length.
 id = fopen(path, 'r', 'ieee-le');
 if id < 0
     error('stalwick:open', '%s: cannot open it', path);

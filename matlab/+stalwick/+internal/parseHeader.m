@@ -1,5 +1,5 @@
 function header = parseHeader(block, path, type)
-%PARSEHEADER  The fields of a header block by their keys; every line must be what the format says.
+%PARSEHEADER  The fields of a header block by their keys; every line must match the format.
 if numel(block) < 16384
     fail(path, numel(block), 'the file ends inside its header block of 16384 bytes');
 end

@@ -2,7 +2,7 @@ function samples = readSamples(file, layout, first, last)
 %READSAMPLES  Samples first to last, from 1, as an int16 column.
 %
 %   The layout may be that of another channel of the group: a record whose time or number of
-%   samples is not the layout's is an error.
+%   samples differs from the layout is an error.
 if last < first
     samples = zeros(0, 1, 'int16');
     return

@@ -2,7 +2,7 @@ function words = readWords(file, wordsInRecord, type, first, last)
 %READWORDS  Records first to last, from 1, as words(word, record).
 %
 %   readWords(file, n, type, [a b ...]) reads these records one by one. `last` may be beyond the
-%   end. Mapped into memory where memmapfile is there, read otherwise.
+%   end. Mapped into memory if memmapfile exists, otherwise read.
 bytesInWord = 2 + 2 * strcmp(type, 'uint32');
 count = floor(file.size / (bytesInWord * wordsInRecord));
 if nargin < 5

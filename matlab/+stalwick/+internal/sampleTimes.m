@@ -1,6 +1,6 @@
 function times = sampleTimes(layout, first, last)
 %SAMPLETIMES  Microseconds of samples first to last, from 1: the record's time and one sample
-%   period a sample, truncated.
+%   period per sample, truncated.
 if last < first
     times = zeros(0, 1, 'int64');
     return

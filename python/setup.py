@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""A wheel with the decoder is one for this system; without it, one for all."""
+"""A wheel with the decoder is for this system; without it, for every system."""
 
 from pathlib import Path
 

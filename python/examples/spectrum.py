@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Writes the power spectrum of a whole session, a line a frequency:
+"""Writes the power spectrum of a whole session, one line per frequency:
 
 spectrum.py DIRECTORY SPECTRUM.csv
 """
@@ -14,9 +14,9 @@ import stalwick
 
 
 def spectrum(session: stalwick.Session) -> tuple[NDArray[np.float64], NDArray[np.float64]]:
-    """Frequencies in Hz and power density [frequency, channel] in square microvolts a Hz.
+    """Frequencies in Hz and power density [frequency, channel] in square microvolts per Hz.
 
-    Pieces of one second, each half over the one before: memory does not grow with the session.
+    Pieces of one second that overlap by half: memory does not grow with the session.
     """
     rate = int(session.sampling_frequency)
     window = np.hanning(rate)

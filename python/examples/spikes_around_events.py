@@ -22,7 +22,7 @@ def find_spikes(session: stalwick.Session, channel: str) -> NDArray[np.int64]:
     rate = session.sampling_frequency
     step = int(10 * rate)
     first = session.traces([channel], 0, min(step, session.num_samples), "uV")[:, 0]
-    # The median is not moved by the spikes; 0.6745 makes it a standard deviation.
+    # Spikes do not move the median; 0.6745 makes it a standard deviation.
     noise = np.median(np.abs(first - np.median(first))) / 0.6745
     found = []
     for start in range(0, session.num_samples, step):
@@ -42,7 +42,7 @@ def find_spikes(session: stalwick.Session, channel: str) -> NDArray[np.int64]:
 def count_around(
     spikes: NDArray[np.int64], events: NDArray[np.int64], rate: float
 ) -> tuple[NDArray[np.float64], NDArray[np.float64]]:
-    """Spikes a second around events, both as samples, and the beginnings of the bins in seconds."""
+    """Spikes per second around events, both as samples, and the starts of the bins in seconds."""
     edges = np.arange(round((BEFORE + AFTER) / BIN) + 1) * BIN - BEFORE
     counts = np.zeros(len(edges) - 1)
     for event in events:

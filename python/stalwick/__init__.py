@@ -1,13 +1,13 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Reads what Veltrosyn Stalwick writes: channel, event and raw data files.
+"""Reads the outputs of Veltrosyn Stalwick: channel, event and raw data files.
 
     import stalwick
     session = stalwick.open_session("recording")
     volts = session.traces(["CSC1", "CSC2"], 0, 30000, units="uV")
 
-The files are mapped into memory; only what is asked for is read and copied. Damaged files raise
-a StalwickError that names file, record and byte. python/README.md says more.
+The files are mapped into memory; only the requested parts are read and copied. Damaged files raise
+a StalwickError that names file, record and byte. python/README.md has more.
 """
 
 from .channel_group import ChannelGroup

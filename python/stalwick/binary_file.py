@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""The flat binary file that spike sorters take: all channels of one sample after the other."""
+"""The flat binary file for spike sorters: all channels of one sample after another."""
 
 from __future__ import annotations
 
@@ -27,8 +27,8 @@ if TYPE_CHECKING:
 
 BinaryType = Literal["int16", "float32"]
 
-#: Bytes of samples that are turned round in one go, at most, and records a channel, at least.
-#: Small ones stay in the cache; NumPy needs large ones, to be mostly copying.
+#: Most bytes of samples to transpose at a time, and fewest records per channel.
+#: Small pieces stay in the cache; NumPy needs large ones, to spend its time copying.
 _CHUNK_BYTES = 16 << 20 if compiled is None else 4 << 20
 _CHUNK_RECORDS = 16
 _MAKERS = 3
@@ -36,7 +36,7 @@ _MAKERS = 3
 
 @dataclass(frozen=True)
 class BinaryExport:
-    """What is written: channels and samples of one group, and where to."""
+    """The contents and the path of the file: channels and samples of one group."""
 
     group: TraceGroup
     channels: list[str]
@@ -58,7 +58,7 @@ class BinaryExport:
 
     @property
     def chunk_samples(self) -> int:
-        """Samples of each channel that are read, turned round and written in one go."""
+        """Samples of each channel that are read, transposed and written at a time."""
         record = SAMPLES_PER_RECORD * max(1, len(self.channels)) * 2
         return SAMPLES_PER_RECORD * max(_CHUNK_RECORDS, _CHUNK_BYTES // record)
 
@@ -67,7 +67,7 @@ class BinaryExport:
         return self.path.with_name(self.path.name + ".json")
 
     def description(self) -> dict[str, Any]:
-        """The sidecar: what whoever reads the binary file must know."""
+        """The sidecar: everything needed to read the binary file."""
         group = self.group
         gain = group.microvolts_per_step if self.dtype == "int16" else 1.0
         has_samples = self.stop > self.start
@@ -114,7 +114,7 @@ class BinaryExport:
             for part, target in zip(parts, targets):
                 part.replace(target)
         except FileExistsError as error:
-            # Not ours: another export may be at work on it.
+            # Not ours: another export may be writing it.
             _remove(made)
             reason = "it exists; remove it if nothing writes it"
             raise StalwickError(f"{error.filename}: {reason}") from None
@@ -141,7 +141,7 @@ def _write_samples(export: BinaryExport, file: BinaryIO, bar: _Bar) -> None:
     waiting: deque[Future[NDArray[Any]]] = deque()
     with ThreadPoolExecutor(_MAKERS - 1) as helpers:
         for number, (start, stop) in enumerate(_chunks(export)):
-            # A maker's memory is free again once its last chunk was written.
+            # The memory of a maker can be reused once its last chunk is written.
             if len(waiting) == _MAKERS - 1:
                 bar.add(_write(file, waiting.popleft().result()))
             waiting.append(helpers.submit(makers[number % _MAKERS].make, start, stop))
@@ -151,7 +151,7 @@ def _write_samples(export: BinaryExport, file: BinaryIO, bar: _Bar) -> None:
 
 
 def _chunks(export: BinaryExport) -> Iterator[tuple[int, int]]:
-    """Ranges of samples; all but the first begin where a record does, to copy whole records."""
+    """Ranges of samples; all except the first begin with a record, to copy whole records."""
     step = export.chunk_samples
     border = export.start - export.start % SAMPLES_PER_RECORD
     for start in range(border, export.stop, step):
@@ -159,7 +159,7 @@ def _chunks(export: BinaryExport) -> Iterator[tuple[int, int]]:
 
 
 class _ChunkMaker:
-    """Makes chunks [sample, channel] in memory of its own, valid until the next one."""
+    """Makes chunks [sample, channel] in its own memory, valid until the next one."""
 
     def __init__(self, export: BinaryExport) -> None:
         shape = (min(export.chunk_samples, export.stop - export.start), len(export.channels))
@@ -188,7 +188,7 @@ def _write(file: BinaryIO, chunk: NDArray[Any]) -> int:
 
 
 class _Bar:
-    """A progress bar on standard error; by default only where that is a terminal."""
+    """A progress bar on standard error; by default only if that is a terminal."""
 
     def __init__(self, total: int, shown: bool | None) -> None:
         self._total = total

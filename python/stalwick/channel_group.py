@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Channels that were sampled together: the A/D channels, an inertial unit, the ultrasonic one."""
+"""Channels that were sampled together: A/D channels, an inertial unit, the ultrasonic channel."""
 
 from __future__ import annotations
 
@@ -48,7 +48,7 @@ class ChannelGroup(TraceGroup):
 
     @property
     def layout(self) -> RecordLayout:
-        """Of the records that all channels have."""
+        """For the records that all channels have."""
         return self._layout
 
     @cached_property
@@ -67,7 +67,7 @@ class ChannelGroup(TraceGroup):
             super().read_frames(names, frames, start)
 
     def close(self) -> None:
-        """Gives the channels' files back."""
+        """Closes the channels' files."""
         for file in [*self.files.values(), *self.short_files.values()]:
             file.close()
 
@@ -104,7 +104,7 @@ class ChannelGroup(TraceGroup):
         return longest
 
     def _check_alike(self, files: list[ContinuousFile]) -> None:
-        """The same rate, and the same number of records that begin and end alike."""
+        """Checks for equal rates and equal numbers of records with the same beginning and end."""
         first = files[0]
         for file in files[1:]:
             if file.rate != first.rate:
@@ -124,7 +124,7 @@ class ChannelGroup(TraceGroup):
 
 
 def _carried(files: list[ContinuousFile]) -> list[ContinuousFile]:
-    """Of an incomplete set, without the A/D channels that no packet carried."""
+    """For an incomplete set, without the A/D channels that no packet carried."""
     for border in PACKET_CHANNELS:
         rest = files[border:]
         if rest and len(files[0].records) and not any(len(file.records) for file in rest):

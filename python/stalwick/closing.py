@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""What is given back at the end of a with statement."""
+"""Closes files at the end of a with statement."""
 
 from __future__ import annotations
 
@@ -10,11 +10,11 @@ from typing import Self
 
 
 class Closing(ABC):
-    """Base of everything that holds files open."""
+    """Base of all classes that hold files open."""
 
     @abstractmethod
     def close(self) -> None:
-        """Gives the files back. Arrays that were taken from them as views keep them open."""
+        """Closes the files. Arrays that are views of them keep them open."""
 
     def __enter__(self) -> Self:
         return self

@@ -34,12 +34,12 @@ _HEAD_WORDS: Final = 5
 _CHANNEL_WORD: Final = 2
 _RATE_WORD: Final = 3
 _COUNT_WORD: Final = 4
-#: Records whose heads are looked at in one go, to keep little in memory.
+#: Number of records whose heads are read at a time, to save memory.
 _SCAN: Final = 1 << 16
 
 
 def sample_type(units: Units, name: str) -> np.dtype[Any]:
-    """What samples of a channel or of a group of that name are read as."""
+    """The type in which samples of a channel or group of that name are read."""
     if units not in ("int16", "uV"):
         raise ValueError(f'units are "int16" or "uV", not {units!r}')
     if units == "uV" and not name.startswith(("AD", "CSC")):
@@ -61,9 +61,9 @@ class ContinuousFile(MappedFile):
     index : int
         Its place in its group, from 0.
     rate : int
-        Samples a second.
+        Samples per second.
     records : numpy.ndarray
-        The file's records as they stand, unchecked: a read-only view of the mapped bytes.
+        The file's raw records, unchecked: a read-only view of the mapped bytes.
     """
 
     def __init__(self, path: str | os.PathLike[str], allow_incomplete: bool = False) -> None:
@@ -81,7 +81,7 @@ class ContinuousFile(MappedFile):
 
     @property
     def sampling_frequency(self) -> float:
-        """Samples a second."""
+        """Samples per second."""
         return float(self.rate)
 
     @property
@@ -91,12 +91,12 @@ class ContinuousFile(MappedFile):
 
     @property
     def gaps(self) -> list[Gap]:
-        """Where the records' times step."""
+        """Places where the records' times step."""
         return self.layout.gaps()
 
     @cached_property
     def layout(self) -> RecordLayout:
-        """Where samples stand. Looks at the head of every record the first time."""
+        """The positions of samples. Reads the head of every record the first time."""
         counts = np.empty(len(self.records), dtype=np.int64)
         times = np.empty(len(self.records), dtype=np.int64)
         for first in range(0, len(self.records), _SCAN):
@@ -127,7 +127,7 @@ class ContinuousFile(MappedFile):
         Raises
         ------
         DamagedFileError
-            A record that was read is not what the format says.
+            A record that was read violates the format.
         """
         first, last = check_range(start, stop, self.num_samples)
         out = np.empty(last - first, dtype=sample_type(units, self.name))
@@ -135,7 +135,7 @@ class ContinuousFile(MappedFile):
         return out
 
     def times(self, start: int | None = None, stop: int | None = None) -> NDArray[np.int64]:
-        """Works out when samples were taken.
+        """Calculates when samples were taken.
 
         Parameters
         ----------
@@ -145,7 +145,7 @@ class ContinuousFile(MappedFile):
         Returns
         -------
         numpy.ndarray of int64
-            Microseconds; docs/output-files.md says from which zero.
+            Microseconds; docs/output-files.md explains from which zero.
         """
         return self.layout.sample_times(*check_range(start, stop, self.num_samples))
 
@@ -155,7 +155,7 @@ class ContinuousFile(MappedFile):
         Parameters
         ----------
         out : numpy.ndarray of int16 or float32
-            What to fill; floats are filled with microvolts.
+            The array to fill; floats are filled with microvolts.
         start : int
             The first sample.
         layout : RecordLayout
@@ -179,7 +179,7 @@ class ContinuousFile(MappedFile):
             np.multiply(values, out.dtype.type(CHANNEL_MICROVOLTS), out=out)
 
     def head(self, record: int) -> tuple[int, int]:
-        """Looks at the head of a record.
+        """Reads the head of a record.
 
         Parameters
         ----------
@@ -189,7 +189,7 @@ class ContinuousFile(MappedFile):
         Returns
         -------
         tuple of int
-            Its time in microseconds, and how many samples it holds.
+            Its time in microseconds, and the number of its samples.
         """
         words = self._words[record, :_HEAD_WORDS]
         return int(words[:2].copy().view("<i8")[0]), int(words[_COUNT_WORD])
@@ -303,7 +303,7 @@ def open_vcs(path: str | os.PathLike[str], *, allow_incomplete: bool = False) ->
     path : path-like
         The file.
     allow_incomplete : bool
-        Whether a file is opened too whose conversion did not reach its end: its whole records.
+        Whether to open a file whose conversion did not reach its end, with its whole records.
 
     Returns
     -------
@@ -315,6 +315,6 @@ def open_vcs(path: str | os.PathLike[str], *, allow_incomplete: bool = False) ->
     IncompleteFileError
         The file's conversion did not reach its end.
     DamagedFileError
-        The file is not what the format says.
+        The file violates the format.
     """
     return ContinuousFile(path, allow_incomplete)

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""The compiled module, where the package was made with it."""
+"""The compiled module, if the package was built with it."""
 
 from __future__ import annotations
 

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""What goes wrong, in one line: which file, where, why, and what to do."""
+"""Errors, as one line: which file, where, why, and what to do."""
 
 from __future__ import annotations
 
@@ -12,7 +12,7 @@ class StalwickError(Exception):
 
 
 class DamagedFileError(StalwickError):
-    """A file that is not what the format says.
+    """A file that violates the format.
 
     Attributes
     ----------
@@ -54,4 +54,4 @@ class InconsistentSetError(StalwickError):
 
 
 class StalwickWarning(UserWarning):
-    """Something that a set lacks and that reading it does not need."""
+    """Something that is missing from a set but not needed to read it."""

@@ -21,7 +21,7 @@ LINES = 8
 
 @dataclass(frozen=True)
 class Events:
-    """The changes of the eight TTL lines, one element an event.
+    """The changes of the eight TTL lines, one element per event.
 
     Attributes
     ----------
@@ -30,8 +30,8 @@ class Events:
     ttl : numpy.ndarray of uint8
         The new value of all lines; line 0 is its lowest bit.
     previous : numpy.ndarray of int16
-        The value before; -1 for the first event where nothing says what it was: the event file
-        does not, the raw data file does.
+        The value before; -1 for the first event if it is unknown: only the raw data file
+        contains it.
     """
 
     times: NDArray[np.int64]
@@ -43,17 +43,17 @@ class Events:
 
     @property
     def changed(self) -> NDArray[np.uint8]:
-        """The lines that changed, a bit a line; 0 where the value before is unknown."""
+        """The lines that changed, one bit per line; 0 if the value before is unknown."""
         return self._known(self.ttl ^ self.previous)
 
     @property
     def rising(self) -> NDArray[np.uint8]:
-        """The lines that went high; 0 where the value before is unknown."""
+        """The lines that went high; 0 if the value before is unknown."""
         return self._known(self.ttl & ~self.previous)
 
     @property
     def falling(self) -> NDArray[np.uint8]:
-        """The lines that went low; 0 where the value before is unknown."""
+        """The lines that went low; 0 if the value before is unknown."""
         return self._known(self.previous & ~self.ttl.astype(np.int16))
 
     def rising_times(self, line: int) -> NDArray[np.int64]:
@@ -89,7 +89,7 @@ class Events:
         return chosen
 
     def with_initial(self, ttl: int) -> Events:
-        """Says what the lines were before the first event.
+        """Supplies the value of the lines before the first event.
 
         Parameters
         ----------
@@ -127,7 +127,7 @@ class EventFile(MappedFile):
     header : dict
         Its header fields by their keys without the leading "-".
     records : numpy.ndarray
-        The file's records as they stand, unchecked: a read-only view of the mapped bytes.
+        The file's raw records, unchecked: a read-only view of the mapped bytes.
     """
 
     def __init__(self, path: str | os.PathLike[str], allow_incomplete: bool = False) -> None:
@@ -180,7 +180,7 @@ def open_vev(path: str | os.PathLike[str], *, allow_incomplete: bool = False) ->
     path : path-like
         The file. Its header never says whether it was closed.
     allow_incomplete : bool
-        Whether a file is opened too that ends inside a record: without that one.
+        Whether to open a file that ends inside a record, without that record.
 
     Returns
     -------
@@ -192,6 +192,6 @@ def open_vev(path: str | os.PathLike[str], *, allow_incomplete: bool = False) ->
     IncompleteFileError
         The file ends inside a record.
     DamagedFileError
-        The header is not what the format says. Records are checked when `events` is first used.
+        The header violates the format. Records are checked when `events` is first used.
     """
     return EventFile(path, allow_incomplete)

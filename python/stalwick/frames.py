@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""From channel after channel to sample after sample."""
+"""Transposes channel by channel to sample by sample."""
 
 from __future__ import annotations
 
@@ -9,7 +9,7 @@ from numpy.typing import NDArray
 
 from .decoder import compiled
 
-#: Samples that are turned round while they fit into a processor's nearest caches.
+#: Samples that are transposed while they fit into a processor's nearest caches.
 _TILE = 512
 #: Samples of 16 bits that move together as one number of 128 bits.
 _PACK = 8
@@ -24,8 +24,8 @@ def turn_round(rows: NDArray[np.int16], out: NDArray[np.int16]) -> None:
 
 
 def turn_round_in_numpy(rows: NDArray[np.int16], out: NDArray[np.int16]) -> None:
-    """The same where there is no compiled module, several times as fast as a plain assignment:
-    eight samples of a channel move as one number, and then, within the cache, one by one."""
+    """The same without the compiled module, several times as fast as a plain assignment:
+    it moves eight samples of a channel as one number, and then, within the cache, one by one."""
     channels, samples = rows.shape
     packed = np.empty((_TILE // _PACK, channels), dtype=np.complex128)
     for start in range(0, samples, _TILE):

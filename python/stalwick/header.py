@@ -72,8 +72,8 @@ _FRACTIONS: Final = {"SamplingFrequency", "ADBitVolts"}
 def parse_header(block: bytes, path: Path, file_type: str) -> Header:
     """The fields of a header block of 16,384 bytes, by their keys without the leading "-".
 
-    file_type is CSC, Event or Raw. Every line must be what the format says, so that damage to a
-    header is found where it can be; raises DamagedFileError.
+    file_type is CSC, Event or Raw. Every line must match the format, so that damage to a
+    header is detected as far as possible; raises DamagedFileError.
     """
     lines = _split(block, path)
     fields: Header = {}
@@ -131,7 +131,7 @@ def _convert(key: str, text: str) -> HeaderValue:
 
 
 def _check_channel(fields: Header, path: Path, file_type: str) -> None:
-    """Values that lines of one header say twice, or that have a limit."""
+    """Checks values that occur twice in one header, or that have a limit."""
     if file_type == "Raw" and whole(fields, "NumADChannels") > MAX_AD_CHANNELS:
         raise DamagedFileError(path, "more than 256 channels in the header", byte=0)
     if file_type != "CSC":
@@ -142,7 +142,7 @@ def _check_channel(fields: Header, path: Path, file_type: str) -> None:
 
 
 def channel_name(name: str, index: int) -> str:
-    """The name of the channel at that place in the group that a channel called name belongs to."""
+    """The name of the channel at that position in the group of the channel `name`."""
     if name.startswith("CSC"):
         return f"CSC{index + 1}" if index < MAX_AD_CHANNELS else ""
     if name == "Ultrasonic":

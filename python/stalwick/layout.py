@@ -43,7 +43,7 @@ RAW_WORDS_AROUND: Final = 18
 RAW_MARKER: Final = 2048
 RAW_IDENTIFIER: Final = 1
 
-#: What one step of a value in a channel file and in the raw data file is worth.
+#: The size of one step of a value in a channel file and in the raw data file.
 CHANNEL_MICROVOLTS: Final = 4.0
 RAW_MICROVOLTS: Final = 1.5625e-2
 

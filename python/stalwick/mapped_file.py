@@ -30,12 +30,12 @@ class MappedFile(Closing):
     size : int
         Bytes in the file when it was opened.
     allow_incomplete : bool
-        Whether a file is read too whose conversion did not reach its end.
+        Whether to read a file whose conversion did not reach its end.
 
     Notes
     -----
-    The bytes are mapped, not read. A file must not be cut while it is open: the system ends a
-    program that reads mapped bytes that are no longer there.
+    The bytes are mapped, not read. Do not truncate a file while it is open: the system ends a
+    program that reads mapped bytes that no longer exist.
     """
 
     def __init__(
@@ -60,11 +60,11 @@ class MappedFile(Closing):
 
     @property
     def closed_by_conversion(self) -> bool:
-        """Whether the conversion reached its end. Unknown for event files, which never say so."""
+        """Whether the conversion reached its end. Event files never show it."""
         return self.header["TimeClosed"] is not None
 
     def close(self) -> None:
-        """Gives the file back. Arrays that were taken from it as views keep it open."""
+        """Closes the file. Arrays that are views of it keep it open."""
         self._bytes = None
 
     def __repr__(self) -> str:
@@ -82,7 +82,7 @@ class MappedFile(Closing):
         return self._bytes
 
     def _whole_records(self, layout: np.dtype[Any]) -> NDArray[Any]:
-        """The records; bytes that are left over raise, or are left out if that was asked for."""
+        """The records; left-over bytes raise, or are left out on request."""
         data = self._data()
         count, left = divmod(len(data), layout.itemsize)
         if left and not self.allow_incomplete:

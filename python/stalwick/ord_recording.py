@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Recordings, .ord, without converting them: samples are decoded when they are asked for."""
+"""Recordings, .ord, without converting them: samples are decoded on demand."""
 
 from __future__ import annotations
 
@@ -76,7 +76,7 @@ class OrdRecording(SampleSource[OrdGroup]):
     groups : dict of str to OrdGroup
         The channels by group: "AD", "Base", "AFE", "Ultrasonic".
     ends_in_damage : bool
-        Whether bytes that are no packet follow the last packet that was read.
+        Whether bytes that are not a packet follow the last packet that was read.
     """
 
     def __init__(self, path: Path, decoder: Any, index: dict[str, Any]) -> None:
@@ -106,7 +106,7 @@ class OrdRecording(SampleSource[OrdGroup]):
         return Events(times, ttl, previous)
 
     def close(self) -> None:
-        """Gives the file back."""
+        """Closes the file."""
         self.groups = {}
 
     def __repr__(self) -> str:
@@ -125,7 +125,7 @@ class OrdRecording(SampleSource[OrdGroup]):
         return OrdGroup(decoder, name, names, RecordLayout(counts, times, rate))
 
     def _channel_names(self, group: str) -> list[str]:
-        """The channels that the converter makes files of."""
+        """The channels for which the converter writes files."""
         if group == "AD":
             announced = int(str(self.header["NumADChannels"]))
             carried = int(self._index["carried_channels"])
@@ -148,22 +148,22 @@ def open_ord(
 ) -> OrdRecording:
     """Opens a recording without converting it.
 
-    The whole recording is decoded once, to know where every sample is.
+    The whole recording is decoded once, to locate every sample.
 
     Parameters
     ----------
     path : path-like
         The recording, a .ord file.
     keep_index : bool
-        Whether to keep where the samples are in `path` with ".index.npz" at its end, and to take
-        it from there as long as the recording has the same size and modification time.
+        Whether to store the positions of the samples in `path` + ".index.npz", and to read them
+        from there while the recording has the same size and modification time.
     allow_incomplete : bool
-        Whether a damaged recording is opened too: what is before the damage.
+        Whether to open a damaged recording, up to the damage.
 
     Returns
     -------
     OrdRecording
-        The recording; samples are decoded when they are asked for.
+        The recording; samples are decoded on demand.
 
     Raises
     ------
@@ -200,13 +200,13 @@ def _index_path(path: Path) -> Path:
 
 
 def _identity(path: Path) -> list[int]:
-    """What an index is of: a recording that changed needs a new one."""
+    """What an index belongs to: a changed recording needs a new one."""
     status = path.stat()
     return [_INDEX_VERSION, status.st_size, status.st_mtime_ns]
 
 
 def _load_index(path: Path) -> dict[str, Any] | None:
-    """The kept index; None where there is none that fits."""
+    """The stored index; None if no matching one exists."""
     try:
         with np.load(_index_path(path), allow_pickle=False) as file:
             index = {name: file[name] for name in file.files}

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Raw data files, .vrd: all A/D channels at one sample instant a record."""
+"""Raw data files, .vrd: one record per sample instant, with all A/D channels."""
 
 from __future__ import annotations
 
@@ -27,7 +27,7 @@ from .layout import (
 from .mapped_file import MappedFile
 from .record_layout import check_range
 
-#: Words of raw records that are looked at in one go: 4 MB.
+#: Number of words of raw records read at a time: 4 MB.
 _SCAN_WORDS = 1 << 20
 #: Records of one packet, which all have the same number of values.
 _PER_PACKET = 10
@@ -35,7 +35,7 @@ _PER_PACKET = 10
 
 @dataclass(frozen=True)
 class _Run:
-    """Records of one length: from which record and which word on, how many, values in each."""
+    """Records of one length: the first record and its word, their number, the values in each."""
 
     record: int
     word: int
@@ -57,8 +57,8 @@ class RawFile(MappedFile):
 
     Notes
     -----
-    Records carry their own number of values where the packets describe another number of
-    channels than the header does. Every record is checked, its checksum too, when it is read.
+    If packets describe another number of channels than the header, their records have that
+    number of values. Every record that is read is checked, including its checksum.
     """
 
     def __init__(self, path: str | os.PathLike[str], allow_incomplete: bool = False) -> None:
@@ -74,7 +74,7 @@ class RawFile(MappedFile):
 
     @property
     def sampling_frequency(self) -> float:
-        """Samples a second as the header prints it, with six digits."""
+        """Samples per second as in the header, with six digits."""
         return number(self.header, "SamplingFrequency")
 
     @property
@@ -113,7 +113,7 @@ class RawFile(MappedFile):
         Raises
         ------
         DamagedFileError
-            A record that was read is not what the format says, or its checksum is wrong.
+            A record that was read violates the format, or its checksum is wrong.
         """
         if units not in ("int32", "uV"):
             raise ValueError(f'units are "int32" or "uV", not {units!r}')
@@ -130,7 +130,7 @@ class RawFile(MappedFile):
         return out
 
     def times(self, start: int | None = None, stop: int | None = None) -> NDArray[np.int64]:
-        """Reads when samples were taken, as it stands in the file.
+        """Reads when samples were taken, directly from the file.
 
         Parameters
         ----------
@@ -204,8 +204,8 @@ class RawFile(MappedFile):
                 raise DamagedFileError(Path(self.path), reason, byte=byte, record=record + bad)
 
     def _find_runs(self) -> list[_Run]:
-        """Lengths from the first record and the file's size, or, where they do not agree, by
-        going through all packets."""
+        """Lengths from the first record and the file's size or, if they do not agree, from all
+        packets."""
         if len(self._words) == 0:
             return []
         channels = self._channels_at(0)
@@ -237,7 +237,7 @@ class RawFile(MappedFile):
         return runs
 
     def _channels_at(self, word: int) -> int | None:
-        """How many values the record there has; None where no whole record begins."""
+        """The number of values of the record there; None if no whole record begins there."""
         for channels in dict.fromkeys((self.header_channels, *PACKET_CHANNELS)):
             if self._is_record(word, channels):
                 return channels
@@ -249,7 +249,7 @@ class RawFile(MappedFile):
         return whole_record and words[0] == RAW_MARKER and not np.bitwise_xor.reduce(words)
 
     def _check_first_record(self) -> None:
-        """Says what is wrong with it, if it is not merely cut."""
+        """Reports what is wrong with it, unless it is only truncated."""
         words = self._words[: self.header_channels + RAW_WORDS_AROUND]
         if len(words) == self.header_channels + RAW_WORDS_AROUND:
             self._check(words.reshape(1, -1), 0, 0)
@@ -274,7 +274,7 @@ def open_vrd(path: str | os.PathLike[str], *, allow_incomplete: bool = False) ->
     path : path-like
         The file.
     allow_incomplete : bool
-        Whether a file is opened too whose conversion did not reach its end: its whole records.
+        Whether to open a file whose conversion did not reach its end, with its whole records.
 
     Returns
     -------
@@ -286,6 +286,6 @@ def open_vrd(path: str | os.PathLike[str], *, allow_incomplete: bool = False) ->
     IncompleteFileError
         The file's conversion did not reach its end.
     DamagedFileError
-        The file is not what the format says.
+        The file violates the format.
     """
     return RawFile(path, allow_incomplete)

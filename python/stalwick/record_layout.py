@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Which samples stand in which record, and when."""
+"""Which samples are in which record, and when they were taken."""
 
 from __future__ import annotations
 
@@ -11,14 +11,14 @@ from numpy.typing import NDArray
 
 from .layout import MICROSECONDS_PER_SECOND, SAMPLES_PER_RECORD
 
-#: A packet has ten samples a channel. A record's time can lag by fewer where timestamps repeat,
+#: A packet has ten samples per channel. A record's time can lag by fewer if timestamps repeat,
 #: so a step of this many sample periods more than a record's length is a gap.
 _GAP_PERIODS = 9.5
 
 
 @dataclass(frozen=True)
 class Gap:
-    """A step of time between two records that is not the length of the first.
+    """A step of time between two records that differs from the length of the first.
 
     Attributes
     ----------
@@ -31,7 +31,7 @@ class Gap:
     time : int
         Of the record before the step, in microseconds.
     missing_samples : int
-        How many sample periods the step is too long; negative when time goes back.
+        The number of sample periods by which the step is too long; negative if time goes back.
     """
 
     record: int
@@ -42,7 +42,7 @@ class Gap:
 
 
 class RecordLayout:
-    """The records' times and sample counts of one channel, which its whole group shares.
+    """The times and sample counts of a channel's records, which its whole group shares.
 
     Attributes
     ----------
@@ -53,7 +53,7 @@ class RecordLayout:
     times : numpy.ndarray of int64
         Microseconds of each record, signed: the format's sums are modulo 2^64.
     rate : int
-        Samples a second.
+        Samples per second.
     """
 
     def __init__(self, counts: NDArray[np.int64], times: NDArray[np.int64], rate: int) -> None:
@@ -63,7 +63,7 @@ class RecordLayout:
         self._heads: tuple[int, int, NDArray[np.uint32]] | None = None
         self.starts = np.zeros(len(counts) + 1, dtype=np.int64)
         np.cumsum(counts, out=self.starts[1:])
-        #: Every record but the last is full: positions are divisions.
+        #: Every record except the last is full: positions are divisions.
         self.regular = bool((counts[:-1] == SAMPLES_PER_RECORD).all())
 
     @property
@@ -77,7 +77,7 @@ class RecordLayout:
     def heads(self, first: int, last: int) -> NDArray[np.uint32]:
         """The words before the samples of records first to last, with 0 for the channel.
 
-        The last answer is kept: every channel of a group asks for the same.
+        The last result is cached: every channel of a group requests the same.
         """
         kept = self._heads
         if kept is not None and kept[:2] == (first, last):
@@ -98,7 +98,7 @@ class RecordLayout:
         return int(first), int(last)
 
     def sample_times(self, start: int, stop: int) -> NDArray[np.int64]:
-        """Microseconds: the record's time and one sample period a sample, truncated."""
+        """Microseconds: the record's time and one sample period per sample, truncated."""
         if start == stop:
             return np.empty(0, dtype=np.int64)
         first, last = self.record_range(start, stop)
@@ -113,7 +113,7 @@ class RecordLayout:
     def frames_at(self, times: NDArray[np.int64]) -> NDArray[np.int64]:
         """The last sample at or before each time; -1 before the first record.
 
-        Times inside a gap give the last sample of the record before it.
+        For times inside a gap, the last sample of the record before it.
         """
         steps_back = np.flatnonzero(np.diff(self.times) < 0)
         if len(steps_back):
@@ -142,7 +142,7 @@ class RecordLayout:
 
 
 def check_range(start: int | None, stop: int | None, length: int) -> tuple[int, int]:
-    """start and stop with their defaults; a range that is not all there raises IndexError."""
+    """start and stop with their defaults; raises IndexError if the range is not complete."""
     first = 0 if start is None else int(start)
     last = length if stop is None else int(stop)
     if not 0 <= first <= last <= length:

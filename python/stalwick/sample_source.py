@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""What a session and a recording share: groups of channels, the A/D channels first of all."""
+"""The common base of sessions and recordings: groups of channels, above all the A/D channels."""
 
 from __future__ import annotations
 
@@ -18,7 +18,7 @@ Group = TypeVar("Group", bound=TraceGroup)
 
 
 class SampleSource(Traces, Closing, Generic[Group]):
-    """Groups of channels; what `Traces` offers is of the A/D channels.
+    """Groups of channels; the methods of `Traces` read the A/D channels.
 
     Attributes
     ----------
@@ -40,17 +40,17 @@ class SampleSource(Traces, Closing, Generic[Group]):
 
     @property
     def ad(self) -> Group:
-        """The A/D channels; raises StalwickError where there are none."""
+        """The A/D channels; raises StalwickError if there are none."""
         return self._group("AD")
 
     @property
     def imu(self) -> dict[str, Group]:
-        """The inertial units that are there, "Base" and "AFE": LAX to MZ, 3000 samples a second."""
+        """The existing inertial units, "Base" and "AFE": LAX to MZ, 3000 samples per second."""
         return {name: self.groups[name] for name in ("Base", "AFE") if name in self.groups}
 
     @property
     def ultrasonic(self) -> Group:
-        """The ultrasonic channel; raises StalwickError where there is none."""
+        """The ultrasonic channel; raises StalwickError if there is none."""
         return self._group("Ultrasonic")
 
     def _read_group(self) -> Group:

@@ -35,7 +35,7 @@ class Session(SampleSource[ChannelGroup]):
     raw : RawFile or None
         The raw data file.
     other_runs : list of str
-        Suffixes of further outputs in the directory ("_01", ...), each a session of its own.
+        Suffixes of further outputs in the directory ("_01", ...), each a separate session.
 
     Examples
     --------
@@ -68,9 +68,9 @@ class Session(SampleSource[ChannelGroup]):
 
     @property
     def events(self) -> Events:
-        """The changes of the TTL input; raises StalwickError where there is no event file.
+        """The changes of the TTL input; raises StalwickError if there is no event file.
 
-        The lines' value before the first event comes from the raw data file, where there is one.
+        The lines' value before the first event comes from the raw data file, if there is one.
         """
         if not isinstance(self._event_file, EventFile):
             raise StalwickError(f"{self.directory}: there is no event file")
@@ -83,7 +83,7 @@ class Session(SampleSource[ChannelGroup]):
         return events.with_initial(initial) if is_before else events
 
     def close(self) -> None:
-        """Gives every file back."""
+        """Closes every file."""
         for file in self.files.values():
             file.close()
 
@@ -91,7 +91,7 @@ class Session(SampleSource[ChannelGroup]):
         return f"Session({str(self.directory)!r}, {len(self.files)} files)"
 
     def _check_raw_length(self) -> None:
-        """One raw record for each A/D sample, unless a conversion stopped between them."""
+        """Checks for one raw record per A/D sample, unless a conversion stopped in between."""
         if self.raw is None or "AD" not in self.groups or self.raw.allow_incomplete:
             return
         samples = self.ad.num_samples
@@ -117,8 +117,8 @@ def open_session(
     suffix : str
         "_01", "_02", ...: outputs of a further conversion into the same directory.
     allow_incomplete : bool
-        Whether files are opened too whose conversion did not reach its end: their whole records,
-        and of the channels those that all have.
+        Whether to open files whose conversion did not reach its end, with their whole records;
+        for channels, the records that all of them have.
 
     Returns
     -------
@@ -130,7 +130,7 @@ def open_session(
     IncompleteFileError
         A file's conversion did not reach its end.
     StalwickError
-        Files are damaged, of different recordings or not each other's equals, or there are none.
+        Files are damaged, belong to different recordings or do not match, or there are none.
     """
     if isinstance(source, (str, os.PathLike)):
         directory = Path(source)

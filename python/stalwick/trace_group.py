@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""What every group of channels can do, wherever its samples come from."""
+"""The methods of every group of channels, whatever the source of its samples."""
 
 from __future__ import annotations
 
@@ -37,7 +37,7 @@ class TraceGroup(Traces):
     @property
     @abstractmethod
     def layout(self) -> RecordLayout:
-        """Which samples there are, and when."""
+        """The samples and their times."""
 
     @abstractmethod
     def read_rows(self, names: list[str], rows: NDArray[Any], start: int) -> None:
@@ -55,7 +55,7 @@ class TraceGroup(Traces):
         """
 
     def read_frames(self, names: list[str], frames: NDArray[np.int16], start: int) -> None:
-        """Fills an array with samples, all channels of one sample after the other.
+        """Fills an array with samples, all channels of one sample after another.
 
         Parameters
         ----------
@@ -72,7 +72,7 @@ class TraceGroup(Traces):
 
     @property
     def microvolts_per_step(self) -> float:
-        """What one step of a value is worth; 1 for sensors, whose values are no voltages."""
+        """The size of one step of a value; 1 for sensors, whose values are not voltages."""
         return CHANNEL_MICROVOLTS if self.name == "AD" else 1.0
 
     def names(self, channels: Channels) -> list[str]:

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Reading samples: what a group of channels, a session and a recording offer alike."""
+"""Reading samples: the common methods of groups of channels, sessions and recordings."""
 
 from __future__ import annotations
 
@@ -23,12 +23,12 @@ if TYPE_CHECKING:
 class Traces(ABC):
     """Samples of channels that were sampled together.
 
-    Of a group they are its own; of a session and of a recording those of the A/D channels.
+    For a group, its own channels; for a session or a recording, the A/D channels.
     """
 
     @abstractmethod
     def _read_group(self) -> TraceGroup:
-        """The group whose samples are meant; raises StalwickError where there is none."""
+        """The group whose samples are read; raises StalwickError if there is none."""
 
     @property
     def channel_ids(self) -> list[str]:
@@ -37,7 +37,7 @@ class Traces(ABC):
 
     @property
     def sampling_frequency(self) -> float:
-        """Samples a second."""
+        """Samples per second."""
         return float(self._read_group().layout.rate)
 
     @property
@@ -52,7 +52,7 @@ class Traces(ABC):
 
     @property
     def gaps(self) -> list[Gap]:
-        """Where the records' times step. A gap stands somewhere in the record before its step."""
+        """Steps of the records' times. A gap is somewhere in the record before its step."""
         return self._read_group().layout.gaps()
 
     def traces(
@@ -71,20 +71,20 @@ class Traces(ABC):
         start, stop : int, optional
             First sample, and the one after the last. Default: all samples.
         units : {"int16", "uV"}
-            "int16" gives the files' values, "uV" float32 microvolts: of A/D channels alone.
+            "int16" gives the files' values, "uV" float32 microvolts, only for A/D channels.
 
         Returns
         -------
         numpy.ndarray
-            The samples as [sample, channel], a copy. Each channel's samples lie next to each
-            other in memory.
+            The samples as [sample, channel], a copy. Each channel's samples are adjacent in
+            memory.
 
         Raises
         ------
         KeyError, IndexError
             There is no such channel, or no such sample.
         DamagedFileError
-            A record that was read is not what the format says.
+            A record that was read violates the format.
         """
         group = self._read_group()
         names = group.names(channels)
@@ -94,7 +94,7 @@ class Traces(ABC):
         return out.T
 
     def times(self, start: int | None = None, stop: int | None = None) -> NDArray[np.int64]:
-        """Works out when samples were taken.
+        """Calculates when samples were taken.
 
         Parameters
         ----------
@@ -104,13 +104,13 @@ class Traces(ABC):
         Returns
         -------
         numpy.ndarray of int64
-            Microseconds; docs/output-files.md says from which zero.
+            Microseconds; docs/output-files.md explains from which zero.
         """
         layout = self._read_group().layout
         return layout.sample_times(*check_range(start, stop, layout.num_samples))
 
     def frames_at(self, times: NDArray[np.int64]) -> NDArray[np.int64]:
-        """Finds the samples that belong to times.
+        """Finds the samples at given times.
 
         Parameters
         ----------
@@ -125,7 +125,7 @@ class Traces(ABC):
         Raises
         ------
         ValueError
-            The records' times go back, so that the answer is not one sample.
+            The records' times go back, so the result is not unique.
         """
         return self._read_group().layout.frames_at(np.asarray(times, dtype=np.int64))
 
@@ -140,25 +140,25 @@ class Traces(ABC):
         progress: bool | None = None,
         overwrite: bool = False,
     ) -> Path:
-        """Writes samples as a flat file, all channels of one sample after the other.
+        """Writes samples as a flat file, all channels of one sample after another.
 
-        What is needed to read it stands in `path` with ".json" at its end: rate, gain, channel
-        names, gaps. Both files are whole or not there.
+        Everything needed to read it is in `path` + ".json": rate, gain, channel names, gaps.
+        Both files are either complete or absent.
 
         Parameters
         ----------
         path : path-like
             The file to write.
         dtype : {"int16", "float32"}
-            "int16" writes the files' values, "float32" microvolts: of A/D channels alone.
+            "int16" writes the files' values, "float32" microvolts, only for A/D channels.
         channels : list of str or list of int, optional
-            As of `traces`.
+            As in `traces`.
         start, stop : int, optional
             First sample, and the one after the last. Default: all samples.
         progress : bool, optional
-            Whether to show a bar on standard error. Default: where that is a terminal.
+            Whether to show a bar on standard error. Default: if that is a terminal.
         overwrite : bool
-            Whether files of these names may be replaced.
+            Whether existing files of these names may be replaced.
 
         Returns
         -------
@@ -176,7 +176,7 @@ class Traces(ABC):
         export = BinaryExport(group, names, first, last, dtype, Path(path))
         return export.write(progress, overwrite)
 
-    # The names that the field's frameworks use.
+    # The names of common frameworks.
 
     def get_traces(
         self,
@@ -185,14 +185,14 @@ class Traces(ABC):
         channel_ids: Channels = None,
         return_in_uV: bool = False,
     ) -> NDArray[Any]:
-        """Reads samples of channels; `traces` with the names that the field's frameworks use.
+        """Reads samples of channels; `traces` with the names of common frameworks.
 
         Parameters
         ----------
         start_frame, end_frame : int, optional
             First sample, and the one after the last. Default: all samples.
         channel_ids : list of str or list of int, optional
-            As of `traces`.
+            As in `traces`.
         return_in_uV : bool
             Whether the result is in microvolts, float32, instead of int16 values.
 
@@ -212,15 +212,15 @@ class Traces(ABC):
         return self.num_samples
 
     def get_num_channels(self) -> int:
-        """How many channels can be read together."""
+        """The number of channels that can be read together."""
         return len(self.channel_ids)
 
     def get_channel_ids(self) -> list[str]:
-        """Names of the channels that can be read together, in order: a list of its own."""
+        """Names of the channels that can be read together, in order, as a new list."""
         return list(self.channel_ids)
 
     def get_sampling_frequency(self) -> float:
-        """Samples a second."""
+        """Samples per second."""
         return self.sampling_frequency
 
     def get_dtype(self) -> np.dtype[Any]:
@@ -228,7 +228,7 @@ class Traces(ABC):
         return np.dtype(np.int16)
 
     def get_channel_gains(self) -> NDArray[np.float64]:
-        """Microvolts a step, for each channel; 1 for sensors, whose values are no voltages."""
+        """Microvolts per step for each channel; 1 for sensors, whose values are not voltages."""
         return np.full(len(self.channel_ids), self._read_group().microvolts_per_step)
 
     def get_channel_offsets(self) -> NDArray[np.float64]:

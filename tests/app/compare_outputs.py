@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Compares two conversions of one recording, of which the second was made once or twice.
+"""Compares two conversions of one recording, the second of which was made once or twice.
 
   compare_outputs.py EXPECTED_DIRECTORY ACTUAL_DIRECTORY once|twice
 
-Each file NAME.ext of EXPECTED must stand in ACTUAL, where it was made twice also as NAME_01.ext, and
-equal it but for what differs from run to run: the file's UUID, its times and its own path.
+Each file NAME.ext of EXPECTED must exist in ACTUAL, if made twice also as NAME_01.ext, and
+be equal except for what differs from run to run: the file's UUID, its times and its own path.
 """
 
 import pathlib

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
 """Builds and reads output files byte by byte, from docs/output-files.md and with struct alone:
-nothing here is shared with the package under test."""
+it shares nothing with the package under test."""
 
 from __future__ import annotations
 
@@ -130,7 +130,7 @@ def read_events(data: bytes) -> list[tuple[int, int]]:
 
 
 def read_raw(data: bytes, channels: int) -> list[tuple[int, int, list[int]]]:
-    """(time, TTL value, AD values) of each record, where all have that many values."""
+    """(time, TTL value, AD values) of each record, if all have that many values."""
     records = []
     for start in range(HEADER_SIZE, len(data), 4 * (channels + 18)):
         high, low, _, ttl = struct.unpack_from("<4I", data, start + 12)

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Recordings and sets of outputs that the tests of all readers go through."""
+"""Recordings and sets of outputs for the tests of all readers."""
 
 from __future__ import annotations
 
@@ -69,7 +69,7 @@ def canceled(synth: Synth, directory: Path) -> list[Path]:
 def feed_until_canceled(
     process: subprocess.Popen[str], pipe: BinaryIO, data: bytes, made: Path
 ) -> None:
-    """Two thirds of the data; then SIGINT, and as much as the conversion waits for."""
+    """Two thirds of the data; then SIGINT, and as much as the conversion needs to continue."""
     position = pipe.write(data[: len(data) * 2 // 3])
     while not made.exists():
         time.sleep(0.002)
@@ -93,7 +93,7 @@ def salvaged(recording: str, synth: Synth, convert: Convert, directory: Path) ->
 
 
 def of_sample(sample: Path, convert: Convert) -> Path:
-    """The set of a shared recording; skips the test where the recording is refused."""
+    """The set of a shared recording; skips the test if the recording is refused."""
     directory = convert(sample, "--all", statuses=(0, 1, 3))
     if not directory.exists():
         pytest.skip("the recording is refused")

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Channel files: samples, times, gaps, and what damage is found."""
+"""Channel files: samples, times, gaps, and the detection of damage."""
 
 import struct
 from pathlib import Path

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Python and the C++ readers give the same numbers."""
+"""Python and the C++ readers return the same numbers."""
 
 from __future__ import annotations
 
@@ -46,7 +46,7 @@ def check(directory: Path) -> None:
 
 
 def has_the_headers_channels(raw: stalwick.RawFile) -> bool:
-    """Whether its records are as long as the header says; the C++ reader takes no others."""
+    """Whether its records are as long as the header says; the C++ reader accepts no others."""
     return raw.num_channels == raw.header_channels
 
 

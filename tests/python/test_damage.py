@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""A thousand random changes of bytes and lengths: a damaged set raises, or what is read is exactly
-what the changed bytes say, and then the change is one that the format cannot show."""
+"""A thousand random changes of bytes and lengths: a damaged set raises, or the result is exactly
+the changed bytes, and then the change is one that the format cannot detect."""
 
 from __future__ import annotations
 
@@ -66,7 +66,7 @@ def choose_position(data: bytes, numbers: random.Random) -> int:
 
 
 def change_bytes(data: bytearray, numbers: random.Random) -> list[int]:
-    """Changes one byte or several; returns where."""
+    """Changes one byte or several; returns their positions."""
     count = numbers.choice([1, 1, 1, 2, 8])
     start = choose_position(bytes(data), numbers)
     places = list(range(start, min(start + count, len(data))))
@@ -94,7 +94,7 @@ def change_length(data: bytearray, record: int, numbers: random.Random) -> None:
 
 
 def is_in_free_value(data: bytes, place: int) -> bool:
-    """Whether the byte belongs to a header value that the format says nothing about."""
+    """Whether the byte belongs to a header value that the format does not restrict."""
     start = data.rfind(b"\n", 0, place) + 1
     line = data[start : data.find(b"\r\n", start)]
     return any(
@@ -151,7 +151,7 @@ def expect_all(directory: Path) -> dict[str, object]:
 
 
 def damage_one_file(directory: Path, numbers: random.Random) -> tuple[str, bool]:
-    """Damages a file of the set. Returns what was done, and whether it may stay unseen."""
+    """Damages a file of the set. Returns what was done, and whether it may stay undetected."""
     path = numbers.choice(sorted(directory.iterdir()))
     original = path.read_bytes()
     data = bytearray(original)

@@ -18,7 +18,7 @@ FUNCTIONS = [name for name in stalwick.__all__ if name not in CLASSES]
 
 
 def members() -> Iterator[tuple[str, object]]:
-    """Public methods and properties of every public class, those of its bases too."""
+    """Public methods and properties of every public class, including those of its bases."""
     for name in CLASSES:
         cls = getattr(stalwick, name)
         for base in reversed(cls.__mro__):

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""The examples do what they say."""
+"""The examples do what they claim."""
 
 import os
 import subprocess

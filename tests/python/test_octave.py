@@ -40,7 +40,7 @@ def octave(program: str) -> subprocess.CompletedProcess[str]:
 
 
 def read_sets(directories: list[Path], word: str = "whole") -> None:
-    """Leaves DIRECTORY.found or DIRECTORY.error beside each."""
+    """Leaves DIRECTORY.found or DIRECTORY.error next to each."""
     names = directories[0].parent / "directories"
     names.write_text("".join(f"{word} {directory}\n" for directory in directories))
     octave(f"read_sets('{names}')")
@@ -51,7 +51,7 @@ def beside(directory: Path, ending: str) -> Path:
 
 
 def expected_bytes(directory: Path, raw_channels: int) -> bytes:
-    """What read_sets.m writes, from the files' bytes."""
+    """The expected output of read_sets.m, from the files' bytes."""
     parts = []
     for name in ORDER:
         path = directory / f"{name}.vcs"

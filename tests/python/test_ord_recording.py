@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Recordings that are read without converting them: the same numbers as their outputs have."""
+"""Recordings that are read without converting them: the same numbers as in their outputs."""
 
 from __future__ import annotations
 

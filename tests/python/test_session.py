@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Sets of files: what belongs together, and what is read together."""
+"""Sets of files: files that belong together, and files that are read together."""
 
 import shutil
 import warnings

@@ -15,7 +15,7 @@ PACKAGE = Path(stalwick.__file__).parent
 
 
 def run(*command: object, directory: Path) -> str:
-    """Runs a command whose Python finds nothing but what is installed."""
+    """Runs a command whose Python finds only installed packages."""
     environment = {k: v for k, v in os.environ.items() if not k.startswith(("PYTHON", "PIP_"))}
     # No index: anything that needs the network fails.
     environment |= {"PIP_NO_INDEX": "1", "PIP_DISABLE_PIP_VERSION_CHECK": "1"}

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Holds every kind of document of `stalwick-inspect info --json` against docs/info.schema.json.
+"""Checks every kind of document of `stalwick-inspect info --json` against docs/info.schema.json.
 
   info_schema_test.py INSPECT ORD_SYNTH SCHEMA
 """

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Pictures of `stalwick-inspect plot`, held against the truth of ord_synth and the event file.
+"""Pictures of `stalwick-inspect plot`, compared with the truth of ord_synth and the event file.
 
   plot_command_test.py INSPECT CONVERT ORD_SYNTH [--png]
 """
@@ -111,7 +111,7 @@ def test_structure(bench):
 
 
 def test_scale(bench):
-    """The scale bar is as long as it says, and rows are --spacing apart."""
+    """The scale bar has the labelled length, and rows are --spacing apart."""
     path, _ = bench.make("-c", "32", "-s", "0.2")
     picture = bench.plot(path, "--spacing", "400")
     bar = picture.all("line", "bar")[0]
@@ -138,7 +138,7 @@ def points(path):
 
 
 def test_voltage(bench):
-    """What a path spans in microvolts is what `info` says of the channel."""
+    """The range of a path in microvolts is that of `info` for the channel."""
     path, _ = bench.make("-c", "32", "-s", "0.3")
     info = json.loads(subprocess.run([bench.inspect, "info", "--json", path], capture_output=True,
                                      check=True).stdout)
@@ -227,7 +227,7 @@ def test_damage(bench):
 
 
 def test_stretches(bench):
-    """A late stretch is the same whether the recording before it is there or not."""
+    """A late stretch is the same with and without the recording before it."""
     path, truth = bench.make("-c", "64", "-s", "8", "--gap", "3:0.5", "--gap", "7.1:0.01")
     picture = bench.plot(path, "--start", "7", "--seconds", "0.5", "--channels", "9-12,64")
     assert picture.names() == ["CSC9", "CSC10", "CSC11", "CSC12", "CSC64"]
@@ -240,7 +240,7 @@ def test_stretches(bench):
 
 
 def test_usage(bench):
-    """Wrong values are usage errors in one line; what is no picture of this program stays."""
+    """Wrong values are usage errors in one line; a file that is not a picture of this program stays."""
     path, _ = bench.make("-c", "32", "-s", "0.1")
     other = bench.path("other.svg")
     with open(other, "w", encoding="utf-8") as file:

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""What `stalwick-inspect info` finds in damaged recordings, held against the truth of ord_synth.
+"""What `stalwick-inspect info` finds in damaged recordings, compared with the truth of ord_synth.
 
   synth_truth_test.py INSPECT ORD_SYNTH
 """
@@ -70,7 +70,7 @@ def test_repeated(bench):
 
 
 def test_version_one(bench):
-    """Without timestamps there are no gaps to tell of."""
+    """Without timestamps no gaps are reported."""
     path, _ = bench.make("--file-version", "1.0", "--gap", "0.2:0.05")
     document = bench.inspect(path)
     assert document["gaps"] is None and document["missing_samples"] is None
@@ -82,7 +82,7 @@ def place(bytes_, share):
 
 
 def test_damage(bench):
-    """Each damaged place is inside of a reported stretch, and nothing else is."""
+    """Each damaged place is inside a reported stretch, and nothing else is."""
     for version in ("1.0", "2.0"):
         for channels in ("32", "64", "128", "256"):
             options = ("-c", channels, "--file-version", version)

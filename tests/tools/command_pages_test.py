@@ -36,7 +36,7 @@ def page(name):
 
 
 def options_of(program, *subcommand):
-    """The names of all options in the --help text, which the parser's library writes."""
+    """The names of all options in the --help text, which the parser library writes."""
     text = output_of(program, *subcommand, "--help")
     return {name for line in text.splitlines() if line.startswith("  -")
             for name in re.findall(r"(?<![\w-])--?[a-z][a-z-]*", line[:30])}

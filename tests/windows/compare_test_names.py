@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Holds the names of the test cases that were built for Windows against those for Linux.
+"""Compares the names of the test cases built for Windows with those for Linux.
 
-Every case of the engine and the command that Linux runs must be there on Windows too, but for
+Every case of the engine and the command that Linux runs must exist on Windows too, except
 those listed here with the reason why they cannot.
 """
 import argparse
@@ -47,7 +47,7 @@ def case_names(command):
 
 
 def programs(build, suffix):
-    """The GoogleTest programs by name; the window's tests are no such programs."""
+    """The GoogleTest programs by name; the window's tests are different programs."""
     found = {}
     for path in sorted((build / "tests").rglob("*_test*" + suffix)):
         if path.parent.name == "app" or path.suffix != suffix:

@@ -3,7 +3,7 @@
 
 """Converts the same recordings with the Linux command and, under wine, with the Windows command.
 
-Every output must be the same, byte for byte, but for its path, its times and its UUID, and those
+Every output must be the same, byte for byte, except for its path, its times and its UUID, which
 must be well formed; so must the final status text and the exit status.
 """
 import argparse
@@ -41,14 +41,14 @@ def run(command, cwd=None):
 
 
 def windows_path(path, drive="Z:", root=Path("/")):
-    """The path as told to wine; without a drive, as a path with forward slashes."""
+    """The path for wine; without a drive, as a path with forward slashes."""
     if not drive:
         return str(path)
     return drive + "\\" + "\\".join(Path(path).relative_to(root).parts)
 
 
 def masked_header(data, own_path):
-    """The header with what may differ masked, after a check that it is what it should be."""
+    """The header, checked and with variable parts masked."""
     lines = data[:HEADER_SIZE].rstrip(b"\0").split(b"\r\n")
     for at, line in enumerate(lines):
         key, _, value = line.partition(b" ")
@@ -65,7 +65,7 @@ def masked_header(data, own_path):
 
 
 def compare_trees(linux, windows, windows_text):
-    """Compares all files below two directories; `windows_text` is the second one as told to wine."""
+    """Compares all files below two directories; `windows_text` is the path of the second one for wine."""
     names = {p.relative_to(linux) for p in linux.rglob("*")}
     others = {p.relative_to(windows) for p in windows.rglob("*")}
     assert names == others, f"files differ: {sorted(map(str, names ^ others))[:4]}"
@@ -190,7 +190,7 @@ def bad_input(scratch, sample, work):
 
 
 def check_synth(commands, scratch):
-    """The Windows build of the generator gives the same recording and the same exit statuses."""
+    """The Windows build of the generator makes the same recording and the same exit statuses."""
     for arguments, status in ((["--help"], 0), ([], 2), (["--channels", "33"], 2)):
         for command in (commands.synth, commands.windows_synth):
             assert run([*command, *arguments]).returncode == status, f"ord_synth {arguments}"
@@ -226,7 +226,7 @@ def check_interruption(commands, scratch):
 
 
 def map_drive(scratch):
-    """Lets the drive letter R: of the wine prefix mean `scratch`."""
+    """Maps the drive letter R: of the wine prefix to `scratch`."""
     prefix = run([str(Path(__file__).resolve().parents[2] / "scripts/run-under-wine.sh"),
                   "--prefix"]).stdout.decode().strip()
     letter = Path(prefix) / "dosdevices/r:"

@@ -5,7 +5,7 @@
 
   cluster_test.py BUILD
 
-On a Slurm of this machine that the test starts and stops. In the first run one job is killed and
+On a Slurm on this machine that the test starts and stops. In the first run one job is killed and
 one exceeds its time limit; one recording is damaged, one cut and one missing. TMPDIR needs 2 GB."""
 
 import contextlib
@@ -92,7 +92,7 @@ class Cluster(unittest.TestCase):
         return jobs[0]
 
     def kill(self, job: str) -> None:
-        """Everything of the job at once, as when its node runs out of memory."""
+        """All processes of the job at once, as when its node runs out of memory."""
         listed = self.slurm.run("scontrol", "listpids", job, "worker").splitlines()[1:]
         pids = sorted({int(line.split()[0]) for line in listed if line.split()[1] == job})
         self.assertGreater(len(pids), 2)

@@ -61,7 +61,7 @@ class Lab:
         return path
 
     def make_narrow(self, name: str, channels: int, *options: str) -> Path:
-        """Fewer channels than a packet has places for: the others are masked."""
+        """Fewer channels than a packet has room for: the others are masked."""
         path = self.make(name, "-c", "32", "--mask", f"0-{channels - 1}", *options)
         content = path.read_bytes()
         announced = b"-NumADChannels 32"
@@ -92,12 +92,12 @@ class Lab:
                               text=True, capture_output=True)
 
     def rows(self) -> dict[str, dict[str, Any]]:
-        """The report as it stands, by the recordings' names."""
+        """The current report, by the recordings' names."""
         report = json.loads((self.results / "report.json").read_text())
         return {row["name"]: row for row in report["recordings"]}
 
     def outputs(self) -> dict[str, tuple[int, int, int]]:
-        """Inode, time of change and size of every output: what is written again has others."""
+        """Inode, modification time and size of every output: rewriting would change them."""
         return {str(path.relative_to(self.results)): (status.st_ino, status.st_mtime_ns,
                                                       status.st_size)
                 for folder in ("converted", "salvaged")

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""A Slurm of one node on this machine, for tests: munged, slurmctld and slurmd of a directory.
+"""A Slurm of one node on this machine, for tests: munged, slurmctld and slurmd in one directory.
 
 They listen on 127.0.0.1 only, account for nothing and need neither systemd nor cgroups."""
 

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Changes one thing at a time in the product's sources and looks whether a test notices.
+"""Changes one thing at a time in the product's sources and checks whether a test notices.
 
-Works on a copy of the commit that is checked out; the checkout itself is never touched. What was
-judged is kept: the same command goes on where it was stopped.
+Works on a copy of the checked-out commit; the checkout itself is never changed. Results are kept:
+the same command continues where it was stopped.
 """
 
 import argparse

@@ -45,7 +45,7 @@ class Mutation:
 
     @property
     def key(self):
-        """The same wherever the line stands."""
+        """The same at any position of the line."""
         place = self.code[:self.column].count(self.old) + 1
         return self.file, self.code.strip(), self.change + (f" #{place}" if place > 1 else "")
 

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""A copy of the sources with a build of its own, in which mutants are judged."""
+"""A copy of the sources with its own build, in which mutants are judged."""
 
 import functools
 import json
@@ -31,7 +31,7 @@ IDLE_LOOKS = 10
 
 
 def _limit(cpu_seconds):
-    """A mutant may compute, allocate or write without an end."""
+    """A mutant may compute, allocate or write endlessly."""
     resource.setrlimit(resource.RLIMIT_AS, (MOST_MEMORY_BYTES, MOST_MEMORY_BYTES))
     resource.setrlimit(resource.RLIMIT_FSIZE, (MOST_FILE_BYTES, MOST_FILE_BYTES))
     resource.setrlimit(resource.RLIMIT_CPU, (cpu_seconds, cpu_seconds + 1))
@@ -52,7 +52,7 @@ def _is_idle(group):
 
 
 def _wait(process):
-    """Exit status, or None once it does nothing any more. A busy machine makes no mutant fail:
+    """The exit status, or None once it hangs. A busy machine makes no mutant fail:
     only time that was computed, and sleeping, count."""
     idle = 0
     while idle < IDLE_LOOKS:
@@ -129,7 +129,7 @@ class Workshop:
                    preexec_fn=functools.partial(_limit, cpu_seconds)) == 0
 
     def measure(self, program):
-        """Builds the program and runs it unchanged, to know which of its tests are quick."""
+        """Builds the program and runs it unchanged, to learn which of its tests are fast."""
         if not self.make(program):
             sys.exit(f"mutate: {program} does not build without a mutation")
         kept = self.build / f"{program}.stages.json"

@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
 # One task of the array; submit.sh submits it. Its recordings are every TASKS-th of the table.
-# The time limit's signal comes early (--signal): the recording at hand is canceled, and the task is
-# put into the queue again, and then passes over what is done.
+# The time limit's signal comes early (--signal): the current recording is canceled, and the task
+# is requeued, and then skips what is done.
 #SBATCH --job-name=stalwick
 #SBATCH --cpus-per-task=1
 #SBATCH --requeue

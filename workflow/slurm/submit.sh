@@ -3,8 +3,8 @@
 
 # Converts a table of recordings by a Slurm array, and writes the report after it:
 #   workflow/slurm/submit.sh SETTINGS [TASKS[%AT_A_TIME] [SBATCH_OPTION...]]
-# TASKS: how many jobs share the recordings, 0 (the default) for one each, at most 1,000. Call it again
-# after a failure: what is done is passed over. SBATCH_OPTIONs are for the array and for the report.
+# TASKS: the number of jobs that share the recordings, 0 (the default) for one each, at most 1,000. Call it again
+# after a failure: what is done is skipped. SBATCH_OPTIONs are for the array and for the report.
 set -euo pipefail
 if [ $# -lt 1 ]; then
     sed -n '4,8s/^# //p' "$0" >&2

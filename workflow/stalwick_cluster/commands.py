@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Runs the commands and hands signals on to them."""
+"""Runs the commands and forwards signals to them."""
 
 from __future__ import annotations
 
@@ -21,7 +21,7 @@ class Interrupted(Exception):
 
 
 class Commands:
-    """After a signal the running command ends as it does by itself, and no other is started."""
+    """After a signal, the running command ends by itself, and no other is started."""
 
     def __init__(self) -> None:
         self._received: int | None = None

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""What is known of each recording: one JSON file a step, whole or absent."""
+"""The records of each recording: one JSON file per step, complete or absent."""
 
 from __future__ import annotations
 
@@ -25,7 +25,7 @@ class BusyError(Exception):
 
 
 def write_whole(path: Path, text: str) -> None:
-    """Under a name of its own first, so that no reader and no crash sees a part of it."""
+    """Under a temporary name first, so that no reader and no crash sees a part of it."""
     path.parent.mkdir(parents=True, exist_ok=True)
     handle, name = tempfile.mkstemp(dir=path.parent, prefix=f".{path.name}.")
     try:
@@ -50,7 +50,7 @@ def sync_directory(path: Path) -> None:
 
 
 def read_json(path: Path) -> Record | None:
-    """None if there is no such file, or it is not whole."""
+    """None if there is no such file, or it is incomplete."""
     try:
         value = json.loads(path.read_text(encoding="utf-8"))
     except (OSError, ValueError):
@@ -59,7 +59,7 @@ def read_json(path: Path) -> Record | None:
 
 
 def identity_of(recording: Recording, settings: Settings) -> Record:
-    """Changes when the recording or what is asked of it does."""
+    """Changes when the recording or the request changes."""
     try:
         status = recording.path.stat()
         bytes_, modified = status.st_size, status.st_mtime_ns
@@ -88,7 +88,7 @@ class Records:
         (self.directory / f"{step}.begun.json").unlink(missing_ok=True)
 
     def begin(self, step: str) -> None:
-        """Stays if the job is killed: the report then says where and when that was."""
+        """Stays if the job is killed: the report then shows where and when that was."""
         job = os.environ.get("SLURM_JOB_ID")
         record = {"step": step, "begun": now(), "host": os.uname().nodename, "slurm_job": job}
         write_whole(self.directory / f"{step}.begun.json", json.dumps(record) + "\n")
@@ -98,7 +98,7 @@ class Records:
 
     @contextmanager
     def lock(self, name: str = "lock") -> Iterator[int]:
-        """Held by whoever has the descriptor open, so also by a command that outlives its job."""
+        """Held by all who have the descriptor open, also a command that outlives its job."""
         self.directory.mkdir(parents=True, exist_ok=True)
         handle = os.open(self.directory / name, os.O_RDWR | os.O_CREAT, 0o644)
         try:

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""What to ask of the cluster for a recording: memory and minutes, from its survey."""
+"""What to request from the cluster for a recording: memory and minutes, from its survey."""
 
 from __future__ import annotations
 
@@ -30,7 +30,7 @@ class Request:
 
 def request_for(steps: Sequence[str], survey: Record | None, settings: Settings,
                 attempt: int = 1) -> Request:
-    """``survey`` is a document of ``info --json``. Each attempt gets as much again."""
+    """``survey`` is a document of ``info --json``. Each further attempt gets as much again."""
     info = survey or {}
     channels = int(info.get("channels") or 256)
     memory = _BASE_MEMORY_MB + _MEMORY_MB_FOR_256_CHANNELS * channels / 256
@@ -48,12 +48,12 @@ def megabytes_moved(step: str, info: Record, settings: Settings) -> float:
         return recording / 1e6
     if step == "verify":  # checksums, then every value against the recording
         return (2 * recording + 2 * outputs) / 1e6
-    # Written and read for the checksum; from scratch once more of both.
+    # Written and read for the checksum; with scratch, each once more.
     return (2 * recording + (4 if settings.scratch else 2) * outputs) / 1e6
 
 
 def output_bytes(info: Record, settings: Settings) -> float:
-    """By the header and the length, so that the survey of both ends alone will do."""
+    """From the header and the length, so that a survey of both ends is enough."""
     header = info.get("header") or {}
     channels = float(info.get("channels") or 0)
     samples = float(info.get("duration_seconds") or 0) * float(

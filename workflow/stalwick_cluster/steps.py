@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Survey, verify and page of one recording, and what every step has in common."""
+"""Survey, verify and page of one recording, and the common part of all steps."""
 
 from __future__ import annotations
 
@@ -19,7 +19,7 @@ LOST_DATA = 3  # exit status of stalwick-convert and stalwick-inspect info
 
 
 class StepFailed(Exception):
-    """The machine, not the recording, is the reason: to be done again."""
+    """The machine, not the recording, is the reason: to be repeated."""
 
 
 @dataclass
@@ -40,7 +40,7 @@ class Work:
         return identity_of(self.recording, self.settings)
 
     def done(self, step: str) -> Record | None:
-        """The step's record if it is of this recording as it is now."""
+        """The step's record, if it belongs to the current state of this recording."""
         record = self.records.load(step)
         return record if record and record.get("identity") == self.identity else None
 
@@ -111,7 +111,7 @@ def is_verified(work: Work) -> bool:
 
 
 def page(work: Work) -> Record:
-    """A page of the recording. A missing page hinders nothing else, so it is only recorded."""
+    """A page of the recording. A missing page blocks nothing else, so it is only recorded."""
     target = work.settings.of_each("pages", f"{work.recording.name}.html")
     done = work.done("page")
     if done and done["result"] == "made" and target.is_file():

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Tells Snakemake how a Slurm job stands: running, success or failed.
+"""Prints the state of a Slurm job for Snakemake: running, success or failed.
 
-scontrol knows jobs that ended a few minutes ago; for older ones sacct is asked, if it works."""
+scontrol knows jobs that ended a few minutes ago; for older ones it queries sacct, if that works."""
 
 import re
 import subprocess
@@ -15,12 +15,12 @@ _RUNNING = {"PENDING", "CONFIGURING", "RUNNING", "COMPLETING", "SUSPENDED", "REQ
 
 
 def state_of(job: str) -> str | None:
-    """None: Slurm does not know the job. An empty text: Slurm cannot be asked now."""
+    """None: Slurm does not know the job. An empty text: Slurm does not respond."""
     asked = subprocess.run(["scontrol", "show", "job", "--oneliner", job], capture_output=True,
                            text=True, check=False)
     found = re.search(r"\bJobState=(\w+)", asked.stdout)
     if found:
-        # A requeued job, preempted for example, waits again; one that is not requeued has ended.
+        # A requeued job, for example a preempted one, waits again; any other has ended.
         return found[1]
     if "Invalid job id" not in asked.stderr:
         return ""

@@ -6,6 +6,7 @@
 #   make bench     speed and memory (docs/performance.md)
 #   make screenshots   every window, light and dark, at 100 % and 200 %
 #   make check-pages   pages of recordings in a browser
+#   make site      the documentation as a site, build/site
 #   make test-windows, make windows-app, make package-windows      docs/building-windows.md
 # Each target installs the Debian packages that it needs if they are missing.
 
@@ -16,7 +17,7 @@ JOBS ?= $(shell nproc)
 BUILD := build/$(PRESET)
 
 .DEFAULT_GOAL := build
-.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app package-windows test-cluster screenshots check-pages install format check-format clean
+.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app package-windows test-cluster screenshots check-pages site check-site install format check-format clean
 
 build:
 	scripts/install-deps.sh
@@ -139,6 +140,20 @@ check-pages:
 	cmake --preset $(PRESET)
 	cmake --build --preset $(PRESET) --target stalwick-inspect ord_synth
 	scripts/check-pages.sh $(BUILD)
+
+# The documentation as pages for a browser, from a disk too: build/site/index.html (docs/releasing.md).
+site:
+	scripts/install-deps.sh build test site
+	cmake --preset $(PRESET)
+	cmake --build --preset $(PRESET) --target command_page_files
+	tools/site/build.py $(BUILD)/tools/command_pages build/site
+	tools/site/check.py build/site
+
+# Each of its pages in headless Chromium, on a phone and a desktop, light and dark.
+check-site: site
+	scripts/install-deps.sh pages
+	npm install --silent --no-audit --no-fund --prefix build/site-modules playwright-core@1 axe-core@4 > /dev/null
+	node tests/site/check_site.mjs build/site-modules build/site-pictures build/site
 
 install: build
 	cmake --install $(BUILD) --prefix $(PREFIX)

@@ -8,5 +8,6 @@ cd "$(dirname "$0")/../python"
 /usr/bin/mypy --no-incremental
 (cd ../workflow && /usr/bin/mypy --cache-dir /dev/null --strict stalwick_cluster profiles/slurm/slurm-status.py)
 (cd ../tests/workflow && MYPYPATH=../../workflow /usr/bin/mypy --cache-dir /dev/null --strict .)
+(cd ../tools/site && MYPYPATH=../../python /usr/bin/mypy --cache-dir /dev/null --strict --python-version 3.11 .)
 /usr/bin/flake8 . ../tests/python ../bench/python.py \
-    ../workflow ../tests/workflow ../bench/cluster.py
+    ../workflow ../tests/workflow ../bench/cluster.py ../tools/site

@@ -3,7 +3,7 @@
 
 # Installs the Debian 12 packages that the project needs if they are missing, as root or with sudo.
 #   scripts/install-deps.sh [GROUP...]     GROUP: build test check fuzz bench coverage screenshots pages
-#                                              cluster windows windows-app all
+#                                              site cluster windows windows-app all
 # Without a group: build and test. Does nothing, and needs no rights, if nothing is missing.
 set -euo pipefail
 
@@ -28,7 +28,9 @@ packages_of() {
         windows) echo g++-mingw-w64-x86-64-posix wine wine64 googletest dpkg-dev python3 ;;
         windows-app) echo qt6-base-dev qt6-base-dev-tools dpkg-dev nsis cmark python3 xvfb xauth openbox \
                           xdotool imagemagick icoutils fonts-liberation ;;
-        all) for group in build test check fuzz bench coverage screenshots pages cluster windows windows-app; do
+        site) echo mkdocs mkdocs-material mandoc cmark-gfm python3 python3-numpy ;;
+        all) for group in build test check fuzz bench coverage screenshots pages site cluster windows \
+                 windows-app; do
                  packages_of "$group"
              done ;;
         *) echo "install-deps.sh: no such group: $1" >&2; exit 2 ;;

@@ -24,13 +24,13 @@ namespace {
 constexpr std::uint32_t kImuSamplesPerPacket = 1;
 // Packets whose A/D samples are sorted into their files together.
 constexpr std::size_t kPacketsAtOnce = 16;
-// Files that a process has open beside recordings and outputs: the streams, a window's own.
+// Other files that a process has open: the streams, those of a window.
 constexpr std::uint64_t kReservedDescriptors = 64;
 
 // The writers take the packets that the reader gives.
 static_assert(kPacketSamples == kSamplesPerPacket && kMostPacketChannels == kMostADChannels);
 
-// The packet's samples as the signed values that they are; scaled in place by the writer.
+// The packet's samples, which are really signed; the writer scales them in place.
 std::span<std::int16_t> AsSigned(std::vector<std::uint16_t>& samples) {
     return {reinterpret_cast<std::int16_t*>(samples.data()), samples.size()};
 }
@@ -107,7 +107,7 @@ std::int32_t FileConversion::FailInput(bool inLastBlock) {
 std::int32_t FileConversion::PrepareOutputDirectory() {
     const SystemErrorCode code = EnsureOutputDirectory(directory_, &madeDirectory_);
     if (code == 0) return 0;
-    // The processor's error text stays as it was; only the detail says why.
+    // The processor's error text does not change; only the detail gives the reason.
     AddDetail(ConversionDetail::Kind::kIncomplete,
               DescribeFailure(L"create directory", directory_, code));
     return -1;
@@ -203,7 +203,7 @@ std::int32_t FileConversion::ConvertSpans() {
             return FailInput(endOfFile);
         }
         if (ConvertSpan(span) != 0) {
-            // The disk of the recording had failed before, and no later than this it is said.
+            // The disk of the recording had failed before; this is the last chance to report it.
             return span.readFailedAfter ? FailInput(spans.Next().endOfFile) : -1;
         }
         account_.inputBytesRead = span.bytesRead;
@@ -213,7 +213,7 @@ std::int32_t FileConversion::ConvertSpans() {
     return 0;
 }
 
-// Their failures show as those of the outputs.
+// Their failures are reported as those of the outputs.
 void FileConversion::LeaveOutputsUnfinished() {
     channelFiles_.LeaveUnfinished();
     eventFile_.LeaveUnfinished();
@@ -234,7 +234,7 @@ std::int32_t FileConversion::ConvertSpan(DecodedSpan& span) {
     return result;
 }
 
-// A failure shows when the files are finished.
+// A failure is reported when the files are finished.
 void FileConversion::WriteADBlocks() {
     channelFiles_.WriteSamples(adBlocks_, kSamplesPerPacket, ChannelGroup::kAD);
     adBlocks_.clear();
@@ -242,7 +242,7 @@ void FileConversion::WriteADBlocks() {
 
 void FileConversion::Skip(const StreamPart& stretch) {
     WriteADBlocks();
-    // A failure shows when the files are finished.
+    // A failure is reported when the files are finished.
     channelFiles_.EndRecords(PacketsCarryTimestamps(PacketDecodeOptions(source_->Header())));
     const double atSeconds = clock_.Seconds(recordPeriod_ / kMicrosecondsPerSecond);
     skipped_.Add(stretch, atSeconds);
@@ -277,7 +277,7 @@ std::int32_t FileConversion::ConvertPacket(ORDDataPacket& packet) {
         WriteTtlEvents(eventFile_, ttlValues_, {packet.hardwareTimestamp, packetTime_}) != 0) {
         return -1;
     }
-    // Ten samples' time whatever the packet holds. Kept (pinned by
+    // Ten samples' time, whatever the packet contains. Do not change this (pinned by
     // FileConversion.RunningTimeCountsPacketsWithoutSamples).
     packetTime_ += recordPeriod_;
     clock_.Count(packet.hardwareTimestamp);
@@ -315,18 +315,18 @@ void FileConversion::FinishEventFile() {
     eventFile_.fileIO.CloseAllOutputFiles();
 }
 
-// A power cut then leaves the outputs' names, and with them what they hold.
+// After a power cut, the outputs' names, and so their contents, then still exist.
 void FileConversion::SyncNames() {
     if (!channelFiles_.settings.syncBeforeFinalHeader) return;
     std::vector<std::wstring> directories = {directory_};
     if (madeDirectory_) {
         directories.push_back(request_.outputDirectory);
-        // Whoever asked for the conversion may just have made that one too.
+        // The caller may just have created that one too.
         directories.push_back(ParentDirectory(request_.outputDirectory));
     }
     for (const std::wstring& directory : directories) {
         const SystemErrorCode code = SyncDirectory(directory);
-        // One that was moved away took its names along.
+        // A directory that was moved away took its names along.
         if (code == 0 || ClassifySystemError(code) == SystemErrorKind::kNotFound) continue;
         if (syncFailure_.empty()) {
             syncFailure_ = DescribeFailure(L"sync directory", directory, code);

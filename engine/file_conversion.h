@@ -32,8 +32,8 @@ struct FileConversionRequest {
 };
 
 // The conversion of one recording: its reader, its writers, and the path of its packets. Lives
-// while that file is converted and is used by one thread. Helper threads may read ahead and write
-// behind it.
+// while that file is converted and is used by one thread; helper threads read ahead of it and write
+// after it.
 class FileConversion {
   public:
     FileConversion(DataProcessor& processor, const FileConversionRequest& request,

@@ -13,13 +13,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace stalwick::fuzz {
 
-/** The target's own seeds, made afresh: nothing of them is kept in the repository. */
+/** The target's own seeds, generated each time: the repository does not contain them. */
 std::vector<std::string> MakeSeeds();
 
 /** Ends the process with a message unless `holds`. */
 void Require(bool holds, std::string_view what);
 
-/** Takes bytes from the front of an input; behind its end everything is 0 or empty. */
+/** Takes bytes from the front of an input; after its end everything is 0 or empty. */
 class Input {
   public:
     Input(const std::uint8_t* data, std::size_t size)

@@ -12,12 +12,12 @@
 namespace stalwick::fuzz {
 
 /**
- * An input that stands for a whole recording:
+ * An input that represents a whole recording:
  *
  *     options | channels | span | n | n bytes of header lines | packet stream
  *
- * The lines come before a complete header and so outweigh its own, unless the highest bit of the
- * options asks for no such header. The one below it leaves the padding of the header block out.
+ * The lines come before a complete header and so override its own, unless the highest bit of the
+ * options requests no such header. The one below it leaves the padding of the header block out.
  * The recording is read in small pieces: a short input has as many spans as a long recording.
  */
 struct RecordingInput {
@@ -30,7 +30,8 @@ RecordingInput ReadRecordingInput(const std::uint8_t* data, std::size_t size);
 
 /**
  * True for a share of the recordings, whose headers are read by the reference's patterns too. These
- * take a hundred times as long as everything else, and ages for some headers, which are left out.
+ * take a hundred times as long as everything else, and far longer for some headers, which are left
+ * out.
  */
 bool IsForThePatterns(const RecordingInput& input);
 

@@ -28,9 +28,10 @@ std::uint32_t CountEnabled(const std::vector<std::uint8_t>& channelMask,
                            });
 }
 
-// Whether the bits behind the widths hold the whole block, padded to a byte. A width of 0 counts
-// as no bits here although decoding takes one bit a delta for it: such a block is taken for
-// complete too early. Kept (pinned by ADBlockDecoder.WidthZeroTakesABitThatTheSizeDoesNotCount).
+// Whether the bits after the widths hold the whole block, padded to a byte. A width of 0 counts as
+// no bits here although decoding takes one bit per delta for it, so such a block counts as complete
+// too early. Do not change this (pinned by
+// ADBlockDecoder.WidthZeroTakesABitThatTheSizeDoesNotCount).
 bool IsComplete(std::int32_t bitCount, std::int32_t position, std::uint32_t widthSum,
                 std::uint32_t enabledCount, std::uint32_t samplesPerChannel) {
     const auto need = static_cast<std::int32_t>((samplesPerChannel - 1) * widthSum +
@@ -40,8 +41,8 @@ bool IsComplete(std::int32_t bitCount, std::int32_t position, std::uint32_t widt
     return bitCount - position >= need + pad;
 }
 
-// A two's-complement number of `width` bits, sign-extended to 16. Width 0 reads one bit all the
-// same and gives 0 or -1.
+// A two's-complement number of `width` bits, sign-extended to 16. Width 0 reads one bit
+// nevertheless and returns 0 or -1.
 std::uint16_t ReadDelta(BitReader& reader, unsigned width) {
     const std::uint32_t sign = reader.ReadBit();
     std::uint32_t value = sign != 0 ? 0xFFFFU : 0;
@@ -70,7 +71,7 @@ ChannelBitWidths ReadChannelBitWidths(BitReader& reader, std::uint32_t numChanne
 
 namespace {
 
-// A block to decode, and the `length` bytes that are left of the span from its first byte on.
+// A block to decode, and the `length` bytes of the span from its first byte on.
 struct Block {
     const std::uint8_t* data;
     std::size_t length;
@@ -80,7 +81,7 @@ struct Block {
 
     std::int32_t BitCount() const { return static_cast<std::int32_t>(length * kBitsPerByte); }
     std::size_t SampleCount() const { return std::size_t{numChannels} * samplesPerChannel; }
-    // The position behind a block of which so many bits were read, up to the next whole byte.
+    // The position after a block of this many bits, rounded up to the next whole byte.
     const std::uint8_t* EndAt(std::int32_t position) const {
         return data + length - (BitCount() - position) / kBitsPerByte;
     }
@@ -131,7 +132,7 @@ void DecodePlanned(const Block& block, const ADBlockPlan& plan, std::uint16_t* s
         decode(block.data, plan, block.samplesPerChannel, samples);
         return;
     }
-    // The kernels read in wide steps: the span's last block is decoded where that does no harm.
+    // The kernels read in wide steps, so the span's last block is decoded from a padded copy.
     std::array<std::uint8_t, kLargestADBlock + 1 + kKernelOverrun> copy;
     std::copy_n(block.data, std::min(bytes, block.length), copy.begin());
     decode(copy.data(), plan, block.samplesPerChannel, samples);
@@ -154,7 +155,7 @@ const std::uint8_t* DecodeADBlock(const std::uint8_t* data, std::size_t length,
             DecodePlanned(block, plan, samples.data());
             return block.EndAt(blockBits);
         }
-        // Every span but the last ends in such a block: its widths are not read a second time.
+        // Every span except the last ends in such a block: its widths are not read a second time.
         const auto widthBits = static_cast<std::int32_t>(plan.enabledCount * kWidthBits);
         if (!IsComplete(bitCount, widthBits, plan.widthSum, plan.enabledCount, samplesPerChannel)) {
             samples.clear();

@@ -10,12 +10,12 @@
 
 namespace stalwick {
 
-// A way to decode a block whose every bit is inside the span. All of them give the same samples;
-// which are there depends on the machine.
+// A way to decode a block whose every bit is inside the span. All of them return the same samples;
+// the machine determines which exist.
 struct ADBlockKernel {
     std::string name;  // "scalar", or the instruction set as Highway calls it
-    // Writes samples[channel * samplesPerChannel + i] of all planned channels, 0 for those that
-    // are not enabled. May read kKernelOverrun bytes behind the block's last byte.
+    // Writes samples[channel * samplesPerChannel + i] of all planned channels, 0 for those that are
+    // not enabled. May read kKernelOverrun bytes after the block's last byte.
     void (*decode)(const std::uint8_t* data, const ADBlockPlan& plan,
                    std::uint32_t samplesPerChannel, std::uint16_t* samples) = nullptr;
 };
@@ -28,11 +28,11 @@ inline constexpr std::size_t kKernelOverrun = 16;
 // The kernel in use: the fastest, unless a test has chosen another.
 const ADBlockKernel& CurrentADBlockKernel();
 
-// For tests and benchmarks: puts `kernel` (null: the fastest) in use. Call it only while no other
+// For tests and benchmarks: selects `kernel` (null: the fastest). Call it only while no other
 // thread decodes.
 void SetADBlockKernel(const ADBlockKernel* kernel);
 
-// One 64-bit load for each value. Any number of samples a channel.
+// One 64-bit load for each value. Any number of samples per channel.
 void DecodePlannedBlockScalar(const std::uint8_t* data, const ADBlockPlan& plan,
                               std::uint32_t samplesPerChannel, std::uint16_t* samples);
 

@@ -54,7 +54,7 @@ EightBytes ReadWidths(const std::uint8_t* data, std::uint32_t position, std::uin
     return widths;
 }
 
-// The layout of channels with these widths one behind the other; at most 255 bits in all.
+// The layout of consecutive channels with these widths; at most 255 bits in total.
 GroupLayout LayOut(EightBytes widths, EightBytes enabled) {
     const EightBytes offsets = SumsBefore(widths);
     GroupLayout layout;

@@ -10,13 +10,13 @@
 
 namespace stalwick {
 
-// Eight values of 8 bits, value i in bits 8i to 8i + 7: what each of eight channels has.
+// Eight values of 8 bits, one for each of eight channels: value i in bits 8i to 8i + 7.
 using EightBytes = std::uint64_t;
 
 inline constexpr std::uint32_t kChannelsPerGroup = 8;
 
-// Where the bits of one channel group's row stand, seen from the group's first bit in that row.
-// Channels without bits have kNoByte in `firstBytes`.
+// The positions of the bits of one channel group's row, relative to the group's first bit in that
+// row. Channels without bits have kNoByte in `firstBytes`.
 struct GroupLayout {
     EightBytes firstBytes;  // the byte that holds the channel's first bit
     EightBytes bitsToSkip;  // of that byte, 0 to 7
@@ -31,8 +31,8 @@ struct ChannelGroup8 {
     std::uint32_t deltasBit;       // from the first bit of a row of deltas
 };
 
-// Where every bit of an A/D block stands, worked out once for all its rows. A width of 0 decodes
-// exactly as a width of 1, so a block of N samples a channel is
+// The position of every bit of an A/D block, computed once for all its rows. A width of 0 decodes
+// exactly like a width of 1, so a block of N samples per channel is
 //
 //   4E bits of widths | 14E bits of first values | N - 1 rows of rowBits bits of deltas
 //
@@ -42,8 +42,8 @@ struct ADBlockPlan {
     std::array<ChannelGroup8, kMostADChannels / kChannelsPerGroup> groups;
     std::uint32_t groupCount = 0;
     std::uint32_t enabledCount = 0;
-    std::uint32_t widthSum = 0;   // of the widths as they stand in the block
-    std::uint32_t rowBits = 0;    // of the widths with 1 for 0
+    std::uint32_t widthSum = 0;   // of the widths as in the block
+    std::uint32_t rowBits = 0;    // of the widths, with 1 instead of 0
     std::uint32_t deltasBit = 0;  // of the first row of deltas, from the block's first bit
 
     // Bits that decoding the block takes.
@@ -53,8 +53,8 @@ struct ADBlockPlan {
 };
 
 // Plans the block that begins at `data`. `numChannels` is a multiple of 8, at most 256;
-// `channelMask` has numChannels / 8 bytes, or none when every channel is enabled. False, with the
-// plan unfinished, when `length` bytes do not hold the widths.
+// `channelMask` has numChannels / 8 bytes, or none if every channel is enabled. Returns false, with
+// the plan unfinished, if `length` bytes do not hold the widths.
 [[nodiscard]] bool BuildADBlockPlan(const std::uint8_t* data, std::size_t length,
                                     std::uint32_t numChannels,
                                     std::span<const std::uint8_t> channelMask, ADBlockPlan& plan);

@@ -31,7 +31,7 @@ std::uint32_t FirstBit(const GroupLayout& layout, unsigned channel) {
     return ByteAt(layout.firstBytes, channel) * 8U + ByteAt(layout.bitsToSkip, channel);
 }
 
-// Where one channel's values stand, in bits from the block's first one.
+// The positions of one channel's values, in bits from the block's first one.
 struct ChannelBits {
     std::uint32_t firstValue;
     std::uint32_t firstDelta;
@@ -39,7 +39,7 @@ struct ChannelBits {
     unsigned width;     // of a delta
 };
 
-// The sign extension of the first value's 14 bits leaves with the shift.
+// The shift drops the sign extension of the first value's 14 bits.
 inline void DecodeChannel(const std::uint8_t* data, const ChannelBits& bits,
                           std::uint32_t samplesPerChannel, std::uint16_t* samples) {
     std::uint32_t value = ReadSigned(data, bits.firstValue, kFirstValueBits);

@@ -3,9 +3,9 @@
 
 #include <cstring>
 
-// Only Highway's headers are used: its library measures the timer at every start of the program,
-// which takes longer than converting a second of recording. So the choice among the instruction
-// sets is made here, and it needs no more than what is named here.
+// Only Highway's headers are used: its library calibrates the timer at every program start, which
+// takes longer than converting a second of recording. So this file chooses the instruction set
+// itself, and needs only what is named here.
 #define HWY_DISABLE_PCLMUL_AES
 #define HWY_DISABLE_BMI2_FMA
 #define HWY_DISABLE_F16C
@@ -25,7 +25,7 @@ namespace HWY_NAMESPACE {
 
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 
-// Without vectors the scalar kernel is the fast one.
+// Without vectors, the scalar kernel is the fastest.
 void DecodePlannedBlock(const std::uint8_t* data, const ADBlockPlan& plan,
                         std::uint32_t samplesPerChannel, std::uint16_t* samples) {
     DecodePlannedBlockScalar(data, plan, samplesPerChannel, samples);
@@ -35,7 +35,7 @@ void DecodePlannedBlock(const std::uint8_t* data, const ADBlockPlan& plan,
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// One 32-bit lane a channel, eight channels where the vectors are wide enough, else four. The
+// One 32-bit lane per channel, eight channels if the vectors are wide enough, otherwise four. The
 // bits of eight channels' values, 8 * 15 and 7 of the byte they begin in, fit one 16-byte load.
 using Lanes32 = hn::CappedTag<std::int32_t, kChannelsPerGroup>;
 using Lanes8 = hn::Repartition<std::uint8_t, Lanes32>;
@@ -55,9 +55,10 @@ Vector32 HWY_INLINE Spread(EightBytes bytes, std::size_t first) {
     return hn::PromoteTo(Lanes32(), hn::LoadU(narrow, values + first));
 }
 
-// How a row's values of some channels come out of the 16 bytes that hold them: the four bytes
-// from each value's first byte on go to its lane, the first byte highest; shifted left until the
-// value's first bit is the lane's first; shifted right until its last bit is the lane's last.
+// How a row's values of some channels are extracted from the 16 bytes that hold them: the four
+// bytes from each value's first byte on go to its lane, the first byte highest. They are shifted
+// left until the value's first bit is the lane's first, then right until its last bit is the lane's
+// last.
 struct Extraction {
     Vector8 byteOrder;
     Vector32 leftShift;
@@ -83,7 +84,7 @@ Vector32 HWY_INLINE Extract(const std::uint8_t* data, std::uint32_t position,
     return hn::Shr(hn::Shl(lanes, hn::Add(how.leftShift, phase)), how.rightShift);
 }
 
-// Two samples of each channel in its lane, as they stand in memory.
+// Two samples of each channel in its lane, as in memory.
 Vector32 HWY_INLINE Pair(Vector32 earlier, Vector32 later) {
     const Lanes32 d;
     const Vector32 low = hn::And(hn::ShiftLeft<kSampleShift>(earlier), hn::Set(d, 0xFFFF));
@@ -92,8 +93,8 @@ Vector32 HWY_INLINE Pair(Vector32 earlier, Vector32 later) {
 
 using Lanes64 = hn::Repartition<std::uint64_t, Lanes32>;
 
-// Writes four pairs, 16 bytes, of a channel and, in vectors of eight lanes, of the fourth one
-// behind it.
+// Writes four pairs, 16 bytes, of a channel and, in vectors of eight lanes, of the channel four
+// places after it.
 void HWY_INLINE StoreFourPairs(hn::Vec<Lanes64> channels, std::uint16_t* samples) {
     auto* const at = reinterpret_cast<std::uint64_t*>(samples);
     if constexpr (kLanes == kChannelsPerGroup) {
@@ -106,7 +107,7 @@ void HWY_INLINE StoreFourPairs(hn::Vec<Lanes64> channels, std::uint16_t* samples
     }
 }
 
-// Turns pairs[pair] with a channel a lane into samples[channel * kSamples + i].
+// Turns pairs[pair] with one channel per lane into samples[channel * kSamples + i].
 void HWY_INLINE StoreTransposed(const Vector32 (&pairs)[kPairs], std::uint16_t* samples) {
     const Lanes32 d;
     const Lanes64 d64;

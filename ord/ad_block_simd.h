@@ -7,8 +7,8 @@
 
 namespace stalwick {
 
-// The kernels of every vector instruction set that this machine has, the best first; none in a
-// build without Highway.
+// The kernels of every vector instruction set of this machine, the best first; none in a build
+// without Highway.
 [[nodiscard]] std::vector<ADBlockKernel> ListSimdADBlockKernels();
 
 }  // namespace stalwick

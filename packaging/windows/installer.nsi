@@ -114,7 +114,7 @@ Section "Uninstall"
     ${EndIf}
     DeleteRegValue HKCU "${CLASSES}\.ord\OpenWithProgids" "${FILE_TYPE}"
     DeleteRegKey /ifempty HKCU "${CLASSES}\.ord\OpenWithProgids"
-    ; /ifempty looks at subkeys only; a type that another program gave it since is kept.
+    ; /ifempty checks only subkeys; a type that another program gave it since is kept.
     ReadRegStr $0 HKCU "${CLASSES}\.ord" ""
     ${If} $0 == ""
         DeleteRegKey /ifempty HKCU "${CLASSES}\.ord"

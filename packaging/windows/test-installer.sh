@@ -99,7 +99,7 @@ check "Windows no longer lists it" fails key_exists "$uninstall_key"
 check "its file type is gone" fails key_exists "$type_key"
 check ".ord is the other program's again" test "$(registry "$ord_key" '')" = Other.Program
 
-echo "Installing into a directory of one's own, and removing without a trace:"
+echo "Installing into a chosen directory, and removing without a trace:"
 "$wine" reg delete "HKCU\\$ord_key" /f >/dev/null
 check "setup succeeds" "$wine" "$setup" /S '/D=C:\own\Ж'
 own="$STALWICK_WINE_PREFIX/drive_c/own/Ж"

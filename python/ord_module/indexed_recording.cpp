@@ -223,7 +223,7 @@ void IndexedRecording::Read(const RecordingIndex& index, const SampleRequest& re
     second.start += first.count;
     second.count -= first.count;
     for (std::int16_t*& row : second.rows) row += first.count;
-    // Where there is no further thread, get() runs it on this one.
+    // If no further thread is available, get() runs it on this one.
     auto rest = std::async([&] { ReadPart(index, second); });
     ReadPart(index, first);
     rest.get();

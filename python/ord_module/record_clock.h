@@ -7,7 +7,7 @@
 
 namespace stalwick {
 
-// The times of a channel file's records, worked out without writing them: docs/output-files.md,
+// The times of a channel file's records, calculated without writing them: docs/output-files.md,
 // "Which clock, which zero".
 class RecordClock {
   public:

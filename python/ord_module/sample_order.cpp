@@ -15,11 +15,11 @@ namespace stalwick {
 
 namespace {
 
-// Channels and samples that are turned round in registers.
+// Channels and samples that are transposed in registers.
 constexpr std::size_t kBlock = 8;
 // Samples that are read of one channel before the next, 1 KB: hundreds of channels are too many
-// streams for the processor to foresee, and rows that stand a power of two apart would not stay in
-// the cache side by side.
+// streams for the processor to foresee, and rows that are a power of two apart would not stay in
+// the cache together.
 constexpr std::size_t kRun = 512;
 
 // A range of samples of a range of channels, and where the first one goes.

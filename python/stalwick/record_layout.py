@@ -121,9 +121,9 @@ class RecordLayout:
         records = np.searchsorted(self.times, times, side="right") - 1
         known = np.maximum(records, 0)
         longest = SAMPLES_PER_RECORD * MICROSECONDS_PER_SECOND // self.rate
-        behind = np.minimum(times - self.times[known], longest)
+        elapsed = np.minimum(times - self.times[known], longest)
         # A sample's time is truncated, so its own time must find it: round up.
-        scaled = (behind + 1) * self.rate - 1
+        scaled = (elapsed + 1) * self.rate - 1
         within = np.minimum(scaled // MICROSECONDS_PER_SECOND, self.counts[known] - 1)
         return np.where(records < 0, -1, self.starts[known] + within)
 

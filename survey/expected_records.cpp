@@ -33,7 +33,7 @@ std::uint64_t PacketTime(std::uint64_t timestamp, std::uint64_t offset) {
     return Truncated(static_cast<double>(timestamp) / kNanosecondsPerMicrosecond) + offset;
 }
 
-// Truncated at every sample, so times fall behind if the sample period is not a whole number of
+// Truncated at every sample, so times lag if the sample period is not a whole number of
 // microseconds.
 std::uint64_t NextSampleTime(std::uint64_t time, double samplesPerSecond) {
     return Truncated(static_cast<double>(time) + kMicrosecondsPerSecond / samplesPerSecond);

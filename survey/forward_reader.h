@@ -15,7 +15,7 @@ namespace stalwick {
 // outlive it.
 class ForwardReader {
   public:
-    // Looks at most `capacity` bytes ahead.
+    // Reads at most `capacity` bytes ahead.
     ForwardReader(const RecordFile& file, std::size_t capacity);
 
     // The bytes from the position on, at most `size`; fewer at the end of the file. Valid until the

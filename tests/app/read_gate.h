@@ -11,8 +11,8 @@
 namespace stalwick::test {
 
 /**
- * The system's file calls, with a gate in front of every read: a conversion stops where a test
- * wants to look at the window. Open at first. In place from construction to destruction; any
+ * The system's file calls, with a gate before every read: a conversion stops where a test
+ * inspects the window. Open at first. In place from construction to destruction; any
  * thread may use it.
  */
 class ReadGate final : public ForwardingFileCalls {

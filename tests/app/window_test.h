@@ -25,7 +25,7 @@ namespace stalwick::test {
 
 inline constexpr int kPatienceMs = 20000;  // until a test gives up; nothing is measured
 
-/** What a message box said; taking it dismisses it. */
+/** The contents of a message box; taking them dismisses it. */
 struct SeenMessage {
     QString caption;
     QString text;
@@ -36,10 +36,10 @@ struct SeenMessage {
     QWidget* owner = nullptr;
 };
 
-/** Waits for a message box, reads it and clicks its "OK"; nothing when none comes. */
+/** Waits for a message box, reads it and clicks its "OK"; nothing if none comes. */
 std::optional<SeenMessage> TakeMessage();
 
-/** The control with that number below the window; null when there is none. */
+/** The control with that number in the window; null if there is none. */
 template <typename Control>
 Control* Find(const QWidget& window, ControlId id) {
     return window.findChild<Control*>(ObjectName(id));
@@ -62,10 +62,10 @@ void WhenShown(std::function<void(Dialog&)> act) {
     }
 }
 
-/** Drops URLs on the widget; true when it took them. */
+/** Drops URLs on the widget; true if it accepted them. */
 bool Drop(QWidget& target, const QList<QUrl>& urls, Qt::DropActions offered = Qt::CopyAction);
 
-/** The main dialog, shown, in a directory of its own with recordings; one time and one UUID for
+/** The main dialog, shown, in a temporary directory with recordings; one time and one UUID for
  * all outputs. */
 class TestWindow {
   public:

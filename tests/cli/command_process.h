@@ -30,7 +30,7 @@ struct CommandSetup {
     std::function<void()> prepare;  // called in the new process before it becomes the command
 };
 
-/** The built stalwick-convert as a process of its own. POSIX systems only. */
+/** The built stalwick-convert as a separate process. POSIX systems only. */
 class CommandProcess {
   public:
     explicit CommandProcess(const std::vector<std::string>& arguments,

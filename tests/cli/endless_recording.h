@@ -13,7 +13,8 @@
 
 namespace stalwick::test {
 
-/** A named pipe that holds a recording, for a command that is to be stopped. POSIX systems only. */
+/** A named pipe that holds a recording, for a command that the test will stop. POSIX systems only.
+ */
 class EndlessRecording {
   public:
     explicit EndlessRecording(const std::wstring& path) : path_(ToUtf8(path)) {
@@ -31,7 +32,7 @@ class EndlessRecording {
 
     const std::string& Path() const { return path_; }
 
-    /** Writes on where it stopped, as much as the pipe takes. */
+    /** Continues writing, as much as the pipe accepts. */
     void Feed() {
         for (;;) {
             const ssize_t count =
@@ -48,7 +49,7 @@ class EndlessRecording {
     int pipe_ = -1;
 };
 
-/** Between two looks at what a command does. */
+/** The time between two checks of what a command does. */
 inline void Pause() {
     ::usleep(2000);
 }

@@ -166,7 +166,7 @@ std::string ShortDamagedRecording() {
 OutputSettings OneRecordAtATime() {
     OutputSettings settings = QuickSettings();
     settings.recordsPerWrite = 1;
-    settings.helperThreads = HelperThreads::kOff;  // writing does not lag behind
+    settings.helperThreads = HelperThreads::kOff;  // writing does not lag
     return settings;
 }
 

@@ -53,13 +53,13 @@ TEST(ConsoleLogger, CharactersThatTheLocaleLacksReachStandardOutputAndSilenceNot
     std::fputs("narrow text before\n", stdout);
     EXPECT_EQ(consoleLogger.Log(1, L"r\u00E9c \u65E5 \U0001F987"), 0);
     EXPECT_EQ(consoleLogger.Log(3, L"the next one"), 0);
-    std::fputs("narrow text behind\n", stdout);
+    std::fputs("narrow text after\n", stdout);
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "narrow text before\n"
               "-*  ERROR  *- r\xC3\xA9"
               "c \xE6\x97\xA5 \xF0\x9F\xA6\x87\r\n"
               "-* NOTICE  *- the next one\r\n"
-              "narrow text behind\n");
+              "narrow text after\n");
 }
 
 }  // namespace

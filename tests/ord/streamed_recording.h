@@ -57,7 +57,7 @@ struct Streamed {
     }
 };
 
-/** All parts of a recording; fails where they do not stand one after the other. */
+/** All parts of a recording; fails if they do not follow one another. */
 inline Streamed Stream(const std::string& bytes, std::size_t mostBytesPerRead = SIZE_MAX,
                        bool isStrict = false) {
     MemoryFileCalls disk;
@@ -94,7 +94,7 @@ inline RandomRecordingShape Shape(bool timestamps, std::size_t packetCount = 100
     return shape;
 }
 
-/** The same by the rules for damaged recordings. */
+/** The same, by the rules for damaged recordings. */
 inline Streamed StreamStrictly(const std::string& bytes) {
     return Stream(bytes, SIZE_MAX, true);
 }

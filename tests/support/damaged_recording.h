@@ -45,7 +45,7 @@ struct DamagedRecording {
     std::vector<char> moved;  // of each byte: in a sector that was swapped
 
     explicit DamagedRecording(const WholeRecording& whole);
-    /** Whether bytes [position, position + size) are a stretch of the whole one. */
+    /** Whether bytes [position, position + size) are a stretch of the undamaged one. */
     bool IsIntact(std::size_t position, std::size_t size) const;
 };
 

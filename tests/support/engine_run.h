@@ -13,10 +13,10 @@
 
 namespace stalwick::test {
 
-/** Settings under which conversions are quick: nobody waits for the disk. */
+/** Settings for fast conversions: they do not wait for the disk. */
 OutputSettings QuickSettings();
 
-/** What one job over one recording gave. */
+/** The result of one job with one recording. */
 struct EngineRun {
     std::wstring statusText;
     std::wstring errorText;  // of the processor
@@ -29,7 +29,7 @@ struct EngineRun {
 std::wstring PutRecording(const TempDirectory& directory, const std::string& recording,
                           const std::wstring& name = L"rec.ord");
 
-/** The job that the options ask for; outputs go to the directory out/. */
+/** The job for these options; outputs go to the directory out/. */
 ConversionJob MakeJob(const TempDirectory& directory, const std::vector<std::wstring>& inputFiles,
                       const ReferenceConvertOptions& options, DataProcessor& processor,
                       std::wstring& statusText);

@@ -12,7 +12,7 @@
 namespace stalwick::test {
 
 /**
- * The system's file calls with faults: a disk that is full after so many bytes, writes that take
+ * The system's file calls with faults: a disk that is full after some bytes, writes that write
  * little, calls that fail. In place from construction to destruction. Calls may
  * come from several threads; set the fields while none works on files.
  */

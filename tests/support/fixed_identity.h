@@ -13,7 +13,8 @@ namespace stalwick::test {
 inline constexpr char kFixedTimeText[] = "2021/03/04 09:05:07";
 inline constexpr char kFixedUuidText[] = "a6aef6f6-1c19-4dc9-9c0f-c88bc77a1f40";
 
-/** While it lives every file gets one time and one UUID, so that whole outputs can be compared. */
+/** During its lifetime every file gets one time and one UUID, so that whole outputs can be
+ * compared. */
 class FixedIdentity {
   public:
     FixedIdentity()

@@ -6,7 +6,7 @@
 
 namespace stalwick::test {
 
-/** Memory whose last byte stands before a page that nobody may touch: reading beyond it ends the
+/** Memory whose last byte precedes an inaccessible page: reading beyond it ends the
  * program. */
 class GuardedSpan {
   public:

@@ -4,8 +4,8 @@
 namespace stalwick::test {
 
 /**
- * While it lives this process gets no further thread. POSIX systems only; a program that uses it
- * compiles no_threads.cpp itself, which stands before the system's pthread_create.
+ * During its lifetime this process cannot start another thread. POSIX systems only; a program that
+ * uses it compiles no_threads.cpp itself, which replaces the system's pthread_create.
  */
 class NoThreads {
   public:
@@ -14,7 +14,7 @@ class NoThreads {
     NoThreads(const NoThreads&) = delete;
     NoThreads& operator=(const NoThreads&) = delete;
 
-    /** How often a thread was asked for since then. */
+    /** How often a thread was requested since then. */
     unsigned RefusedCount() const;
 };
 

@@ -24,7 +24,7 @@ enum class FileOperation {
     kClose
 };
 
-/** One call as it was asked for. */
+/** One call as requested. */
 struct FileCallRecord {
     FileOperation operation{};
     std::wstring path;
@@ -33,7 +33,7 @@ struct FileCallRecord {
     bool toFreshHeader = false;  // a write into the header block before it was ever complete
 };
 
-/** What happens to the n-th call, counted from 0, and perhaps to all behind it. */
+/** What happens to the n-th call, counted from 0, and perhaps to all later ones. */
 struct FileFault {
     std::uint64_t nth = UINT64_MAX;
     SystemErrorCode code = 0;  // 0: the call does half of its work
@@ -53,7 +53,7 @@ class NthFaultFileCalls final : public ForwardingFileCalls {
     const std::vector<FileCallRecord>& calls() const { return calls_; }
     /** The calls that failed, in order. */
     const std::vector<FileCallRecord>& failedCalls() const { return failedCalls_; }
-    /** A call did less than it was asked for, or failed. */
+    /** A call did less than requested, or failed. */
     bool met() const { return met_; }
     std::size_t openCount() const { return open_.size(); }
 

@@ -27,15 +27,15 @@ class OrdHeaderText {
     OrdHeaderText& Set(std::string_view key, std::string_view value);
     /** Removes every line with this key. */
     OrdHeaderText& Remove(std::string_view key);
-    /** Appends a line as it stands: a comment, a second line of a key, anything. */
+    /** Appends a line unchanged: a comment, a second line of a key, anything. */
     OrdHeaderText& AddLine(std::string_view line);
     /** CR LF unless set. */
     OrdHeaderText& SetLineEnd(std::string_view lineEnd);
-    /** Appended behind the last line as it stands, without a line end. */
+    /** Appended unchanged after the last line, without a line end. */
     OrdHeaderText& SetExtraText(std::string_view text);
 
     std::string Text() const;
-    /** The text padded with zero bytes to 16,384 bytes; a longer text is cut there. */
+    /** The text padded with zero bytes to 16,384 bytes; a longer text is truncated there. */
     std::string Block() const;
 
   private:
@@ -45,17 +45,18 @@ class OrdHeaderText {
     std::string extraText_;
 };
 
-/** A complete header of format version 1.0, which asks for no UTC offset. */
+/** A complete header of format version 1.0, which needs no UTC offset. */
 OrdHeaderText Version1Header(unsigned channelCount);
 /** A complete header of format version 2.0. */
 OrdHeaderText Version2Header(unsigned channelCount);
 
-/** Channels that a channel-count code stands for: 32, 64, 128, 256. */
+/** Channels for each channel-count code: 32, 64, 128, 256. */
 unsigned ChannelCountOfCode(std::uint8_t channelCountCode);
 /** State bytes of a packet with one state byte per sample: 10, or 5 for 256 channels. */
 unsigned StateByteCountOfCode(std::uint8_t channelCountCode);
 
-/** What one bit-packed A/D block holds. All vectors have one entry per channel of the packet. */
+/** The contents of one bit-packed A/D block. All vectors have one entry per channel of the packet.
+ */
 struct AdBlockPlan {
     unsigned samplesPerChannel = 10;
     std::vector<std::uint8_t> widths;  // bits per delta, 0..15; unused for disabled channels
@@ -66,7 +67,7 @@ struct AdBlockPlan {
     bool writeZeroWidthBits = true;
 };
 
-/** Everything that one packet holds, written as it stands: the parts may contradict each other. */
+/** The contents of one packet, written unchanged: the parts may contradict each other. */
 struct PacketPlan {
     std::uint8_t packetType = 4;
     std::uint8_t channelCountCode = 0;
@@ -87,7 +88,7 @@ struct PacketPlan {
 
 /** The flags byte of the packet, formed from its parts. */
 std::uint8_t PacketFlags(const PacketPlan& plan);
-/** True when the mask lets the channel through; an absent mask lets all through. */
+/** True if the mask enables the channel; an absent mask enables all. */
 bool IsChannelEnabled(const std::optional<std::vector<std::uint8_t>>& mask, unsigned channel);
 /** A mask of channelCount / 8 bytes in packet order with exactly these channels enabled. */
 std::vector<std::uint8_t> MakeChannelMask(unsigned channelCount,
@@ -97,7 +98,7 @@ std::string EncodeAdBlock(const AdBlockPlan& plan, unsigned channelCount,
                           const std::optional<std::vector<std::uint8_t>>& mask);
 std::string EncodePacket(const PacketPlan& plan);
 std::string EncodePackets(const std::vector<PacketPlan>& plans);
-/** Header block, then the packets, then `tail` as it stands. */
+/** Header block, then the packets, then `tail` unchanged. */
 std::string BuildOrdFile(const OrdHeaderText& header, const std::vector<PacketPlan>& plans,
                          std::string_view tail = {});
 
@@ -138,7 +139,7 @@ struct RandomRecordingShape {
     bool timestamps = true;                   // false: format version 1
 };
 
-/** Sets each packet's timestamp; all else is the shape's. */
+/** Sets each packet's timestamp; everything else comes from the shape. */
 std::vector<PacketPlan> MakeRandomPackets(std::uint64_t seed, const RandomRecordingShape& shape);
 
 /** Any mixture of parts, masks, widths 0 to 15 and state bytes; still a packet that decodes whole.

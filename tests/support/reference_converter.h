@@ -36,12 +36,12 @@ struct ReferenceConvertInput {
     std::string separator = "/";
     /** Names that the recording's output directory holds already, as files. */
     std::set<std::string> takenNames;
-    /** The conversion is canceled after so many spans of 50,000 bytes. */
+    /** The conversion is canceled after this many spans of 50,000 bytes. */
     std::optional<std::size_t> spansUntilCancel;
     std::size_t headerBytes = 16384;
     std::size_t spanBytes = kReferenceSpanBytes;
     std::size_t recordsPerWrite = kReferenceRecordsPerWrite;
-    /** The header's fields where the caller knows them; else they are read here. */
+    /** The header's fields if the caller knows them; otherwise they are read here. */
     std::optional<ReferenceHeaderFields> fields;
 };
 
@@ -57,12 +57,12 @@ ReferenceConvertResult ReferenceConvert(const ReferenceConvertInput& input);
 
 /**
  * The text of an output's 16,384-byte header block without its padding, with the file's UUID as
- * "U", its times as "T" and the output directory as "ROOT". A malformed UUID or time stays as it
- * is.
+ * "U", its times as "T" and the output directory as "ROOT". A malformed UUID or time does not
+ * change.
  */
 std::string MaskHeaderText(std::string_view headerBlock, std::string_view outputDirectory);
 
-/** The whole file with its header block so masked, padded to 16,384 bytes again. */
+/** The whole file with its header block masked like this, padded to 16,384 bytes again. */
 std::string MaskOutputFile(std::string_view fileBytes, std::string_view outputDirectory);
 
 }  // namespace stalwick::test

@@ -72,7 +72,7 @@ std::uint16_t ReadDelta(SaturatingBitReader& reader, unsigned width) {
     return static_cast<std::uint16_t>(delta);
 }
 
-/** Walks over the blocks of one packet. Every read fails when too few bytes remain. */
+/** Walks over the blocks of one packet. Every read fails if too few bytes remain. */
 class ByteCursor {
   public:
     explicit ByteCursor(std::string_view bytes) : bytes_(bytes) {}
@@ -136,7 +136,7 @@ bool CarriesTimestamp(const std::optional<ReferenceDecodeOptions>& options) {
     return options && (options->first >= 240 || options->second >= 20);
 }
 
-/** Everything behind the first 11 bytes' length check; false: the packet is rejected. */
+/** Everything after the length check of the first 11 bytes; false: the packet is rejected. */
 bool TakePacket(ByteCursor& cursor, const std::optional<ReferenceDecodeOptions>& options,
                 const std::optional<std::uint32_t>& samplesOverride, ReferencePacket& packet) {
     packet.packetType = static_cast<std::uint8_t>(cursor.TakeBigEndian(1));

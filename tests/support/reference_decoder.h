@@ -42,7 +42,7 @@ struct ReferenceAdBlock {
     std::size_t consumedBytes = 0;
 };
 
-/** `bytes` is all that is left of the span, from the block's first byte on. */
+/** `bytes` is the rest of the span, from the block's first byte on. */
 ReferenceAdBlock ReferenceDecodeADBlock(std::string_view bytes, unsigned channelCount,
                                         unsigned samplesPerChannel,
                                         const std::vector<std::uint8_t>& channelMask);
@@ -71,7 +71,7 @@ inline constexpr std::size_t kReferenceSpanBytes = 50000;
 /** Reads a packet stream in the spans that decide what becomes of a damaged packet. */
 class ReferenceSpanReader {
   public:
-    /** `stream`: the bytes of the recording behind its header block. */
+    /** `stream`: the bytes of the recording after its header block. */
     ReferenceSpanReader(std::string stream, std::int32_t versionNumber,
                         std::size_t spanBytes = kReferenceSpanBytes);
 
@@ -80,7 +80,7 @@ class ReferenceSpanReader {
         bool endOfFile = false;
         std::vector<ReferencePacket> packets;
     };
-    /** The packets of the next span. Not to be called again after endOfFile or a failure. */
+    /** The packets of the next span. Do not call it again after endOfFile or a failure. */
     Result GetData();
 
   private:
@@ -91,7 +91,7 @@ class ReferenceSpanReader {
     std::string held_;
 };
 
-/** Every packet of the stream up to its end or to the failure, as the spans give them. */
+/** Every packet of the stream up to its end or to the failure, as the spans return them. */
 std::vector<ReferencePacket> ReferenceReadAll(const std::string& stream, std::int32_t versionNumber,
                                               bool* failed = nullptr);
 

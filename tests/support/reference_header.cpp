@@ -40,7 +40,7 @@ bool ConvertToken(const std::wstring& token, Value& target) {
     return !stream.fail();
 }
 
-/** The first token of the first line; false with the error's text when there is none. */
+/** The first token of the first line; false with the error's text if there is none. */
 template <typename Value>
 bool TakeField(const std::wstring& headerText, const std::wstring& key, Value& target,
                std::wstring& errorText) {
@@ -68,7 +68,7 @@ bool TakeRequiredFields(const std::wstring& headerText, ReferenceHeaderFields& f
     return TakeField(headerText, L"-UTCOffsetMicroseconds", fields.utcOffsetMicroseconds, error);
 }
 
-/** One UTF-8 sequence from `position` on, or nothing where it is not valid. */
+/** One UTF-8 sequence from `position` on, or nothing if it is not valid. */
 std::optional<char32_t> TakeUtf8(std::string_view bytes, std::size_t& position) {
     const auto lead = static_cast<unsigned char>(bytes[position++]);
     if (lead < 0x80) return lead;

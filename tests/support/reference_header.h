@@ -37,7 +37,7 @@ struct ReferenceHeaderFields {
 
 ReferenceHeaderFields ReferenceReadHeaderFields(const std::wstring& headerText);
 
-/** The text up to the first zero byte: UTF-8 when all of it is valid UTF-8, else Latin-1. */
+/** The text up to the first zero byte: UTF-8 if all of it is valid UTF-8, otherwise Latin-1. */
 std::wstring ReferenceHeaderText(std::string_view headerBlock);
 
 std::string ReferenceUtf8(const std::wstring& text);

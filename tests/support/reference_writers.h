@@ -15,10 +15,10 @@ namespace stalwick::test {
 
 inline constexpr std::size_t kReferenceRecordsPerWrite = 5000;
 
-/** Truncated; below 0 or not a number gives 0, from 2^64 on the largest value. */
+/** Truncated; values below 0 and NaN become 0, values from 2^64 on the largest value. */
 std::uint64_t SaturatedUnsigned(double value);
 
-/** What the common lines of a header print, as UTF-8. */
+/** The values of the common lines of a header, as UTF-8. */
 struct ReferenceHeaderLines {
     std::string fileType;
     std::string fileVersion;
@@ -46,7 +46,7 @@ struct ReferenceOutputFile {
     std::size_t recordsPerWrite = kReferenceRecordsPerWrite;
 
     void WritePending();
-    /** Header block and written records; empty while no header was written. */
+    /** Header block and written records; empty until a header is written. */
     std::string Bytes() const;
 };
 

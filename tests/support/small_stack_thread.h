@@ -6,7 +6,7 @@
 
 namespace stalwick::test {
 
-/** The stack that a worker thread may have to do with. */
+/** The smallest stack that a worker thread may have. */
 inline constexpr std::size_t kSmallStackBytes = std::size_t{512} * 1024;
 
 /** Runs `work` on a thread with a stack of that size and waits for it. */

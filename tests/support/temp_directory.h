@@ -7,7 +7,7 @@
 
 namespace stalwick::test {
 
-/** A directory of its own, removed with all it holds at the end. Paths are wide, as the program
+/** A new directory, removed with its contents at the end. Paths are wide, as the program
  * takes them. */
 class TempDirectory {
   public:
@@ -29,7 +29,7 @@ std::string ReadFile(const std::wstring& path);
 void MakeDirectory(const std::wstring& path);
 void RemoveFile(const std::wstring& path);
 bool Exists(const std::wstring& path);
-/** UTF-8 names of what stands in the directory; empty for a directory that is not there. */
+/** UTF-8 names of everything in the directory; empty if the directory does not exist. */
 std::set<std::string> NamesIn(const std::wstring& directory);
 /** Every file of the directory with its bytes. */
 std::map<std::string, std::string> FilesIn(const std::wstring& directory);

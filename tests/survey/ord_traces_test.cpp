@@ -235,7 +235,7 @@ TEST_F(OrdTraces, WhatIsNotThereIsSaid) {
     EXPECT_EQ(ReadOrdTraces({{empty}, 0.0, {}, {}, 100}).error.kind, TraceError::Kind::kUnreadable);
 }
 
-/** Every certain packet's place and timestamp, by a walk from the beginning. */
+/** Every certain packet's place and timestamp, by reading from the beginning. */
 std::map<std::uint64_t, std::uint64_t> Walk(PacketStream& stream) {
     std::map<std::uint64_t, std::uint64_t> stamps;
     ORDDataPacket packet;

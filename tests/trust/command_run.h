@@ -38,7 +38,7 @@ class CommandScene {
 
     /**
      * The outputs with times, UUIDs and the directory masked, by file name. A header block that was
-     * cut is filled up first: the system writes whole pages, and the text is in the first.
+     * truncated is padded first: the system writes whole pages, and the text is in the first.
      */
     std::map<std::string, std::string> MaskedFiles() const {
         std::map<std::string, std::string> files = FilesIn(RecordingDirectory());
@@ -50,7 +50,7 @@ class CommandScene {
         return files;
     }
 
-    /** What the reference writes, masked the same way; `taken` as if they stood there already. */
+    /** What the reference writes, masked the same way; `taken` as if they already existed. */
     ReferenceConvertResult Reference(const std::set<std::string>& taken = {}) const {
         ReferenceConvertInput input;
         input.recording = recording_;

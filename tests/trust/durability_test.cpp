@@ -35,7 +35,7 @@ OutputSettings SmallBlocks() {
     return settings;
 }
 
-/** One letter a call: c create, H first header, d data, s sync, h final header, x close. */
+/** One letter per call: c create, H first header, d data, s sync, h final header, x close. */
 std::string Order(const std::vector<FileCallRecord>& calls) {
     std::string order;
     bool hasHeader = false;

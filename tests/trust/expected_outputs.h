@@ -11,7 +11,7 @@
 
 namespace stalwick::test {
 
-/** An output file as the reference writes it, and as it stands before it is finished. */
+/** An output file as the reference writes it, and before it is finished. */
 struct ExpectedFile {
     std::string provisionalHeader;  // 16,384 bytes that say "File was not closed properly"
     std::string finalHeader;        // the same for the event file
@@ -23,9 +23,9 @@ using ExpectedFiles = std::map<std::string, ExpectedFile>;  // by file name
 ExpectedFiles ExpectFiles(const ReferenceConvertResult& complete);
 
 /**
- * Whether the bytes are what a file may be left as: nothing, the beginning of a provisional
- * header, or a header and the beginning of the data. A header that gives a closing time stands
- * over all of the data only.
+ * Whether the bytes are a possible remainder of a file: nothing, the beginning of a provisional
+ * header, or a header and the beginning of the data. A header with a closing time precedes
+ * all of the data.
  */
 testing::AssertionResult IsValidRemainder(const std::string& bytes, const ExpectedFile& expected);
 

@@ -11,7 +11,7 @@ namespace stalwick::test {
  */
 class FailingAllocations {
   public:
-    /** From now on the n-th allocation fails, counted from 0; with `lasting` all behind it too. */
+    /** From now on the n-th allocation fails, counted from 0; with `lasting` all later ones too. */
     explicit FailingAllocations(std::uint64_t nth, bool lasting);
     ~FailingAllocations();
     FailingAllocations(const FailingAllocations&) = delete;
@@ -21,7 +21,7 @@ class FailingAllocations {
     static bool Met();
     /** From now on they succeed again. */
     static void Stop();
-    /** Counts an allocation; whether it is to fail. For what stands in an allocator's place. */
+    /** Counts an allocation; returns whether it should fail. For replacements of an allocator. */
     static bool FailsNext();
 };
 

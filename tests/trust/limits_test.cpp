@@ -104,7 +104,7 @@ TEST(FileSizeLimit, OutputThatReachesItIsToldAndTheCommandGoesOnToItsEnd) {
 }
 
 TEST(ClosedStreams, MessagesNeverGoIntoAnOutput) {
-    const CommandScene scene(MakeFullRecording(4, 3) + "a tail that is told of");
+    const CommandScene scene(MakeFullRecording(4, 3) + "a tail that is reported");
     CommandSetup setup;
     setup.prepare = [] {
         for (int stream = 0; stream <= 2; ++stream) ::close(stream);

@@ -184,7 +184,7 @@ def bad_input(scratch, sample, work):
     yield Comparison("stream cut inside a packet", work(), [cut], ["--all"])
     nothing = scratch / "no data.ord"
     nothing.write_bytes(sample.read_bytes()[:HEADER_SIZE])
-    yield Comparison("no data behind the header", work(), [nothing], ["--all"])
+    yield Comparison("no data after the header", work(), [nothing], ["--all"])
     yield Comparison("output directory two levels down", work(), [sample],
                      out_name="missing/child", expect_status=2)
 

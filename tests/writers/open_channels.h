@@ -66,7 +66,7 @@ struct OpenChannels {
     CSCFileWriterContainer container;
 };
 
-/** The records behind the header of a finished file. */
+/** The records after the header of a finished file. */
 inline std::vector<VtxDataTypes::CRRec> RecordsOf(const std::wstring& path) {
     const std::string bytes = ReadFile(path).substr(16384);
     EXPECT_EQ(bytes.size() % sizeof(VtxDataTypes::CRRec), 0U);

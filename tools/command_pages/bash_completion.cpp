@@ -96,7 +96,7 @@ std::string FormatBashCompletion(const CommandText& command) {
     std::string text = "# bash completion for " + command.name + "\n\n" + function + "() {\n" +
                        "    local current=${COMP_WORDS[COMP_CWORD]} previous=\n"
                        "    ((COMP_CWORD > 0)) && previous=${COMP_WORDS[COMP_CWORD - 1]}\n"
-                       "    # bash takes the equals sign of --name=value for a word of its own.\n"
+                       "    # bash takes the equals sign of --name=value as a separate word.\n"
                        "    if [[ $current == '=' ]]; then\n"
                        "        current=\n"
                        "    elif [[ $previous == '=' ]]; then\n"

@@ -43,7 +43,7 @@ inline void PrefetchForWriting(const std::int16_t* first, std::size_t count) {
     }
 }
 
-// What an earlier use of the block left behind the record's samples becomes 0.
+// Remains of an earlier use of the block after the record's samples become 0.
 void ClearUnusedSamples(const OutputFileRecord& file) {
     std::fill_n(file.nextSample, kSamplesPerRecord - file.filledSamples, std::int16_t{0});
 }
@@ -78,7 +78,7 @@ inline bool FitIntoRecord(const OutputFileRecord& file, std::span<const SampleBl
            });
 }
 
-// The usual way of AppendSamples, without its questions: whole packets leave the phase as it was.
+// The common case of AppendSamples without its checks: whole packets do not change the phase.
 inline void AppendPackets(OutputFileRecord& file, std::span<const SampleBlock> sampleBlocks,
                           std::size_t position) {
     std::int16_t* target = file.nextSample;
@@ -215,7 +215,7 @@ std::span<OutputFileRecord> CSCFileWriterContainer::FilesOf(ChannelGroup group) 
     return {};
 }
 
-// File by file: what a file's record says then stays in the nearest cache for all blocks.
+// File by file: the values in a file's record then stay in the nearest cache for all blocks.
 std::int32_t CSCFileWriterContainer::WriteSamples(std::span<const SampleBlock> sampleBlocks,
                                                   std::uint32_t samplesPerChannel,
                                                   ChannelGroup group) {
@@ -249,7 +249,7 @@ std::int32_t CSCFileWriterContainer::WriteSamples(std::span<const SampleBlock> s
 inline std::int32_t CSCFileWriterContainer::AppendSamples(
     OutputFileRecord& file, std::span<const std::int16_t> samples,
     std::optional<std::uint64_t> baseTimestamp) {
-    // A file whose block could not be written has none: it gets nothing more.
+    // A file whose block could not be written has no block and receives nothing more.
     if (file.cscBuffer.empty()) return -1;
     if (baseTimestamp && *baseTimestamp != file.lastBaseTimestamp) {
         file.phase = 0;
@@ -275,15 +275,15 @@ std::int32_t CSCFileWriterContainer::AppendAcrossRecords(OutputFileRecord& file,
     if (count == samples.size()) return 0;
 
     StartRecord(file);
-    // The phase is not advanced for these samples. Kept (pinned by
+    // The phase does not advance for these samples. Do not change this (pinned by
     // CSCFileWriterContainer.PhaseLagsBehindTheSamplesThatStartARecord).
     CopySamples(samples.subspan(count), file);
     return 0;
 }
 
-// Blocks end where each full block of 5000 records does, so that a program that is killed leaves
-// all of those. Files that are filled side by side would then all be full in the same packet: the
-// block after such a place is shorter, in each file by another length.
+// Blocks end with each full block of 5000 records, so that a killed program leaves all of those.
+// Files that are filled in parallel would then all be full in the same packet: the block after such
+// a place is shorter, by a different length in each file.
 void CSCFileWriterContainer::StartBlock(OutputFileRecord& file) {
     const std::uint64_t done = file.writtenCount % kRecordsPerBlock;
     const std::uint64_t length =
@@ -376,7 +376,7 @@ std::int32_t CSCFileWriterContainer::FinishCscFiles() {
     for (OutputFileRecord& file : records) {
         if (WriteRest(file) != 0) return -1;
     }
-    // No header says that a file was closed before all of them are whole.
+    // No header says that a file was closed before all files are whole.
     if (fileIO.CompleteWrites() != 0 || fileIO.SyncFiles() != 0) return -1;
     if (SetHeaders(true) != 0) return -1;
     records.clear();

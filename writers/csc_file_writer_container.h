@@ -12,7 +12,7 @@
 
 namespace stalwick {
 
-// What a packet holds for the files of a group: samples[file * samplesPerChannel + i], and the
+// A packet's samples for the files of a group: samples[file * samplesPerChannel + i], and the
 // hardware time of the first ones in nanoseconds.
 struct SampleBlock {
     std::span<std::int16_t> samples;
@@ -43,17 +43,17 @@ class CSCFileWriterContainer : public FileWriterContainer {
     std::int32_t WriteSamples(std::span<const SampleBlock> sampleBlocks,
                               std::uint32_t samplesPerChannel, ChannelGroup group);
 
-    // Ends the record in progress of every file, however few samples it has: those that come next
-    // begin another one. `hasBaseTimestamps`: WriteSamples gets them. Returns -1 where a block
-    // could not be written.
+    // Ends the record in progress of every file, however few samples it has; the next samples begin
+    // another one. `hasBaseTimestamps`: WriteSamples receives them. Returns -1 if a block could not
+    // be written.
     std::int32_t EndRecords(bool hasBaseTimestamps);
 
     // Writes what is buffered, gives every file its final header, and closes them all.
     [[nodiscard]] std::int32_t FinishCscFiles();
 
-    // For a recording that fails in its middle: leaves in every file what full blocks of 5000
-    // records had filled, or all whole records if the settings say so. A file whose write failed
-    // stays as it is. Reasons of failures are in fileIO.Files().
+    // For a recording that fails in the middle: leaves in every file only full blocks of 5000
+    // records, or all whole records if the settings keep them. A file whose write failed stays
+    // unchanged. The reasons of failures are in fileIO.Files().
     void LeaveUnfinished();
 
     std::uint32_t numAdChannels = 0;
@@ -63,7 +63,7 @@ class CSCFileWriterContainer : public FileWriterContainer {
     std::uint32_t afeImuFirst = 0;
     std::uint32_t ultrasonicFirst = 0;
 
-    // A timestamp left the 64-bit range and was held at its end.
+    // A timestamp left the 64-bit range and was clamped to its end.
     bool timestampsSaturated = false;
 
   private:
@@ -87,7 +87,7 @@ class CSCFileWriterContainer : public FileWriterContainer {
     std::uint32_t recordsPerWrite_ = 0;
 };
 
-// The lines of a channel file's header behind the common ones.
+// The lines of a channel file's header after the common ones.
 [[nodiscard]] std::wstring ChannelHeaderLines(const CSCFileWriterContainer& container,
                                               double samplingFrequency, std::uint32_t channelIndex);
 

@@ -4,9 +4,9 @@
 namespace stalwick {
 
 void ScaleADSamples(std::span<std::int16_t> samples) {
-    // The upper half of the product is the quotient rounded down: one is added to a negative one
-    // that is not whole, and of those only the product of -32768 is. Compilers make vector
-    // instructions of this form.
+    // The upper half of the product is the quotient rounded down: one is added to a negative
+    // quotient that is not an integer; the only integer one is that of -32768. Compilers turn this
+    // form into vector instructions.
     for (std::int16_t& sample : samples) {
         const auto high = static_cast<std::int16_t>((sample * 3190) >> 16);
         const bool roundsUp = sample < 0 && sample != INT16_MIN;

@@ -6,8 +6,8 @@
 
 namespace stalwick {
 
-// Scaling of recorded 16-bit values to those of the outputs, exact in integers and truncated
-// toward zero.
+// Scales recorded 16-bit values to those of the outputs, exact in integers and truncated toward
+// zero.
 
 // A/D samples of a channel file: times 3190/65536.
 void ScaleADSamples(std::span<std::int16_t> samples);

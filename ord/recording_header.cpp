@@ -59,7 +59,7 @@ void ReadAcquisitionSystem(const std::wstring& text, RecordingHeader& header) {
 
 // The ultrasonic flag uses the first of any number of values, the inertial ones need exactly one;
 // and the number is not reset between them. Do not change either (pinned by
-// ORDFileReader.TwoValuesLeaveAnInertialFlagAsItWas).
+// ORDFileReader.TwoValuesLeaveAnInertialFlagUnchanged).
 void ReadAvailabilityFlags(const std::wstring& text, RecordingHeader& header) {
     std::int32_t scratch = 0;
     const auto ultrasonic = GetHeaderFieldValues(text, L"-UltrasonicAvailable");

@@ -43,7 +43,7 @@ class FileSelectionTest : public QObject {
     void InputDialogOpensWideEnoughForItsColumns();
     void ClickOnAPipeOrADeviceOpensNothing();
     void ToolTipsShowPathsAsTheyStand_data();
-    void ToolTipsShowPathsAsTheyStand();
+    void ToolTipsShowPathsUnchanged();
 };
 
 namespace {
@@ -300,7 +300,7 @@ void FileSelectionTest::ToolTipsShowPathsAsTheyStand_data() {
     QTest::newRow("entities") << "trial&lt;2";
 }
 
-void FileSelectionTest::ToolTipsShowPathsAsTheyStand() {
+void FileSelectionTest::ToolTipsShowPathsUnchanged() {
     QFETCH(QString, name);
     TestWindow window;
     const std::wstring directory = window.PathOf(ToWide(name));

@@ -21,10 +21,10 @@ class KeyboardAndLayoutTest : public QObject {
     void ControlsHaveTheirNumbersAndTexts_data();
     void ControlsHaveTheirNumbersAndTexts();
     void GroupsAndLabelsHaveTheirTexts();
-    void EveryButtonAndBoxHasAMnemonicOfItsOwn();
+    void EveryButtonAndBoxHasItsOwnMnemonic();
     void MnemonicsReachTheirControls();
     void EveryControlHasAnAccessibleName();
-    void LabelsAreReadOutAsTheyStand();
+    void LabelsAreReadOutUnchanged();
     void EveryLabelInFrontOfABoxIsItsBuddy();
     void TabOrderIsReadingOrder();
     void FocusStartsOnSelectInputFiles();
@@ -121,7 +121,7 @@ void KeyboardAndLayoutTest::GroupsAndLabelsHaveTheirTexts() {
     }
 }
 
-void KeyboardAndLayoutTest::EveryButtonAndBoxHasAMnemonicOfItsOwn() {
+void KeyboardAndLayoutTest::EveryButtonAndBoxHasItsOwnMnemonic() {
     TestWindow window;
     QSet<QChar> taken = {QLatin1Char('H')};  // the menu "Help"
     for (const QString& text : TextsWithMnemonics(window.dialog)) {
@@ -176,7 +176,7 @@ void KeyboardAndLayoutTest::EveryControlHasAnAccessibleName() {
 }
 
 // An accessible name would hide the text.
-void KeyboardAndLayoutTest::LabelsAreReadOutAsTheyStand() {
+void KeyboardAndLayoutTest::LabelsAreReadOutUnchanged() {
     TestWindow window;
     CAboutDlg about;
     Find<QLabel>(*window.Progress(), ControlId::kRecordLabel)->setText("Processing record 7");

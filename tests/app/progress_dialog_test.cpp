@@ -27,7 +27,7 @@ class ProgressDialogTest : public QObject {
     void CancelIsDisabledOncePressedUntilTheNextProcessor();
     void CancelIsEnabledAndHasTheFocusInTheNextConversion();
     void NewCancelActionReplacesTheOldOne();
-    void LabelStaysStillAfterCancelWhileTheWorkerGoesOn();
+    void LabelStaysStillAfterCancelWhileTheWorkerContinues();
     void NumberRestartsWithEveryFile();
     void NothingThatTheUserDoesClosesIt();
     void EnterDoesNotCancel();
@@ -210,7 +210,7 @@ void ProgressDialogTest::NewCancelActionReplacesTheOldOne() {
     QCOMPARE(calls, 1);
 }
 
-void ProgressDialogTest::LabelStaysStillAfterCancelWhileTheWorkerGoesOn() {
+void ProgressDialogTest::LabelStaysStillAfterCancelWhileTheWorkerContinues() {
     TestWindow window;
     window.AddRecording(L"a.ord", 300);
     window.SelectInputFiles({"a.ord"});

@@ -23,14 +23,14 @@ class StartConversionTest : public QObject {
     void FailureIsOneLineWhateverTheFilesName();
     void FailureWithoutATextShowsNoDash();
     void ErrorTextOfAnEarlierFailureIsLeftOver();
-    void CanceledJobSaysSoAndNeverThatItIsComplete();
+    void CanceledJobReportsItAndNeverThatItIsComplete();
     void CancelInTheFirstFileLeavesLaterFilesWithoutData();
     void MissingOutputDirectoryIsCreated();
     void DialogIsDisabledAndProgressShownWhileConverting();
     void EnableHideAndTextComeInThatOrder();
     void WorkerDoesNotWaitForTheMessageBox();
     void StartResetsTheCancelOfTheLastJob();
-    void DetailsStandBehindTheButton();
+    void DetailsAreShownByTheButton();
     void DetailsOfAnIncompleteOutputAreOpen();
     void SecondConversionUsesTheSameProgressDialog();
     void FocusComesBackAfterTheConversion();
@@ -157,7 +157,7 @@ void StartConversionTest::ErrorTextOfAnEarlierFailureIsLeftOver() {
     QCOMPARE(message->text, "Processing failed - Error retrieving header field -NumADChannels");
 }
 
-void StartConversionTest::CanceledJobSaysSoAndNeverThatItIsComplete() {
+void StartConversionTest::CanceledJobReportsItAndNeverThatItIsComplete() {
     TestWindow window;
     window.AddRecording(L"a.ord", 300);
     window.SelectInputFiles({"a.ord"});
@@ -285,7 +285,7 @@ void StartConversionTest::StartResetsTheCancelOfTheLastJob() {
     VERIFY_OUTPUTS(window, L"a.ord", second);
 }
 
-void StartConversionTest::DetailsStandBehindTheButton() {
+void StartConversionTest::DetailsAreShownByTheButton() {
     TestWindow window;
     window.AddFile(L"a.ord", BuildOrdFile(Version2Header(32), {}, EncodePacket({}).substr(0, 10)));
     window.SelectInputFiles({"a.ord"});

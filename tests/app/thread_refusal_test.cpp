@@ -17,10 +17,10 @@ using namespace stalwick::test;
 class ThreadRefusalTest : public QObject {
     Q_OBJECT
   private slots:
-    void ConversionThatGetsNoThreadSaysSoAndCanBeStartedAgain();
+    void ConversionWithoutAThreadReportsItAndCanBeStartedAgain();
 };
 
-void ThreadRefusalTest::ConversionThatGetsNoThreadSaysSoAndCanBeStartedAgain() {
+void ThreadRefusalTest::ConversionWithoutAThreadReportsItAndCanBeStartedAgain() {
     TestWindow window;
     window.dialog.SelectFiles({window.AddRecording(L"a.ord", 20)});
     auto* start = Find<QPushButton>(window.dialog, ControlId::kCreateNewFiles);

@@ -151,7 +151,7 @@ TEST(CommandLine, NumbersAreDecimal) {
     }
 }
 
-TEST(CommandLine, FileNamesAreTakenAsTheyStand) {
+TEST(CommandLine, FileNamesAreTakenLiterally) {
     for (const std::string name : {"[a.ord]", "[a,b].ord", "[a,b]", "[]", "{}", "[[x]]", "a,b",
                                    "\"a\"", "'a'", "*.ord", "/dev/stdin", "-", "a=b"}) {
         EXPECT_EQ(Parsed({name}).inputFiles, std::vector<std::wstring>{FromUtf8(name)}) << name;

@@ -72,7 +72,7 @@ TEST_F(CommandLook, RecordingsAreReportedInTheirTurn) {
     EXPECT_EQ(Names(L"out"), (std::set<std::string>{"a", "c"}));
 }
 
-TEST_F(CommandLook, FileWithoutExtensionIsToldWhyItCannotBeConvertedThere) {
+TEST_F(CommandLook, FileWithoutExtensionReportsWhyItCannotBeConvertedThere) {
     const std::string path = Put(L"rec", Recording());
     const CommandResult result = RunCommand({path});
     EXPECT_EQ(result.exitStatus, 1);
@@ -98,7 +98,7 @@ TEST_F(CommandLook, PipeIsConvertedByReadingItOnce) {
               expected.substr(16384));
 }
 
-TEST_F(CommandLook, ConvertedRecordingIsPassedOver) {
+TEST_F(CommandLook, ConvertedRecordingIsSkipped) {
     const std::string path = Put(L"rec.ord", Recording());
     ASSERT_EQ(Convert({path}).exitStatus, 0);
     const auto before = FilesIn(directory_.Path(L"out/rec"));
@@ -124,7 +124,7 @@ TEST_F(CommandLook, RecordingOfWhichAnOutputIsMissingIsConvertedAgain) {
     EXPECT_EQ(Names(L"out/rec").size(), 33U + 34U);
 }
 
-TEST_F(CommandLook, RecordingThatLostDataIsNeverPassedOver) {
+TEST_F(CommandLook, RecordingThatLostDataIsNeverSkipped) {
     const std::string path = Put(L"rec.ord", Recording() + std::string(40, '\x7F'));
     ASSERT_EQ(Convert({path}).exitStatus, 3);
     EXPECT_EQ(Convert({"--skip-converted", path}).exitStatus, 3);
@@ -142,7 +142,7 @@ TEST_F(CommandLook, LackOfRoomIsReportedBeforeItStarts) {
     EXPECT_EQ(Convert({"-q", path}).error.rfind(path, 0), 0U);
 }
 
-TEST_F(CommandLook, RecapCountsWhatWasPassedOver) {
+TEST_F(CommandLook, RecapCountsWhatWasSkipped) {
     const std::string first = Put(L"a.ord", Recording());
     const std::string second = Put(L"b.ord", Recording());
     ASSERT_EQ(Convert({first}).exitStatus, 0);

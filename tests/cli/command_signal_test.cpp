@@ -185,7 +185,7 @@ TEST(CommandSignal, SecondSignalEndsTheCommandAtOnce) {
     EXPECT_EQ(result.output, "");
 }
 
-TEST(CommandSignal, FilesBehindTheCanceledOneGetHeadersAndNoData) {
+TEST(CommandSignal, FilesAfterTheCanceledOneGetHeadersAndNoData) {
     const TempDirectory directory;
     EndlessRecording recording(directory.Path(L"first.ord"));
     WriteFile(directory.Path(L"second.ord"),

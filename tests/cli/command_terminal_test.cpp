@@ -71,7 +71,7 @@ TEST(CommandTerminal, QuietShowsNoProgress) {
     EXPECT_EQ(RunOnTerminal(Recording(), {"-q"}).result.error, "");
 }
 
-TEST(CommandTerminal, LineOfARecordingStandsAboveTheProgress) {
+TEST(CommandTerminal, LineOfARecordingIsAboveTheProgress) {
     const Shown shown = RunOnTerminal(Recording());
     const auto line = std::find_if(shown.drawn.begin(), shown.drawn.end(), [](const auto& drawn) {
         return drawn.find("/rec.ord: 6.7 s, 1 channel -> ") != std::string::npos;

@@ -56,7 +56,7 @@ TEST(Command, CompleteConversionIsOneLineOnEachStream) {
     EXPECT_EQ(place.Outputs().size(), 33U);
 }
 
-TEST(Command, EverySwitchGivesTheFilesOfTheReference) {
+TEST(Command, EverySwitchWritesTheFilesOfTheReference) {
     const struct {
         std::vector<std::string> switches;
         ReferenceConvertOptions options;
@@ -137,7 +137,7 @@ TEST(Command, ControlCharactersOfAnArgumentAreWrittenOut) {
     EXPECT_EQ(result.error.find('\x1b'), std::string::npos);
 }
 
-TEST(Command, WithoutAnOutputDirectoryOutputsStandBesideTheirRecording) {
+TEST(Command, WithoutAnOutputDirectoryOutputsAreNextToTheirRecording) {
     const Workplace place;
     MakeDirectory(place.directory.Path(L"x"));
     CommandSetup setup;
@@ -196,7 +196,7 @@ TEST(Command, FileWithoutADirectoryIsConvertedWhereTheCommandRuns) {
     EXPECT_EQ(place.Outputs(L"rec").size(), 33U);
 }
 
-TEST(Command, FilesWhoseNamesBeginWithAMinusComeBehindTwoMinuses) {
+TEST(Command, FilesWhoseNamesBeginWithAMinusComeAfterTwoMinuses) {
     const Workplace place;
     place.Put(L"-rec.ord", Recording());
     CommandSetup setup;
@@ -205,7 +205,7 @@ TEST(Command, FilesWhoseNamesBeginWithAMinusComeBehindTwoMinuses) {
     EXPECT_EQ(place.Outputs(L"-rec").size(), 33U);
 }
 
-TEST(Command, OutputDirectoryThatCannotBeHadIsStatusTwo) {
+TEST(Command, UnavailableOutputDirectoryIsStatusTwo) {
     const Workplace place;
     const std::string recording = place.Put(L"rec.ord", Recording());
     place.Put(L"file", "a file");
@@ -247,7 +247,7 @@ TEST(Command, FailedConversionIsStatusOneWithItsText) {
                                   place.Path(L"none.ord") + ") may be invalid.\n");
 }
 
-TEST(Command, FailureStopsTheFilesBehindIt) {
+TEST(Command, FailureStopsTheFilesAfterIt) {
     const Workplace place;
     const CommandResult result =
         RunCommand({"-o", place.out, place.Put(L"a.ord", Recording()), place.Put(L"b.ord", ""),
@@ -257,7 +257,7 @@ TEST(Command, FailureStopsTheFilesBehindIt) {
     EXPECT_FALSE(Exists(place.directory.Path(L"out/c")));
 }
 
-TEST(Command, IncompleteOutputIsStatusOneEvenWhereTheTextSaysComplete) {
+TEST(Command, IncompleteOutputIsStatusOneEvenIfTheTextSaysComplete) {
     const Workplace place;
     CommandSetup setup;
     setup.largestFileBytes = 16384 + 5000;

@@ -108,7 +108,7 @@ TEST(ConversionBatch, StatusIsThatOfTheFirstFailureInTheListsOrder) {
     }
 }
 
-TEST(ConversionBatch, FilesBeforeAFailureAreConvertedAndFarOnesBehindItAreNot) {
+TEST(ConversionBatch, FilesBeforeAFailureAreConvertedAndFarOnesAfterItAreNot) {
     const TempDirectory directory;
     std::vector<std::wstring> files;
     for (int i = 0; i < 40; ++i) {
@@ -192,7 +192,7 @@ TEST_F(ConvertedAlready, CancelAtAnyReadOfTheLookMakesNothing) {
     EXPECT_EQ(verdicts.size(), 2U);
 }
 
-TEST_F(ConvertedAlready, RecapNamesWhatWasNotLookedAt) {
+TEST_F(ConvertedAlready, RecapNamesWhatWasNotChecked) {
     line_.inputFiles.push_back(PutFile(directory_, 1, L"s.ord", Recording(1)));
     ConversionBatch batch(line_, PlanRecordings(line_));
     batch.Run([&](std::size_t) { batch.Cancel(); });

@@ -23,7 +23,7 @@ std::wstring Shared(std::vector<std::wstring> files, const std::wstring& outputD
 
 const std::wstring kSlash(1, kPathSeparator);
 
-TEST(ConversionPlan, OutputsGoBesideEachFile) {
+TEST(ConversionPlan, OutputsGoNextToEachFile) {
     const TempDirectory directory;
     const auto plan =
         PlanRecordings(LineOf({directory.Path(L"x") + kSlash + L"a.ord", directory.Path(L"b")}));

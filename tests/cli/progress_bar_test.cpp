@@ -21,7 +21,7 @@ BatchProgress WithName(const std::wstring& name) {
     return {2, 3, 25'000'000, 100'000'000, name};
 }
 
-TEST(ProgressBar, FilesNameStandsAtTheEnd) {
+TEST(ProgressBar, FilesNameIsAtTheEnd) {
     EXPECT_EQ(FormatProgress(WithName(L"rat01.ord"), Seconds(5), 80),
               L"[######....................]  25 %  5.0 MB/s  0:15 left  file 2 of 3  rat01.ord");
 }

@@ -37,7 +37,7 @@ TEST_F(RoomCheck, SaysHowMuchIsNeededAndHowMuchIsFree) {
                   L", where 500.0 kB are free; free some space or choose another directory"});
 }
 
-TEST_F(RoomCheck, SaysNothingWhereThereIsRoom) {
+TEST_F(RoomCheck, SaysNothingIfThereIsRoom) {
     EXPECT_TRUE(Lines(2 * 540'672).empty());
     EXPECT_FALSE(Lines(2 * 540'672 - 1).empty());
 }
@@ -47,7 +47,7 @@ TEST_F(RoomCheck, CountsEachFileSystemByItself) {
     EXPECT_EQ(Lines(540'671, L"elsewhere").size(), 2U);
 }
 
-TEST_F(RoomCheck, LeavesOutWhatMayBePassedOver) {
+TEST_F(RoomCheck, LeavesOutWhatMayBeSkipped) {
     MakeDirectory(directory_.Path(L"out"));
     MakeDirectory(directory_.Path(L"out/b"));
     EXPECT_FALSE(Lines(600'000).empty());
@@ -55,7 +55,7 @@ TEST_F(RoomCheck, LeavesOutWhatMayBePassedOver) {
     EXPECT_TRUE(Lines(600'000).empty());
 }
 
-TEST_F(RoomCheck, SaysNothingWhereTheRoomIsNotKnown) {
+TEST_F(RoomCheck, SaysNothingIfTheRoomIsUnknown) {
     line_.inputFiles = {Put(L"a.ord")};
     line_.channelOptions = {1, 0, 0, 0};
     EXPECT_TRUE(DescribeLackOfRoom(PlanRecordings(line_), line_, [](const std::wstring&) {

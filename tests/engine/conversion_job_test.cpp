@@ -101,7 +101,7 @@ TEST(ConversionJob, CanceledJobNeverSaysComplete) {
     EXPECT_EQ(empty.statusText, L"Data processing canceled.");
 }
 
-TEST(ConversionJob, FilesBehindACancelGetHeadersAndNoData) {
+TEST(ConversionJob, FilesAfterACancelGetHeadersAndNoData) {
     JobRun job;
     job.processor.cancelRequested.store(1);
     job.Run({job.Put(L"a.ord", SmallRecording()), job.Put(L"b.ord", SmallRecording())});

@@ -174,7 +174,7 @@ TEST_F(ConvertedOutputsTest, SetOfAnotherSessionIsNotThisRecordings) {
     EXPECT_EQ(Reason(), L"CSC1.vcs is of another session");
 }
 
-TEST_F(ConvertedOutputsTest, RecordingWithoutASessionIsNeverPassedOver) {
+TEST_F(ConvertedOutputsTest, RecordingWithoutASessionIsNeverSkipped) {
     const std::string recording = BuildOrdFile(Version2Header(32).Remove("-SessionUUID"), {});
     Put(recording, recording);
     EXPECT_EQ(Reason(), L"the recording has no -SessionUUID");
@@ -196,14 +196,14 @@ TEST_F(ConvertedOutputsTest, LaterNamesOfAWholeSetCountToo) {
     EXPECT_EQ(Find().files, 53U);
 }
 
-TEST_F(ConvertedOutputsTest, SetOfTwoConversionsIsWholeWhereEachOutputIs) {
+TEST_F(ConvertedOutputsTest, SetOfTwoConversionsIsWholeIfEachOutputIs) {
     Put(Recording(), Recording(), {true, false, false, false, true, false});
     Put(Recording(), Recording());  // RawData.vrd beside CSC1_01.vcs
     RemoveFile(Output(L"CSC1.vcs"));
     EXPECT_EQ(Find().reason, L"");
 }
 
-TEST_F(ConvertedOutputsTest, DamagedRecordingIsNeverPassedOver) {
+TEST_F(ConvertedOutputsTest, DamagedRecordingIsNeverSkipped) {
     const std::string damaged = Recording() + std::string(40, '\x7F');
     Put(damaged, damaged);
     EXPECT_EQ(Reason(), L"the recording is damaged at byte " + std::to_wstring(Recording().size()));
@@ -216,13 +216,13 @@ TEST_F(ConvertedOutputsTest, RecordingThatWasSwitchedOffInsideAPacketIsWhole) {
     EXPECT_EQ(Find().reason, L"");
 }
 
-TEST_F(ConvertedOutputsTest, RecordingWithMoreChannelsThanItsHeaderIsNeverPassedOver) {
+TEST_F(ConvertedOutputsTest, RecordingWithMoreChannelsThanItsHeaderIsNeverSkipped) {
     const std::string recording = RecordingOf(1, 32);
     Put(recording, recording);
     EXPECT_EQ(Reason(), L"the recording has packets of more channels than its header announces");
 }
 
-TEST_F(ConvertedOutputsTest, RecordingWithSensorsThatItsHeaderLacksIsNeverPassedOver) {
+TEST_F(ConvertedOutputsTest, RecordingWithSensorsThatItsHeaderLacksIsNeverSkipped) {
     RandomRecordingShape shape;
     shape.packetCount = 60;
     shape.packet.afeImu = true;
@@ -245,7 +245,7 @@ TEST_F(ConvertedOutputsTest, ChannelsThatAMaskLeavesOutNeedNoOutputs) {
     EXPECT_EQ(Find().files, 20U + 9 + 9 + 1 + 2);
 }
 
-TEST_F(ConvertedOutputsTest, RecordingThatContradictsItsVersionIsNeverPassedOver) {
+TEST_F(ConvertedOutputsTest, RecordingThatContradictsItsVersionIsNeverSkipped) {
     RandomRecordingShape shape;
     shape.packetCount = 60;
     const std::string recording =

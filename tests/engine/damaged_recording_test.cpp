@@ -170,7 +170,7 @@ OutputSettings OneRecordAtATime() {
     return settings;
 }
 
-TEST(DamagedRecording, FileThatCannotBeShortenedIsADetailAndTheRestIsAsItWas) {
+TEST(DamagedRecording, FileThatCannotBeShortenedIsADetailAndTheRestIsUnchanged) {
     const TempDirectory directory;
     FaultyFileCalls calls;
     calls.truncateError = SystemErrorFor(SystemErrorKind::kOther);

@@ -204,7 +204,7 @@ TEST(OutputFailure, FullDiskOnlyForTheFinalHeadersFailsTheFile) {
     EXPECT_TRUE(Tells(run, L"CSC1.vcs")) << DetailsOf(run);
 }
 
-TEST(OutputFailure, FailingCloseIsToldForEveryKindOfFile) {
+TEST(OutputFailure, FailingCloseIsReportedForEveryKindOfFile) {
     const auto convert = [](const ReferenceConvertOptions& options) {
         const TempDirectory directory;
         FaultyFileCalls calls;

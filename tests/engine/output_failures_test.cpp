@@ -79,7 +79,7 @@ TEST(OutputFailures, HundredsOfFailuresOfOneFullDiskAreOneLine) {
                      L"directory"}));
 }
 
-TEST(OutputFailures, EachCauseHasALineOfItsOwnInTheOrderOfTheFiles) {
+TEST(OutputFailures, EachCauseHasItsOwnLineInTheOrderOfTheFiles) {
     const OutputFailure closing = {L"close", L"broken", L"check the disk"};
     const std::vector<OutputEnd> outputs = {Failed(L"CSC1.vcs", 1), Failed(L"CSC2.vcs", 1, closing),
                                             Failed(L"CSC3.vcs", 1)};

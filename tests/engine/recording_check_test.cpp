@@ -108,7 +108,7 @@ TEST_F(RecordingCheck, HeaderThatTheEngineRefusesIsRefused) {
     ExpectTheEnginesStatus(still);
 }
 
-TEST_F(RecordingCheck, FileWithoutExtensionCannotHaveItsDirectoryBesideIt) {
+TEST_F(RecordingCheck, FileWithoutExtensionCannotHaveItsDirectoryNextToIt) {
     const std::wstring path = Put(BuildOrdFile(Version2Header(32), {}), L"rec");
     const RecordingRefusal refusal = CheckRecording(path, directory_.Path());
     ASSERT_TRUE(refusal);

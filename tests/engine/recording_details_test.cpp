@@ -153,7 +153,7 @@ TEST(RecordingDetails, SensorsThatOnlyThePacketsHaveAreALoss) {
     EXPECT_TRUE(DetailsOf(recording, kChannelsOnly).empty());
 }
 
-TEST(RecordingDetails, HeaderWithoutChannelsIsNotedWhereTheyWereAskedFor) {
+TEST(RecordingDetails, HeaderWithoutChannelsIsNotedIfTheyWereRequested) {
     const auto details = DetailsOf(Version2Header(0).Block(), kChannelsOnly);
     EXPECT_TRUE(Says(details, Kind::kNote, L"have no files: A/D channels"));
 }

@@ -113,7 +113,7 @@ TEST(Salvage, PacketsAfterDamageAreConvertedWithTheirOwnTimes) {
     }
 }
 
-TEST(Salvage, WithoutTimestampsTheTimeGoesOnAndTheAccountSaysHowEarly) {
+TEST(Salvage, WithoutTimestampsTheTimeContinuesAndTheAccountSaysHowEarly) {
     const TempDirectory directory;
     const EngineRun run = RunEngine(directory, Damaged(false), AllOutputs(), Salvage());
     ASSERT_EQ(run.recordsProcessed, kPackets - kLost);

@@ -50,7 +50,7 @@ class SpanReaderTest : public testing::TestWithParam<bool> {
     SpanSource reader_;
 };
 
-TEST_P(SpanReaderTest, GivesTheSpansOfTheReaderInTheirOrder) {
+TEST_P(SpanReaderTest, ReturnsTheSpansOfTheReaderInOrder) {
     ORDFileReader other;
     ASSERT_EQ(other.Open(path_), 0);
     SpanReader spans(reader_, readsAhead());

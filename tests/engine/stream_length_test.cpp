@@ -121,7 +121,7 @@ TEST(StreamLength, TheAdviceForARefusedLastBlockMakesItConvertible) {
     EXPECT_TRUE(ConvertsLikeTheReference(recording + std::string(1, '\0'), AllOutputs()));
 }
 
-TEST(StreamLength, TheAdviceTellsOfAPacketThatLacksOneByte) {
+TEST(StreamLength, TheAdviceMentionsAPacketThatLacksOneByte) {
     // 25,005 bytes, of which 24,995 make packets: refused too, since both add up to a buffer.
     std::string recording = Version1Header(32).Block() + PacketsOfSize(24995) + PlainPackets(1);
     recording.pop_back();
@@ -163,7 +163,7 @@ TEST(StreamLength, DamageLeavesNothingToAdviseIfPartialBlocksAreKept) {
     EXPECT_EQ(run.details[0].cause, ConversionDetail::Cause::kOther);
 }
 
-TEST(StreamLength, EveryWholeRecordBeforeTheDamageStaysIfTheSettingsSaySo) {
+TEST(StreamLength, EveryWholeRecordBeforeTheDamageStaysIfTheSettingsKeepThem) {
     RandomRecordingShape shape;
     shape.packet.baseImu = shape.packet.afeImu = shape.packet.ultrasonic = true;
     shape.packetCount = 700;
@@ -189,7 +189,7 @@ TEST(StreamLength, EveryWholeRecordBeforeTheDamageStaysIfTheSettingsSaySo) {
     }
 }
 
-TEST(StreamLength, JunkBehindPacketsConvertsLikeTheReference) {
+TEST(StreamLength, JunkAfterPacketsConvertsLikeTheReference) {
     const std::string good = PlainPackets(1000);
     for (const std::size_t junk : {1U, 11U, 28000U, 38999U, 39000U, 39001U, 50000U, 90000U}) {
         ASSERT_TRUE(ConvertsLikeTheReference(
@@ -220,7 +220,7 @@ ConversionDetail DetailOfTrailing(const std::string& packets, const std::string&
     return run.details.empty() ? ConversionDetail() : run.details[0];
 }
 
-TEST(StreamLength, PacketThatLacksItsEndIsToldApartFromDamage) {
+TEST(StreamLength, PacketThatLacksItsEndIsDistinguishedFromDamage) {
     // The widest: 256 channels with a mask, every width 15, no timestamp.
     std::mt19937_64 random(1);
     const std::string whole = EncodePacket(MakeRandomPacket(
@@ -244,7 +244,7 @@ TEST(StreamLength, PacketThatLacksItsEndIsToldApartFromDamage) {
     }
 }
 
-TEST(StreamLength, RecordingThatEndsInItsHeaderIsToldAsCut) {
+TEST(StreamLength, RecordingThatEndsInItsHeaderIsReportedAsCut) {
     const TempDirectory directory;
     const EngineRun run =
         RunEngine(directory, Version1Header(4).Block().substr(0, 5000), ReferenceConvertOptions());

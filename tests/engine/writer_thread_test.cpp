@@ -47,7 +47,7 @@ TEST(WriterThread, WritesTheSameBytes) {
     }
 }
 
-TEST(WriterThread, IsThereWhereTheSettingsOrTheCoresSaySo) {
+TEST(WriterThread, ExistsIfTheSettingsOrTheCoresAllowIt) {
     EXPECT_TRUE(UsesHelperThreads(Settings(HelperThreads::kOn, 5000)));
     EXPECT_FALSE(UsesHelperThreads(Settings(HelperThreads::kOff, 5000)));
     EXPECT_EQ(UsesHelperThreads(OutputSettings()), UsableProcessors() > 1);

@@ -41,7 +41,7 @@ TEST(ConsoleLogger, AnEmptyMessageIsItsBannerAlone) {
     EXPECT_EQ(Logged(3, L""), L"-* NOTICE  *- \r\n");
 }
 
-TEST(ConsoleLogger, EverySourceUnitHasOneOfItsOwn) {
+TEST(ConsoleLogger, EverySourceUnitHasItsOwn) {
     ILogFile& other = stalwick::test::LoggerOfAnotherUnit();
     EXPECT_NE(&other, static_cast<ILogFile*>(&consoleLogger));
     EXPECT_NE(dynamic_cast<ConsoleLogger*>(&other), nullptr);

@@ -116,7 +116,7 @@ TEST(ADBlockDecoder, EveryWidthHoldsItsSmallestAndLargestDelta) {
     }
 }
 
-TEST(ADBlockDecoder, SamplesStandChannelByChannelAndAreSentSampleBySample) {
+TEST(ADBlockDecoder, SamplesAreStoredChannelByChannelAndSentSampleBySample) {
     AdBlockPlan plan = UniformPlan(32, 8, 0, 0);
     for (std::size_t channel = 0; channel < 32; ++channel) {
         plan.initialValues[channel] = static_cast<std::uint16_t>(channel * 10);
@@ -143,7 +143,7 @@ TEST(ADBlockDecoder, MaskWithOnlyChannelZeroDecodesOneChannel) {
                             [](std::uint16_t sample) { return sample == 0; }));
 }
 
-TEST(ADBlockDecoder, MaskBytesStandInReverseChannelOrder) {
+TEST(ADBlockDecoder, MaskBytesAreInReverseChannelOrder) {
     // Bit 1 of the last byte but one is channel 9; bit 7 of the first byte is channel 31.
     const std::vector<std::uint8_t> mask = {0x80, 0x00, 0x02, 0x00};
     EXPECT_EQ(mask, MaskOf(32, {9, 31}));

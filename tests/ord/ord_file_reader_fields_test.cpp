@@ -68,7 +68,7 @@ TEST(ORDFileReader, EveryMissingRequiredFieldIsNamed) {
     }
 }
 
-TEST(ORDFileReader, FieldsBehindAMissingOneKeepTheirValues) {
+TEST(ORDFileReader, FieldsAfterAMissingOneKeepTheirValues) {
     const Opened opened(OrdHeaderText().Remove("-ADMaxValue"));
     EXPECT_EQ(opened.reader.SamplingFrequency(), 30000U);
     EXPECT_EQ(opened.reader.ADBitVolts(), 0.0);
@@ -91,14 +91,14 @@ TEST(ORDFileReader, UtcOffsetOfAVersionOneFileIsNotRead) {
     EXPECT_EQ(opened.reader.UTCOffsetMicroseconds(), 0);
 }
 
-TEST(ORDFileReader, MissingSessionUuidLeavesItsMessageBehind) {
+TEST(ORDFileReader, MissingSessionUuidLeavesItsMessage) {
     const Opened opened(OrdHeaderText().Remove("-SessionUUID"));
     EXPECT_EQ(opened.status, 0);
     EXPECT_EQ(opened.reader.SessionUUID(), L"");
     EXPECT_EQ(opened.reader.GetErrorMessage(), L"Error retrieving header field -SessionUUID");
 }
 
-TEST(ORDFileReader, FirstOfSeveralValuesStandsForAllChannels) {
+TEST(ORDFileReader, FirstOfSeveralValuesAppliesToAllChannels) {
     const Opened opened(OrdHeaderText()
                             .Set("-ADBitVolts", "0.000000061 0.000000061")
                             .Set("-InputRange", "1000 2000"));
@@ -148,7 +148,7 @@ TEST(ORDFileReader, AcquisitionSystemIsTheSecondTokenWhole) {
     EXPECT_EQ(system("One \"Two Three\" Four"), L"Two Three");
 }
 
-TEST(ORDFileReader, TwoValuesLeaveAnInertialFlagAsItWas) {
+TEST(ORDFileReader, TwoValuesLeaveAnInertialFlagUnchanged) {
     const Opened two(
         OrdHeaderText().Set("-BaseIMUAvailable", "1 1").Set("-AfeIMUAvailable", "1 0"));
     EXPECT_FALSE(two.reader.BaseIMUAvailable());

@@ -113,7 +113,7 @@ TEST(ORDFileReader, WrongTypeByteInAShortStreamIsNoError) {
     }
 }
 
-TEST(ORDFileReader, WrongTypeByteBehindGoodPacketsFailsOnlyWhenItFillsASpan) {
+TEST(ORDFileReader, WrongTypeByteAfterGoodPacketsFailsOnlyWhenItFillsASpan) {
     const std::string good = StreamOfLength(20000);
     // First span: the good ones; second: 50,000 bytes that begin with the wrong one.
     const StreamRead longTail = ReadStream(good + std::string(60000, 'x'));
@@ -141,7 +141,7 @@ TEST(ORDFileReader, StreamsOfLengthsAroundSpansAndHalvesReadTheSame) {
     }
 }
 
-TEST(ORDFileReader, StreamsWithJunkBehindThemReadTheSame) {
+TEST(ORDFileReader, StreamsWithJunkAfterThemReadTheSame) {
     std::mt19937_64 random(6);
     for (int i = 0; i < 60; ++i) {
         const std::size_t good = 300 + random() % 60000;
@@ -169,7 +169,7 @@ TEST(ORDFileReader, WidthZeroPacketsDependOnWhereTheSpanEnds) {
     }
 }
 
-TEST(ORDFileReader, PositionsTellWhereTheNextPacketBegins) {
+TEST(ORDFileReader, PositionsShowWhereTheNextPacketBegins) {
     const TempDirectory directory;
     const std::string recording =
         BuildOrdFile(Version1Header(32), std::vector<PacketPlan>(3), "tail");

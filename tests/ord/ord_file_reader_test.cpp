@@ -121,7 +121,7 @@ TEST(ORDFileReader, EmptyFileLacksTheFirstField) {
     EXPECT_EQ(recording.reader.GetErrorMessage(), L"Error retrieving header field -NumADChannels");
 }
 
-TEST(ORDFileReader, HeaderIsUtf8WhereAllOfItIsElseLatin1) {
+TEST(ORDFileReader, HeaderIsUtf8IfAllOfItIsElseLatin1) {
     OrdHeaderText header;
     header.Set("-SessionUUID", "\xC2\xB5V");
     EXPECT_EQ(OpenRecording(header.Block()).reader.SessionUUID(), L"\u00B5V");
@@ -289,7 +289,7 @@ TEST(ORDFileReader, NextFileIsReadAfterOneWhoseReadFailed) {
     EXPECT_EQ(recording.records.size(), 300U);
 }
 
-TEST(ORDFileReader, RefusedOpenLeavesTheOpenFileAsItWas) {
+TEST(ORDFileReader, RefusedOpenLeavesTheOpenFileUnchanged) {
     // Shorter than its header block, so that no further read resets the state.
     OpenRecording recording(OrdHeaderText().Text());
     ASSERT_EQ(recording.status, 0);

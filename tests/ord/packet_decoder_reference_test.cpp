@@ -93,7 +93,7 @@ TEST(PacketDecoderReference, DamagedBytesDecodeTheSame) {
     }
 }
 
-TEST(PacketDecoderReference, JunkBehindAPacketHeadDecodesTheSame) {
+TEST(PacketDecoderReference, JunkAfterAPacketHeadDecodesTheSame) {
     std::mt19937_64 random(4);
     std::vector<ORDDataPacket> packets;
     for (int i = 0; i < 600; ++i) {

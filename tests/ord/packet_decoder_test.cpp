@@ -65,7 +65,7 @@ TEST(PacketDecoder, FirstByteOtherThanFourYieldsNoPacket) {
     }
 }
 
-TEST(PacketDecoder, WrongTypeByteBehindGoodPacketsEndsTheCallOnly) {
+TEST(PacketDecoder, WrongTypeByteAfterGoodPacketsEndsTheCallOnly) {
     std::vector<ORDDataPacket> packets;
     const std::string good = EncodePackets({PacketPlan(), PacketPlan()});
     EXPECT_EQ(Process(good + '\5' + good, packets), 22U);

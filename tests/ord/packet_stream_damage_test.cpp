@@ -150,7 +150,7 @@ DamagedRecording Damage(const WholeRecording& whole, std::uint64_t seed, std::ui
 
 class PacketStreamDamage : public testing::TestWithParam<bool> {};
 
-TEST_P(PacketStreamDamage, WhatItGivesWasRecordedInThatPlaceAndIsNearlyAllThatIsLeft) {
+TEST_P(PacketStreamDamage, WhatItReturnsWasRecordedInThatPlaceAndIsNearlyAllThatIsLeft) {
     const bool timestamps = GetParam();
     const std::uint64_t recordings = Setting("STALWICK_DAMAGED_RECORDINGS", 60) / 2;
     const std::uint64_t seed = Setting("STALWICK_DAMAGE_SEED", 1);

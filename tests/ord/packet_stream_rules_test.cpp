@@ -61,7 +61,7 @@ TEST(PacketStreamRules, TimeAfterDamageIsNotBeyondWhatTheBytesCanHaveHeld) {
     EXPECT_EQ(PacketsWithJumpAfterDamage(4), 19U + 4) << "enough bytes are a packet later";
 }
 
-TEST(PacketStreamRules, HeadInTheDamageThatNoPacketFollowsIsNoPlaceToGoOn) {
+TEST(PacketStreamRules, HeadInTheDamageThatNoPacketFollowsIsNoPlaceToContinue) {
     const Recording recording = MakeRandomRecording(4, EqualShape(true, 40));
     std::string bytes = recording.bytes;
     const std::size_t damaged = recording.positions[20];
@@ -75,7 +75,7 @@ TEST(PacketStreamRules, HeadInTheDamageThatNoPacketFollowsIsNoPlaceToGoOn) {
     EXPECT_EQ(streamed.packets.size(), 38U);
 }
 
-TEST(PacketStreamRules, PacketsOfAnotherChannelCountAreNoPlaceToGoOn) {
+TEST(PacketStreamRules, PacketsOfAnotherChannelCountAreNoPlaceToContinue) {
     const Recording recording = MakeRandomRecording(5, EqualShape(false, 20));
     RandomRecordingShape wider = EqualShape(false, 20);
     wider.packet.channelCountCode = 1;

@@ -23,7 +23,7 @@ void ExpectOnlyDamageMissing(const Recording& recording, const Streamed& streame
     }
 }
 
-TEST(PacketStream, GivesEveryPacketOfAnUndamagedRecording) {
+TEST(PacketStream, ReturnsEveryPacketOfAnUndamagedRecording) {
     for (const bool timestamps : {false, true}) {
         for (std::uint8_t code = 0; code < 4; ++code) {
             RandomRecordingShape shape = Shape(timestamps, 300);

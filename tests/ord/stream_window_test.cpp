@@ -34,7 +34,7 @@ class StreamWindowTest : public testing::Test {
     InputFile file_;
 };
 
-TEST_F(StreamWindowTest, GivesAllBytesAtTheirPositions) {
+TEST_F(StreamWindowTest, ReturnsAllBytesAtTheirPositions) {
     const std::string bytes = Numbered(3 * StreamWindow::kMostBytes + 777);
     Open(bytes);
     StreamWindow window(file_, 0, StreamWindow::Access::kInOrder);

@@ -15,7 +15,7 @@ using VtxDataTypes::CRRec;
 
 constexpr wchar_t kPath[] = L"out/rec/CSC3.vcs";
 
-TEST(ChannelFile, GivesTheFieldsOfItsHeader) {
+TEST(ChannelFile, ReturnsTheFieldsOfItsHeader) {
     MemoryFileCalls disk;
     disk.files[kPath] = ReferenceChannelBytes(100);
     ChannelFile file;
@@ -37,7 +37,7 @@ TEST(ChannelFile, WithoutAClosingTimeIsNotClosed) {
     EXPECT_FALSE(file.IsClosed());
 }
 
-TEST(ChannelFile, GivesRecordsByPosition) {
+TEST(ChannelFile, ReturnsRecordsByPosition) {
     MemoryFileCalls disk;
     disk.files[kPath] = ReferenceChannelBytes(256);  // 2,560 samples: five full records
     ChannelFile file;

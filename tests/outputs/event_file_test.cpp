@@ -13,7 +13,7 @@ namespace {
 
 constexpr wchar_t kPath[] = L"out/rec/Events.vev";
 
-TEST(EventFile, GivesEventsByPosition) {
+TEST(EventFile, ReturnsEventsByPosition) {
     MemoryFileCalls disk;
     disk.files[kPath] = ReferenceEventBytes(5);
     EventFile file;

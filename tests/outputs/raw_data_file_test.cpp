@@ -14,7 +14,7 @@ namespace {
 
 constexpr wchar_t kPath[] = L"out/rec/RawData.vrd";
 
-TEST(RawDataFile, GivesRecordsByPosition) {
+TEST(RawDataFile, ReturnsRecordsByPosition) {
     MemoryFileCalls disk;
     disk.files[kPath] = ReferenceRawBytes(32, 3);
     RawDataFile file;

@@ -18,7 +18,7 @@ std::vector<std::uint32_t> FirstRecord(std::uint32_t channels) {
     return words;
 }
 
-TEST(RawRecord, HasEighteenWordsBesideItsSamples) {
+TEST(RawRecord, HasEighteenWordsBesidesItsSamples) {
     EXPECT_EQ(RawRecordWords(0), 18U);
     EXPECT_EQ(RawRecordWords(256), 274U);
 }

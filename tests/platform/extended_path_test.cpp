@@ -10,7 +10,7 @@ std::wstring LongTail(std::size_t length) {
     return std::wstring(length, L'x');
 }
 
-TEST(ExtendedPathTest, ShortPathStaysAsItIs) {
+TEST(ExtendedPathTest, ShortPathIsUnchanged) {
     EXPECT_EQ(ExtendedLengthPath(L"C:\\rec\\a.ord"), L"C:\\rec\\a.ord");
     EXPECT_EQ(ExtendedLengthPath(L""), L"");
 }
@@ -33,14 +33,14 @@ TEST(ExtendedPathTest, LongSharePathGetsTheUncPrefix) {
               L"\\\\?\\UNC\\server\\share\\" + tail);
 }
 
-TEST(ExtendedPathTest, PathWithAPrefixStaysAsItIs) {
+TEST(ExtendedPathTest, PathWithAPrefixIsUnchanged) {
     const std::wstring literal = L"\\\\?\\C:\\" + LongTail(300);
     const std::wstring device = L"\\\\.\\pipe\\" + LongTail(300);
     EXPECT_EQ(ExtendedLengthPath(literal), literal);
     EXPECT_EQ(ExtendedLengthPath(device), device);
 }
 
-TEST(ExtendedPathTest, PathThatIsNotAbsoluteStaysAsItIs) {
+TEST(ExtendedPathTest, PathThatIsNotAbsoluteIsUnchanged) {
     const std::wstring relative = LongTail(300);
     const std::wstring driveRelative = L"C:" + LongTail(300);
     EXPECT_EQ(ExtendedLengthPath(relative), relative);

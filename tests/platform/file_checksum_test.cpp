@@ -39,7 +39,7 @@ TEST_F(Checksum, TakesTheWholeOfALongFile) {
               "5647f05ec18958947d32874eeb788fa396a05d0bab7c1b71f112ceb7e9b31eee");
 }
 
-TEST_F(Checksum, FailedReadGivesNoneAndTheReason) {
+TEST_F(Checksum, FailedReadReturnsNoneAndTheReason) {
     FaultyFileCalls calls;
     calls.readError = SystemErrorFor(SystemErrorKind::kNoSpace);
     const FileChecksum checksum = Of("abc");
@@ -48,13 +48,13 @@ TEST_F(Checksum, FailedReadGivesNoneAndTheReason) {
     EXPECT_EQ(calls.openCount, 0U);
 }
 
-TEST_F(Checksum, MissingFileGivesNoneAndTheReason) {
+TEST_F(Checksum, MissingFileReturnsNoneAndTheReason) {
     const FileChecksum checksum = ChecksumOf(directory_.Path(L"none"), cancelRequested_);
     EXPECT_EQ(checksum.sha256, "");
     EXPECT_EQ(ClassifySystemError(checksum.error), SystemErrorKind::kNotFound);
 }
 
-TEST_F(Checksum, CancelGivesNoneAndIsNoError) {
+TEST_F(Checksum, CancelReturnsNoneAndIsNotAnError) {
     cancelRequested_ = 1;
     const FileChecksum checksum = Of("abc");
     EXPECT_EQ(checksum.sha256, "");

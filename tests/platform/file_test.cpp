@@ -28,7 +28,7 @@ std::string Text(std::size_t size) {
     return text.substr(0, size);
 }
 
-TEST(ListDirectory, GivesTheNamesOfAllThatStandsThereInOrder) {
+TEST(ListDirectory, ReturnsTheNamesOfEverythingInOrder) {
     const TempDirectory directory;
     MakeDirectory(directory.Path(L"out"));
     const std::wstring out = directory.Path(L"out");
@@ -168,7 +168,7 @@ TEST(InputFile, ReadsAtAnyPlace) {
     }
 }
 
-TEST(InputFile, ReadAcrossOrBehindTheEndGivesWhatIsThere) {
+TEST(InputFile, ReadAcrossOrAfterTheEndReturnsWhatExists) {
     const TempDirectory directory;
     WriteFile(directory.Path(L"a"), Text(100));
     InputFile file;
@@ -314,7 +314,7 @@ TEST(FileSystem, DirectoryIsMadeOneLevelDeep) {
               SystemErrorKind::kNotFound);
 }
 
-TEST(SystemError, EveryKindHasANumberOfItsOwn) {
+TEST(SystemError, EveryKindHasItsOwnNumber) {
     for (const auto kind :
          {SystemErrorKind::kNone, SystemErrorKind::kInterrupted, SystemErrorKind::kAlreadyExists,
           SystemErrorKind::kNoSpace, SystemErrorKind::kTooManyOpenFiles,

@@ -28,7 +28,7 @@ TEST(Paths, NameWithoutAPointHasNoExtension) {
     EXPECT_EQ(SplitPath(L"/d.x/plain").extension, L"");
 }
 
-TEST(Paths, NameMayStandAlone) {
+TEST(Paths, NameMayBeAlone) {
     EXPECT_EQ(NameOf(L"a.ord"), L"a");
     EXPECT_EQ(SplitPath(L"a.ord").directory, L"");
     EXPECT_EQ(NameOf(L""), L"");

@@ -37,7 +37,7 @@ TEST(TextEncoding, Utf8IsTheShortestFormOfRealCharacters) {
     }
 }
 
-TEST(TextEncoding, HeaderIsUtf8WhereAllOfItIsElseOneCharacterAByte) {
+TEST(TextEncoding, HeaderIsUtf8IfAllOfItIsElseOneCharacterAByte) {
     EXPECT_EQ(DecodeHeaderBytes("\xC2\xB5V"), L"\u00B5V");
     EXPECT_EQ(DecodeHeaderBytes("\xC2\xB5V \xB5"), L"\u00C2\u00B5V \u00B5");
     EXPECT_EQ(DecodeHeaderBytes("\xFF"), L"\u00FF");

@@ -35,13 +35,13 @@ void Watch() {
     WatchInterruptions(target);
 }
 
-TEST(WindowsConsoleTest, CtrlCAsksForCancelAndTheProcessGoesOn) {
+TEST(WindowsConsoleTest, CtrlCAsksForCancelAndTheProcessContinues) {
     Watch();
     EXPECT_TRUE(EventIsHandled(CTRL_C_EVENT));
     EXPECT_EQ(target.load(), Interruption::kInterrupt);
 }
 
-TEST(WindowsConsoleTest, CtrlBreakAsksForCancelAndTheProcessGoesOn) {
+TEST(WindowsConsoleTest, CtrlBreakAsksForCancelAndTheProcessContinues) {
     Watch();
     EXPECT_TRUE(EventIsHandled(CTRL_BREAK_EVENT));
     EXPECT_EQ(target.load(), Interruption::kInterrupt);

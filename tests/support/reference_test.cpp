@@ -111,7 +111,7 @@ TEST(ReferenceDecoder, KeepsReturningTheLastBitAtTheEnd) {
     EXPECT_EQ(block.samples.at(9), 364);
 }
 
-TEST(ReferenceDecoder, GivesBackWhatTheBuilderWrote) {
+TEST(ReferenceDecoder, ReturnsWhatTheBuilderWrote) {
     std::mt19937_64 random(7);
     for (unsigned i = 0; i < 400; ++i) {
         const auto code = static_cast<std::uint8_t>(i % 4);
@@ -190,7 +190,7 @@ TEST(ReferenceHeader, ReadsBytesThatAreNotUtf8AsLatin1) {
     EXPECT_EQ(ReferenceUtf8(L"5 \u00B5V"), "5 \xC2\xB5V");
 }
 
-TEST(ReferenceWriters, SaturateWhereADoubleLeavesTheUnsignedRange) {
+TEST(ReferenceWriters, SaturateWhenADoubleLeavesTheUnsignedRange) {
     EXPECT_EQ(SaturatedUnsigned(-0.5), 0U);
     EXPECT_EQ(SaturatedUnsigned(-1e30), 0U);
     EXPECT_EQ(SaturatedUnsigned(1.9), 1U);

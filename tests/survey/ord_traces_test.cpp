@@ -224,7 +224,7 @@ TEST_F(OrdTraces, GapsAndTtlAreThoseOfTheStretch) {
     EXPECT_NEAR(part.gaps[0].toSeconds, 1040.0 / 3000.0, 1e-5);
 }
 
-TEST_F(OrdTraces, WhatIsNotThereIsSaid) {
+TEST_F(OrdTraces, WhatDoesNotExistIsReported) {
     RandomRecordingShape shape;
     const std::wstring path = Put(BuildOrdFile(Version2Header(32), MakeRandomPackets(6, shape)));
     EXPECT_EQ(ReadOrdTraces({{path}, 10.0, {}, {}, 100}).error.kind, TraceError::Kind::kRequest);

@@ -134,7 +134,7 @@ TEST(SurveyRecording, RepeatedBackwardAndEarlyTimestampsAreNoGaps) {
     EXPECT_TRUE(survey.damage.empty());
 }
 
-TEST(SurveyRecording, VersionOneHasNoTimesOfItsOwn) {
+TEST(SurveyRecording, VersionOneHasNoOwnTimes) {
     RandomRecordingShape shape;
     shape.timestamps = false;
     shape.packetCount = 300;

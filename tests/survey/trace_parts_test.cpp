@@ -22,7 +22,7 @@ std::string Labels(const TimeAxis& axis) {
     return text;
 }
 
-TEST(AxisTicks, StandAtRoundTimes) {
+TEST(AxisTicks, AreAtRoundTimes) {
     EXPECT_EQ(Labels(MakeTimeAxis(0.0, 4.0, 10)), "seconds: 0.0 0.5 1.0 1.5 2.0 2.5 3.0 3.5 4.0");
     EXPECT_EQ(Labels(MakeTimeAxis(0.0, 599.9999999, 10)),
               "minutes:seconds: 0:00 1:00 2:00 3:00 4:00 5:00 6:00 7:00 8:00 9:00 10:00");

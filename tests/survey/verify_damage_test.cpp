@@ -195,7 +195,7 @@ TEST(VerifyDamage, BytesThatWereAddedAreFound) {
 }
 
 // What the set alone reveals about a record.
-TEST(VerifyDamage, FieldsOfARecordAreLookedAtWithoutTheRecordingToo) {
+TEST(VerifyDamage, FieldsOfARecordAreCheckedWithoutTheRecordingToo) {
     OutputSetInMemory set = MakeSet();
     struct Case {
         const char* file;
@@ -245,7 +245,7 @@ TEST(VerifyDamage, RecordingThatIsDamagedItselfIsAFindingAndComparedBeforeThat) 
     }
 }
 
-TEST(VerifyDamage, ASectorOfZerosInRawRecordsIsOneFindingAndTheRestIsLookedAt) {
+TEST(VerifyDamage, ASectorOfZerosInRawRecordsIsOneFindingAndTheRestIsChecked) {
     OutputSetInMemory set = MakeSet();
     std::string& raw = set.outputs.at("RawData.vrd");
     raw.replace(kHeader + 20'000, 4096, 4096, '\0');

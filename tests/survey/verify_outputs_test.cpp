@@ -103,7 +103,7 @@ TEST(VerifyOutputs, CanceledSetIsWholeButLessThanItsRecordingGives) {
 }
 
 // One recording, converted twice, the second time with the raw data file.
-TEST(VerifyOutputs, EachConversionIntoADirectoryIsASetOfItsOwn) {
+TEST(VerifyOutputs, EachConversionIntoADirectoryIsASeparateSet) {
     ReferenceConvertInput input =
         EveryOutput(BuildOrdFile(Header(true, 32), MixedPackets(1, 200, true, {0})));
     input.options.raw = false;

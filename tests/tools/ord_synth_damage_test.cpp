@@ -50,7 +50,7 @@ TEST(OrdSynthDamage, EachKindTouchesItsPlaceAloneWhateverThePieces) {
     }
 }
 
-TEST(OrdSynthDamage, PlaceBehindTheEndIsNotMet) {
+TEST(OrdSynthDamage, PlaceAfterTheEndIsNotMet) {
     bool met = true;
     EXPECT_EQ(Damaged({{Kind::kFlip, 100, 0}}, 10, &met).size(), 100U);
     EXPECT_FALSE(met);

@@ -160,7 +160,7 @@ TEST(OrdSynthSignalTest, AccelerationIsGravityAndTheFieldTurns) {
     EXPECT_GT(highestField, 8000);
 }
 
-TEST(OrdSynthSignalTest, UltrasonicCallsStandBetweenPauses) {
+TEST(OrdSynthSignalTest, UltrasonicCallsAreBetweenPauses) {
     UltrasonicSource source(1, 3000);
     UltrasonicValues values{};
     int calls = 0;

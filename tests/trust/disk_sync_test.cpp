@@ -73,7 +73,7 @@ TEST(DiskSync, NewDirectoriesAreSynced) {
     EXPECT_EQ(syncedDirectories[2], syncedDirectories[1].parent_path());
 }
 
-TEST(DiskSync, IsLeftOutWhereNobodyWantsToWait) {
+TEST(DiskSync, IsLeftOutIfNobodyWantsToWait) {
     EXPECT_EQ(Convert(false).files.size(), 24U);
     EXPECT_EQ(synced, NamesAndSizes());
     EXPECT_TRUE(syncedDirectories.empty());

@@ -256,7 +256,7 @@ void FileFaultTest::Check(const EngineRun& run, const NthFaultFileCalls& disk,
     }
 }
 
-TEST_P(FileFaultTest, EveryCallThatFailsIsToldAndLosesNothing) {
+TEST_P(FileFaultTest, EveryCallThatFailsIsReportedAndLosesNothing) {
     FileFault fault = std::get<1>(GetParam()).fault;
     std::uint64_t runs = 0;
     for (bool met = true; met; ++runs) {

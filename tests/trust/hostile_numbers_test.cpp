@@ -185,7 +185,7 @@ RC_GTEST_PROP(HostileNumbers, AnyDoubleBecomesTheNearestCount, ()) {
 }
 
 // The offset takes the times to the end of their range; the steps within a packet leave it.
-TEST(HostileNumbers, TimestampsHeldAtTheEndOfTheirRangeAreTold) {
+TEST(HostileNumbers, TimestampsClampedToTheEndOfTheirRangeAreReported) {
     const std::string recording = BuildOrdFile(
         HeaderWithEverySensor(4).Set("-UTCOffsetMicroseconds", "-1"), AnyPackets({0, 0, 0}));
     const Outcome outcome = ConvertAndCompare(recording, AllOutputs());
@@ -193,7 +193,7 @@ TEST(HostileNumbers, TimestampsHeldAtTheEndOfTheirRangeAreTold) {
     EXPECT_TRUE(TellsOfSaturation(outcome));
 }
 
-TEST(HostileNumbers, UsualTimestampsAreNotToldAsHeld) {
+TEST(HostileNumbers, UsualTimestampsAreNotReportedAsClamped) {
     const Outcome outcome = ConvertAndCompare(
         BuildOrdFile(HeaderWithEverySensor(4), AnyPackets({1000, 2000, 3000})), AllOutputs());
     EXPECT_FALSE(TellsOfSaturation(outcome));

@@ -64,7 +64,7 @@ TEST_F(InputChange, RecordingThatGrowsInTimeIsReadToItsNewEnd) {
     EXPECT_EQ(run.details.size(), 0U);
 }
 
-TEST_F(InputChange, WhatComesBehindTheEndThatWasReadIsToldAsMissing) {
+TEST_F(InputChange, WhatComesAfterTheEndThatWasReadIsReportedAsMissing) {
     bool grown = false;
     FaultyFileCalls disk;
     disk.afterRead = [&](std::size_t count) {
@@ -78,7 +78,7 @@ TEST_F(InputChange, WhatComesBehindTheEndThatWasReadIsToldAsMissing) {
     EXPECT_TRUE(SameFiles(run.files, FilesOf(recording_)));
 }
 
-TEST_F(InputChange, WhatAShortHeaderGrowsByIsNeverTakenForPackets) {
+TEST_F(InputChange, WhatAShortHeaderGrowsByIsNeverMistakenForPackets) {
     const std::string begin = recording_.substr(0, 10000);
     FaultyFileCalls disk;
     disk.beforeCreate = [&](const std::wstring&) {
@@ -91,7 +91,7 @@ TEST_F(InputChange, WhatAShortHeaderGrowsByIsNeverTakenForPackets) {
     EXPECT_TRUE(SameFiles(run.files, FilesOf(begin)));
 }
 
-TEST_F(InputChange, RecordingThatIsCutWhileItIsReadIsToldAsIncomplete) {
+TEST_F(InputChange, RecordingThatIsCutWhileItIsReadIsReportedAsIncomplete) {
     const ChangingInput change(2, [&] { fs::resize_file(InputPath(), 80000); });
     const EngineRun run = Convert(recording_);
     EXPECT_EQ(run.statusText, L"Processing complete");

@@ -63,7 +63,7 @@ class KillTest : public testing::Test {
     Clock::duration wholeRun_{};
 };
 
-TEST_F(KillTest, LeavesBeginningsAndTheNextRunSucceedsBesideThem) {
+TEST_F(KillTest, LeavesBeginningsAndTheNextRunSucceedsNextToThem) {
     const std::string seed = std::to_string(KillSeed());
     std::mt19937_64 random(KillSeed());
     std::uniform_real_distribution<double> part(0.0, 1.1);

@@ -73,7 +73,7 @@ TEST(OpenFileLimit, ProgramRaisesItsOwnLimitForAllJobsTogether) {
     }
 }
 
-TEST(OpenFileLimit, LimitOfAnAdministratorIsToldWithTheNumbers) {
+TEST(OpenFileLimit, LimitOfAnAdministratorIsReportedWithTheNumbers) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP()
         << "the sanitizer's check of an object opens a pipe, and takes its failure for ours";
@@ -87,7 +87,7 @@ TEST(OpenFileLimit, LimitOfAnAdministratorIsToldWithTheNumbers) {
     EXPECT_NE(result.error.find("128 files"), std::string::npos) << result.error;
 }
 
-TEST(FileSizeLimit, OutputThatReachesItIsToldAndTheCommandGoesOnToItsEnd) {
+TEST(FileSizeLimit, OutputThatReachesItIsReportedAndTheCommandContinuesToItsEnd) {
     const CommandScene scene(MakeFullRecording(4, 300));
     CommandSetup setup;
     setup.prepare = [] {
@@ -120,7 +120,7 @@ void ObeyPermissions() {
     ::prctl(PR_CAPBSET_DROP, CAP_DAC_READ_SEARCH);
 }
 
-TEST(ReadOnlyDirectory, IsNamedAndStaysAsItWas) {
+TEST(ReadOnlyDirectory, IsNamedAndStaysUnchanged) {
     const CommandScene scene(MakeFullRecording(4, 3));
     const std::string out = ToUtf8(scene.OutputDirectory());
     ::chmod(out.c_str(), 0555);

@@ -64,7 +64,7 @@ TEST(CSCFileWriterBlocks, FullBlockIsWrittenAtOnceAndNothingOfItComesBack) {
                             [](std::int16_t sample) { return sample == 0; }));
 }
 
-TEST(CSCFileWriterBlocks, BlockThatEndsWithTheRecordingHasNothingBehindIt) {
+TEST(CSCFileWriterBlocks, BlockThatEndsWithTheRecordingHasNothingAfterIt) {
     OpenChannels channels(kADOnly, 4);
     for (int call = 0; call < 256; ++call) channels.Write(10, 1000);  // 5 x 512 samples
     EXPECT_EQ(channels.container.FinishCscFiles(), 0);
@@ -73,7 +73,7 @@ TEST(CSCFileWriterBlocks, BlockThatEndsWithTheRecordingHasNothingBehindIt) {
     EXPECT_EQ(records[4].numValidSamples, 512U);
 }
 
-TEST(CSCFileWriterBlocks, CompleteRecordsAloneHaveNoPartialOneBehindThem) {
+TEST(CSCFileWriterBlocks, CompleteRecordsAloneHaveNoPartialOneAfterThem) {
     OpenChannels channels(kADOnly, 4);
     for (int call = 0; call < 4; ++call) channels.Write(512, 1000 + call);
     EXPECT_EQ(channels.container.FinishCscFiles(), 0);
@@ -227,7 +227,7 @@ TEST(CSCFileWriterBlocks, KillAtAnyTimeLeavesTheFullBlocksOfEveryFile) {
     }
 }
 
-TEST(CSCFileWriterBlocks, RecordingThatFailsKeepsEveryWholeRecordIfTheSettingsSaySo) {
+TEST(CSCFileWriterBlocks, RecordingThatFailsKeepsEveryWholeRecordIfTheSettingsKeepThem) {
     OutputSettings settings = ChannelSettings();
     settings.keepPartialBlocks = true;
     LongChannels channels(settings);

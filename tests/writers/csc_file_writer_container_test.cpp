@@ -157,14 +157,14 @@ TEST(CSCFileWriterContainer, BaseTimestampOfZeroCountsAsNone) {
     EXPECT_EQ(channels.TimeOf(0, 0), 0U);
 }
 
-TEST(CSCFileWriterContainer, RecordBehindMissingBaseTimestampsUsesTheLastOne) {
+TEST(CSCFileWriterContainer, RecordAfterMissingBaseTimestampsUsesTheLastOne) {
     OpenChannels channels;
     channels.Write(10, 9'000'000);
     for (int call = 1; call < 52; ++call) channels.Write(10, {});
     EXPECT_EQ(channels.TimeOf(0, 1), 9000U + 2 * 33 + 1000U);
 }
 
-TEST(CSCFileWriterContainer, SamplesStandFileByFile) {
+TEST(CSCFileWriterContainer, SamplesAreFileByFile) {
     OpenChannels channels(kEverything);
     std::vector<std::int16_t> samples(9);
     for (std::size_t i = 0; i < 9; ++i) samples[i] = static_cast<std::int16_t>(256 * i);
@@ -184,7 +184,7 @@ TEST(CSCFileWriterContainer, ChannelsBeyondTheBlockGetNothingAndTheirStateStays)
     EXPECT_EQ(channels.container.records[12].phase, 0U);
 }
 
-TEST(CSCFileWriterContainer, TimestampBeyondTheRangeIsHeldAtItsEndAndTold) {
+TEST(CSCFileWriterContainer, TimestampBeyondTheRangeIsClampedToItsEndAndReported) {
     OpenChannels channels;
     channels.container.records[0].interpolationFrequency = 0.0;
     channels.container.records[0].lastBaseTimestamp = 5;

@@ -49,7 +49,7 @@ TEST(EventFileWriterContainer, FinishedFileSaysThatItWasNotClosed) {
               std::string::npos);
 }
 
-TEST(EventFileWriterContainer, HeaderHasTheEventTypeAndVersionAndNoLinesOfItsOwn) {
+TEST(EventFileWriterContainer, HeaderHasTheEventTypeAndVersionAndNoAdditionalLines) {
     const OpenEvents events;
     const std::string bytes = events.Bytes();
     EXPECT_EQ(bytes.size(), 16384U);

@@ -31,7 +31,7 @@ std::wstring HeaderOf(bool fileClosed, std::uint8_t fileType = VtxDataTypes::kCS
     return BuildFileHeader(container, fileClosed, ChannelThree(), fileType, L"3.4");
 }
 
-TEST(FileHeader, LinesStandInTheirOrder) {
+TEST(FileHeader, LinesAreInOrder) {
     EXPECT_EQ(HeaderOf(true),
               L"######## Veltrosyn Data File Header\r\n"
               L"-FileType CSC\r\n"
@@ -48,12 +48,12 @@ TEST(FileHeader, LinesStandInTheirOrder) {
               L"-AcqEntName CSC3\r\n");
 }
 
-TEST(FileHeader, FileThatIsNotClosedSaysSoBeforeAnEmptyLine) {
+TEST(FileHeader, FileThatIsNotClosedShowsItBeforeAnEmptyLine) {
     EXPECT_NE(HeaderOf(false).find(L"-TimeClosed File was not closed properly\r\n\r\n"),
               std::wstring::npos);
 }
 
-TEST(FileHeader, MissingValuesPrintAsNothingBehindTheirKeyAndBlank) {
+TEST(FileHeader, MissingValuesPrintAsNothingAfterTheirKeyAndBlank) {
     const FileWriterContainer container{OutputSettings()};
     const std::wstring text = BuildFileHeader(container, false, OutputFileRecord(), 5, L"3.4");
     EXPECT_NE(text.find(L"-SessionUUID \r\n"), std::wstring::npos);
@@ -88,7 +88,7 @@ TEST(FileHeader, PathWithQuotesIsNotQuotedTwiceInTheHeader) {
     EXPECT_NE(text.find(L"\r\n-OriginalFileName \"out/rec/CSC3.vcs\"\r\n"), std::wstring::npos);
 }
 
-TEST(FileHeader, ChannelLinesStandInTheirOrder) {
+TEST(FileHeader, ChannelLinesAreInOrder) {
     CSCFileWriterContainer container{OutputSettings()};
     container.adMaxValue = 32767;
     EXPECT_EQ(ChannelHeaderLines(container, 30000.0, 2),

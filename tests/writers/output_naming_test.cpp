@@ -85,7 +85,7 @@ TEST(OutputNaming, EmptyPathStaysEmpty) {
     EXPECT_EQ(MakeUniqueFileName(""), "");
 }
 
-TEST(OutputNaming, FreePathComesBackAsItIs) {
+TEST(OutputNaming, FreePathIsReturnedUnchanged) {
     const TempDirectory directory;
     EXPECT_EQ(Unique(directory, L"free.txt"), "free.txt");
 }
@@ -108,7 +108,7 @@ TEST(OutputNaming, NumberedNamesKeepEveryCharacter) {
               deep + kPathSeparator + L"CSC1_01.vcs");
 }
 
-TEST(OutputNaming, CreationIsTriedAgainWhileTheNameIsTakenInBetween) {
+TEST(OutputNaming, CreationIsRepeatedWhileTheNameIsTakenInBetween) {
     const TempDirectory directory;
     int attempts = 0;
     std::wstring path;
@@ -127,7 +127,7 @@ TEST(OutputNaming, CreationIsTriedAgainWhileTheNameIsTakenInBetween) {
 }
 
 // A full quota may leave the entry of a file that could not be created.
-TEST(OutputNaming, FailedCreationThatLeftAFileIsNotTriedAgain) {
+TEST(OutputNaming, FailedCreationThatLeftAFileIsNotRepeated) {
     const TempDirectory directory;
     int attempts = 0;
     std::wstring path;
@@ -143,7 +143,7 @@ TEST(OutputNaming, FailedCreationThatLeftAFileIsNotTriedAgain) {
     EXPECT_EQ(attempts, 1);
 }
 
-TEST(OutputNaming, CreationThatFailsOtherwiseIsNotTriedAgain) {
+TEST(OutputNaming, CreationThatFailsOtherwiseIsNotRepeated) {
     const TempDirectory directory;
     int attempts = 0;
     std::wstring path;

@@ -146,7 +146,7 @@ TEST(VtxFileIO, LengthOfZeroWritesNothingAndSucceeds) {
     EXPECT_EQ(ReadFile(file.path).size(), 16384U);
 }
 
-TEST(VtxFileIO, FullDiskFailsTheWriteAndEverythingBehindIt) {
+TEST(VtxFileIO, FullDiskFailsTheWriteAndEverythingAfterIt) {
     OpenLibrary file;
     EXPECT_EQ(file.library.SetHeader(file.handle, L"provisional"), 0);
     FaultyFileCalls calls;

@@ -65,7 +65,7 @@ CLI::Validator WholeNumber(std::uint32_t least, std::uint32_t most) {
         "");
 }
 
-void Declare(CLI::App& app, RawOptions& options) {
+void DeclareProgram(CLI::App& app) {
     // A path may begin with a slash on Windows too.
     app.allow_windows_style_options(false);
     app.option_defaults()->disable_flag_override();  // --raw=false and --raw=7 are wrong usage
@@ -73,6 +73,14 @@ void Declare(CLI::App& app, RawOptions& options) {
     app.description(
         "Converts wireless recordings (.ord) into channel files (.vcs), an event file\n"
         "(.vev) and a raw data file (.vrd), in a directory of its own for each.");
+    app.footer(
+        "Exit status: 0 all whole; 1 a conversion failed, an output is incomplete, or a report\n"
+        "or page could not be written; 2 wrong usage, output directory or report; 3 all written, "
+        "but a\n"
+        "recording itself lost data; 130, 143 or 129 canceled by SIGINT, SIGTERM or SIGHUP.");
+}
+
+void DeclareOutputs(CLI::App& app, RawOptions& options) {
     app.add_option("FILE", options.files, "recordings to convert, in this order")->required();
     app.add_option("-o,--output-dir", options.outputDirectory,
                    "where the directories of the outputs go, one level is created; default: that "
@@ -84,6 +92,9 @@ void Declare(CLI::App& app, RawOptions& options) {
     app.add_flag("--ultrasonic", options.ultrasonic, "the channel file of the ultrasonic block");
     app.add_flag("--raw", options.raw, "the raw data file");
     app.add_flag("--all", options.all, "every one of these further outputs");
+}
+
+void DeclareRun(CLI::App& app, RawOptions& options) {
     app.add_flag("-k,--keep-going", options.keepGoing,
                  "a file that fails does not stop the others");
     app.add_flag("--skip-converted", options.skipConverted,
@@ -112,12 +123,13 @@ void Declare(CLI::App& app, RawOptions& options) {
         ->needs(report);
     app.add_flag("--page", options.page,
                  "a page on how good each recording is, beside its outputs; reads it again");
+}
+
+void Declare(CLI::App& app, RawOptions& options) {
+    DeclareProgram(app);
+    DeclareOutputs(app, options);
+    DeclareRun(app, options);
     app.set_version_flag("--version", VersionLine());
-    app.footer(
-        "Exit status: 0 all whole; 1 a conversion failed, an output is incomplete, or a report\n"
-        "or page could not be written; 2 wrong usage, output directory or report; 3 all written, "
-        "but a\n"
-        "recording itself lost data; 130, 143 or 129 canceled by SIGINT, SIGTERM or SIGHUP.");
     UncoverBrackets(app);
 }
 

@@ -111,6 +111,14 @@ class PacketStream {
         std::size_t bytes = 0;  // from the first one's start to the last one's
     };
 
+    static constexpr std::size_t kSoundChainUnstamped = 8;  // packets in a row, without timestamps
+    // A packet and the chain after it are in the window together.
+    static constexpr std::size_t kLookahead = (kSoundChainUnstamped + 2) * kLongestPacketSize;
+    static_assert(kLookahead < StreamWindow::kMostBytes);
+    static unsigned CodeOf(std::uint8_t flags) {
+        return static_cast<unsigned>(flags) >> kChannelCountCodeShift;
+    }
+
     std::optional<Head> HeadAt(std::size_t offset) const;
     bool Follows(const Head& head, const Head& next, Link link) const;
     bool IsCertain(const ORDDataPacket& packet, std::uint8_t flags, std::size_t end);

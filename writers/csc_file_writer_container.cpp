@@ -2,12 +2,10 @@
 #include "writers/csc_file_writer_container.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 #include "outputs/output_format.h"
 #include "writers/file_header.h"
-#include "writers/sample_scaling.h"
 #include "writers/timestamps.h"
 
 namespace stalwick {
@@ -15,11 +13,8 @@ namespace stalwick {
 namespace {
 
 using VtxDataTypes::CRRec;
-using VtxDataTypes::kSamplesPerRecord;
 
 constexpr int kADBitVoltsDigits = 24;
-constexpr std::size_t kPrefetchDistance = 6;  // files
-constexpr std::size_t kCacheLine = 64;        // bytes
 constexpr std::uint32_t kRecordsPerWrite = 64;
 
 bool IsOn(const ChannelOptions& options, ChannelGroup group) {
@@ -28,70 +23,6 @@ bool IsOn(const ChannelOptions& options, ChannelGroup group) {
 
 std::wstring FormatGeneral(double value) {
     return FormatDouble(value, std::chars_format::general, 6);
-}
-
-// A whole packet's samples leave the phase as it was, without a division.
-inline void AdvancePhase(OutputFileRecord& file, std::uint32_t count) {
-    if (count != file.phaseModulus) file.phase = (file.phase + count) % file.phaseModulus;
-}
-
-// Hundreds of files are filled at the same time, too many for the processor to foresee.
-inline void PrefetchForWriting(const std::int16_t* first, std::size_t count) {
-    const auto* const address = reinterpret_cast<const char*>(first);
-    for (std::size_t i = 0; i <= count * sizeof *first; i += kCacheLine) {
-        __builtin_prefetch(address + i, 1);
-    }
-}
-
-// Remains of an earlier use of the block after the record's samples become 0.
-void ClearUnusedSamples(const OutputFileRecord& file) {
-    std::fill_n(file.nextSample, kSamplesPerRecord - file.filledSamples, std::int16_t{0});
-}
-
-void ScaleSamples(std::span<std::int16_t> samples, ChannelGroup group) {
-    if (group == ChannelGroup::kAD) {
-        ScaleADSamples(samples);
-    } else if (group != ChannelGroup::kUltrasonic) {
-        ScaleImuValues(samples);
-    }
-}
-
-// A packet's samples are copied by a few fixed moves.
-inline void CopySamples(std::span<const std::int16_t> samples, OutputFileRecord& file) {
-    if (samples.size() == kPacketSamples) {
-        std::memcpy(file.nextSample, samples.data(), kPacketSamples * sizeof samples[0]);
-    } else {
-        std::copy(samples.begin(), samples.end(), file.nextSample);
-    }
-    file.nextSample += samples.size();
-    file.filledSamples += static_cast<std::uint32_t>(samples.size());
-}
-
-// Whether the blocks are whole packets that only add to the file's record in progress.
-inline bool FitIntoRecord(const OutputFileRecord& file, std::span<const SampleBlock> sampleBlocks,
-                          std::uint32_t samplesPerChannel, std::size_t position) {
-    return samplesPerChannel == kPacketSamples && file.phaseModulus == kPacketSamples &&
-           file.filledSamples != 0 && !file.cscBuffer.empty() &&
-           file.filledSamples + sampleBlocks.size() * kPacketSamples < kSamplesPerRecord &&
-           std::all_of(sampleBlocks.begin(), sampleBlocks.end(), [&](const SampleBlock& block) {
-               return block.samples.size() >= position + kPacketSamples;
-           });
-}
-
-// The common case of AppendSamples without its checks: whole packets do not change the phase.
-inline void AppendPackets(OutputFileRecord& file, std::span<const SampleBlock> sampleBlocks,
-                          std::size_t position) {
-    std::int16_t* target = file.nextSample;
-    for (const SampleBlock& block : sampleBlocks) {
-        if (block.baseTimestamp && *block.baseTimestamp != file.lastBaseTimestamp) {
-            file.phase = 0;
-            file.lastBaseTimestamp = *block.baseTimestamp;
-        }
-        std::memcpy(target, block.samples.data() + position, kPacketSamples * sizeof *target);
-        target += kPacketSamples;
-    }
-    file.filledSamples += static_cast<std::uint32_t>(target - file.nextSample);
-    file.nextSample = target;
 }
 
 }  // namespace
@@ -215,72 +146,6 @@ std::span<OutputFileRecord> CSCFileWriterContainer::FilesOf(ChannelGroup group) 
     return {};
 }
 
-// File by file: the values in a file's record then stay in the nearest cache for all blocks.
-std::int32_t CSCFileWriterContainer::WriteSamples(std::span<const SampleBlock> sampleBlocks,
-                                                  std::uint32_t samplesPerChannel,
-                                                  ChannelGroup group) {
-    if (channelOptions[static_cast<std::size_t>(group)] == 0) return -1;
-    for (const SampleBlock& block : sampleBlocks) ScaleSamples(block.samples, group);
-    std::int32_t result = 0;
-    const std::span<OutputFileRecord> files = FilesOf(group);
-    for (std::size_t f = 0; f < files.size(); ++f) {
-        if (f + kPrefetchDistance < files.size()) {
-            PrefetchForWriting(files[f + kPrefetchDistance].nextSample,
-                               sampleBlocks.size() * samplesPerChannel);
-        }
-        const std::size_t position = f * samplesPerChannel;
-        if (FitIntoRecord(files[f], sampleBlocks, samplesPerChannel, position)) {
-            AppendPackets(files[f], sampleBlocks, position);
-            continue;
-        }
-        for (std::size_t i = 0; i < sampleBlocks.size(); ++i) {
-            const SampleBlock& block = sampleBlocks[i];
-            if (block.samples.size() < position + samplesPerChannel) continue;
-            if (AppendSamples(files[f], block.samples.subspan(position, samplesPerChannel),
-                              block.baseTimestamp) != 0) {
-                result = -1;
-                sampleBlocks = sampleBlocks.first(i);
-            }
-        }
-    }
-    return result;
-}
-
-inline std::int32_t CSCFileWriterContainer::AppendSamples(
-    OutputFileRecord& file, std::span<const std::int16_t> samples,
-    std::optional<std::uint64_t> baseTimestamp) {
-    // A file whose block could not be written has no block and receives nothing more.
-    if (file.cscBuffer.empty()) return -1;
-    if (baseTimestamp && *baseTimestamp != file.lastBaseTimestamp) {
-        file.phase = 0;
-        file.lastBaseTimestamp = *baseTimestamp;
-    }
-    if (file.filledSamples == 0) StartRecord(file);
-    if (file.filledSamples + samples.size() >= kSamplesPerRecord) {
-        return AppendAcrossRecords(file, samples, baseTimestamp.has_value());
-    }
-    AdvancePhase(file, static_cast<std::uint32_t>(samples.size()));
-    CopySamples(samples, file);
-    return 0;
-}
-
-// The samples that complete the current record, and those that start the next one.
-std::int32_t CSCFileWriterContainer::AppendAcrossRecords(OutputFileRecord& file,
-                                                         std::span<const std::int16_t> samples,
-                                                         bool hasBaseTimestamp) {
-    const std::size_t count = kSamplesPerRecord - file.filledSamples;
-    AdvancePhase(file, static_cast<std::uint32_t>(count));
-    CopySamples(samples.first(count), file);
-    if (CompleteRecord(file, hasBaseTimestamp) != 0) return -1;
-    if (count == samples.size()) return 0;
-
-    StartRecord(file);
-    // The phase does not advance for these samples. Do not change this (pinned by
-    // CSCFileWriterContainer.PhaseLagsBehindTheSamplesThatStartARecord).
-    CopySamples(samples.subspan(count), file);
-    return 0;
-}
-
 // Blocks end with each full block of 5000 records, so that a killed program leaves all of those.
 // Files that are filled in parallel would then all be full in the same packet: the block after such
 // a place is shorter, by a different length in each file.
@@ -293,41 +158,6 @@ void CSCFileWriterContainer::StartBlock(OutputFileRecord& file) {
     file.nextSample = file.cscBuffer.front().samples.data();
 }
 
-void CSCFileWriterContainer::StartRecord(OutputFileRecord& file) {
-    CRRec& current = file.cscBuffer[file.bufferedCount];
-    if (file.lastBaseTimestamp != 0) {
-        const double nanoseconds =
-            file.phase * (kNanosecondsPerSecond / file.interpolationFrequency) +
-            static_cast<double>(file.lastBaseTimestamp);
-        current.timestamp =
-            TruncateToCount(nanoseconds / kNanosecondsPerMicrosecond, timestampsSaturated) +
-            file.timestampOffset;
-    } else {
-        // Without base timestamps the offset is not added: the time counts from the start.
-        current.timestamp = file.runningTimestamp;
-    }
-    current.sampleFrequency = static_cast<std::uint32_t>(file.samplingFrequency);
-    current.channelNumber = file.channelIndex;
-}
-
-std::int32_t CSCFileWriterContainer::CompleteRecord(OutputFileRecord& file, bool hasBaseTimestamp) {
-    const std::uint32_t sampleCount = std::exchange(file.filledSamples, 0);
-    file.cscBuffer[file.bufferedCount].numValidSamples = sampleCount;
-    ++file.bufferedCount;
-    if (file.bufferedCount == file.cscBuffer.size()) {
-        if (WriteRecords(file, file.bufferedCount) != 0) return -1;
-        StartBlock(file);
-    } else {
-        file.nextSample = file.cscBuffer[file.bufferedCount].samples.data();
-    }
-    if (!hasBaseTimestamp) {
-        file.accumulatedTimestamp +=
-            (kMicrosecondsPerSecond / file.samplingFrequency) * sampleCount;
-        file.runningTimestamp = TruncateToCount(file.accumulatedTimestamp, timestampsSaturated);
-    }
-    return 0;
-}
-
 // Hands the block over, with its first records.
 std::int32_t CSCFileWriterContainer::WriteRecords(OutputFileRecord& file, std::uint64_t count) {
     CRRec* const block = std::exchange(file.cscBuffer, {}).data();
@@ -335,29 +165,6 @@ std::int32_t CSCFileWriterContainer::WriteRecords(OutputFileRecord& file, std::u
     file.bufferedCount = 0;
     const auto length = static_cast<int>(count * sizeof(CRRec));
     return fileIO.WriteDataToFile(file.handle, block, length) == 0 ? 0 : -1;
-}
-
-std::int32_t CSCFileWriterContainer::EndRecords(bool hasBaseTimestamps) {
-    std::int32_t result = 0;
-    for (OutputFileRecord& file : records) {
-        if (file.cscBuffer.empty()) continue;  // its block could not be written
-        if (file.filledSamples == 0) continue;
-        ClearUnusedSamples(file);
-        if (CompleteRecord(file, hasBaseTimestamps) != 0) result = -1;
-    }
-    return result;
-}
-
-// Writes the complete records and the one in progress, whose unused samples are 0.
-std::int32_t CSCFileWriterContainer::WriteRest(OutputFileRecord& file) {
-    if (file.cscBuffer.empty()) return -1;
-    std::uint32_t count = file.bufferedCount;
-    if (file.filledSamples > 0) {
-        file.cscBuffer[count].numValidSamples = file.filledSamples;
-        ClearUnusedSamples(file);
-        ++count;
-    }
-    return WriteRecords(file, count);
 }
 
 void CSCFileWriterContainer::LeaveUnfinished() {

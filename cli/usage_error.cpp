@@ -20,11 +20,12 @@ std::string NameOf(const CLI::Option& option) {
 
 // Arguments that no option and no FILE took, without their values.
 std::string Unknown(const std::vector<std::string>& arguments) {
-    std::string names;
+    std::string text = arguments.size() == 1 ? "unknown option " : "unknown options ";
     for (const std::string& argument : arguments) {
-        names += (names.empty() ? "" : ", ") + argument.substr(0, argument.find('='));
+        if (&argument != &arguments.front()) text += ", ";
+        text += argument.substr(0, argument.find('='));
     }
-    return (arguments.size() == 1 ? "unknown option " : "unknown options ") + names;
+    return text;
 }
 
 const CLI::Option* FindRepeated(const CLI::App& app) {

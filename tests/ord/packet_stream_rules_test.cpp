@@ -133,6 +133,35 @@ TEST(PacketStreamRules, FewPacketsThatAreNotInStepMakeNoneBeforeThemCertain) {
     EXPECT_EQ(streamed.Damage()[0].position, recording.positions[99]);
 }
 
+// Where the damage begins if the packet after those has another type byte.
+std::size_t FirstDamagedPacket(const Recording& recording, std::size_t wrongType) {
+    std::string bytes = recording.bytes;
+    bytes[recording.positions[wrongType]] = 5;
+    const Streamed streamed = Stream(bytes);
+    if (streamed.Damage().empty()) return recording.positions.size();
+    const auto found = std::find(recording.positions.begin(), recording.positions.end(),
+                                 streamed.Damage()[0].position);
+    return static_cast<std::size_t>(found - recording.positions.begin());
+}
+
+TEST(PacketStreamRules, OffTimeBetweenPacketsInStepMakesNoneBeforeItUncertain) {
+    std::vector<PacketPlan> plans = MakeRandomPackets(16, EqualShape(true, 150));
+    *plans[101].hardwareTimestamp += kStepNs * 3 / 10;
+    EXPECT_EQ(FirstDamagedPacket(MakeRecording(plans), 105), 104U);
+}
+
+TEST(PacketStreamRules, ThreePacketsInStepAfterAnotherTimeMakeThePacketBeforeThemCertain) {
+    std::vector<PacketPlan> plans = MakeRandomPackets(17, EqualShape(true, 150));
+    for (std::size_t i = 101; i < 150; ++i) *plans[i].hardwareTimestamp += 123'456'789;
+    EXPECT_EQ(FirstDamagedPacket(MakeRecording(plans), 105), 104U);
+}
+
+TEST(PacketStreamRules, FewPacketsOfBlocksNeverSeenMakeNoneBeforeThemCertain) {
+    std::vector<PacketPlan> plans = MakeRandomPackets(18, EqualShape(false, 150));
+    for (std::size_t i = 101; i < 150; ++i) plans[i].baseImu.emplace().fill(1);
+    EXPECT_EQ(FirstDamagedPacket(MakeRecording(plans, false), 105), 100U);
+}
+
 TEST(PacketStreamRules, PacketsWithOtherBlocksThanBeforeMayFollowDamage) {
     std::vector<PacketPlan> plans = MakeRandomPackets(14, EqualShape(true, 60));
     for (std::size_t i = 22; i < plans.size(); i += 2) plans[i].baseImu.emplace().fill(1);
@@ -157,6 +186,13 @@ TEST(PacketStreamRules, OffTimeThatIsRepeatedIsTheRecorders) {
     std::vector<PacketPlan> plans = MakeRandomPackets(10, EqualShape(true, 200));
     *plans[150].hardwareTimestamp += kStepNs * 7 / 10;
     plans[151].hardwareTimestamp = plans[150].hardwareTimestamp;
+    ExpectAllAreKept(plans);
+}
+
+TEST(PacketStreamRules, TimeOfZeroAndRepeatedTimeAreTheRecorders) {
+    std::vector<PacketPlan> plans = MakeRandomPackets(15, EqualShape(true, 200));
+    plans[120].hardwareTimestamp = 0;
+    plans[150].hardwareTimestamp = plans[149].hardwareTimestamp;
     ExpectAllAreKept(plans);
 }
 

@@ -25,6 +25,17 @@ class WriteBackCalls final : public ForwardingFileCalls {
     std::vector<std::pair<std::uint64_t, std::uint64_t>> spans;
 };
 
+TEST(DataFile, TotalsCountWhatIsStillQueued) {
+    const TempDirectory directory;
+    WriteQueue queue;
+    BlockPool blocks(&queue);
+    blocks.Reserve(1, 1000);
+    DataFile file(OutputSettings(), &blocks);
+    ASSERT_EQ(file.Create(directory.Path(L"a.vcs")), 0);
+    ASSERT_TRUE(file.Submit(blocks.Acquire(), 1000));
+    EXPECT_EQ(file.Totals().bytes, 1000U);
+}
+
 TEST(DataFile, WriteBackAfterACutBeginsWhereTheFileEndsThen) {
     constexpr std::size_t kPiece = std::size_t{1} << 20U;
     constexpr std::size_t kKept = 5000;

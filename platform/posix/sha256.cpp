@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 
 namespace stalwick {
@@ -21,6 +22,9 @@ struct Sha256::State {
 };
 
 Sha256::Sha256() : state_(std::make_unique<State>()) {
+    // A hash needs no settings of the system. They could name modules to load, for which a statically
+    // linked program has no loader.
+    Require(OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr));
     Require(state_->context != nullptr ? 1 : 0);
     Require(EVP_DigestInit_ex(state_->context.get(), EVP_sha256(), nullptr));
 }

@@ -7,6 +7,7 @@
 #   make screenshots   every window, light and dark, at 100 % and 200 %
 #   make check-pages   pages of recordings in a browser
 #   make site      the documentation as a site, build/site
+#   make release   all that is passed on, build/release-artefacts (docs/releasing.md)
 #   make test-windows, make windows-app, make package-windows      docs/building-windows.md
 # Each target installs the Debian packages that it needs if they are missing.
 
@@ -15,9 +16,10 @@ PREFIX ?= /usr/local
 FUZZ_SECONDS ?= 60
 JOBS ?= $(shell nproc)
 BUILD := build/$(PRESET)
+ARTEFACTS := build/release-artefacts
 
 .DEFAULT_GOAL := build
-.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app package-windows test-cluster screenshots check-pages site check-site install format check-format clean
+.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app package-windows test-cluster screenshots check-pages site check-site tarball test-tarball artefacts release install format check-format clean
 
 build:
 	scripts/install-deps.sh
@@ -154,6 +156,32 @@ check-site: site
 	scripts/install-deps.sh pages
 	npm install --silent --no-audit --no-fund --prefix build/site-modules playwright-core@1 axe-core@4 > /dev/null
 	node tests/site/check_site.mjs build/site-modules build/site-pictures build/site
+
+# The commands for any Linux, linked statically, with notices and SBOM (docs/releasing.md).
+tarball:
+	scripts/install-deps.sh build test release
+	cmake --preset static
+	cmake --build --preset static
+	packaging/release/make-tar.sh build/static $(ARTEFACTS)
+
+# Where nothing but the archive is, the commands give what those of a build give; the SBOM says what is in them.
+test-tarball: tarball
+	cmake --preset $(PRESET)
+	cmake --build --preset $(PRESET) --target stalwick-convert stalwick-inspect ord_synth
+	tests/release/tar_test.py $(ARTEFACTS)/stalwick-*-linux-*.tar.xz $(BUILD)
+	tests/release/sbom_test.py $(ARTEFACTS)/stalwick-*-linux-*.spdx.json \
+	    $(ARTEFACTS)/stalwick-*-linux-*.tar.xz build/static
+
+# All that a release consists of and that is there or made here; release makes the Debian packages too.
+artefacts:
+	rm -rf $(ARTEFACTS)
+	$(MAKE) tarball
+	$(MAKE) site PRESET=static
+	packaging/release/gather.sh build/site build/packages build/windows-packages $(ARTEFACTS)
+
+release:
+	$(MAKE) packages
+	$(MAKE) artefacts
 
 install: build
 	cmake --install $(BUILD) --prefix $(PREFIX)

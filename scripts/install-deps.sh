@@ -3,7 +3,7 @@
 
 # Installs the Debian 12 packages that the project needs if they are missing, as root or with sudo.
 #   scripts/install-deps.sh [GROUP...]     GROUP: build test check fuzz bench coverage screenshots pages
-#                                              site cluster windows windows-app all
+#                                              site release cluster windows windows-app all
 # Without a group: build and test. Does nothing, and needs no rights, if nothing is missing.
 set -euo pipefail
 
@@ -29,7 +29,9 @@ packages_of() {
         windows-app) echo qt6-base-dev qt6-base-dev-tools dpkg-dev nsis cmark python3 xvfb xauth openbox \
                           xdotool imagemagick icoutils fonts-liberation ;;
         site) echo mkdocs mkdocs-material mandoc cmark-gfm python3 python3-numpy ;;
-        all) for group in build test check fuzz bench coverage screenshots pages site cluster windows \
+        release) echo binutils ninja-build python3 python3-debian python3-license-expression xz-utils \
+                      diffoscope-minimal ;;
+        all) for group in build test check fuzz bench coverage screenshots pages site release cluster windows \
                  windows-app; do
                  packages_of "$group"
              done ;;

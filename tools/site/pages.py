@@ -72,7 +72,7 @@ class Pages:
 
 
 def without_empty_headers(html: str) -> str:
-    """Tables whose first row has no words without it, and a corner without a word as a plain cell."""
+    """Tables without a first row that has no words; a corner without a word is a plain cell."""
     return _EMPTY_CELL.sub(r"<td\1></td>", _EMPTY_HEAD.sub("", html))
 
 

@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: BSD-3-Clause
+
+# Puts what a release consists of into one directory, with checksums, after the archive of the commands:
+#   packaging/release/gather.sh SITE DEBIAN_PACKAGES WINDOWS_PACKAGES OUTPUT
+# Packages that were not made are left out, and a line says so.
+set -euo pipefail
+here=$(realpath "$(dirname "$0")")
+version=$("$here/release-info.sh" version)
+output=$(realpath "$4")
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cp -R "$1" "$work/stalwick-$version-docs"
+"$here/pack.sh" "$work/stalwick-$version-docs" "$output/stalwick-$version-docs.tar.xz"
+
+# take WHAT COMMAND FILE...: copies the files that exist.
+take() {
+    local what=$1 command=$2 found=()
+    shift 2
+    for file in "$@"; do [ ! -e "$file" ] || found+=("$file"); done
+    if [ ${#found[@]} -gt 0 ]; then
+        cp "${found[@]}" "$output"
+    else
+        echo "gather.sh: without $what of version $version, which $command makes" >&2
+    fi
+}
+take "the Debian packages" "make packages" "$2"/*"_$version"[-_]*.deb
+take "the zip and the installer for Windows" "make package-windows" \
+    "$3/stalwick-$version-windows-x64.zip" "$3/stalwick-$version-setup.exe"
+
+cd "$output"
+rm -f SHA256SUMS
+LC_ALL=C
+export LC_ALL
+sha256sum -- * > "$work/sums"
+mv "$work/sums" SHA256SUMS
+cat SHA256SUMS

@@ -1,0 +1,151 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: BSD-3-Clause
+
+"""Writes an SPDX 2.3 document of what is linked into programs, from Debian's package data.
+
+    write_sbom.py --version VERSION --archive TAR BUILD PROGRAM... > FILE.spdx.json
+
+PROGRAM: as cli/stalwick-convert, in BUILD; the archive has them below bin/. SOURCE_DATE_EPOCH is
+the time of the document, so that the same programs give the same document.
+"""
+
+from __future__ import annotations
+
+import argparse
+import hashlib
+import json
+import os
+import tarfile
+import uuid
+from datetime import datetime, timezone
+from pathlib import Path
+from typing import Any
+from urllib.parse import quote
+
+from debian_package import DebianPackage, look_up
+from linked_packages import Parts, packages_in
+
+Json = dict[str, Any]
+
+
+def package_id(name: str) -> str:
+    return "SPDXRef-Package-" + name.replace("+", "-plus").replace("_", "-")
+
+
+def checksum(algorithm: str, data: bytes) -> Json:
+    value = hashlib.new(algorithm.lower(), data).hexdigest()
+    return {"algorithm": algorithm, "checksumValue": value}
+
+
+def debian_entry(package: DebianPackage) -> Json:
+    expression, comment = package.licence()
+    place = f"{quote(package.name)}@{quote(package.version)}"
+    entry = {
+        "SPDXID": package_id(package.name),
+        "name": package.name,
+        "versionInfo": package.version,
+        "supplier": "Organization: Debian",
+        "downloadLocation": "NOASSERTION",
+        "filesAnalyzed": False,
+        "homepage": package.homepage,
+        "sourceInfo": f"built from the Debian source {package.source} {package.source_version}",
+        "licenseConcluded": "NOASSERTION",
+        "licenseDeclared": expression,
+        "licenseComments": comment,
+        "copyrightText": "NOASSERTION",
+        "primaryPackagePurpose": "LIBRARY",
+        "externalRefs": [{"referenceCategory": "PACKAGE-MANAGER", "referenceType": "purl",
+                          "referenceLocator":
+                              f"pkg:deb/debian/{place}?arch={package.architecture}"}],
+    }
+    return {key: value for key, value in entry.items() if value != ""}
+
+
+def own_entry(version: str, archive: Path) -> Json:
+    return {
+        "SPDXID": package_id("stalwick"),
+        "name": "stalwick",
+        "versionInfo": version,
+        "packageFileName": archive.name,
+        "supplier": "Organization: The Stalwick developers",
+        "downloadLocation": "NOASSERTION",
+        "filesAnalyzed": False,
+        "licenseConcluded": "NOASSERTION",
+        "licenseDeclared": "BSD-3-Clause",
+        "copyrightText": "NOASSERTION",
+        "primaryPackagePurpose": "APPLICATION",
+        "checksums": [checksum("SHA256", archive.read_bytes())],
+    }
+
+
+def file_entry(archive: Path, program: str) -> Json:
+    """A program as it is in the archive."""
+    name = f"bin/{Path(program).name}"
+    with tarfile.open(archive) as tar:
+        (member,) = (member for member in tar if member.name.endswith("/" + name))
+        content = tar.extractfile(member)
+        assert content is not None
+        data = content.read()
+    return {
+        "SPDXID": f"SPDXRef-File-{Path(program).name}",
+        "fileName": f"./{name}",
+        "fileTypes": ["BINARY"],
+        "checksums": [checksum("SHA1", data), checksum("SHA256", data)],
+        "licenseConcluded": "NOASSERTION",
+        "licenseInfoInFiles": ["NOASSERTION"],
+        "copyrightText": "NOASSERTION",
+    }
+
+
+def relationship(one: str, kind: str, other: str, comment: str = "") -> Json:
+    entry = {"spdxElementId": one, "relationshipType": kind, "relatedSpdxElement": other}
+    return entry | ({"comment": comment} if comment else {})
+
+
+def uses(file: str, name: str, parts: Parts) -> Json:
+    if parts.linked:
+        libraries = ", ".join(sorted({Path(part).name for part in parts.linked}))
+        return relationship(file, "STATIC_LINK", package_id(name), f"of {libraries}")
+    comment = "templates and inline functions of its headers"
+    return relationship(file, "CONTAINS", package_id(name), comment)
+
+
+def document(version: str, archive: Path, build: Path, programs: list[str]) -> Json:
+    created = datetime.fromtimestamp(int(os.environ["SOURCE_DATE_EPOCH"]), timezone.utc)
+    own = own_entry(version, archive)
+    names: set[str] = set()
+    relations = [relationship("SPDXRef-DOCUMENT", "DESCRIBES", own["SPDXID"])]
+    files = [file_entry(archive, program) for program in programs]
+    for program, file in zip(programs, files):
+        relations.append(relationship(own["SPDXID"], "CONTAINS", file["SPDXID"]))
+        found = packages_in(build, program)
+        relations += [uses(file["SPDXID"], name, parts) for name, parts in found.items()]
+        names |= found.keys()
+    content = {"packages": [own, *(debian_entry(look_up(name)) for name in sorted(names))],
+               "files": files, "relationships": relations}
+    identity = uuid.uuid5(uuid.NAMESPACE_OID, json.dumps(content, sort_keys=True))
+    return {
+        "spdxVersion": "SPDX-2.3",
+        "dataLicense": "CC0-1.0",
+        "SPDXID": "SPDXRef-DOCUMENT",
+        "name": archive.name,
+        "documentNamespace": f"urn:uuid:{identity}",
+        "creationInfo": {"created": created.strftime("%Y-%m-%dT%H:%M:%SZ"),
+                         "creators": [f"Tool: stalwick-write_sbom-{version}",
+                                      "Organization: The Stalwick developers"]},
+    } | content
+
+
+def main() -> None:
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--version", required=True)
+    parser.add_argument("--archive", type=Path, required=True)
+    parser.add_argument("build", type=Path)
+    parser.add_argument("programs", nargs="+")
+    options = parser.parse_args()
+    result = document(options.version, options.archive, options.build, options.programs)
+    print(json.dumps(result, indent=2, ensure_ascii=False))
+
+
+if __name__ == "__main__":
+    main()

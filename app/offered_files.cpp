@@ -34,13 +34,13 @@ std::vector<std::wstring> DroppedRecordings(const QMimeData* data) {
 std::vector<std::wstring> RecordingsInArguments(const std::vector<std::string>& arguments) {
     std::vector<std::wstring> paths;
     for (const std::string& argument : arguments) {
-        // The list shows directories, so a path is taken from the current one at once.
+        // The list shows directories, so paths are made absolute at once.
         std::wstring path = AbsolutePath(FromUtf8(argument));
         if (IsRecording(path)) {
             paths.push_back(std::move(path));
         } else {
             const std::string name = ToUtf8(OneLine(FromUtf8(argument)));
-            std::fprintf(stderr, "stalwick: %s: left out; no recording (.ord) of that name\n",
+            std::fprintf(stderr, "stalwick: %s: ignored; no recording (.ord) of that name exists\n",
                          name.c_str());
         }
     }

@@ -45,20 +45,19 @@ void PassOver(const PlannedRecording& recording, const ConvertedOutputs& found,
     outcome.account.outputs = found.outputs;
     outcome.account.outputFiles = found.files;
     outcome.account.outputBytes = found.bytes;
-    outcome.withoutConversion = std::wstring(L"passed over, ") +
-                                (found.areAsKnown ? L"it and its outputs are as the report has them"
-                                                  : L"its outputs are whole") +
-                                L" -> " + recording.shownOutputs + L" (" +
-                                Counted(found.files, L"file") + L", " + ReadableBytes(found.bytes) +
-                                L")";
+    outcome.withoutConversion =
+        std::wstring(L"skipped, ") +
+        (found.areAsKnown ? L"it and its outputs match the report" : L"its outputs are whole") +
+        L" -> " + recording.shownOutputs + L" (" + Counted(found.files, L"file") + L", " +
+        ReadableBytes(found.bytes) + L")";
     processor.bytesProcessed.store(QueryFileSize(recording.path), std::memory_order_relaxed);
 }
 
-// After a cancel: a conversion would make outputs without data, beside whole ones perhaps.
+// After a cancel: a conversion would create outputs without data, perhaps next to whole ones.
 void LeaveAlone(const PlannedRecording& recording, RecordingOutcome& outcome) {
     outcome.converted = true;
     outcome.status = kStatusCanceled;
-    outcome.withoutConversion = L"canceled, not looked at";
+    outcome.withoutConversion = L"canceled, not checked";
     outcome.account = AccountOf(recording);
     outcome.account.canceled = true;
 }

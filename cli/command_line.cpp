@@ -21,7 +21,7 @@ namespace {
 constexpr char kProgram[] = "stalwick-convert";
 constexpr std::uint32_t kMostJobs = 64;
 
-// The values as CLI11 fills them.
+// The values as CLI11 fills them in.
 struct RawOptions {
     std::vector<std::string> files;
     std::string outputDirectory;
@@ -47,7 +47,7 @@ std::string VersionLine() {
     return std::string(kProgram) + ' ' + kVersion + '\n';
 }
 
-// CLI11 itself takes "1x" for 1 in places, "010" for 8, and a number beyond the type for the type's
+// In places, CLI11 itself reads "1x" as 1, "010" as 8, and a number beyond the type as the type's
 // largest. It gets the number without leading zeros.
 CLI::Validator WholeNumber(std::uint32_t least, std::uint32_t most) {
     return CLI::Validator(
@@ -72,7 +72,7 @@ void DeclareProgram(CLI::App& app) {
     app.set_help_flag("-h,--help", "Print this help message and exit");
     app.description(
         "Converts wireless recordings (.ord) into channel files (.vcs), an event file\n"
-        "(.vev) and a raw data file (.vrd), in a directory of its own for each.");
+        "(.vev) and a raw data file (.vrd), in a separate directory for each recording.");
     app.footer(
         "Exit status: 0 all whole; 1 a conversion failed, an output is incomplete, or a report\n"
         "or page could not be written; 2 wrong usage, output directory or report; 3 all written, "
@@ -83,46 +83,47 @@ void DeclareProgram(CLI::App& app) {
 void DeclareOutputs(CLI::App& app, RawOptions& options) {
     app.add_option("FILE", options.files, "recordings to convert, in this order")->required();
     app.add_option("-o,--output-dir", options.outputDirectory,
-                   "where the directories of the outputs go, one level is created; default: that "
-                   "of each FILE beside it")
+                   "parent of the output directories; one level is created; default: the "
+                   "directory of each FILE")
         ->type_name("DIR");
     app.add_flag("--no-csc", options.noCsc, "no channel files for the A/D channels");
     app.add_flag("--base-imu", options.baseImu, "channel files of the base inertial unit");
     app.add_flag("--afe-imu", options.afeImu, "channel files of the front-end inertial unit");
     app.add_flag("--ultrasonic", options.ultrasonic, "the channel file of the ultrasonic block");
     app.add_flag("--raw", options.raw, "the raw data file");
-    app.add_flag("--all", options.all, "every one of these further outputs");
+    app.add_flag("--all", options.all, "all of these additional outputs");
 }
 
 void DeclareRun(CLI::App& app, RawOptions& options) {
     app.add_flag("-k,--keep-going", options.keepGoing,
-                 "a file that fails does not stop the others");
+                 "continue with the other files after one fails");
     app.add_flag("--skip-converted", options.skipConverted,
-                 "pass over a FILE whose wanted outputs are there and whole");
+                 "skip a FILE whose wanted outputs exist and are whole");
     app.add_flag("-q,--quiet", options.quiet,
-                 "no progress, no notes, no lines of recordings that are whole");
+                 "no progress, no notes, no lines for recordings that are whole");
     app.add_flag("--no-sync", options.noSync,
                  "do not wait for the disk before a file is marked as closed");
     app.add_flag("--keep-partial", options.keepPartial,
-                 "where a recording fails in its middle, keep every whole record before that, not "
-                 "only full blocks of 5000 of each file");
+                 "if a recording fails in the middle, keep every whole record before that point, "
+                 "not only full blocks of 5000 of each file");
     app.add_flag("--salvage", options.salvage,
-                 "go on after damaged stretches of a recording, and report what is lost");
+                 "continue after damaged stretches of a recording and report what is lost");
     app.add_option("-j,--jobs", options.jobs,
-                   "files converted side by side, 1 to 64; 0: as many as there are cores")
+                   "files converted in parallel, 1 to 64; 0: one for each core")
         ->type_name("N")
         ->transform(WholeNumber(0, kMostJobs))
         ->capture_default_str();
     CLI::Option* const report =
-        app.add_option("--report", options.report,
-                       "a JSON document about the run, written when it has ended: inputs, outputs, "
-                       "gaps, losses; an earlier report of that name is replaced, no other file")
+        app.add_option(
+               "--report", options.report,
+               "a JSON document about the run, written when it ends: inputs, outputs, gaps, "
+               "losses; replaces only an earlier report of that name")
             ->type_name("FILE.json");
     app.add_flag("--checksum", options.checksum,
-                 "with the SHA-256 of each recording and output in the report; reads them again")
+                 "add the SHA-256 of each recording and output to the report; reads them again")
         ->needs(report);
     app.add_flag("--page", options.page,
-                 "a page on how good each recording is, beside its outputs; reads it again");
+                 "write a page on how good each recording is next to its outputs; reads it again");
 }
 
 void Declare(CLI::App& app, RawOptions& options) {

@@ -24,7 +24,7 @@ std::wstring PagePath(const PlannedRecording& recording, const RecordingOutcome&
            L".html";
 }
 
-// Nothing was made where a page could stand, or a page stands there.
+// Nothing was created next to which a page could be, or a page exists.
 bool NeedsPage(const RecordingOutcome& outcome, const std::wstring& path) {
     const ConversionAccount& account = outcome.account;
     if (account.canceled || outcome.status == kStatusCanceled) return false;
@@ -61,7 +61,7 @@ void AddPage(const PlannedRecording& recording, const std::atomic<std::uint8_t>&
     if (failure.empty()) return;
     outcome.account.details.push_back(
         {ConversionDetail::Kind::kIncomplete,
-         OneLine(recording.path) + L": no page, its outputs are not concerned: " + failure});
+         OneLine(recording.path) + L": no page, its outputs are not affected: " + failure});
 }
 
 }  // namespace stalwick

@@ -13,7 +13,7 @@ namespace stalwick {
 
 namespace {
 
-// Where its outputs go, without making anything absolute.
+// The directory of its outputs; nothing is made absolute.
 std::wstring ShownOutputs(const std::wstring& name, std::wstring outputDirectory) {
     const PathParts parts = SplitPath(name);
     if (outputDirectory.empty()) return parts.drive + parts.directory + parts.name;
@@ -30,16 +30,16 @@ std::wstring WithoutCase(std::wstring text) {
     return text;
 }
 
-// Equal for recordings whose outputs would go into one directory.
+// Equal for recordings whose outputs would go into the same directory.
 std::wstring DirectoryKey(const PlannedRecording& recording) {
     return WithoutCase(OutputDirectoryOf(recording.path, ResolvedPath(recording.outputDirectory)));
 }
 
 std::wstring DescribePair(const PlannedRecording& first, const PlannedRecording& second) {
     if (first.name == second.name) return first.name + L" is given twice; give it once";
-    return first.name + L" and " + second.name + L" would be converted into one directory, " +
+    return first.name + L" and " + second.name + L" would be converted into the same directory, " +
            OutputDirectoryOf(second.path, second.outputDirectory) +
-           L"; convert them in two runs, each with an --output-dir of its own";
+           L"; convert them in two runs, each with its own --output-dir";
 }
 
 }  // namespace

@@ -24,7 +24,7 @@ std::wstring RightAligned(const std::wstring& text, std::size_t width) {
     return std::wstring(width - std::min(width, text.size()), L' ') + text;
 }
 
-// A recording's lines: a name for each group, what it holds beside it.
+// The lines of a recording: a name for each group, and its contents next to it.
 class Table {
   public:
     void Row(const std::wstring& name, const std::wstring& text) {
@@ -109,7 +109,7 @@ void AddTtl(const RecordingSurvey& survey, Table& table) {
 
 void AddGaps(const RecordingSurvey& survey, Table& table) {
     if (!survey.hasTimestamps) {
-        table.Row(L"gaps", L"cannot be known");
+        table.Row(L"gaps", L"unknown");
     } else if (survey.gaps.empty()) {
         table.Row(L"gaps", L"none");
     } else {
@@ -184,7 +184,7 @@ void AddOutputs(const RecordingSurvey& survey, Table& table) {
     for (const OutputSize& output : survey.outputs) bytes += output.bytes;
     table.Row(L"outputs", Counted(survey.outputs.size(), L"file") + L", " + ReadableBytes(bytes) +
                               L" with every output switched on");
-    // Files of channels differ in nothing but their name.
+    // The channel files of a group differ only in name.
     std::size_t first = 0;
     for (std::size_t i = 1; i <= survey.outputs.size(); ++i) {
         const OutputSize& from = survey.outputs[first];

@@ -35,12 +35,12 @@ struct InfoOptions {
 
 void DeclareInfo(CLI::App& app, InfoOptions& options) {
     app.option_defaults()->disable_flag_override();
-    app.add_option("FILE", options.files, "recordings to look at, in this order")->required();
-    app.add_flag("--json", options.json, "one JSON document a recording, each on a line");
+    app.add_option("FILE", options.files, "recordings to read, in this order")->required();
+    app.add_flag("--json", options.json, "one JSON document for each recording, on one line");
     app.add_flag("--quick", options.quick, "read the header and the packets at both ends only");
     app.footer(
         "Exit status: 0 all whole; 1 a FILE cannot be read; 2 wrong usage; 3 a recording is\n"
-        "damaged. Gaps and a recording that ends inside a packet are no damage.");
+        "damaged. Gaps and a recording that ends inside a packet are not damage.");
     UncoverBrackets(app);
 }
 
@@ -54,8 +54,7 @@ void DeclareVerify(CLI::App& app, VerifyOptions& options) {
     app.option_defaults()->disable_flag_override();
     app.add_option("DIRECTORY", options.directories, "directories with the outputs of a recording")
         ->required();
-    app.add_option("--against", options.recording,
-                   "compare everything with what this recording gives")
+    app.add_option("--against", options.recording, "compare everything with this recording")
         ->type_name("FILE.ord")
         ->check([](const std::string& path) {
             return path.empty() ? std::string("it needs the name of a recording") : std::string();
@@ -64,11 +63,11 @@ void DeclareVerify(CLI::App& app, VerifyOptions& options) {
                  "made by stalwick-convert --salvage: records may end before a damaged stretch");
     app.footer(
         "Exit status: 0 all whole; 1 something is not, or cannot be read; 2 wrong usage.\n"
-        "Gaps are of the recording and are no fault of its outputs.");
+        "Gaps belong to the recording; they are not a fault of its outputs.");
     UncoverBrackets(app);
 }
 
-// What was asked for.
+// What the user asked for.
 struct InspectOptions {
     InfoOptions info;
     VerifyOptions verify;
@@ -81,16 +80,16 @@ std::string VersionLine() {
 }
 
 void Declare(CLI::App& app, InspectOptions& options) {
-    app.description("Looks at wireless recordings (.ord) and what they were converted to.");
+    app.description("Inspects wireless recordings (.ord) and the files they were converted to.");
     app.allow_windows_style_options(false);
     app.set_help_flag("-h,--help", "Print this help message and exit");
     app.set_version_flag("--version", VersionLine());
     app.require_subcommand(1);
-    DeclareInfo(*app.add_subcommand("info", "What recordings hold"), options.info);
-    DeclareVerify(*app.add_subcommand("verify", "Whether outputs are whole"), options.verify);
-    DeclareReport(*app.add_subcommand("report", "A page on how good recordings are"),
+    DeclareInfo(*app.add_subcommand("info", "Show what recordings hold"), options.info);
+    DeclareVerify(*app.add_subcommand("verify", "Check whether outputs are whole"), options.verify);
+    DeclareReport(*app.add_subcommand("report", "Make a page on how good recordings are"),
                   options.report);
-    DeclarePlot(*app.add_subcommand("plot", "A picture of a stretch of traces"), options.plot);
+    DeclarePlot(*app.add_subcommand("plot", "Draw a stretch of traces"), options.plot);
 }
 
 bool Flush() {
@@ -183,7 +182,7 @@ int RunInspectCommand(const std::vector<std::string>& arguments) {
         }
         if (!app.remaining().empty()) return ReportUsage(DescribeUsageError(app, error));
         return ReportUsage(
-            "say what to do: info FILE..., verify DIRECTORY..., report FILE... or plot FILE...");
+            "give a subcommand: info FILE..., verify DIRECTORY..., report FILE... or plot FILE...");
     }
     if (app.got_subcommand("report")) return ShowReport(options.report);
     if (app.got_subcommand("plot")) return ShowPlot(options.plot);

@@ -15,8 +15,8 @@ namespace stalwick {
 
 namespace {
 
-// What every picture begins with, or has after a PNG file's size. An existing file is taken for a
-// picture of this program, and replaced, only if it has that.
+// The beginning of every picture, after the size in a PNG file. An existing file counts as a
+// picture of this program, and is replaced, only if it has that.
 constexpr char kSoftware[] = "stalwick-inspect plot";
 constexpr char kSvgBeginning[] =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!-- stalwick-inspect plot -->\n";
@@ -36,7 +36,7 @@ bool IsPictureOfOurs(const std::wstring& path) {
            beginning.compare(std::min(kPngHeadSize, count), chunk.size(), chunk) == 0;
 }
 
-// A link to a picture stays; what it leads to is replaced.
+// A link to a picture stays; its target is replaced.
 std::wstring TargetOf(const std::wstring& path) {
     return ResolvedPath(AbsolutePath(path));
 }
@@ -44,7 +44,8 @@ std::wstring TargetOf(const std::wstring& path) {
 std::wstring RefuseTaken(const std::wstring& path) {
     if (QueryPath(path) == PathKind::kMissing || IsPictureOfOurs(path)) return {};
     return OneLine(path) +
-           L" exists and is no picture of this program, so it stays as it is; choose another name "
+           L" exists and is not a picture of this program, so it was not replaced; choose another "
+           L"name "
            L"for -o";
 }
 
@@ -88,7 +89,7 @@ std::wstring WritePicture(const std::wstring& path, const std::string& svg) {
         }
         bytes = std::move(picture.bytes);
     }
-    // Another program may have taken the name since.
+    // Another program may have taken the name in the meantime.
     if (std::wstring refusal = RefuseTaken(path); !refusal.empty()) return refusal;
     const SystemErrorCode error = ReplaceFile(TargetOf(path), bytes);
     return error == 0 ? std::wstring() : CannotWrite(path, error);

@@ -102,15 +102,16 @@ void DeclarePlot(CLI::App& app, PlotOptions& options) {
         ->type_name("FILE.ord|.vcs")
         ->required();
     app.add_option("-o,--output", options.picture,
-                   "the picture to write, .svg or .png; an earlier picture of that name is "
-                   "replaced, no other file")
+                   "the picture to write, .svg or .png; replaces only an earlier picture of that "
+                   "name")
         ->type_name("PICTURE")
         ->required();
-    app.add_option("--start", options.start, "where to begin, in seconds from the first sample")
+    app.add_option("--start", options.start,
+                   "start of the stretch, in seconds from the first sample")
         ->type_name("SECONDS")
         ->check(Number(true, "seconds"))
         ->capture_default_str();
-    app.add_option("--seconds", options.seconds, "how much to draw; default: all to the end")
+    app.add_option("--seconds", options.seconds, "length of the stretch; default: to the end")
         ->type_name("SECONDS")
         ->check(Number(false, "seconds"));
     app.add_option("--channels", options.channels,
@@ -118,11 +119,11 @@ void DeclarePlot(CLI::App& app, PlotOptions& options) {
         ->type_name("LIST")
         ->check(ChannelList());
     app.add_option("--spacing", options.spacing,
-                   "microvolts from one row to the next; default: as the traces need")
+                   "microvolts between rows; default: chosen from the traces")
         ->type_name("MICROVOLTS")
         ->check(Number(false, "microvolts"));
     app.footer(
-        "Exit status: 0 drawn; 1 a FILE cannot be read or the picture not be written; 2 wrong\n"
+        "Exit status: 0 drawn; 1 a FILE cannot be read or the picture cannot be written; 2 wrong\n"
         "usage; 3 drawn, and the stretch holds damage.");
     UncoverBrackets(app);
 }

@@ -17,7 +17,7 @@ struct VerdictName {
     const wchar_t* name;
 };
 
-// In the order in which they are named.
+// In the order in which they are listed.
 constexpr std::array kNamedVerdicts = {
     VerdictName{Verdict::kWithLosses, L"with losses"}, VerdictName{Verdict::kFailed, L"failed"},
     VerdictName{Verdict::kCanceled, L"canceled"}, VerdictName{Verdict::kNotBegun, L"not begun"}};
@@ -32,11 +32,11 @@ std::wstring DescribeCounts(const std::vector<RecordingOutcome>& outcomes) {
     std::wstring text = Counted(outcomes.size(), L"recording") + L": " +
                         std::to_wstring(Count(outcomes, Verdict::kWhole)) + L" converted";
     if (const std::size_t passedOver = Count(outcomes, Verdict::kPassedOver); passedOver != 0) {
-        text += L", " + std::to_wstring(passedOver) + L" passed over";
+        text += L", " + std::to_wstring(passedOver) + L" skipped";
     }
     for (const VerdictName& named : kNamedVerdicts) {
         const std::size_t count = Count(outcomes, named.verdict);
-        // Nothing stays behind unless something failed.
+        // Recordings remain only if something failed.
         if (count == 0 && named.verdict == Verdict::kNotBegun) continue;
         text += L", " + std::to_wstring(count) + L' ' + named.name;
     }
@@ -59,7 +59,7 @@ std::vector<std::wstring> DescribeAll(const std::vector<PlannedRecording>& recor
             if (named.verdict == Verdict::kCanceled) {
                 line += outcomes[i].withoutConversion.empty()
                             ? L' ' + DescribeHowFar(outcomes[i].account)
-                            : L", not looked at";
+                            : L", not checked";
             }
             lines.push_back(line);
         }

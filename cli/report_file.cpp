@@ -9,7 +9,7 @@ namespace {
 
 constexpr OwnDocument kReport = {
     kReportBeginning, L"report", L"choose another name for --report",
-    L"the outputs are not concerned; for a report run again with --skip-converted"};
+    L"the outputs are not affected; for a report run again with --skip-converted"};
 
 }  // namespace
 

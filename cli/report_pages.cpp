@@ -21,11 +21,11 @@ namespace {
 
 constexpr wchar_t kProgram[] = L"stalwick-inspect: ";
 
-// The pages of one command line: of each recording, and the list of several.
+// The pages of one command line: one for each recording, and the list of several.
 struct Pages {
     std::vector<std::wstring> recordings;
     std::vector<std::wstring> paths;  // of their pages
-    std::wstring list;                // empty where there is one recording
+    std::wstring list;                // empty if there is only one recording
 };
 
 Pages PlanPages(const ReportPageOptions& options) {
@@ -41,7 +41,7 @@ Pages PlanPages(const ReportPageOptions& options) {
     return pages;
 }
 
-// Before anything is read: a name that is taken, or a directory that takes no file.
+// Before anything is read: a name that is taken, or a directory that accepts no file.
 bool ArePossible(const Pages& pages) {
     std::vector<std::wstring> all = pages.paths;
     if (!pages.list.empty()) all.push_back(pages.list);
@@ -62,7 +62,7 @@ bool Write(const std::wstring& path, const std::string& html) {
     return false;
 }
 
-// The page of the n-th recording; adds its row. Returns the exit status that it gives.
+// The page of the n-th recording; adds its row. Returns its exit status.
 int WritePage(const Pages& pages, std::size_t n, std::vector<IndexRow>& rows) {
     const PageSurvey page = SurveyForPage(pages.recordings[n]);
     rows.push_back(IndexRowOf(page, n + 1));
@@ -82,10 +82,10 @@ int WritePage(const Pages& pages, std::size_t n, std::vector<IndexRow>& rows) {
 
 void DeclareReport(CLI::App& app, ReportPageOptions& options) {
     app.option_defaults()->disable_flag_override();
-    app.add_option("FILE", options.files, "recordings to look at, in this order")->required();
+    app.add_option("FILE", options.files, "recordings to read, in this order")->required();
     app.add_option("-o,--output", options.page,
-                   "the page; of several recordings a list that leads to their pages, which stand "
-                   "beside it. An earlier page of that name is replaced, no other file")
+                   "the page; for several recordings a list with links to their pages, in the same "
+                   "directory; replaces only an earlier page of that name")
         ->type_name("PAGE.html")
         ->required()
         ->check([](const std::string& path) {
@@ -94,7 +94,7 @@ void DeclareReport(CLI::App& app, ReportPageOptions& options) {
     app.footer(
         "Exit status: 0 all whole; 1 a FILE cannot be read or a page cannot be written; 2 wrong\n"
         "usage or PAGE.html; 3 a recording is damaged. Gaps and a recording that ends inside a\n"
-        "packet are no damage.");
+        "packet are not damage.");
     UncoverBrackets(app);
 }
 

@@ -44,7 +44,7 @@ std::vector<std::wstring> DescribeLackOfRoom(const std::vector<PlannedRecording>
     for (const auto& [fileSystem, room] : rooms) {
         if (room.needed <= room.free) continue;
         lines.push_back(L"stalwick-convert: the outputs need about " + ReadableBytes(room.needed) +
-                        L" in " + room.directory + L", where " + ReadableBytes(room.free) +
+                        L" in " + room.directory + L", but only " + ReadableBytes(room.free) +
                         L" are free; free some space or choose another directory");
     }
     return lines;

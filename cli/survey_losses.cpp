@@ -20,7 +20,7 @@ void ReportLosses(const RecordingSurvey& survey) {
 }
 
 void ReportUnreadable(const RecordingSurvey& survey) {
-    PrintLine(stderr, survey.path + L": not looked at: " + survey.error +
+    PrintLine(stderr, survey.path + L": not read: " + survey.error +
                           L"; give a recording that can be read");
 }
 

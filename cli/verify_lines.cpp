@@ -37,7 +37,7 @@ std::wstring SetLine(const VerifyReport& report, const VerifiedSet& set,
     if (set.gapCount != 0) line += L", " + Counted(set.gapCount, L"gap");
     if (set.findingCount != 0) return line + L": " + Counted(set.findingCount, L"finding");
     return line + L": whole" +
-           (recordingPath.empty() ? L"" : L", all that " + recordingPath + L" gives");
+           (recordingPath.empty() ? L"" : L", everything that " + recordingPath + L" gives");
 }
 
 }  // namespace

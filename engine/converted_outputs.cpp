@@ -26,7 +26,7 @@ using VtxDataTypes::kSamplesPerRecord;
 
 std::wstring CountsDiffer(const RecordFile& file, std::uint64_t expected) {
     return OneLine(file.Path()) + L" has " + std::to_wstring(file.RecordCount()) +
-           L" records where the recording gives " + std::to_wstring(expected);
+           L" records, but the recording gives " + std::to_wstring(expected);
 }
 
 // Compares the outputs of one directory with a recording. Checks return what is wrong, or nothing.
@@ -35,7 +35,7 @@ class OutputSetCheck {
     OutputSetCheck(std::wstring directory, std::wstring sessionUuid)
         : directory_(std::move(directory)), sessionUuid_(std::move(sessionUuid)) {}
 
-    // Without contents only the headers are looked at.
+    // Without contents, checks only the headers.
     std::wstring Check(const std::vector<ExpectedOutput>& outputs,
                        const RecordingContents* contents) {
         contents_ = contents;
@@ -46,11 +46,11 @@ class OutputSetCheck {
         return {};
     }
 
-    // Of a whole set, in its order.
+    // For a whole set, in its order.
     const std::vector<OutputAccount>& Found() const { return found_; }
 
   private:
-    // One of the files that bear the output's name must be whole.
+    // One of the files with the output's name must be whole.
     std::wstring FindWhole(const ExpectedOutput& output) {
         const std::wstring stem = directory_ + kPathSeparator + output.entity;
         std::wstring fault = OneLine(stem + output.extension) + L" is missing";
@@ -101,8 +101,7 @@ class OutputSetCheck {
         const std::uint64_t expected = samples - (file.RecordCount() - 1) * kSamplesPerRecord;
         if (last.numValidSamples == expected) return {};
         return OneLine(file.Path()) + L" has " + std::to_wstring(last.numValidSamples) +
-               L" samples in its last record where the recording gives " +
-               std::to_wstring(expected);
+               L" samples in its last record, but the recording gives " + std::to_wstring(expected);
     }
 
     std::wstring CheckEventFile(const std::wstring& path, const ExpectedOutput& output) {
@@ -116,7 +115,8 @@ class OutputSetCheck {
 
     std::wstring CheckRawDataFile(const std::wstring& path, const ExpectedOutput& output) {
         RawDataFile file;
-        // Packets of another width than the header's leave records that do not fill its own.
+        // Packets of another width than the header's leave records that do not fill the file
+        // evenly.
         const RecordFileError error = file.Open(path);
         if (error && error.kind != RecordFileError::Kind::kCutRecord) return error.text;
         records_ = file.RecordCount();
@@ -125,16 +125,16 @@ class OutputSetCheck {
         const std::uint64_t bytes = file.RecordCount() * file.RecordSize() + file.CutBytes();
         if (contents_ == nullptr || bytes == contents_->RawBytes()) return {};
         return OneLine(path) + L" has " + std::to_wstring(bytes) +
-               L" bytes of records where the recording gives " +
+               L" bytes of records, but the recording gives " +
                std::to_wstring(contents_->RawBytes());
     }
 
     std::wstring CheckOrigin(const RecordFile& file, const ExpectedOutput& output) const {
         if (file.Header().Value(L"-SessionUUID") != sessionUuid_) {
-            return OneLine(file.Path()) + L" is of another session";
+            return OneLine(file.Path()) + L" belongs to another session";
         }
         if (file.Header().Value(L"-AcqEntName") != output.entity) {
-            return OneLine(file.Path()) + L" is of another channel";
+            return OneLine(file.Path()) + L" belongs to another channel";
         }
         return {};
     }
@@ -143,7 +143,7 @@ class OutputSetCheck {
     std::wstring sessionUuid_;
     const RecordingContents* contents_ = nullptr;
     std::vector<OutputAccount> found_;
-    std::uint64_t records_ = 0;  // of the file that was looked at last
+    std::uint64_t records_ = 0;  // the last file checked
 };
 
 // What packets carry that the header does not announce, so that no output takes it; or nothing.
@@ -188,7 +188,8 @@ ConvertedOutputs NotWhole(const std::wstring& reason) {
 
 ConvertedOutputs FindConvertedOutputs(const ConvertedOutputsRequest& request,
                                       const std::atomic<std::uint8_t>& cancelRequested) {
-    if (!IsOrdinaryFile(request.recordingPath)) return NotWhole(L"the recording is no file");
+    if (!IsOrdinaryFile(request.recordingPath))
+        return NotWhole(L"the recording is not a regular file");
     const auto reader = std::make_unique<ORDFileReader>();
     if (reader->Open(request.recordingPath) != 0) return NotWhole(reader->GetErrorMessage());
     const RecordingHeader& header = reader->Header();
@@ -197,7 +198,7 @@ ConvertedOutputs FindConvertedOutputs(const ConvertedOutputsRequest& request,
 
     const std::vector<ExpectedOutput> outputs = ListOutputs(request.wanted, header);
     OutputSetCheck check(request.directory, header.sessionUuid);
-    // Most sets that are not whole show it in a header: the recording is not read in vain.
+    // Most sets that are not whole show it in a header, so the recording need not be read.
     if (const std::wstring fault = check.Check(outputs, nullptr); !fault.empty()) {
         return NotWhole(fault);
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
-// What a conversion says beside its status.
+// What a conversion reports in addition to its status.
 
 #include "engine/file_conversion.h"
 
@@ -34,10 +34,10 @@ ConversionDetail& FileConversion::AddInputDetail(Kind kind, const std::wstring& 
 
 void FileConversion::ReportOpenFileLimit(std::uint64_t needed, std::uint64_t limit) {
     const wchar_t* const besideOthers =
-        request_.conversionsAtOnce > 1 ? L" beside those of the other recordings" : L"";
+        request_.conversionsAtOnce > 1 ? L" as those of the other recordings" : L"";
     ConversionDetail& detail = AddInputDetail(
         Kind::kIncomplete, L"not converted: its " + std::to_wstring(CountOutputFiles()) +
-                               L" outputs are open at once" + besideOthers +
+                               L" outputs are open at the same time" + besideOthers +
                                L", and this process may have " + std::to_wstring(limit) +
                                L" files open; raise the limit to " + std::to_wstring(needed) +
                                L" or choose fewer outputs");
@@ -58,7 +58,7 @@ void FileConversion::ReportWhereItStopped(bool inLastBlock) {
             place +
                 L"; the recording ends there in a block of a length that is always refused: "
                 L"add one zero byte to the end of a copy and convert the copy; a packet that "
-                L"lacks just its last byte would take it for that");
+                L"lacks only its last byte would use it as that byte");
         return;
     }
     const bool keepsAll = channelFiles_.settings.keepPartialBlocks;
@@ -74,15 +74,16 @@ void FileConversion::ReportWhereItStopped(bool inLastBlock) {
 void FileConversion::ReportUnreadInput() {
     const std::uint64_t bytesRead = source_->BytesRead();
     if (bytesRead < account_.inputBytes) {
-        AddInputDetail(Kind::kIncomplete,
-                       L"it had " + std::to_wstring(account_.inputBytes) +
-                           L" bytes and ended after " + std::to_wstring(bytesRead) +
-                           L": it was cut while it was read; convert it again from a whole copy");
+        AddInputDetail(
+            Kind::kIncomplete,
+            L"it had " + std::to_wstring(account_.inputBytes) + L" bytes and ended after " +
+                std::to_wstring(bytesRead) +
+                L": it was cut short while it was being read; convert it again from a whole copy");
     } else if (source_->FileSize() > bytesRead) {
         AddInputDetail(Kind::kIncomplete,
-                       L"it has grown while it was read, what came after byte " +
+                       L"it grew while it was being read, everything after byte " +
                            std::to_wstring(bytesRead) +
-                           L" is missing; convert it again when the recorder has finished it");
+                           L" is missing; convert it again when the recorder has finished");
     } else if (bytesRead < kHeaderBlockSize) {
         // No recorder leaves that: every recording begins with a whole header block.
         AddInputDetail(Kind::kLoss,
@@ -100,17 +101,17 @@ void FileConversion::ReportTrailingBytes() {
                                   L" trailing bytes from byte " + position + L" on were left out";
     if (source_->EndsInACutPacket()) {
         AddInputDetail(Kind::kNote, L"it ends inside a packet: " + trailing +
-                                        L"; that is all right if the recorder was switched off, "
-                                        L"else look for a whole copy");
+                                        L"; that is normal if the recorder was switched off, "
+                                        L"otherwise look for a whole copy");
     } else {
         AddInputDetail(Kind::kLoss,
                        L"damaged at byte " + position + L", no packet begins there: " + trailing +
                            L" and the packets in them are lost; look for a whole copy, unless "
-                           L"something else stands after the recording's end");
+                           L"other data follows the end of the recording");
     }
 }
 
-// How all outputs were left; the raw data file is the last.
+// How all outputs were left; the raw data file comes last.
 std::vector<OutputEnd> FileConversion::OutputEnds() const {
     std::vector<OutputEnd> ends;
     for (const OutputFileState& file : channelFiles_.fileIO.Files()) {
@@ -142,27 +143,27 @@ void FileConversion::ReportOutputs() {
     for (const std::wstring& text : DescribeFailedOutputs(all.last(hasRawData))) {
         AddDetail(Kind::kIncomplete, L"RawData.vrd is incomplete: " + text);
     }
-    // Where the recording failed, that detail says so of all outputs.
+    // If the recording failed, that detail covers all outputs.
     const std::wstring unfinished = inputFailed_ ? std::wstring() : NameUnfinishedOutputs(all);
     if (!unfinished.empty()) {
-        AddInputDetail(Kind::kIncomplete, L"not converted whole: also unfinished in " +
+        AddInputDetail(Kind::kIncomplete, L"not completely converted: also unfinished in " +
                                               OneLine(directory_) + L": " + unfinished +
-                                              L"; convert it again when the cause is removed");
+                                              L"; remove the cause and convert it again");
     }
     if (!syncFailure_.empty()) {
         AddInputDetail(Kind::kIncomplete,
-                       L"its outputs may be gone after a power cut: " + syncFailure_);
+                       L"its outputs may be lost after a power cut: " + syncFailure_);
     }
     if (channelFiles_.timestampsSaturated || eventFile_.timestampsSaturated ||
         rawDataFile_.timestampsSaturated) {
         AddInputDetail(Kind::kNote,
-                       L"timestamps beyond the 64-bit range were held at its end; "
+                       L"timestamps beyond the 64-bit range were clamped to its end; "
                        L"check -UTCOffsetMicroseconds and -SamplingFrequency in its "
                        L"header");
     }
 }
 
-// The writers forget a file when it is finished.
+// The writers drop a file when it is finished.
 void FileConversion::NoteOpenOutputs() {
     for (const FileWriterContainer* files : {static_cast<FileWriterContainer*>(&channelFiles_),
                                              static_cast<FileWriterContainer*>(&eventFile_)}) {
@@ -176,7 +177,7 @@ void FileConversion::NoteOpenOutputs() {
     }
 }
 
-// When all are closed.
+// When all files are closed.
 void FileConversion::ListOutputs() {
     for (const OpenedOutput& output : openedOutputs_) {
         const std::uint64_t bytes = QueryFileSize(output.path);

@@ -7,7 +7,7 @@ namespace stalwick {
 
 ConversionDetail OutOfMemoryDetail(const std::wstring& recording) {
     return {ConversionDetail::Kind::kIncomplete,
-            OneLine(recording) + L": not converted whole: not enough memory; " +
+            OneLine(recording) + L": not completely converted: not enough memory; " +
                 kOutputsMayLackTheirEnd,
             ConversionDetail::Cause::kOutOfMemory};
 }

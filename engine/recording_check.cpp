@@ -33,7 +33,7 @@ RecordingRefusal DescribeOpenFailure(const ORDFileReader& reader) {
                              L" in its header; empty, cut short, or another kind of file)");
 }
 
-// The directory of the outputs has the recording's name without the extension.
+// The output directory has the recording's name without the extension.
 bool WouldReplaceItself(const std::wstring& path, const std::wstring& outputDirectory) {
     return SplitPath(path).extension.empty() && OutputDirectoryOf(path, outputDirectory) == path;
 }
@@ -59,11 +59,11 @@ RecordingRefusal CheckRecording(const std::wstring& path, const std::wstring& ou
     if (kind == PathKind::kFile && WouldReplaceItself(path, outputDirectory)) {
         return Refuse(L"",
                       L"not converted: it has no extension, so the directory of its outputs would "
-                      L"have its own "
+                      L"have the same "
                       L"name; choose another output directory, or name it " +
                           OneLine(SplitPath(path).name) + L".ord");
     }
-    // Opening waits for the writer of a pipe, and takes what it writes.
+    // Opening waits for the writer of a pipe and consumes what it writes.
     if (kind == PathKind::kFile && !IsOrdinaryFile(path)) return {};
     const auto reader = std::make_unique<ORDFileReader>();
     if (reader->Open(path) != 0) return DescribeOpenFailure(*reader);

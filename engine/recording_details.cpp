@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
-// What a conversion says of its recording: where its header and its packets do not agree with what
-// was asked for, or with each other.
+// What a conversion reports about its recording: contradictions between its header, its packets and
+// the requested outputs.
 
 #include <string>
 
@@ -33,7 +33,7 @@ void FileConversion::ReportHeader() {
     }
     if (VersionStringToNumber(header.fileVersion) < 0) {
         AddInputDetail(Kind::kNote, L"its header's -FileVersion \"" + OneLine(header.fileVersion) +
-                                        L"\" cannot be read; its packets count as ones without "
+                                        L"\" cannot be read; its packets are read as ones without "
                                         L"timestamps");
     }
 }
@@ -55,7 +55,7 @@ void FileConversion::ReportAbsentGroups() {
     };
     for (std::size_t i = 0; i < kGroups.size(); ++i) {
         if (request_.channelOptions[i] == 0 || switches_[i] != 0) continue;
-        // Sensors only: of A/D channels ReportChannels says how many are left out.
+        // Only sensors: ReportChannels covers the A/D channels that are left out.
         if (census_.Carries(static_cast<ChannelGroup>(i))) {
             add(leftOut, kGroups[i].name);
             add(corrections, kGroups[i].key + std::wstring(L" 1"));
@@ -69,8 +69,8 @@ void FileConversion::ReportAbsentGroups() {
     }
     if (!leftOut.empty()) {
         AddInputDetail(Kind::kLoss,
-                       L"its packets carry what its header does not announce, so it "
-                       L"was left out: " +
+                       L"its packets carry data that its header does not announce, so these "
+                       L"were left out: " +
                            leftOut + L"; set " + corrections + L" in a copy and convert the copy");
     }
 }
@@ -111,7 +111,7 @@ void FileConversion::ReportChannels() {
                                 : L"") +
                            L"; correct -NumADChannels in a copy and convert the copy");
     }
-    // A recording without a packet lacks them all; it says so in other ways.
+    // A recording without packets lacks them all; that is reported in other ways.
     const std::uint32_t described = census_.MostDescribed();
     if (!asked || described == 0 || described >= announced || account_.canceled) return;
     std::wstring effect;

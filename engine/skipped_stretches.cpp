@@ -39,8 +39,8 @@ void SkippedStretches::Add(const StreamPart& stretch, double atSeconds) {
     }
 }
 
-// "412 bytes were skipped, 2 packets (0.0007 s) are lost", or ", the room of 2 packets (0.0007 s)
-// or more": bytes that something else put there were never packets.
+// "412 bytes were skipped, 2 packets (0.0007 s) are lost", or ", room for 2 packets (0.0007 s) or
+// more": the bytes may never have been packets.
 std::wstring SkippedStretches::Describe(const Loss& loss, double packetSeconds) {
     const auto packets = [&](std::uint64_t count) {
         return Counted(count, L"packet") + L" (" +
@@ -51,7 +51,7 @@ std::wstring SkippedStretches::Describe(const Loss& loss, double packetSeconds) 
     if (loss.anyKnown)
         text += L", " + packets(loss.lost) + (loss.lost == 1 ? L" is" : L" are") + L" lost";
     if (loss.room == 0) return text;
-    return text + (loss.anyKnown ? L", others had the room of " : L", the room of ") +
+    return text + (loss.anyKnown ? L", others had room for " : L", room for ") +
            packets(loss.room) + L" or more";
 }
 
@@ -61,14 +61,14 @@ std::vector<std::wstring> SkippedStretches::Describe(double packetSeconds,
     if (count_ == 0) return lines;
     const std::wstring early = packetsCarryTimestamps
                                    ? L""
-                                   : L"; without timestamps the time went on as if nothing were "
+                                   : L"; without timestamps, times continue as if nothing were "
                                      L"missing: if all these bytes "
-                                     L"were packets, it is at least " +
+                                     L"were packets, they are at least " +
                                          Seconds(static_cast<double>(all_.room) * packetSeconds) +
                                          L" early at the end";
     const std::wstring advice = early + L"; look for a whole copy";
     if (count_ > 1) {
-        lines.push_back(L"damaged in " + std::to_wstring(count_) + L" places: in all " +
+        lines.push_back(L"damaged in " + std::to_wstring(count_) + L" places: in total " +
                         Describe(all_, packetSeconds) + advice);
     }
     for (const auto& [part, atSeconds] : described_) {

@@ -46,7 +46,7 @@ std::wstring OutputHeader::Read(std::string_view block) {
     header.text_ = FromUtf8(bytes);
     const std::wstring firstLine = std::wstring(kHeaderTitle).append(kLineEnd);
     if (!header.text_.starts_with(firstLine)) {
-        return L"it does not begin as an output of this program does";
+        return L"it does not begin like an output of this program";
     }
     if (!header.text_.ends_with(kLineEnd)) return L"the last line of its header has no end";
     for (const wchar_t* key : kCommonKeys) {

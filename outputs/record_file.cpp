@@ -56,7 +56,8 @@ RecordFileError RecordFile::ReadHeader(const Kind& kind) {
 RecordFileError RecordFile::CountRecords(std::size_t recordSize) {
     const std::uint64_t size = file_.Size();
     if (size < kOutputHeaderSize) {
-        return Error(RecordFileError::Kind::kUnreadable, L"it was cut while it was read");
+        return Error(RecordFileError::Kind::kUnreadable,
+                     L"it was cut short while it was being read");
     }
     recordSize_ = recordSize;
     recordCount_ = (size - kOutputHeaderSize) / recordSize;
@@ -86,9 +87,9 @@ RecordFileError RecordFile::ReadBytes(std::uint64_t offset, void* target, std::s
                      L"at byte " + std::to_wstring(offset + count) + L": " + SystemErrorText(code));
     }
     if (count == size) return {};
-    return Error(
-        RecordFileError::Kind::kUnreadable,
-        L"it was cut while it was read: it ends at byte " + std::to_wstring(offset + count));
+    return Error(RecordFileError::Kind::kUnreadable,
+                 L"it was cut short while it was being read: it ends at byte " +
+                     std::to_wstring(offset + count));
 }
 
 }  // namespace stalwick

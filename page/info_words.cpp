@@ -5,7 +5,7 @@ namespace stalwick {
 
 namespace {
 
-// Where a packet ends that lacks its end.
+// Where a packet that lacks its end stops.
 std::wstring PlaceOfCut(PacketRefusal refusal) {
     switch (refusal) {
         case PacketRefusal::kTooShort:
@@ -55,13 +55,14 @@ std::vector<std::wstring> WhatCannotBeKnown(const RecordingSurvey& survey) {
     std::vector<std::wstring> unknown;
     if (!survey.hasTimestamps) {
         unknown.emplace_back(
-            L"packets of this version carry no time: gaps, the measured rate and how long damage "
-            L"took cannot be known; the duration is that of the samples");
+            L"packets of this version carry no time: gaps, the measured rate and the duration of "
+            L"damage "
+            L"are unknown; the recording's duration is that of the samples");
     }
     if (survey.quick) {
         unknown.emplace_back(
-            L"only the header and the packets at both ends were read: what is between them was "
-            L"not looked at");
+            L"only the header and the packets at both ends were read: everything between them was "
+            L"not read");
         if (!survey.hasTimestamps) {
             unknown.emplace_back(L"the duration is an estimate from the length of these packets");
         }
@@ -69,7 +70,7 @@ std::vector<std::wstring> WhatCannotBeKnown(const RecordingSurvey& survey) {
     if (survey.fileSize == 0) unknown.emplace_back(L"the size of a pipe is not known beforehand");
     if (!survey.quick && !survey.damage.empty()) {
         unknown.emplace_back(
-            L"the sizes of the outputs are those of the packets before the first damage, where an "
+            L"the sizes of the outputs count only the packets before the first damage, where an "
             L"ordinary conversion ends");
     }
     return unknown;

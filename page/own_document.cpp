@@ -21,7 +21,7 @@ bool IsOwn(const OwnDocument& document, const std::wstring& path) {
            beginning == document.beginning;
 }
 
-// A link to a document stays; what it leads to is replaced.
+// A link to a document stays; its target is replaced.
 std::wstring TargetOf(const std::wstring& path) {
     return ResolvedPath(AbsolutePath(path));
 }
@@ -36,8 +36,8 @@ std::wstring CannotWrite(const OwnDocument& document, const std::wstring& path,
 
 std::wstring RefuseName(const OwnDocument& document, const std::wstring& path) {
     if (QueryPath(path) == PathKind::kMissing || IsOwn(document, path)) return {};
-    return OneLine(path) + L" exists and is no " + std::wstring(document.name) +
-           L" of this program, so it stays as it is; " + std::wstring(document.whenTaken);
+    return OneLine(path) + L" exists and is not a " + std::wstring(document.name) +
+           L" of this program, so it was not replaced; " + std::wstring(document.whenTaken);
 }
 
 std::wstring RefuseDirectory(const OwnDocument& document, const std::wstring& path) {

@@ -18,7 +18,7 @@ namespace stalwick {
 
 namespace {
 
-constexpr std::size_t kMostRows = 20;  // of a list; the document in the page has all
+constexpr std::size_t kMostRows = 20;  // of a list; the page's document has all
 constexpr double kPercent = 100.0;
 
 std::string Fact(const std::string& name, const std::string& value) {
@@ -39,7 +39,7 @@ struct Column {
     bool isWords = false;
 };
 
-// A table that scrolls by itself where it is too wide; with the keyboard too.
+// A table that scrolls by itself if it is too wide; also with the keyboard.
 std::string OpenTable(const std::string& caption, const std::vector<Column>& columns) {
     std::string html = "<div class=\"scroll\" role=\"region\" tabindex=\"0\" aria-label=\"" +
                        EscapeXml(caption) + "\"><table><caption>" + EscapeXml(caption) +
@@ -147,7 +147,7 @@ std::string ChannelRow(const ChannelStatistics& channel, const ChannelVerdict& v
 }  // namespace
 
 std::string PageHead(const std::string& title) {
-    // The policy lets nothing in from elsewhere, whatever a recording's texts hold.
+    // The policy blocks everything from elsewhere, whatever the texts of a recording contain.
     return std::string(kPageBeginning) +
            "\n<head>\n<meta charset=\"utf-8\">\n"
            "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; style-src "
@@ -221,7 +221,7 @@ std::string ChannelMap(const PageSurvey& page) {
 }
 
 std::string RulesTable(const PageSurvey& page) {
-    return OpenTable("Channels that are named, and by what rule",
+    return OpenTable("Channels that are named, and by which rule",
                      {{"named"}, {"rule", true}, {"channels"}, {"which", true}}) +
            RuleRow(page, &ChannelVerdict::flat, "flat", FlatRule(page.rules)) +
            RuleRow(page, &ChannelVerdict::clipped, "clipped", ClippedRule(page.rules)) +

@@ -15,7 +15,7 @@ constexpr double kMicrovoltsPerVolt = 1e6;
 constexpr std::size_t kTraceRows = 12;
 constexpr double kTraceRowHeight = 26.0;  // CSS pixels
 
-// Where values stand in a chart whose axes are logarithmic.
+// The positions of values in a chart with logarithmic axes.
 struct LogarithmicPlane {
     double lowX, highX, lowY, highY, height;
 
@@ -56,7 +56,7 @@ SvgPath SpectrumPath(const std::vector<double>& density, double hertz,
     return path;
 }
 
-// The powers of ten around the densities that are shown, eight decades at most.
+// The powers of ten around the densities shown, eight decades at most.
 void FindDensities(const PageSurvey& page, const std::vector<std::size_t>& shown,
                    LogarithmicPlane& plane) {
     constexpr double kMostDecades = 8.0;
@@ -85,7 +85,7 @@ std::string NameWithVerdict(const PageSurvey& page, std::uint32_t channel) {
     return ChannelName(channel);
 }
 
-// Of all columns of a trace; empty where it has none.
+// For all columns of a trace; empty if it has none.
 ColumnRange RangeOf(const TraceEnvelope& trace) {
     ColumnRange range;
     for (const ColumnRange& column : trace.columns) {
@@ -94,7 +94,7 @@ ColumnRange RangeOf(const TraceEnvelope& trace) {
     return range;
 }
 
-// How high a row of traces is: most traces fit.
+// The height of a row of traces: most traces fit.
 double RowMicrovolts(const TracePlace& place, const std::vector<std::uint32_t>& channels,
                      double microvoltsPerStep) {
     std::vector<double> heights;
@@ -109,15 +109,14 @@ double RowMicrovolts(const TracePlace& place, const std::vector<std::uint32_t>& 
     return std::max(heights[heights.size() / 2] * 1.1, 1.0);
 }
 
-// Where a trace is drawn.
+// The position and height of a trace.
 struct TraceRow {
     double middleY = 0.0;
     double height = 0.0;
-    double steps = 0.0;  // that it is high
+    double steps = 0.0;  // of this height
 };
 
-// The trace about its own middle, without what would leave its row; broken where there are no
-// samples.
+// The trace about its own middle, clipped to its row; broken where there are no samples.
 SvgPath TracePath(const TraceEnvelope& trace, const TracePlace& place, const TraceRow& row) {
     const ColumnRange range = RangeOf(trace);
     const double middle = (range.smallest + range.largest) / 2.0;
@@ -162,7 +161,7 @@ std::string TraceChart(const PageSurvey& page, std::size_t number,
     chart.id = "traces-" + std::to_string(number + 1);
     chart.title = "Traces at " + FixedNumber(place.startSeconds, 1) + " s";
     chart.description =
-        "A row is " + ShortNumber(rowMicrovolts) + " µV high; each trace stands about its middle.";
+        "A row is " + ShortNumber(rowMicrovolts) + " µV high; each trace is centered in its row.";
     chart.height = kTraceRowHeight * count;
     chart.xTicks = axis.Ticks();
     chart.xTitle = axis.title;

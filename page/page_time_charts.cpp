@@ -14,9 +14,9 @@ namespace {
 
 constexpr double kRowHeight = 22.0;    // CSS pixels
 constexpr double kBarShare = 0.64;     // of a row
-constexpr double kNarrowestBar = 2.0;  // of the chart's width, so that short things can be seen
+constexpr double kNarrowestBar = 2.0;  // of the chart's width, so that short things are visible
 
-// The part of the width that a time span takes.
+// The part of the width that a time span occupies.
 struct Extent {
     double x = 0.0;
     double width = 0.0;
@@ -29,7 +29,7 @@ Extent ExtentOf(const TimeAxis& axis, double fromSeconds, double seconds) {
     return {std::min(from, kChartWidth - width), width};
 }
 
-// The rows of the time line, from above.
+// The rows of the time line, from top to bottom.
 class Rows {
   public:
     Rows(SvgWriter& svg, const TimeAxis& axis) : svg_(svg), axis_(axis) {}
@@ -57,7 +57,7 @@ std::vector<std::size_t> UsedTtlLines(const RecordingSurvey& survey) {
     return lines;
 }
 
-// Those that would lie on each other are one, which says how many it is.
+// Those that would overlap are merged into one that shows how many it is.
 void AddGaps(const RecordingSurvey& survey, const TimeAxis& axis, Rows& rows) {
     const double length = axis.toSeconds - axis.fromSeconds;
     TimeSpans spans(length * kNarrowestBar / kChartWidth);
@@ -163,7 +163,7 @@ std::string EventsChart(const PageSurvey& page) {
                         (minutes == 1.0 ? std::string("minute")
                                         : ShortNumber(minutes) + " minutes, for each minute") +
                         "; at most " + ShortNumber(highest) + ", " +
-                        std::to_string(page.survey.ttlEvents) + " in all.";
+                        std::to_string(page.survey.ttlEvents) + " in total.";
     chart.height = kHeight;
     chart.xTicks = axis.Ticks();
     chart.xTitle = axis.title;

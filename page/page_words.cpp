@@ -28,7 +28,7 @@ void AddTimes(const RecordingSurvey& survey, std::vector<PageFinding>& findings)
             {"warn", "Packets of this version carry no time, so that gaps are unknown"});
     } else if (!survey.gaps.empty()) {
         findings.push_back(
-            {"warn", GapsInWords(survey) + ": samples that the recorder did not get"});
+            {"warn", GapsInWords(survey) + ": samples that the recorder did not receive"});
     }
     const std::uint64_t odd =
         survey.repeatedTimestamps + survey.shortSteps + survey.backwardTimestamps.size();
@@ -52,13 +52,13 @@ std::string GapsInWords(const RecordingSurvey& survey) {
     if (!survey.hasTimestamps) return "gaps unknown";
     if (survey.gaps.empty()) return "no gaps";
     return Narrow(Counted(survey.gaps.size(), L"gap")) + " of " + ShortNumber(survey.gapSeconds) +
-           " s in all";
+           " s in total";
 }
 
 std::string DamageInWords(const RecordingSurvey& survey) {
     if (survey.damage.empty()) return "no damage";
     return Narrow(Counted(survey.damage.size(), L"damaged place")) + " of " +
-           Narrow(ReadableBytes(survey.damagedBytes)) + " in all";
+           Narrow(ReadableBytes(survey.damagedBytes)) + " in total";
 }
 
 std::vector<PageFinding> FindingsOf(const PageSurvey& page) {
@@ -74,7 +74,7 @@ std::vector<PageFinding> FindingsOf(const PageSurvey& page) {
     AddTimes(survey, findings);
     if (survey.cutEndBytes != 0) {
         findings.push_back({"warn", Narrow(CutEndReason(survey)) +
-                                        ", as a recorder leaves it that was switched off"});
+                                        ", as left by a recorder that was switched off"});
     }
     AddChannels(page, &ChannelVerdict::flat, "flat", findings);
     AddChannels(page, &ChannelVerdict::clipped, "clipped", findings);

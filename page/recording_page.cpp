@@ -15,7 +15,7 @@ namespace stalwick {
 
 namespace {
 
-// Within a script only `<` could end it; JSON may write it out.
+// Within a script only `<` could end it; JSON may escape it.
 std::string ForScript(const std::string& json) {
     std::string text;
     text.reserve(json.size());
@@ -29,8 +29,8 @@ std::string ForScript(const std::string& json) {
     return text;
 }
 
-// A file's name as the target of a link: everything but letters, digits and a few signs is written
-// as bytes, so that no name becomes a scheme, a query or another directory.
+// A file name as the target of a link: everything except letters, digits and a few signs is
+// percent-encoded, so that no name becomes a scheme, a query or another directory.
 std::string LinkTo(const std::wstring& name) {
     constexpr char kDigits[] = "0123456789ABCDEF";
     std::string link;
@@ -83,8 +83,7 @@ std::string RowOf(const IndexRow& row) {
     const std::string name = EscapeXml(NameOf(row.path));
     const std::string begin = "<tr><th scope=\"row\">";
     if (row.pageName.empty()) {
-        return begin + name +
-               "</th><td class=\"words\">not looked at: " + EscapeXml(Narrow(row.error)) +
+        return begin + name + "</th><td class=\"words\">not read: " + EscapeXml(Narrow(row.error)) +
                "</td></tr>\n";
     }
     std::string html = begin + "<a href=\"" + LinkTo(row.pageName) + "\">" + name +

@@ -14,7 +14,7 @@ namespace {
 using VtxDataTypes::CRRec;
 using VtxDataTypes::EventRec;
 
-constexpr std::size_t kReadAhead = 32 * sizeof(CRRec);  // bytes of each of many files
+constexpr std::size_t kReadAhead = 32 * sizeof(CRRec);  // bytes for each of many files
 
 struct Field {
     std::wstring name;
@@ -118,12 +118,12 @@ void ComparedFile::Finish() {
     if (openError_ && openError_.kind != RecordFileError::Kind::kCutRecord) {
         log_.Add({}, L"it could not be compared: " + openError_.text);
     } else if (!reader_.Error().empty()) {
-        log_.Add(end, L"it could not be read on: " + reader_.Error());
+        log_.Add(end, L"it could not be read further: " + reader_.Error());
     } else if (missing_ != 0) {
         log_.Add(end, L"it ends after " + std::to_wstring(record_) +
                           L" records, the recording gives " + std::to_wstring(record_ + missing_));
     } else if (reader_.Position() < reader_.End()) {
-        log_.Add(end, L"it goes on for " + std::to_wstring(reader_.End() - reader_.Position()) +
+        log_.Add(end, L"it continues for " + std::to_wstring(reader_.End() - reader_.Position()) +
                           L" bytes after the last record that the recording gives");
     }
 }

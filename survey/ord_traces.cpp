@@ -30,7 +30,7 @@ TraceSet Refuse(TraceError::Kind kind, const std::wstring& path, const std::wstr
     return set;
 }
 
-// One pass over the packets of a stretch. Some 200 KB: kept off the stack.
+// One pass over the packets of a stretch. About 200 KB: not for the stack.
 class OrdTracer {
   public:
     OrdTracer(PacketStream& stream, const TraceRequest& request,
@@ -44,8 +44,8 @@ class OrdTracer {
         set_.startSeconds = stretch.startSeconds;
     }
 
-    // Of time before the first packet that is read: its timestamp is that much after the
-    // recording's first one.
+    // For time before the first packet read: its timestamp is that much after the recording's first
+    // one.
     void CountFrom(std::uint64_t firstStampNs) { firstStampNs_ = firstStampNs; }
 
     void ReadAll() {
@@ -88,7 +88,7 @@ double OrdTracer::EndSeconds() const {
                             : std::numeric_limits<double>::infinity();
 }
 
-// False when nothing more belongs to the stretch.
+// False if nothing more belongs to the stretch.
 bool OrdTracer::ReadPart() {
     const StreamPart part = stream_.Next(packet_);
     switch (part.kind) {
@@ -136,7 +136,7 @@ void OrdTracer::TakeDamage(const StreamPart& part) {
     damage_.push_back(damage);
 }
 
-// Gaps and damage of what was read, and how long that was.
+// Gaps and damage in the part that was read, and its length.
 void OrdTracer::AddTime() {
     TimeAccount account;
     timeLine_.Finish(account, damage_);
@@ -165,7 +165,7 @@ void OrdTracer::AddTime() {
     if (!account.backwardTimestamps.empty()) {
         set_.warnings.push_back(Name() + L": its timestamps go back in time at byte " +
                                 std::to_wstring(account.backwardTimestamps.front().position) +
-                                L"; the picture's time goes on from there");
+                                L"; in the picture, time continues from there");
     }
 }
 
@@ -176,7 +176,7 @@ std::vector<std::uint32_t> OrdTracer::ChannelsToShow() const {
         if (!envelope_.Columns(channel).empty()) channels.push_back(channel);
     }
     if (!channels.empty()) return channels;
-    // Of a stretch that is a gap the header says which ones would be in it.
+    // If the stretch is a gap, the header determines which channels it would contain.
     for (std::uint32_t channel = 0;
          channel < std::min(stream_.Header().numADChannels, kMostADChannels); ++channel) {
         channels.push_back(channel);
@@ -229,7 +229,7 @@ struct StretchPlace {
     std::optional<double> secondsToEnd;         // of the recording, from the first sample
 };
 
-// Opens the recording and, where that can be known, goes to where the stretch begins.
+// Opens the recording and, if possible, moves to the start of the stretch.
 StretchPlace FindStretch(const TraceRequest& request) {
     StretchPlace place{std::make_unique<PacketStream>(), {}, {}};
     PacketStream& stream = *place.stream;
@@ -245,14 +245,14 @@ StretchPlace FindStretch(const TraceRequest& request) {
         const auto startNs =
             static_cast<std::uint64_t>(request.startSeconds * kNanosecondsPerSecond);
         const auto packetNs = static_cast<std::uint64_t>(packetSeconds * kNanosecondsPerSecond);
-        // The packet before the start may reach into the stretch.
+        // The packet before the start may extend into the stretch.
         if (startNs > packetNs && SkipToTime(stream, *ends, startNs - packetNs)) {
             place.firstStampNs = ends->firstStampNs;
             return place;
         }
     }
     place.stream = std::make_unique<PacketStream>();
-    // What opened a moment ago and does not now is reported by the caller.
+    // If it could be opened a moment ago and now cannot, the caller reports it.
     static_cast<void>(place.stream->Open(request.paths.front()));
     return place;
 }

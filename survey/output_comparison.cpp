@@ -15,7 +15,7 @@ namespace stalwick {
 
 namespace {
 
-// The construction of a channel file's expectation and the file that is held against it.
+// A channel file, and the construction of its expected records.
 struct ComparedChannel {
     ExpectedChannel expected;
     std::unique_ptr<ComparedFile> file;
@@ -126,7 +126,7 @@ void Comparison::TakeADSamples(const ORDDataPacket& packet) {
     }
     std::array<std::int16_t, kSamplesPerPacket> samples{};
     for (ComparedChannel& channel : Group(ChannelGroup::kAD)) {
-        // Channels beyond the packet's own get nothing from it.
+        // Channels that the packet does not have get nothing from it.
         const std::size_t first = std::size_t{channel.channel} * kSamplesPerPacket;
         if (first + kSamplesPerPacket > all.size()) continue;
         const auto own = all.subspan(first, kSamplesPerPacket);
@@ -182,7 +182,7 @@ void ReportEnd(std::uint64_t position, const std::wstring& reason, VerifiedSet& 
     ++set.findingCount;
     set.findings.push_back({L"", std::nullopt, position,
                             L"the recording could not be decoded from here on, so its outputs were "
-                            L"compared with what stands before: " +
+                            L"compared only with what comes before: " +
                                 reason});
 }
 

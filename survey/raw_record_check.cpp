@@ -41,7 +41,7 @@ class RawRecordCheck {
         }
         if (!reader_.Error().empty()) {
             log_.Add({totals_.records, reader_.Position()},
-                     L"it could not be read on: " + reader_.Error());
+                     L"it could not be read further: " + reader_.Error());
         } else if (log_.Count() == 0 && recordInPacket_ != 0) {
             log_.Add({totals_.records, reader_.Position()},
                      L"the file ends inside the ten records of a packet");
@@ -64,8 +64,8 @@ class RawRecordCheck {
         return !words.empty() && RawChecksum(words) == 0;
     }
 
-    // Words of the record with a start marker and the right checksum that begins so many bytes
-    // ahead; 0: there is none.
+    // The number of words of the record with a start marker and a correct checksum that begins that
+    // many bytes ahead; 0 if there is none.
     std::size_t SoundWords(std::size_t byte) {
         if (IsSound(byte, lastWords_)) return lastWords_;
         for (const std::uint32_t width : kPacketWidths) {
@@ -98,7 +98,7 @@ class RawRecordCheck {
         recordInPacket_ = (recordInPacket_ + 1) % kRecordsPerPacket;
     }
 
-    // Reports the first word that is not what it always is. True: there is none.
+    // Reports the first fixed word that is wrong. Returns true if there is none.
     bool CheckFields(std::span<const std::uint32_t> words) {
         for (std::size_t i = 0; i < kRawFirstSampleWord; ++i) {
             const PrescribedWord word = Prescribed(i, words[i]);
@@ -115,7 +115,7 @@ class RawRecordCheck {
         std::uint32_t value;
         const wchar_t* name;
     };
-    // For a word that is not fixed, the nearest value to `actual` that it may have.
+    // For a word that is not fixed, the allowed value nearest to `actual`.
     PrescribedWord Prescribed(std::size_t word, std::uint32_t actual) const {
         constexpr std::uint32_t kLargestTtl = 255;
         switch (word) {
@@ -135,7 +135,8 @@ class RawRecordCheck {
         }
     }
 
-    // Bytes of the damaged record at hand, if what follows says it: a sound record, or the end.
+    // The number of bytes of the current damaged record, if what follows determines it: a sound
+    // record, or the end.
     std::size_t DamagedSize() {
         const auto endsThere = [&](std::size_t count) {
             const std::size_t size = count * kWordSize;
@@ -165,7 +166,7 @@ class RawRecordCheck {
         SkipToSoundRecord();
     }
 
-    // No record follows where one should.
+    // There is no record where one should follow.
     void SkipToSoundRecord() {
         const FindingPlace place = Place();
         do {

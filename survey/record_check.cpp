@@ -35,7 +35,8 @@ void ReadRecords(const RecordFile& file, FindingLog& log, const Take& take) {
         reader.Skip(sizeof(Record));
     }
     if (!reader.Error().empty()) {
-        log.Add({std::nullopt, reader.Position()}, L"it could not be read on: " + reader.Error());
+        log.Add({std::nullopt, reader.Position()},
+                L"it could not be read further: " + reader.Error());
     }
 }
 
@@ -148,7 +149,7 @@ void CheckEventRecords(const RecordFile& file, TimeSteps& steps, FindingLog& log
         CheckEvent(event, place, log);
         steps.CheckOrder(event.timestamp, place);
         if (lastTtl == event.ttlValue) {
-            log.Add(place, L"its TTL value is that of the event before, so nothing changed");
+            log.Add(place, L"its TTL value equals that of the previous event, so nothing changed");
         }
         lastTtl = event.ttlValue;
     };

@@ -30,7 +30,7 @@ bool HasChannelsOf(const Outputs& outputs, ChannelGroup group) {
                        [&](const auto& output) { return output.name.IsChannelOf(group); });
 }
 
-// Reports which outputs are missing or too many.
+// Reports which outputs are missing or superfluous.
 class MemberCheck {
   public:
     MemberCheck(const Outputs& outputs, const RecordingHeader* recording, std::size_t mostListed,
@@ -59,7 +59,7 @@ class MemberCheck {
         const OutputInSet& other = outputs_.front();
         const std::wstring directory =
             other.path.substr(0, other.path.size() - other.fileName.size());
-        Report(directory + name, {}, L"it is missing, other files of its set are there");
+        Report(directory + name, {}, L"it is missing, but other files of its set exist");
     }
 
     void CheckReadable(const OutputInSet& output) {
@@ -80,7 +80,8 @@ class MemberCheck {
         }
     }
 
-    // As many as the recording has, or the raw data file says; else up to the last that is there.
+    // As many as the recording has, or the raw data file announces; otherwise up to the last one
+    // that exists.
     void CheckADChannels() {
         std::uint32_t count = 0;
         for (const OutputInSet& output : outputs_) {
@@ -98,7 +99,7 @@ class MemberCheck {
         CheckGroup(ChannelGroup::kAD, count);
     }
 
-    // A group is there as a whole or not at all.
+    // A group is either complete or absent.
     void CheckGroup(ChannelGroup group, std::uint32_t count) {
         if (!HasChannelsOf(outputs_, group)) return;
         std::set<std::uint32_t> missing;
@@ -141,7 +142,7 @@ double SamplesPerSecond(const OutputInSet& output) {
     return value > 0.0 && value < kMost ? value : 0.0;
 }
 
-// The value that most have, of two the first one's.
+// The value that most have; of two, the first one's.
 template <typename Value>
 Value MostFrequent(const std::vector<Value>& values) {
     std::map<Value, std::size_t> counts;
@@ -152,7 +153,7 @@ Value MostFrequent(const std::vector<Value>& values) {
     return best;
 }
 
-// Goes through the files of a set and gathers what their records come to.
+// Goes through the files of a set and adds up their records.
 class RecordsCheck {
   public:
     RecordsCheck(const Outputs& outputs, const VerifyRequest& request, VerifiedSet& set)
@@ -206,8 +207,8 @@ class RecordsCheck {
         }
     }
 
-    // Channels get the same number of samples, but of the A/D channels those only that a packet
-    // has: 32, 64, 128 or 256.
+    // Channels get the same number of samples, but A/D channels only if a packet has them: 32, 64,
+    // 128 or 256.
     static std::pair<ChannelGroup, std::uint32_t> Alike(const OutputName& name) {
         std::uint32_t width = 0;
         if (name.group == ChannelGroup::kAD) {
@@ -231,9 +232,10 @@ class RecordsCheck {
             FindingLog log(set_, output->path, mostListed_);
             if (totals.samples != usual) {
                 log.Add({}, L"it has " + std::to_wstring(totals.samples) +
-                                L" samples where others of its set have " + std::to_wstring(usual));
+                                L" samples, but other files of its set have " +
+                                std::to_wstring(usual));
             } else if (totals.timesDigest != usualTimes) {
-                log.Add({}, L"the times of its records are not those of others of its set");
+                log.Add({}, L"the times of its records differ from those of its set");
             }
         }
         const bool isFirstADGroup = channels.front().output->name.IsChannelOf(ChannelGroup::kAD) &&
@@ -246,10 +248,10 @@ class RecordsCheck {
         FindingLog log(set_, rawOutput_->path, mostListed_);
         if (adSamples_ && *adSamples_ != raw_.records) {
             log.Add({}, L"it has " + std::to_wstring(raw_.records) +
-                            L" records where the first A/D channels have " +
+                            L" records, but the first A/D channels have " +
                             std::to_wstring(*adSamples_) + L" samples");
         }
-        // Packets without samples change TTL lines too, and have no raw records.
+        // Packets without samples change TTL lines too, but have no raw records.
         if (events_ && raw_.ttlChanges > *events_) {
             log.Add({}, L"its TTL values change " + std::to_wstring(raw_.ttlChanges) +
                             L" times, the event file has " + std::to_wstring(*events_) +

@@ -13,7 +13,7 @@ constexpr std::size_t kMostGaps = 100;  // that are listed
 constexpr double kMicrosecondsPerSecond = 1e6;
 
 std::uint64_t Rounded(double count) {
-    constexpr double kMost = 1e18;  // damaged times may say anything
+    constexpr double kMost = 1e18;  // damaged times can have any value
     return static_cast<std::uint64_t>(std::llround(std::min(count, kMost)));
 }
 
@@ -39,7 +39,7 @@ void TimeSteps::CheckOrder(std::uint64_t time, const FindingPlace& place) {
     const auto before = std::exchange(last_, time);
     if (!before || static_cast<std::int64_t>(time - *before) >= 0) return;
     log_.Add(place, L"its time is " + std::to_wstring(*before - time) +
-                        L" microseconds before that of the record before");
+                        L" microseconds earlier than that of the previous record");
 }
 
 void TimeSteps::CheckGap(std::uint64_t time, std::uint64_t samples, const FindingPlace& place) {

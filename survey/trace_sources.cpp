@@ -37,7 +37,7 @@ TraceError ReadEnds(const ChannelFile& file, TraceSource& source) {
     return {};
 }
 
-// Finds the ends of a file that holds samples.
+// Finds the ends of a file that contains samples.
 TraceError LookAt(const std::wstring& path, TraceSources& sources) {
     ChannelFile file;
     const RecordFileError error = file.Open(path);
@@ -46,7 +46,7 @@ TraceError LookAt(const std::wstring& path, TraceSources& sources) {
                 error.text + L"; give a recording, or channel files of a conversion"};
     }
     if (file.RecordCount() == 0) {
-        sources.warnings.push_back(OneLine(path) + L": left out, it holds no samples");
+        sources.warnings.push_back(OneLine(path) + L": left out: it holds no samples");
         return {};
     }
     const OutputHeader& header = file.Header();
@@ -71,7 +71,7 @@ TraceError CheckSessions(const std::vector<TraceSource>& channels) {
         if (source.session == channels.front().session) continue;
         return {TraceError::Kind::kRequest,
                 OneLine(source.path) + L" and " + OneLine(channels.front().path) +
-                    L" are of different sessions; draw them in two pictures"};
+                    L" belong to different sessions; draw them in two pictures"};
     }
     return {};
 }

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::uint32_t kMostChannels = 256;
 
-// Why there are no outputs of a recording to compare with; empty: there are.
+// Why there are no outputs of a recording to compare with; empty if there are.
 template <typename Reader>
 std::wstring OpenRecording(const std::wstring& path, Reader& reader) {
     if (reader.Open(path) != 0) {
@@ -25,10 +25,10 @@ std::wstring OpenRecording(const std::wstring& path, Reader& reader) {
     }
     const RecordingHeader& header = reader.Header();
     if (header.samplingFrequency != 0 && header.numADChannels <= kMostChannels) return {};
-    return L"its header is damaged, no outputs are made of it";
+    return L"its header is damaged, so no outputs can be made from it";
 }
 
-// Returns why it could not compare; empty: it could.
+// Returns why it could not compare; empty if it could.
 template <typename Reader>
 std::wstring CompareSet(const std::vector<OutputInSet>& outputs, const VerifyRequest& request,
                         Reader& recording, VerifiedSet& set) {
@@ -45,7 +45,7 @@ std::wstring CompareSet(const std::vector<OutputInSet>& outputs, const VerifyReq
     return {};
 }
 
-// Some 50 KB each: kept off the stack.
+// About 50 KB each: not for the stack.
 std::wstring CompareSet(const std::vector<OutputInSet>& outputs, const VerifyRequest& request,
                         VerifiedSet& set) {
     if (!request.salvaged) {

@@ -13,7 +13,7 @@ namespace stalwick {
 
 namespace {
 
-// Smaller pieces would leave files that grow side by side in as many fragments
+// Smaller pieces would leave files that grow in parallel in as many fragments
 // (docs/performance.md).
 constexpr std::uint64_t kWriteBackBytes = std::uint64_t{1} << 20U;
 
@@ -26,9 +26,9 @@ const wchar_t* AdviceFor(SystemErrorKind kind) {
         case SystemErrorKind::kAccessDenied:
             return L"choose a directory that you may write to";
         case SystemErrorKind::kAlreadyExists:
-            return L"move away what has that name";
+            return L"move away whatever has that name";
         case SystemErrorKind::kNotFound:
-            return L"check that the output directory is still there";
+            return L"check that the output directory still exists";
         case SystemErrorKind::kFileTooLarge:
             return L"choose a disk that takes larger files, or raise the limit of their size";
         case SystemErrorKind::kNameTooLong:
@@ -145,7 +145,7 @@ void DataFile::PerformAppend(const void* data, std::size_t size) noexcept {
     dataSize_ += written;
     if (!Check(code, L"write")) return;
     hasUnsyncedData_ = true;
-    // The disk begins with it now, so that the wait before the final header is short.
+    // The disk starts writing now, so that the wait before the final header is short.
     if (!settings_.syncBeforeFinalHeader || dataSize_ - writeBackEnd_ < kWriteBackBytes) return;
     file_.StartWriteBack(kOutputHeaderSize + writeBackEnd_, dataSize_ - writeBackEnd_);
     writeBackEnd_ = dataSize_;
@@ -169,7 +169,7 @@ bool DataFile::Close() {
     CompleteAppends();
     if (file_.IsRemoved()) {
         Refuse({L"keep", L"removed during the conversion", L"convert the recording again"});
-        created_ = false;  // there is nothing that anybody could find
+        created_ = false;  // nobody could find the file
     }
     const bool closed = Check(file_.Close(), L"close");
     return closed && !Failed();

@@ -10,7 +10,7 @@
 using namespace stalwick;
 using namespace stalwick::test;
 
-// How the boxes look, and what they say of conversions that ended in less than everything.
+// What the boxes look like, and what they report about conversions that ended incomplete.
 class MessageBoxTest : public QObject {
     Q_OBJECT
   private slots:
@@ -31,7 +31,7 @@ QLabel* VisibleText(const QMessageBox& box) {
     return nullptr;
 }
 
-// The second read of a file, that of its first block, finds no memory.
+// The second read of a file, that of its first block, fails for lack of memory.
 class MemoryRunsOut final : public ForwardingFileCalls {
   public:
     SystemErrorCode Read(FileHandle handle, void* data, std::size_t size,
@@ -72,7 +72,7 @@ void MessageBoxTest::LongNamesWrapAndAreShownWhole() {
     const QLabel* const label = VisibleText(*box);
     QVERIFY(label != nullptr);
     QVERIFY(box->rect().contains(label->geometry()));
-    // As many lines as the name needs when it is broken anywhere.
+    // As many lines as the name needs if it may break anywhere.
     const QFontMetrics metrics = label->fontMetrics();
     const int lines = metrics.horizontalAdvance(text) / label->width() + 1;
     QVERIFY(lines > 5);
@@ -104,7 +104,7 @@ void MessageBoxTest::LackOfMemoryEndsTheConversionAndTheWindowLives() {
         const auto message = TakeMessage();
         QVERIFY(message);
         QCOMPARE(message->text, "Processing failed - Not enough memory");
-        QVERIFY2(message->details.contains(ToQString(b) + ": not converted whole: not enough"),
+        QVERIFY2(message->details.contains(ToQString(b) + ": not completely converted: not enough"),
                  qPrintable(message->details));
         QVERIFY(message->detailsOpen);
     }

@@ -64,7 +64,7 @@ dismiss_message() {
 }
 wait_for test -e "$work/in/rec2/Events.vev"
 dismiss_message
-grep -q 'missing.ord: left out' "$work/messages" || fail "a file that is missing was not told of"
+grep -q 'missing.ord: ignored' "$work/messages" || fail "a missing file was not reported"
 
 # By keyboard: choose a recording, an output directory and every output, and start.
 mkdir "$work/out"

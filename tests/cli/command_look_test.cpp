@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
-// What the command sees before it converts: recordings that are none, and those converted already.
+// What the command checks before it converts: files that are not recordings, and recordings
+// converted already.
 
 #include <filesystem>
 #include <string>
@@ -80,7 +81,7 @@ TEST_F(CommandLook, FileWithoutExtensionReportsWhyItCannotBeConvertedThere) {
     EXPECT_EQ(result.error,
               path +
                   ": not converted: it has no extension, so the directory of its outputs would "
-                  "have its own name; choose another output directory, or name it rec.ord\n");
+                  "have the same name; choose another output directory, or name it rec.ord\n");
     EXPECT_EQ(Convert({path}).exitStatus, 0);
 }
 
@@ -105,10 +106,10 @@ TEST_F(CommandLook, ConvertedRecordingIsSkipped) {
     const CommandResult result = Convert({"--skip-converted", path});
     EXPECT_EQ(result.exitStatus, 0);
     EXPECT_EQ(result.output, "Processing complete\n");
-    EXPECT_EQ(result.error.rfind(path + ": passed over, its outputs are whole -> " + Path(L"out") +
-                                     "/rec (33 files, ",
-                                 0),
-              0U)
+    EXPECT_EQ(
+        result.error.rfind(
+            path + ": skipped, its outputs are whole -> " + Path(L"out") + "/rec (33 files, ", 0),
+        0U)
         << result.error;
     EXPECT_EQ(FilesIn(directory_.Path(L"out/rec")), before);
     EXPECT_EQ(Convert({"-q", "--skip-converted", path}).error, "");
@@ -133,7 +134,7 @@ TEST_F(CommandLook, RecordingThatLostDataIsNeverSkipped) {
 TEST_F(CommandLook, LackOfRoomIsReportedBeforeItStarts) {
     const std::string path = Put(L"rec.ord", Recording());
     std::error_code failed;
-    // Holes take no room: the recording seems to have 8 TB.
+    // Holes take no space: the recording seems to have 8 TB.
     std::filesystem::resize_file(path, std::uintmax_t{1} << 43U, failed);
     if (failed) GTEST_SKIP() << "no such large files here";
     const CommandResult result = Convert({path});
@@ -148,7 +149,7 @@ TEST_F(CommandLook, RecapCountsWhatWasSkipped) {
     ASSERT_EQ(Convert({first}).exitStatus, 0);
     const CommandResult result = Convert({"--skip-converted", first, second});
     EXPECT_EQ(result.exitStatus, 0);
-    EXPECT_NE(result.error.find("2 recordings: 1 converted, 1 passed over, 0 with losses"),
+    EXPECT_NE(result.error.find("2 recordings: 1 converted, 1 skipped, 0 with losses"),
               std::string::npos)
         << result.error;
 }

@@ -146,7 +146,7 @@ class AtRead final : public ForwardingFileCalls {
     std::function<void()> happens_;
 };
 
-// A recording of one channel that is converted already, and a line that passes it over.
+// A recording of one channel that is already converted, and a command line that skips it.
 class ConvertedAlready : public testing::Test {
   protected:
     ConvertedAlready()
@@ -172,7 +172,7 @@ TEST_F(ConvertedAlready, CancelBeforeTheLookMakesNothing) {
     EXPECT_EQ(batch.Status(), L"Data processing canceled.");
     EXPECT_EQ(VerdictOf(batch.Outcomes()[0]), Verdict::kCanceled);
     const auto lines = DescribeRecording(batch.Recordings()[0], batch.Outcomes()[0], true);
-    EXPECT_EQ(lines, std::vector<std::wstring>{line_.inputFiles[0] + L": canceled, not looked at"});
+    EXPECT_EQ(lines, std::vector<std::wstring>{line_.inputFiles[0] + L": canceled, not checked"});
 }
 
 TEST_F(ConvertedAlready, CancelAtAnyReadOfTheLookMakesNothing) {
@@ -186,7 +186,7 @@ TEST_F(ConvertedAlready, CancelAtAnyReadOfTheLookMakesNothing) {
         ASSERT_TRUE(Outputs(directory_, L"r") == before_) << "read " << number;
         ++verdicts[VerdictOf(batch.Outcomes()[0])];
     }
-    // Canceled in its first reads; whole if the look had all it needs.
+    // Canceled in its first reads; whole if the check completed.
     EXPECT_GT(verdicts[Verdict::kCanceled], 1);
     EXPECT_GT(verdicts[Verdict::kPassedOver], 0);
     EXPECT_EQ(verdicts.size(), 2U);
@@ -198,8 +198,8 @@ TEST_F(ConvertedAlready, RecapNamesWhatWasNotChecked) {
     batch.Run([&](std::size_t) { batch.Cancel(); });
     const auto lines = DescribeAll(batch.Recordings(), batch.Outcomes(), false);
     const std::vector<std::wstring> expected = {
-        L"2 recordings: 0 converted, 1 passed over, 0 with losses, 0 failed, 1 canceled",
-        L"  canceled: " + line_.inputFiles[1] + L", not looked at"};
+        L"2 recordings: 0 converted, 1 skipped, 0 with losses, 0 failed, 1 canceled",
+        L"  canceled: " + line_.inputFiles[1] + L", not checked"};
     EXPECT_EQ(lines, expected);
 }
 

@@ -46,8 +46,8 @@ TEST(ConversionPlan, PathsAreFullAndNamesAsTheyWereGiven) {
     EXPECT_EQ(plan[0].path, AbsolutePath(L"a.ord"));
     EXPECT_NE(plan[0].path, L"a.ord");
     EXPECT_EQ(plan[0].outputDirectory, AbsolutePath(L"out"));
-    const auto beside = PlanRecordings(LineOf({L"a.ord"}));
-    EXPECT_EQ(beside[0].outputDirectory + kSlash + L"a.ord", AbsolutePath(L"a.ord"));
+    const auto withoutDirectory = PlanRecordings(LineOf({L"a.ord"}));
+    EXPECT_EQ(withoutDirectory[0].outputDirectory + kSlash + L"a.ord", AbsolutePath(L"a.ord"));
 }
 
 TEST(ConversionPlan, FileOfTheRootHasItsOutputsThere) {
@@ -63,8 +63,9 @@ TEST(ConversionPlan, RecordingsOfOneNameShareAGivenDirectoryOnly) {
 
 TEST(ConversionPlan, BothRecordingsOfASharedDirectoryAreNamed) {
     const std::wstring text = Shared({L"a.ord", L"x/day1.ord", L"b.ord", L"y/day1.raw"}, L"out");
-    EXPECT_EQ(text.rfind(L"x/day1.ord and y/day1.raw would be converted into one directory, ", 0),
-              0U);
+    EXPECT_EQ(
+        text.rfind(L"x/day1.ord and y/day1.raw would be converted into the same directory, ", 0),
+        0U);
     EXPECT_NE(text.find(AbsolutePath(L"out") + kSlash + L"day1;"), std::wstring::npos);
 }
 
@@ -79,7 +80,7 @@ TEST(ConversionPlan, OneFileInTwoWordingsSharesItsDirectory) {
     EXPECT_EQ(Shared({here + L"a.ord", here + L"d/a.ord"}), L"");
 }
 
-// Some file systems take them for one, and their outputs would mix there.
+// Some file systems treat them as the same, and their outputs would mix there.
 TEST(ConversionPlan, NamesThatDifferInTheirCaseCountAsOne) {
     EXPECT_NE(Shared({L"rat.ord", L"Rat.ord"}), L"");
     EXPECT_NE(Shared({L"x/rat.ord", L"y/RAT.ord"}, L"out"), L"");

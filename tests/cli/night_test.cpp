@@ -171,8 +171,9 @@ TEST_P(Night, TwoRecordingsOfOneNameAreNamedBeforeAnythingStarts) {
     EXPECT_EQ(result.output, "");
     const auto lines = LinesOf(result.error);
     ASSERT_EQ(lines.size(), 1U) << result.error;
-    EXPECT_NE(lines[0].find("monday/day1.ord and tuesday/day1.ord would be converted into one "),
-              std::string::npos);
+    EXPECT_NE(
+        lines[0].find("monday/day1.ord and tuesday/day1.ord would be converted into the same "),
+        std::string::npos);
     EXPECT_FALSE(Exists(directory_.Path(L"out")));
 }
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""`stalwick-convert --page`: pages beside outputs, whose bytes they do not change.
+"""`stalwick-convert --page`: pages next to outputs, whose bytes they do not change.
 
   page_test.py CONVERT ORD_SYNTH
 """
@@ -33,7 +33,7 @@ class Bench:
         return run
 
 
-# Of a header only these lines differ between two conversions of a recording.
+# Only these header lines differ between two conversions of a recording.
 def data_of(directory):
     return {path.name: path.read_bytes()[16384:] for path in directory.iterdir()
             if path.suffix in (".vcs", ".vrd", ".vev")}
@@ -61,16 +61,16 @@ def test_file_in_the_way(bench):
     run = bench.run("--page", "-o", "out", "--report", "run.json", path, status=1)
     assert (target / "b.html").read_text() == "mine"
     assert run.stdout == "Processing complete\n", run
-    assert "no page, its outputs are not concerned" in run.stderr, run
-    assert "is no page of this program" in run.stderr, run
+    assert "no page, its outputs are not affected" in run.stderr, run
+    assert "is not a page of this program" in run.stderr, run
     report = json.loads((bench.directory / "run.json").read_text())
     entry = report["recordings"][0]
     assert report["options"]["page"] and entry["result"] == "failed", report
     assert [detail["kind"] for detail in entry["details"]] == ["incomplete"], entry
     assert len(entry["outputs"]) == 33, entry
-    # Its outputs are whole: they are passed over, and the page is still missing.
+    # Its outputs are whole, so it is skipped; the page is still missing.
     run = bench.run("--page", "--skip-converted", "-o", "out", path, status=1)
-    assert "passed over" in run.stderr and "is no page of this program" in run.stderr, run
+    assert "skipped" in run.stderr and "is not a page of this program" in run.stderr, run
     assert not list(target.glob("*_01*"))
 
 
@@ -98,7 +98,7 @@ def test_damage_and_failure(bench):
 
 
 def test_pipe(bench):
-    """A recording from a pipe is gone when its page would be made."""
+    """A recording from a pipe no longer exists when its page would be made."""
     path = bench.make("e.ord")
     fifo = bench.directory / "fifo.ord"
     os.mkfifo(fifo)

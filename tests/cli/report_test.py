@@ -212,7 +212,7 @@ class Report(unittest.TestCase):
             wait_for(lambda: os.path.exists(self.path("b/Events.vev")))
             run.send_signal(signal.SIGTERM)
             try:
-                # Packets go on until the command no longer takes them.
+                # Packets continue until the command no longer takes them.
                 pipe.write(data[len(data) // 2:])
                 while run.poll() is None:
                     pipe.write(data[16384:])
@@ -234,7 +234,7 @@ class Report(unittest.TestCase):
         run = subprocess.Popen([CONVERT, "--report", "report.json", "-j", "1", "a.ord", "b.ord"],
                                cwd=self.directory, stdout=subprocess.DEVNULL,
                                stderr=subprocess.DEVNULL)
-        with open(self.path("b.ord"), "wb"):  # open: a.ord is done and b.ord is waited for
+        with open(self.path("b.ord"), "wb"):  # open: a.ord is done and the command waits for b.ord
             run.kill()
             run.wait()
         self.assertTrue(os.path.exists(self.path("a/Events.vev")))
@@ -259,22 +259,22 @@ class Report(unittest.TestCase):
     def test_what_the_report_of_an_earlier_run_has_is_passed_over_without_being_read(self):
         self.make("a.ord", "--all")
         self.report("--all", "a.ord")
-        # A byte of a packet, which only reading would find.
+        # A byte of a packet: only reading would detect it.
         stat = os.stat(self.path("a.ord"))
         with open(self.path("a.ord"), "r+b") as file:
             file.seek(16384 + 50_000)
             file.write(b"\xee" * 5000)
         os.utime(self.path("a.ord"), ns=(stat.st_atime_ns, stat.st_mtime_ns))
-        as_reported = "passed over, it and its outputs are as the report has them"
+        as_reported = "skipped, it and its outputs match the report"
         self.assertIn(as_reported, self.skip("--all", "a.ord"))
-        self.assertIn(as_reported, self.skip("a.ord"))  # of the report of the run just before
+        self.assertIn(as_reported, self.skip("a.ord"))  # from the report of the previous run
         self.assertEqual(self.load()["recordings"][0]["result"], "passed_over")
         os.utime(self.path("a.ord"), ns=(stat.st_atime_ns, stat.st_mtime_ns + 1000))
-        self.assertNotIn("passed over", self.skip("a.ord", status=1))
+        self.assertNotIn("skipped", self.skip("a.ord", status=1))
 
     def test_what_differs_from_the_report_of_an_earlier_run_is_looked_at(self):
         self.make("a.ord", "--all", "--channels", "32")
-        looked = "passed over, its outputs are whole"
+        looked = "skipped, its outputs are whole"
         first = self.report("a.ord")
         saved = json.dumps(first)
 
@@ -301,15 +301,15 @@ class Report(unittest.TestCase):
         os.remove(self.path("report.json"))
         self.assertIn(looked, self.skip("a.ord"))
         put_report(json.dumps(json.loads(saved), indent=2))
-        # An output more than it has; then a shorter output.
-        self.assertNotIn("passed over", self.skip("--raw", "a.ord"))
+        # One more output than it has; then a shorter output.
+        self.assertNotIn("skipped", self.skip("--raw", "a.ord"))
         put_report(json.dumps(json.loads(saved), indent=2))
         with open(self.path("a/CSC3.vcs"), "r+b") as file:
             file.truncate(16384 + 1044)
         for name in os.listdir(self.path("a")):
             if "_" in name or name == "RawData.vrd":
                 os.remove(self.path("a/" + name))
-        self.assertNotIn("passed over", self.skip("a.ord"))
+        self.assertNotIn("skipped", self.skip("a.ord"))
 
     def test_report_of_an_earlier_run_is_replaced(self):
         self.make("a.ord")
@@ -334,7 +334,7 @@ class Report(unittest.TestCase):
             with open(self.path(name), "wb") as file:
                 file.write(contents)
             run = self.run_convert("--report", name, "-o", "out", "a.ord", status=2)
-            self.assertIn(b"is no report of this program", run.stderr)
+            self.assertIn(b"is not a report of this program", run.stderr)
             with open(self.path(name), "rb") as file:
                 self.assertEqual(file.read(), contents)
         self.run_convert("--report", "a.ord", "a.ord", status=2)
@@ -378,7 +378,7 @@ class Report(unittest.TestCase):
         self.run_convert("--report", "", "a.ord", status=2)
 
     def test_output_that_vanished_is_a_failure_of_its_checksum(self):
-        # A recording that changes after it was converted has no checksum either.
+        # A recording that changes after its conversion has no checksum either.
         os.mkfifo(self.path("b.ord"))
         self.make("a.ord")
         run = subprocess.Popen([CONVERT, "--report", "report.json", "-j", "2", "--checksum",
@@ -405,7 +405,7 @@ def limit_size(size):
 
 
 def silence(pipe):
-    """Drops what the closing of a pipe without reader would write."""
+    """Drops the data that closing a pipe without a reader would write."""
     try:
         pipe.flush()
     except BrokenPipeError:

@@ -34,7 +34,7 @@ TEST_F(RoomCheck, SaysHowMuchIsNeededAndHowMuchIsFree) {
     EXPECT_EQ(Lines(500'000),
               std::vector<std::wstring>{
                   L"stalwick-convert: the outputs need about 1.0 MB in " + directory_.Path(L"out") +
-                  L", where 500.0 kB are free; free some space or choose another directory"});
+                  L", but only 500.0 kB are free; free some space or choose another directory"});
 }
 
 TEST_F(RoomCheck, SaysNothingIfThereIsRoom) {

@@ -11,7 +11,7 @@
 namespace stalwick::test {
 namespace {
 
-constexpr std::size_t kPackets = 700;  // 7,000 samples a channel: 14 records, the last of 344
+constexpr std::size_t kPackets = 700;  // 7,000 samples per channel: 14 records, the last of 344
 
 std::string Recording(std::size_t packets = kPackets, std::uint64_t seed = 5) {
     RandomRecordingShape shape;
@@ -36,7 +36,7 @@ class ConvertedOutputsTest : public testing::Test {
         return Directory() + kPathSeparator + name;
     }
 
-    // Puts the recording and the outputs that the reference makes of `converted`.
+    // Writes the recording and the outputs that the reference makes from `converted`.
     void Put(const std::string& recording, const std::string& converted,
              const ReferenceConvertOptions& options = AllOutputs()) {
         PutRecording(directory_, recording);
@@ -63,7 +63,7 @@ class ConvertedOutputsTest : public testing::Test {
             {directory_.Path(L"in") + kPathSeparator + L"rec.ord", Directory(), wanted},
             notCanceled);
     }
-    // What is said of the output that is not whole, without its directory.
+    // The reason why an output is not whole, without its directory.
     std::wstring Reason() const {
         const ConvertedOutputs found = Find();
         EXPECT_FALSE(found.whole);
@@ -139,10 +139,10 @@ TEST_F(ConvertedOutputsTest, FileThatWasNotClosedIsNotWhole) {
 TEST_F(ConvertedOutputsTest, CanceledSetIsNotWholeAlthoughItIsClosed) {
     Put(Recording(), Recording(kPackets - 1));
     EXPECT_EQ(Reason(),
-              L"CSC1.vcs has 334 samples in its last record where the recording gives 344");
+              L"CSC1.vcs has 334 samples in its last record, but the recording gives 344");
     Clear();
     Put(Recording(), Recording(100));
-    EXPECT_EQ(Reason(), L"CSC1.vcs has 2 records where the recording gives 14");
+    EXPECT_EQ(Reason(), L"CSC1.vcs has 2 records, but the recording gives 14");
 }
 
 TEST_F(ConvertedOutputsTest, EachKindOfOutputMustHaveAllItsRecords) {
@@ -153,9 +153,9 @@ TEST_F(ConvertedOutputsTest, EachKindOfOutputMustHaveAllItsRecords) {
     for (const auto& [name, cut] : cuts) {
         const std::string bytes = ReadFile(Output(name));
         WriteFile(Output(name), bytes.substr(0, bytes.size() - cut));
-        EXPECT_NE(Reason().find(L" where the recording gives "), std::wstring::npos) << cut;
+        EXPECT_NE(Reason().find(L", but the recording gives "), std::wstring::npos) << cut;
         WriteFile(Output(name), bytes + bytes.substr(bytes.size() - cut));
-        EXPECT_NE(Reason().find(L" where the recording gives "), std::wstring::npos) << cut;
+        EXPECT_NE(Reason().find(L", but the recording gives "), std::wstring::npos) << cut;
         WriteFile(Output(name), bytes + "x");
         EXPECT_FALSE(Find().whole);
         WriteFile(Output(name), bytes);
@@ -171,7 +171,7 @@ TEST_F(ConvertedOutputsTest, SetOfAnotherSessionIsNotThisRecordings) {
         return BuildOrdFile(Version2Header(32).Set("-SessionUUID", session), packets);
     };
     Put(recording("one"), recording("another"));
-    EXPECT_EQ(Reason(), L"CSC1.vcs is of another session");
+    EXPECT_EQ(Reason(), L"CSC1.vcs belongs to another session");
 }
 
 TEST_F(ConvertedOutputsTest, RecordingWithoutASessionIsNeverSkipped) {
@@ -185,7 +185,7 @@ TEST_F(ConvertedOutputsTest, FilesOfChangedNamesAreNotWhole) {
     const std::string first = ReadFile(Output(L"CSC1.vcs"));
     WriteFile(Output(L"CSC1.vcs"), ReadFile(Output(L"CSC2.vcs")));
     WriteFile(Output(L"CSC2.vcs"), first);
-    EXPECT_EQ(Reason(), L"CSC1.vcs is of another channel");
+    EXPECT_EQ(Reason(), L"CSC1.vcs belongs to another channel");
 }
 
 TEST_F(ConvertedOutputsTest, LaterNamesOfAWholeSetCountToo) {
@@ -198,7 +198,7 @@ TEST_F(ConvertedOutputsTest, LaterNamesOfAWholeSetCountToo) {
 
 TEST_F(ConvertedOutputsTest, SetOfTwoConversionsIsWholeIfEachOutputIs) {
     Put(Recording(), Recording(), {true, false, false, false, true, false});
-    Put(Recording(), Recording());  // RawData.vrd beside CSC1_01.vcs
+    Put(Recording(), Recording());  // RawData.vrd next to CSC1_01.vcs
     RemoveFile(Output(L"CSC1.vcs"));
     EXPECT_EQ(Find().reason, L"");
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
-// Outputs that cannot be made, filled or closed: what is reported, and what stays untouched.
+// Outputs that cannot be created, filled or closed: what is reported, and what stays unchanged.
 
 #include <algorithm>
 #include <string>
@@ -75,7 +75,7 @@ TEST(OutputFailure, DirectoryWithTheNameOfAnOutputFailsAndStays) {
         EXPECT_EQ(run.statusText, L"Processing failed");
         EXPECT_EQ(run.errorText, L"");
         EXPECT_TRUE(Tells(run, taken)) << DetailsOf(run);
-        // Not opened at all: nothing gets the second name.
+        // Not opened at all: no file gets the second name.
         EXPECT_EQ(NamesIn(taken).size(), 0U);
         for (const auto& entry : run.files) EXPECT_EQ(entry.first.find("_01"), std::string::npos);
     }
@@ -116,14 +116,15 @@ TEST(OutputFailure, TooManyOpenFilesOfAllJobsTellHowManyAreNeeded) {
     const EngineRun run =
         RunEngine(directory, FullRecording(), AllOutputs(), QuickSettings(), kBeyondAnyLimit);
     EXPECT_EQ(run.statusText, L"Processing failed");
-    // 32 + 9 + 9 + 1 channel files, events, raw data and the recording; and 64 for all else.
-    EXPECT_TRUE(Tells(run, L"its 53 outputs are open at once beside those of the other recordings"))
+    // 32 + 9 + 9 + 1 channel files, events, raw data and the recording; and 64 for everything else.
+    EXPECT_TRUE(
+        Tells(run, L"its 53 outputs are open at the same time as those of the other recordings"))
         << DetailsOf(run);
     EXPECT_EQ(run.details.front().cause, ConversionDetail::Cause::kOpenFileLimit);
     EXPECT_EQ(run.details.front().openFilesNeeded, 108'000'000'064U);
 }
 
-// The disk is full after so many bytes of records. Every outcome must be told.
+// The disk is full after this many bytes of records. Every outcome must be reported.
 TEST(OutputFailure, FullDiskIsNeverSilent) {
     const std::string recording = FullRecording();
     for (const std::uint64_t bytes : {0U, 1U, 1043U, 1044U, 1045U, 40000U, 100000U, 150000U}) {
@@ -146,7 +147,7 @@ TEST(OutputFailure, FullDiskWhileChannelFilesAreFinishedFailsTheFile) {
         RunEngine(directory, FullRecording(), {true, false, false, false, true, false});
     EXPECT_EQ(run.statusText, L"Processing failed");
     EXPECT_EQ(run.errorText, L"");
-    EXPECT_TRUE(Tells(run, L"rec.ord: not converted whole: ")) << DetailsOf(run);
+    EXPECT_TRUE(Tells(run, L"rec.ord: not completely converted: ")) << DetailsOf(run);
     // No channel file claims to be closed.
     for (const auto& [name, bytes] : run.files) {
         EXPECT_NE(bytes.find("File was not closed properly"), std::string::npos) << name;
@@ -253,7 +254,7 @@ TEST(OutputFailure, FailingSyncOfADirectoryIsReportedAndFailsNoFile) {
     EXPECT_EQ(run.statusText, L"Processing complete");
     ASSERT_EQ(run.details.size(), 1U) << DetailsOf(run);
     EXPECT_TRUE(Tells(run,
-                      L"rec.ord: its outputs may be gone after a power cut: cannot sync "
+                      L"rec.ord: its outputs may be lost after a power cut: cannot sync "
                       L"directory " +
                           RecDirectory(directory) + L": " +
                           SystemErrorText(calls.syncDirectoryError)))
@@ -274,7 +275,7 @@ TEST(OutputFailure, ShortAndInterruptedWritesGiveTheSameFiles) {
 }
 
 TEST(OutputFailure, HeaderTextThatDoesNotFitFailsTheFile) {
-    // The session's text alone nearly fills the recording's header, and the outputs' too.
+    // The session's text alone nearly fills the recording's header, and those of the outputs too.
     OrdHeaderText header = Version1Header(1);
     header.Set("-SessionUUID", std::string(16000, 's'));
     const TempDirectory directory;

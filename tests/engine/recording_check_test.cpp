@@ -114,8 +114,8 @@ TEST_F(RecordingCheck, FileWithoutExtensionCannotHaveItsDirectoryNextToIt) {
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal.errorText, L"");
     EXPECT_EQ(refusal.reason,
-              L"not converted: it has no extension, so the directory of its outputs would have its "
-              L"own name; "
+              L"not converted: it has no extension, so the directory of its outputs would have the "
+              L"same name; "
               L"choose another output directory, or name it rec.ord");
     EXPECT_FALSE(Check(path));
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
-// What is said where a recording's header and packets do not agree with each other, or with what
-// was asked for.
+// Reports about contradictions between a recording's header, its packets and the requested outputs.
 
 #include <string>
 
@@ -58,7 +57,7 @@ TEST(RecordingDetails, ChannelsBeyondTheHeadersNumberAreALoss) {
     const std::wstring text = L"announces 20 A/D channels, its packets carry 32: channels 21 to 32";
     EXPECT_TRUE(Says(DetailsOf(recording, kChannelsOnly), Kind::kLoss, text));
     EXPECT_TRUE(Says(DetailsOf(recording, kRawOnly), Kind::kLoss, L"longer records"));
-    // Nobody asked for samples.
+    // Samples were not requested.
     EXPECT_TRUE(DetailsOf(recording, kEventsOnly).empty());
     EXPECT_TRUE(Says(DetailsOf(BuildOrdFile(Version2Header(0), Packets(true)), kChannelsOnly),
                      Kind::kLoss, L"announces 0 A/D channels, its packets carry 32: channels 1"));
@@ -145,11 +144,12 @@ TEST(RecordingDetails, SensorsThatOnlyThePacketsHaveAreALoss) {
     const auto details = DetailsOf(recording, AllOutputs());
     EXPECT_EQ(details.size(), 2U);
     EXPECT_TRUE(Says(details, Kind::kNote, L"so they have no files: AFE IMU"));
-    EXPECT_TRUE(Says(details, Kind::kLoss,
-                     L"its packets carry what its header does not announce, so it was left out: "
-                     L"base IMU, ultrasonic sensor; set -BaseIMUAvailable 1, "
-                     L"-UltrasonicAvailable 1 in a copy and convert the copy"));
-    // Nobody asked for them.
+    EXPECT_TRUE(
+        Says(details, Kind::kLoss,
+             L"its packets carry data that its header does not announce, so these were left out: "
+             L"base IMU, ultrasonic sensor; set -BaseIMUAvailable 1, "
+             L"-UltrasonicAvailable 1 in a copy and convert the copy"));
+    // They were not requested.
     EXPECT_TRUE(DetailsOf(recording, kChannelsOnly).empty());
 }
 

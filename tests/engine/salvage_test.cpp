@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
-// Conversions that skip what is damaged.
+// Conversions that skip damage.
 
 #include <cstring>
 #include <string>
@@ -17,8 +17,8 @@ namespace {
 
 constexpr std::size_t kPackets = 300;
 constexpr std::size_t kBeforeDamage = 100;
-// Without timestamps: the damaged one, two before it that no two packets follow, the first one
-// after.
+// Without timestamps: the damaged one, the two before it that are not followed by two packets, and
+// the first one after.
 constexpr std::size_t kLost = 4;
 
 OutputSettings Salvage() {
@@ -93,7 +93,7 @@ TEST(Salvage, PacketsAfterDamageAreConvertedWithTheirOwnTimes) {
     EXPECT_NE(run.details[0].text.find(L"2 packets (0.0007 s) are lost"), std::wstring::npos)
         << std::string(run.details[0].text.begin(), run.details[0].text.end());
 
-    // The same as two recordings, before and after: no record spans what is missing.
+    // The same as two recordings, before and after: no record spans missing data.
     const auto plans = Packets(true);
     const std::vector<PacketPlan> before(plans.begin(), plans.begin() + kBeforeDamage - 1);
     const std::vector<PacketPlan> after(plans.begin() + kBeforeDamage + 1, plans.end());
@@ -106,7 +106,7 @@ TEST(Salvage, PacketsAfterDamageAreConvertedWithTheirOwnTimes) {
         files[name] += bytes.substr(kOrdHeaderBytes);
     }
     for (const auto& [name, bytes] : files) {
-        if (name == "Events.vev") continue;  // whose first value makes no event in each part
+        if (name == "Events.vev") continue;  // whose first value produces no event in each part
         EXPECT_TRUE(
             SameBytes(run.files.at(name).substr(kOrdHeaderBytes), bytes.substr(kOrdHeaderBytes)))
             << name;
@@ -119,8 +119,8 @@ TEST(Salvage, WithoutTimestampsTheTimeContinuesAndTheAccountSaysHowEarly) {
     ASSERT_EQ(run.recordsProcessed, kPackets - kLost);
     ASSERT_EQ(run.details.size(), 1U);
     const std::wstring& text = run.details[0].text;
-    EXPECT_NE(text.find(L"bytes were skipped, the room of "), std::wstring::npos);
-    EXPECT_NE(text.find(L"if all these bytes were packets, it is at least 0.00"),
+    EXPECT_NE(text.find(L"bytes were skipped, room for "), std::wstring::npos);
+    EXPECT_NE(text.find(L"if all these bytes were packets, they are at least 0.00"),
               std::wstring::npos);
     EXPECT_NE(text.find(L" s early at the end"), std::wstring::npos);
     double samples = 0.0;
@@ -131,7 +131,7 @@ TEST(Salvage, WithoutTimestampsTheTimeContinuesAndTheAccountSaysHowEarly) {
     EXPECT_EQ(samples, 10.0 * (kPackets - kLost));
 }
 
-// Timestamps show that nothing is missing. Without them nothing tells, and no number is claimed.
+// Timestamps show that nothing is missing. Without them nobody knows, and no number is claimed.
 TEST(Salvage, BytesThatWerePutBetweenPacketsAreNotCalledLostPackets) {
     for (const bool timestamps : {true, false}) {
         std::string stream;
@@ -162,7 +162,8 @@ TEST(Salvage, ManyStretchesAreSummedUpFirstAndTheLinesAreFew) {
     const EngineRun run =
         RunEngine(directory, BuildOrdFile(Header(true), plans), AllOutputs(), Salvage());
     ASSERT_EQ(run.details.size(), 22U);
-    EXPECT_NE(run.details.front().text.find(L"damaged in 30 places: in all "), std::wstring::npos);
+    EXPECT_NE(run.details.front().text.find(L"damaged in 30 places: in total "),
+              std::wstring::npos);
     EXPECT_NE(run.details.front().text.find(L" 60 packets "), std::wstring::npos);
     EXPECT_NE(run.details.back().text.find(L"in 10 more places after these"), std::wstring::npos);
 }

@@ -82,9 +82,9 @@ std::string PlainPackets(std::size_t count) {
     return EncodePackets(plans);
 }
 
-// Whole packets of so many bytes.
+// Whole packets with this many bytes in total.
 std::string PacketsOfSize(std::size_t size) {
-    // A base inertial block makes a packet 29 bytes; a few of them make the length come out.
+    // A base inertial block makes a packet 29 bytes long; a few of them produce the exact length.
     PacketPlan withImu;
     withImu.baseImu.emplace().fill(1);
     std::string stream;
@@ -122,13 +122,13 @@ TEST(StreamLength, TheAdviceForARefusedLastBlockMakesItConvertible) {
 }
 
 TEST(StreamLength, TheAdviceMentionsAPacketThatLacksOneByte) {
-    // 25,005 bytes, of which 24,995 make packets: refused too, since both add up to a buffer.
+    // 25,005 bytes, of which 24,995 form packets: refused too, because both add up to a buffer.
     std::string recording = Version1Header(32).Block() + PacketsOfSize(24995) + PlainPackets(1);
     recording.pop_back();
     const TempDirectory directory;
     const EngineRun run = RunEngine(directory, recording, ReferenceConvertOptions());
     ASSERT_EQ(run.details.size(), 1U);
-    EXPECT_NE(run.details[0].text.find(L"a packet that lacks just its last byte would take it"),
+    EXPECT_NE(run.details[0].text.find(L"a packet that lacks only its last byte would use it"),
               std::wstring::npos);
 
     recording += '\0';
@@ -179,7 +179,7 @@ TEST(StreamLength, EveryWholeRecordBeforeTheDamageStaysIfTheSettingsKeepThem) {
     ASSERT_NE(run.statusText, L"Processing complete");
     for (const auto& [name, bytes] : expected) {
         const std::size_t record = name.ends_with(".vev") ? 184 : 1044;
-        // What had not filled a record is missing; of the raw data nothing is.
+        // Samples that had not filled a record are missing; no raw data are.
         const std::size_t least = name == "RawData.vrd" ? bytes.size() : bytes.size() - record;
         EXPECT_GE(run.files.at(name).size(), least) << name;
         const std::size_t count = run.files.at(name).size() - kOrdHeaderBytes;
@@ -234,7 +234,7 @@ TEST(StreamLength, PacketThatLacksItsEndIsDistinguishedFromDamage) {
                   std::wstring::npos)
             << length;
     }
-    // Longer than any packet, though it begins like one; and packets after a byte too many.
+    // Longer than any packet, though it begins like one; and packets after one extra byte.
     std::string tooLong(5133, '\xff');
     tooLong.front() = '\x04';
     for (const std::string& damage : {tooLong, std::string(1, 'x').append(PlainPackets(100))}) {

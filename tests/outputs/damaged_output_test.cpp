@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
-// What the readers say of files that are not whole.
+// The readers' reports on files that are not whole.
 
 #include <gtest/gtest.h>
 
@@ -77,7 +77,7 @@ TEST(DamagedOutput, WholeRecordsOfACutFileCanBeRead) {
 TEST(DamagedOutput, OtherFileIsRefused) {
     const RecordFileError error = OpenBytes(std::string(20000, 'x'));
     EXPECT_EQ(error.kind, Kind::kHeader);
-    EXPECT_EQ(error.text, L"CSC3.vcs: it does not begin as an output of this program does");
+    EXPECT_EQ(error.text, L"CSC3.vcs: it does not begin like an output of this program");
 }
 
 TEST(DamagedOutput, RecordSizeOfAnotherKindIsRefused) {
@@ -103,7 +103,8 @@ TEST(DamagedOutput, FileThatIsCutWhileItIsReadIsReported) {
     VtxDataTypes::CRRec record{};
     const RecordFileError error = file.ReadRecords(3, {&record, 1});
     EXPECT_EQ(error.kind, Kind::kUnreadable);
-    EXPECT_EQ(error.text, L"CSC3.vcs: it was cut while it was read: it ends at byte 19516");
+    EXPECT_EQ(error.text,
+              L"CSC3.vcs: it was cut short while it was being read: it ends at byte 19516");
 }
 
 // Reads at an offset fail from the second on.

@@ -108,7 +108,7 @@ TEST(OutputHeader, EveryCommonLineMustBeThere) {
 
 TEST(OutputHeader, OtherTextIsNotOne) {
     OutputHeader header;
-    const std::wstring fault = L"it does not begin as an output of this program does";
+    const std::wstring fault = L"it does not begin like an output of this program";
     EXPECT_EQ(header.Read(BlockOf("")), fault);
     EXPECT_EQ(header.Read(BlockOf("a" + ChannelText())), fault);
     EXPECT_EQ(header.Read(BlockOf(ChannelText().substr(0, 20))), fault);

@@ -46,7 +46,7 @@ def read_sets(directories: list[Path], word: str = "whole") -> None:
     octave(f"read_sets('{names}')")
 
 
-def beside(directory: Path, ending: str) -> Path:
+def sibling(directory: Path, ending: str) -> Path:
     return directory.with_name(directory.name + ending)
 
 
@@ -71,9 +71,9 @@ def expected_bytes(directory: Path, raw_channels: int) -> bytes:
 
 def check(directory: Path, raw_channels: int) -> None:
     read_sets([directory], "incomplete" if is_incomplete(directory) else "whole")
-    error = beside(directory, ".error")
+    error = sibling(directory, ".error")
     assert not error.exists(), error.read_text()
-    assert beside(directory, ".found").read_bytes() == expected_bytes(directory, raw_channels)
+    assert sibling(directory, ".found").read_bytes() == expected_bytes(directory, raw_channels)
 
 
 @pytest.mark.parametrize("recording", RECORDINGS)
@@ -143,14 +143,14 @@ def test_a_damaged_set_is_an_error_or_is_read_as_its_bytes_are(tmp_path: Path, s
     read_sets(damaged)
     raised = 0
     for directory, (what, may_stay_unseen) in done.items():
-        fault = beside(directory, ".fault")
+        fault = sibling(directory, ".fault")
         assert not fault.exists(), f"{directory.name}: {what}: {fault.read_text()}"
-        if beside(directory, ".error").exists():
+        if sibling(directory, ".error").exists():
             raised += 1
-            assert str(directory) in beside(directory, ".error").read_text(errors="replace")
+            assert str(directory) in sibling(directory, ".error").read_text(errors="replace")
         else:
             assert may_stay_unseen, f"{directory.name}: {what}: no error"
-            assert beside(directory, ".found").read_bytes() == expected_bytes(directory, 3), what
+            assert sibling(directory, ".found").read_bytes() == expected_bytes(directory, 3), what
     assert 75 < raised < 250, "the changes are not of both kinds"
 
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Pages of `stalwick-inspect report`, held against the truth of ord_synth, and their signal figures
-against NumPy on the same samples.
+"""Pages of `stalwick-inspect report`, compared with the truth of ord_synth, and their signal figures
+with NumPy on the same samples.
 
   report_page_test.py INSPECT CONVERT ORD_SYNTH DOCS
 """
@@ -25,7 +25,7 @@ VOID = {"meta", "br", "img"}
 
 
 class Page(html.parser.HTMLParser):
-    """What a page's document holds."""
+    """The contents of a page's document."""
 
     def __init__(self, path):
         super().__init__()
@@ -107,7 +107,7 @@ class Bench:
 
 
 def check_structure(page):
-    """One that a screen reader can follow, and nothing from elsewhere."""
+    """A page is accessible to screen readers and loads nothing from elsewhere."""
     names = [name for name, _ in page.tags]
     assert page.tags[0][1]["lang"] == "en"
     for landmark in ("header", "main", "footer"):
@@ -159,7 +159,7 @@ def error(value, expected):
 
 
 def test_figures(bench):
-    """Noise, drift and spectra of every channel that is shown, against NumPy."""
+    """Noise, drift and spectra of every channel shown, compared with NumPy."""
     channels = 32
     path, _ = bench.make("figures", "-c", str(channels), "-s", "6.5", "--flat", "3",
                          "--noisy", "7", "--clipped", "30")
@@ -186,7 +186,7 @@ def test_figures(bench):
         assert one["segments"] == count
         found = np.array(one["microvolts_squared_per_hertz"])
         assert found.shape == expected.shape
-        # The density at 0 Hz is what is left of a mean that was removed: nothing, but for rounding.
+        # The density at 0 Hz is the rest of a removed mean: nothing, except for rounding.
         worst = np.max(np.abs(found[1:] - expected[1:]) / np.maximum(expected[1:], 1e-12))
         assert worst < 1e-3, (one["channel"], worst)
 
@@ -197,7 +197,7 @@ def names(page, rule):
 
 
 def test_named(bench):
-    """Faulty channels are named by their rules; of a healthy recording none is."""
+    """Faulty channels are named by their rules; in a healthy recording none is."""
     for count in ("32", "64", "128", "256"):
         faults = (("--flat", "2,9"), ("--clipped", "11"), ("--noisy", "17-19"))
         for options in ((), sum(faults, ())):
@@ -265,7 +265,7 @@ def test_small(bench):
 
 
 def test_hostile_texts(bench):
-    """Texts of a recording and its name are text in the page, whatever they hold."""
+    """Texts of a recording and its name are text in the page, whatever they contain."""
     path, _ = bench.make("plain", "-c", "32", "-s", "0.1")
     bytes_ = path.read_bytes()
     old = b'"Wireless Headstage" Synth32'
@@ -276,7 +276,7 @@ def test_hostile_texts(bench):
     page, document = bench.page(hostile)
     assert document["recording"]["path"] == str(hostile)
     assert not any(name in ("img", "b") for name, _ in page.tags)
-    # In a list too, whose links lead to files beside it.
+    # In a list too, whose links lead to files in the same directory.
     second, _ = bench.make("javascript:x", "-c", "32", "-s", "0.1")
     index = bench.directory / "list.html"
     bench.report(hostile, second, "-o", index)
@@ -287,7 +287,7 @@ def test_hostile_texts(bench):
 
 
 def test_list(bench):
-    """Of several recordings a list leads to pages beside it; one that cannot be read is in it."""
+    """For several recordings, a list links to pages next to it; it includes unreadable ones."""
     first, _ = bench.make("first", "-c", "32", "-s", "0.3")
     sub = bench.directory / "sub"
     sub.mkdir()
@@ -296,7 +296,7 @@ def test_list(bench):
     missing = bench.directory / "missing.ord"
     index = bench.directory / "night.html"
     said = bench.report(first, second, missing, "-o", index, status=1)
-    assert said.count("\n") == 1 and "missing.ord: not looked at" in said, said
+    assert said.count("\n") == 1 and "missing.ord: not read" in said, said
     page = Page(index)
     check_structure(page)
     assert page.links == ["night-first.html", "night-first-2.html"], page.links
@@ -314,7 +314,7 @@ def test_existing(bench):
     bench.report(path, "-o", target)
     target.write_text("<!DOCTYPE html>\n<html lang=\"en\">mine")
     said = bench.report(path, "-o", target, status=2)
-    assert "is no page of this program" in said and said.count("\n") == 1, said
+    assert "is not a page of this program" in said and said.count("\n") == 1, said
     assert target.read_text().endswith("mine")
     assert bench.report(path, "-o", bench.directory / "no" / "page.html", status=2).count("\n") == 1
     for arguments in (("-o", target), (path,), (path, "-o", ""), (path, "-o")):

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""`stalwick-inspect verify` as a process, on what stalwick-convert makes.
+"""`stalwick-inspect verify` as a process, on outputs of stalwick-convert.
 
   verify_command_test.py INSPECT CONVERT ORD_SYNTH
 """
@@ -47,7 +47,7 @@ class VerifyCommand(unittest.TestCase):
         status, lines, errors = self.verify(self.path("rec"), "--against", self.recording)
         self.assertEqual((status, len(lines), errors), (0, 2, []), lines)
         for line in lines:
-            self.assertRegex(line, "whole, all that .*rec.ord gives$")
+            self.assertRegex(line, "whole, everything that .*rec.ord gives$")
         status, lines, errors = self.verify(self.path("rec"))
         self.assertEqual((status, len(lines), errors), (0, 2, []), lines)
 
@@ -80,7 +80,7 @@ class VerifyCommand(unittest.TestCase):
         self.assertIn("none: not verified: ", errors[0])
 
     def salvage(self, version):
-        """A recording with three damaged places, and what --salvage makes of it."""
+        """A recording with three damaged places, and its outputs with --salvage."""
         name = self.path(f"damaged{version}.ord")
         subprocess.run([SYNTH, "-q", "-c", "32", "-s", "0.6", "--all", "--file-version", version,
                         "--utc-offset", "77", "--insert", "100000:300", "--drop-bytes", "200000:70",

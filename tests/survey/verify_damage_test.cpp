@@ -204,13 +204,13 @@ TEST(VerifyDamage, FieldsOfARecordAreCheckedWithoutTheRecordingToo) {
         const char* text;
     };
     const std::size_t last = set.outputs.at("CSC2.vcs").size() - kHeader - 2;
-    const Case cases[] = {{"CSC2.vcs", 1044, 2, "the times of its records are not those"},
+    const Case cases[] = {{"CSC2.vcs", 1044, 2, "the times of its records differ"},
                           {"CSC2.vcs", 1044 + 8, 4, "its channel number is"},
                           {"CSC2.vcs", 1044 + 12, 4, "its sampling frequency is"},
                           {"CSC2.vcs", 1044 + 16, 4, "samples"},
                           {"CSC2.vcs", last, 2, "samples after its"},
                           {"Events.vev", 184, 6, "reserved bytes of it"},
-                          {"Events.vev", 184 + 13, 1, "microseconds before"},
+                          {"Events.vev", 184 + 13, 1, "microseconds earlier"},
                           {"Events.vev", 184 + 14, 2, "its event number is"},
                           {"Events.vev", 184 + 17, 1, "its TTL value is"},
                           {"Events.vev", 184 + 18, 38, "reserved bytes of it"},

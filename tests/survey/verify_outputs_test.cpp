@@ -230,7 +230,7 @@ TEST(VerifyOutputs, TimesThatGoBackAreFoundUnlessTheRecordingHasThem) {
     for (std::size_t i = 120; i < plans.size(); ++i) *plans[i].hardwareTimestamp -= 30'000'000;
     OutputSetInMemory set(EveryOutput(BuildOrdFile(Header(true, 32), plans)));
     const VerifyReport report = set.Verify();
-    EXPECT_NE(Findings(report).find("microseconds before that of the record before"),
+    EXPECT_NE(Findings(report).find("microseconds earlier than that of the previous record"),
               std::string::npos)
         << Findings(report);
     EXPECT_TRUE(set.Compare().IsWhole()) << Findings(set.Compare());

@@ -74,7 +74,7 @@ TEST_F(InputChange, WhatComesAfterTheEndThatWasReadIsReportedAsMissing) {
     };
     const EngineRun run = Convert(recording_);
     EXPECT_EQ(run.statusText, L"Processing complete");
-    EXPECT_TRUE(Tells(run, L"it has grown while it was read"));
+    EXPECT_TRUE(Tells(run, L"it grew while it was being read"));
     EXPECT_TRUE(SameFiles(run.files, FilesOf(recording_)));
 }
 
@@ -87,7 +87,7 @@ TEST_F(InputChange, WhatAShortHeaderGrowsByIsNeverMistakenForPackets) {
     const EngineRun run = Convert(begin);
     EXPECT_EQ(run.statusText, L"Processing complete");
     EXPECT_EQ(run.recordsProcessed, 0U);
-    EXPECT_TRUE(Tells(run, L"it has grown while it was read"));
+    EXPECT_TRUE(Tells(run, L"it grew while it was being read"));
     EXPECT_TRUE(SameFiles(run.files, FilesOf(begin)));
 }
 
@@ -97,7 +97,8 @@ TEST_F(InputChange, RecordingThatIsCutWhileItIsReadIsReportedAsIncomplete) {
     EXPECT_EQ(run.statusText, L"Processing complete");
     ASSERT_FALSE(run.details.empty());
     EXPECT_EQ(run.details[0].kind, ConversionDetail::Kind::kIncomplete);
-    EXPECT_NE(run.details[0].text.find(L"it was cut while it was read"), std::wstring::npos);
+    EXPECT_NE(run.details[0].text.find(L"it was cut short while it was being read"),
+              std::wstring::npos);
     EXPECT_TRUE(SameFiles(run.files, FilesOf(recording_.substr(0, 80000))));
 }
 

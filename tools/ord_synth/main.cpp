@@ -76,7 +76,7 @@ void AddSignalOptions(CLI::App& app, CommandLine& line) {
     };
     addFault("--flat", line.flat, "These channels, as in 0-15,20, have one value all the time");
     addFault("--clipped", line.clipped, "These are cut at the upper end of the converter's range");
-    addFault("--noisy", line.noisy, "These have noise of 1500 steps of their own");
+    addFault("--noisy", line.noisy, "These have additional noise of 1500 steps");
     app.add_option("--seed", options.seed, "The same seed and options give the same bytes")
         ->check(WholeNumberOf<std::uint64_t>())
         ->capture_default_str();

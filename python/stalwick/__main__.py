@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""python -m stalwick DIRECTORY: what a directory of outputs holds."""
+"""python -m stalwick DIRECTORY: prints the contents of a directory of outputs."""
 
 from __future__ import annotations
 
@@ -15,7 +15,7 @@ from .session import Session, open_session
 
 def main(arguments: list[str] | None = None) -> int:
     parser = argparse.ArgumentParser(
-        prog="python -m stalwick", description="Says what a directory of outputs holds."
+        prog="python -m stalwick", description="Says prints the contents of a directory of outputs."
     )
     parser.add_argument("directory", help="the directory that the recording was converted into")
     parser.add_argument("--suffix", default="", help='"_01": a further conversion into it')
@@ -35,7 +35,7 @@ def main(arguments: list[str] | None = None) -> int:
 
 
 def describe(session: Session) -> list[str]:
-    """Lines for a person."""
+    """Lines for people to read."""
     first = next(iter(session.headers.values()))
     lines = [f"{session.directory}: {len(session.files)} files, session {first['SessionUUID']}"]
     for group in session.groups.values():
@@ -73,7 +73,7 @@ def _describe_group(group: ChannelGroup) -> list[str]:
 
 
 def _date(microseconds: int) -> str:
-    """Recordings with an offset to UTC count from 1970, others from where they began."""
+    """Recordings with an offset to UTC count from 1970, others from their beginning."""
     try:
         date = datetime(1970, 1, 1, tzinfo=UTC) + timedelta(microseconds=microseconds)
     except OverflowError:

@@ -71,13 +71,13 @@ class Tables(WithLab):
             self.assertEqual([str(getattr(found["r07"], "path"))], ["/d/a.ord"])
 
     def test_recordings_of_one_name_are_refused_until_they_have_names(self) -> None:
-        self.assertIn("line 3: day1 is there twice", self.refuse("mon/day1.ord", "tue/day1.ord"))
+        self.assertIn("line 3: day1 occurs twice", self.refuse("mon/day1.ord", "tue/day1.ord"))
         found = self.load("mon/day1.ord\tmon", "tue/day1.ord\ttue", header="path\tname")
         self.assertEqual(list(found), ["mon", "tue"])
 
     def test_tables_that_cannot_be_meant_are_refused(self) -> None:
         self.assertIn("no column path", self.refuse("a.ord", header="file"))
-        self.assertIn("names no recording", self.refuse())
+        self.assertIn("contains no recording", self.refuse())
         self.assertIn("line 2: no path", self.refuse("\tx", header="path\tname"))
         self.assertIn("cannot name", self.refuse("a b.ord"))
         self.assertIn("cannot name", self.refuse("a.ord\t../b", header="path\tname"))
@@ -110,7 +110,7 @@ class Run(WithLab):
             "cut": "verified", "missing": "failed"})
         self.assertEqual(rows["whole"]["reason"], "")
         self.assertIn("ends inside its", rows["cut"]["reason"])
-        self.assertRegex(rows["damaged"]["reason"], "damaged from byte.*stands is in salvaged")
+        self.assertRegex(rows["damaged"]["reason"], "damaged from byte.*remains is in salvaged")
         self.assertIn("No such file", rows["missing"]["reason"])
         self.assertEqual(rows["narrow"]["channels"], 8)
         self.assertTrue((self.lab.results / "converted/narrow/CSC8.vcs").exists())
@@ -171,7 +171,7 @@ class Run(WithLab):
 
 class Alteration(WithLab):
     def alter(self, path: Path) -> None:
-        """One byte, with the same time of change: only its value tells."""
+        """One byte, with the same modification time: only its value differs."""
         times = path.stat().st_atime_ns, path.stat().st_mtime_ns
         content = bytearray(path.read_bytes())
         content[len(content) // 2] ^= 1

@@ -63,10 +63,10 @@ def _parser() -> argparse.ArgumentParser:
 
 
 def do_step(work: Work, step: str) -> int:
-    """0: there is a result, good or bad; else the step is to be done again."""
+    """Returns 0 if there is a result, good or bad; otherwise the step must be repeated."""
     records = work.records
     try:
-        # A page touches nothing of the others, and is made while they run.
+        # A page does not affect the other steps, and is made while they run.
         with records.lock("page.lock" if step == "page" else "lock") as lock:
             work.lock = lock
             record = _STEPS[step](work)
@@ -88,7 +88,7 @@ def _store_failure(work: Work, step: str, result: str, reason: str) -> None:
     _say(f"{work.recording.name}: {step}: {result}: {reason}")
     try:
         work.records.store(step, {"identity": work.identity, "result": result, "reason": reason})
-    except OSError as error:  # The full disk that was the reason, perhaps.
+    except OSError as error:  # Perhaps because of the same full disk.
         _say(f"{work.recording.name}: {step}: this could not be recorded: {error}")
 
 
@@ -107,7 +107,7 @@ def _one_step(settings: Settings, recordings: dict[str, Recording],
 
 def _of_task(recordings: dict[str, Recording], arguments: argparse.Namespace) -> list[Recording]:
     if not 0 <= arguments.task < arguments.of:
-        raise SettingsError(f"task {arguments.task} is none of {arguments.of}, from 0")
+        raise SettingsError(f"task {arguments.task} is not in the range 0 to {arguments.of - 1}")
     return list(recordings.values())[arguments.task::arguments.of]
 
 
@@ -141,7 +141,7 @@ def _all_steps(work: Work) -> int:
 
 def _plan(settings: Settings, recordings: dict[str, Recording],
           arguments: argparse.Namespace) -> int:
-    """The largest of what the tasks need, since one array asks the same for all of them."""
+    """The largest requirements of all tasks, because an array requests the same for each."""
     memory_mb, minutes = 0, 0
     commands = Commands()
     needs = {name: _whole_request(settings, recording, commands)
@@ -164,7 +164,7 @@ def _whole_request(settings: Settings, recording: Recording, commands: Commands)
 
 
 def quick_info(settings: Settings, recording: Recording, commands: Commands) -> Record:
-    """From the header and both ends: at once for any length."""
+    """From the header and both ends: instant for any length."""
     known = Records(settings, recording.name).load("survey")
     if known and known.get("info"):
         return dict(known["info"])

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Convert and salvage: into a directory of the attempt, then by one rename to where it stays.
+"""Convert and salvage: into a directory for the attempt, then into place by one rename.
 
-So what stands in ``converted`` is whole, and no attempt, killed or repeated, writes there twice.
+So everything in ``converted`` is whole, and no attempt, killed or repeated, writes there twice.
 
     attempt/identity.json   of what is converted
     attempt/out/STEM/...    the outputs
@@ -33,7 +33,7 @@ def convert(work: Work, step: str) -> Record:
     record = _take_up(work, step, target)
     if record is None:
         if target.exists():
-            raise StepFailed(f"{target} is there and was not made of the recording as it is now; "
+            raise StepFailed(f"{target} exists and was not made from the current recording; "
                              "move it away")
         work.records.begin(step)
         record = _attempt(work, step, target)
@@ -73,7 +73,7 @@ def _new_attempt(work: Work, step: str, place: Path) -> Path:
 
 
 def _take_up(work: Work, step: str, target: Path) -> Record | None:
-    """What a killed job had finished, by its report."""
+    """The work that a killed job had finished, according to its report."""
     for attempt in _attempts(work, step):
         entry = _entry_of(attempt)
         if entry is None or read_json(attempt / "identity.json") != work.identity:
@@ -126,7 +126,7 @@ def _convert_into(work: Work, step: str, attempt: Path, target: Path) -> Record:
     record = _record_of(entry, identity)
     if entry["sha256"] and work.recording.sha256 not in (None, entry["sha256"]):
         raise StepFailed(f"its SHA-256 is {entry['sha256']}, not that of the table: "
-                         "it was altered on its way; copy it again")
+                         "it was altered in transit; copy it again")
     if run.returncode not in (0, LOST_DATA):
         return _after_failure(work, record)
     if not _has_result(step, entry):
@@ -137,7 +137,7 @@ def _convert_into(work: Work, step: str, attempt: Path, target: Path) -> Record:
 
 
 def _after_failure(work: Work, record: Record) -> Record:
-    """The survey tells whether the recording is the reason: damage can end a conversion."""
+    """The survey shows whether the recording is the reason: damage can end a conversion."""
     found = (work.done("survey") or {}).get("result")
     if found == "damaged":
         return {**record, "result": "with_losses"}
@@ -157,7 +157,7 @@ def _record_of(entry: dict[str, Any], identity: Record) -> Record:
 
 
 def _bring_back(work: Work, step: str, attempt: Path, entry: dict[str, Any]) -> Path:
-    """A complete attempt beside the results; its report comes last, so it vouches for the rest."""
+    """A complete attempt next to the results; its report comes last and confirms the rest."""
     made = Path(entry["directory"])
     back = _new_attempt(work, step, work.settings.results / "unfinished")
     try:

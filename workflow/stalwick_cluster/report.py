@@ -17,14 +17,14 @@ from .settings import Settings
 from .steps import Work, conversion_of
 from .table import Recording
 
-# In the order of the recap.
+# In the order of the summary.
 RESULTS = {
     "verified": "converted and verified",
     "kept_apart": "kept apart: the recording lost data",
     "converted": "converted, not verified yet",
     "altered": "altered after the conversion",
     "failed": "failed",
-    "canceled": "canceled, to be done again",
+    "canceled": "canceled, to be repeated",
     "unfinished": "begun, without an end",
     "not_begun": "not begun",
 }
@@ -52,7 +52,7 @@ def rows_of(settings: Settings, recordings: dict[str, Recording]) -> list[Row]:
 
 
 def exit_status(rows: list[Row]) -> int:
-    """As those of stalwick-convert: 0 all whole, 3 a recording lost data, 1 one is missing."""
+    """Like those of stalwick-convert: 0 all whole, 3 a recording lost data, 1 one is missing."""
     results = {row.result for row in rows}
     if results - {"verified", "kept_apart"}:
         return 1
@@ -131,7 +131,7 @@ def _apart(work: Work, reason: str) -> str:
     verified = work.done("verify") or {}
     if verified.get("result") == "findings":
         return f"{salvaged['reason']}; {_shortened(verified['findings'])}"
-    return f"{salvaged['reason'] or reason}; what stands is in {salvaged['directory']}"
+    return f"{salvaged['reason'] or reason}; what remains is in {salvaged['directory']}"
 
 
 def _shortened(findings: list[str]) -> str:
@@ -141,7 +141,7 @@ def _shortened(findings: list[str]) -> str:
 
 
 def _cut_end(work: Work) -> str:
-    """As a recorder leaves it that was switched off, or a copy that is not complete."""
+    """The end left by a recorder that was switched off, or by an incomplete copy."""
     cut = ((work.done("survey") or {}).get("info") or {}).get("cut_end")
     return str(cut["reason"]) if cut else ""
 

@@ -9,17 +9,17 @@ import tomllib
 from dataclasses import dataclass, fields
 from pathlib import Path
 
-# What changes the outputs' contents. Everything else the steps choose themselves.
+# Options that change the outputs' contents. The steps choose everything else.
 _OPTIONS = ("--no-csc", "--base-imu", "--afe-imu", "--ultrasonic", "--raw", "--all", "--no-sync")
 
 
 class SettingsError(Exception):
-    """The settings or the table of recordings cannot be used; says which file and why."""
+    """The settings or the table of recordings are unusable; names the file and the reason."""
 
 
 @dataclass(frozen=True)
 class Settings:
-    """``file`` is where the rest comes from; its directory is where relative paths begin."""
+    """``file`` contains the rest; relative paths start from its directory."""
 
     file: Path
     recordings: Path
@@ -65,7 +65,7 @@ def _check_type(file: Path, key: str, value: object) -> None:
     if expected is list and isinstance(value, list):
         wrong = [str(option) for option in value if option not in _OPTIONS]
         if wrong:
-            raise SettingsError(f"{file}: options: {wrong[0]} is none of {' '.join(_OPTIONS)}")
+            raise SettingsError(f"{file}: options: {wrong[0]} is not one of {' '.join(_OPTIONS)}")
     if not is_right:
         kind = {list: "a list", str: "a text", bool: "true or false"}.get(
             expected, "a number above 0")
@@ -92,7 +92,7 @@ def _settings_of(file: Path, values: dict[str, object]) -> Settings:
 
 
 def _command(file: Path, text: str) -> str:
-    """A name is looked up in PATH, anything with a separator begins at the settings' file."""
+    """A name is looked up in PATH, anything with a separator is relative to the settings' file."""
     return str(file.parent / text) if "/" in text else text
 
 

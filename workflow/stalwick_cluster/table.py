@@ -18,7 +18,7 @@ _COLUMNS = ("path", "name", "sha256")
 
 @dataclass(frozen=True)
 class Recording:
-    """``name`` is that of its results; ``sha256`` what the recording must have, if known."""
+    """``name`` is the name of its results; ``sha256`` the expected checksum, if known."""
 
     name: str
     path: Path
@@ -41,11 +41,11 @@ def load_table(file: Path) -> dict[str, Recording]:
         where = f"{file}, line {rows.line_num}"
         recording = _recording_of(row, where, file.absolute().parent)
         if recording.name in recordings:
-            raise SettingsError(f"{where}: {recording.name} is there twice; "
+            raise SettingsError(f"{where}: {recording.name} occurs twice; "
                                 "give each its own in the column name")
         recordings[recording.name] = recording
     if not recordings:
-        raise SettingsError(f"{file}: it names no recording")
+        raise SettingsError(f"{file}: it contains no recording")
     return recordings
 
 

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Outputs on their way: from where they were made to where they stay, with their checksums."""
+"""Moves outputs from where they were made to where they stay, with their checksums."""
 
 from __future__ import annotations
 
@@ -17,7 +17,7 @@ _PIECE_BYTES = 1 << 20
 
 
 class TransferError(Exception):
-    """A copy is not what was copied; says which file."""
+    """A copy differs from its source; names the file."""
 
 
 def sha256_of(path: Path, commands: Commands) -> str:
@@ -30,7 +30,7 @@ def sha256_of(path: Path, commands: Commands) -> str:
 
 
 def are_there(outputs: list[dict[str, Any]], directory: Path) -> bool:
-    """Each output of a report with the size that it says."""
+    """Checks that each output of a report has the size in the report."""
     try:
         return bool(outputs) and all(
             (directory / output["name"]).stat().st_size == output["bytes"] for output in outputs)
@@ -50,18 +50,18 @@ def copy_checked(outputs: list[dict[str, Any]], source: Path, target: Path,
                 written.write(piece)
             written.flush()
             os.fsync(written.fileno())
-            # Else the copy would be compared in this machine's memory.
+            # Otherwise the copy would be compared in this machine's memory.
             os.posix_fadvise(written.fileno(), 0, 0, os.POSIX_FADV_DONTNEED)
         shutil.copystat(source / output["name"], copy)
     for output in outputs:
         if sha256_of(target / output["name"], commands) != output["sha256"]:
             raise TransferError(f"{target / output['name']}: the copy's SHA-256 is not that of "
-                                f"{source / output['name']}; look at the network and the disks")
+                                f"{source / output['name']}; check the network and the disks")
     sync_directory(target)
 
 
 def findings_of(outputs: list[dict[str, Any]], directory: Path, commands: Commands) -> list[str]:
-    """What is no longer as it was made, a line for each file."""
+    """Files that have changed since they were made, one line each."""
     findings = []
     for output in outputs:
         path = directory / output["name"]

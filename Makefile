@@ -164,7 +164,7 @@ tarball:
 	cmake --build --preset static
 	packaging/release/make-tar.sh build/static $(ARTEFACTS)
 
-# Where nothing but the archive is, the commands give what those of a build give; the SBOM says what is in them.
+# With only the archive, the commands return the same as those of a build; the SBOM lists their components.
 test-tarball: tarball
 	cmake --preset $(PRESET)
 	cmake --build --preset $(PRESET) --target stalwick-convert stalwick-inspect ord_synth
@@ -194,6 +194,7 @@ check-format:
 	scripts/install-deps.sh check
 	scripts/format.sh --check
 	scripts/check-python.sh
+	scripts/check-english.sh
 	scripts/check-licenses.sh
 
 clean:

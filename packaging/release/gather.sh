@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: BSD-3-Clause
 
-# Puts what a release consists of into one directory, with checksums, after the archive of the commands:
+# Collects the parts of a release in one directory, with checksums, after the archive of the commands:
 #   packaging/release/gather.sh SITE DEBIAN_PACKAGES WINDOWS_PACKAGES OUTPUT
-# Packages that were not made are left out, and a line says so.
+# Packages that were not made are left out, and a line names them.
 set -euo pipefail
 here=$(realpath "$(dirname "$0")")
 version=$("$here/release-info.sh" version)

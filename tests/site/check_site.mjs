@@ -102,5 +102,5 @@ for (const view of views) {
   for (const words of SEARCHES) await report(`search, ${view.name}`, search(browser, words, view));
 }
 await browser.close();
-console.log(`${count} looks at pages and searches, ${failures} faults`);
+console.log(`${count} checks of pages and searches, ${failures} faults`);
 process.exit(failures ? 1 : 0);

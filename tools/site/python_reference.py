@@ -14,7 +14,7 @@ _UNDERLINE = re.compile(r"(?m)^([A-Z][A-Za-z ]+)\n-{3,}$")
 
 
 class _Annotation:
-    """An annotation as it stands in the source, without the quotes of a string."""
+    """An annotation as in the source, without the quotes of a string."""
 
     def __init__(self, text: str) -> None:
         self._text = text

@@ -24,7 +24,7 @@ constexpr std::uint32_t kImuSamplesPerPacket = 1;
 // Packets whose A/D samples are sorted into their files together.
 constexpr std::size_t kPacketsAtOnce = 16;
 
-// The writers take the packets that the reader gives.
+// The writers accept the packets that the reader returns.
 static_assert(kPacketSamples == kSamplesPerPacket && kMostPacketChannels == kMostADChannels);
 
 // The packet's samples, which are really signed; the writer scales them in place.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
-// Which outputs a conversion opens, and what they are given of the recording's header.
+// Which outputs a conversion opens, and the values that they get from the recording's header.
 
 #include <algorithm>
 
@@ -59,8 +59,8 @@ void FileConversion::SelectChannelGroups() {
 }
 
 std::int32_t FileConversion::OpenChannelFiles() {
-    // Without A/D channels these keep their defaults, also for the sensors' files. Kept (pinned by
-    // FileConversion.SensorFilesWithoutADChannelsHaveNoTimestampOffset).
+    // Without A/D channels these keep their defaults, also for the sensors' files. Do not change
+    // this (pinned by FileConversion.SensorFilesWithoutADChannelsHaveNoTimestampOffset).
     if (IsOn(ChannelGroup::kAD)) {
         channelFiles_.numAdChannels = source_->Header().numADChannels;
         TakeTiming(source_->Header(), channelFiles_);

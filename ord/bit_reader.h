@@ -6,8 +6,8 @@
 namespace stalwick {
 
 // Reads bits most-significant first from a run of bytes. The position never passes the last bit:
-// reading on at the end gives that last bit again and again. Damaged recordings decode by this
-// rule, so it is kept (pinned by BitReader.ReadsTheLastBitForEverAtTheEnd).
+// further reads at the end return that last bit again and again. Damaged recordings are decoded by
+// this rule; do not change it (pinned by BitReader.ReadsTheLastBitForEverAtTheEnd).
 class BitReader {
   public:
     BitReader(const std::uint8_t* data, std::int32_t bitCount) : data_(data), bitCount_(bitCount) {}

@@ -22,7 +22,7 @@ struct Sha256::State {
 };
 
 Sha256::Sha256() : state_(std::make_unique<State>()) {
-    // A hash needs no settings of the system. They could name modules to load, for which a statically
+    // A hash needs no system settings. They could name modules to load, for which a statically
     // linked program has no loader.
     Require(OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG, nullptr));
     Require(state_->context != nullptr ? 1 : 0);

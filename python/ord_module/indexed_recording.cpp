@@ -23,11 +23,11 @@ namespace {
 constexpr std::array<std::uint32_t, kSampleGroups> kSamplesInPacket = {kSamplesPerPacket, 1, 1,
                                                                        kUltrasonicValues};
 
-// Spans that are decoded before their samples are copied: few enough for the cache, and enough to
-// fill several of its lines in each channel's row.
+// Number of spans decoded before their samples are copied: few enough for the cache, and enough to
+// fill several cache lines in each channel's row.
 constexpr std::size_t kSpansAtOnce = 4;
 
-// Shorter requests are over before a second thread has begun.
+// Shorter requests end before a second thread has started.
 constexpr std::uint64_t kLeastSamplesForThreads = 2000;
 
 constexpr wchar_t kStaleIndex[] = L"it changed after its index was made; remove the index";
@@ -36,7 +36,7 @@ constexpr wchar_t kStaleIndex[] = L"it changed after its index was made; remove 
     throw std::runtime_error(ToUtf8(path + L": " + reason));
 }
 
-// The group's values in a packet, values[channel * samples + i]; empty where it has none.
+// The group's values in a packet, values[channel * samples + i]; empty if it has none.
 std::span<std::uint16_t> ValuesOf(ORDDataPacket& packet, SampleGroup group) {
     switch (group) {
         case SampleGroup::kAD:
@@ -55,7 +55,7 @@ std::span<std::uint16_t> ValuesOf(ORDDataPacket& packet, SampleGroup group) {
     return {};
 }
 
-// Finds the TTL changes as the event file has them.
+// Finds the same TTL changes as in the event file.
 class EventFinder {
   public:
     EventFinder(const RecordingHeader& header, RecordingIndex& index)
@@ -101,8 +101,8 @@ std::array<RecordClock, kSampleGroups> MakeClocks(const RecordingHeader& header)
             RecordClock(kImuFrequency, offset), RecordClock(kUltrasonicFrequency, offset)};
 }
 
-// What a packet has of the requested samples: `count` values a channel from `skipped` on, which go
-// to `target` in the channel's row.
+// The part of the requested samples in a packet: `count` values per channel from `skipped` on,
+// which go to `target` in the channel's row.
 struct PacketPart {
     const std::uint16_t* values = nullptr;
     std::uint64_t skipped = 0;
@@ -119,13 +119,13 @@ PacketPart PartOf(std::span<const std::uint16_t> values, std::uint64_t first,
     return {values.data(), begin - first, end - begin, begin - request.start};
 }
 
-// Channel by channel, so that each channel's row is gone to once for many packets.
+// Channel by channel, so that each channel's row is visited once for many packets.
 void CopySamples(std::span<const PacketPart> parts, const SampleRequest& request) {
     if (parts.empty()) return;
     const std::uint64_t inPacket = kSamplesInPacket[static_cast<std::size_t>(request.group)];
     for (std::size_t i = 0; i < request.channels.size(); ++i) {
 #if defined(__GNUC__)
-        // Hundreds of rows are too many streams for the processor to foresee.
+        // Hundreds of rows are too many streams for the processor to predict.
         if (i + 2 < request.channels.size()) {
             const std::int16_t* const next = request.rows[i + 2] + parts.front().target;
             for (std::size_t at = 0; at < parts.size() * kSamplesPerPacket; at += 32) {
@@ -137,7 +137,7 @@ void CopySamples(std::span<const PacketPart> parts, const SampleRequest& request
         for (const PacketPart& part : parts) {
             const std::uint16_t* from = part.values + channelStart + part.skipped;
             std::int16_t* to = request.rows[i] + part.target;
-            // A length that the compiler knows takes no call.
+            // With a length known to the compiler, no call is needed.
             if (part.count == kSamplesPerPacket) {
                 std::memcpy(to, from, kSamplesPerPacket * sizeof *from);
             } else {
@@ -147,7 +147,7 @@ void CopySamples(std::span<const PacketPart> parts, const SampleRequest& request
     }
 }
 
-// Scales a packet's values in place, as the writers do.
+// Scales a packet's values in place, like the writers.
 void Scale(std::span<std::uint16_t> values, SampleGroup group) {
     const std::span<std::int16_t> samples(reinterpret_cast<std::int16_t*>(values.data()),
                                           values.size());
@@ -185,7 +185,7 @@ RecordingIndex IndexedRecording::BuildIndex() const {
         for (std::size_t g = 0; g < kSampleGroups; ++g) span.first[g] = clocks[g].Samples();
         if (reader.GetData(packets, endOfFile) != 0) {
             if (reader.SystemError() != 0) Fail(path_, SystemErrorText(reader.SystemError()));
-            index.endsInDamage = true;  // what is before it stays
+            index.endsInDamage = true;  // everything before it remains
             break;
         }
         if (!packets.empty()) index.spans.push_back(span);

@@ -37,7 +37,7 @@ std::string GroupKey(const char* name, std::size_t group) {
     return name + std::to_string(group);
 }
 
-// Arrays by name, which numpy can save as they are.
+// Arrays by name, which numpy can save unchanged.
 py::dict ToDict(const RecordingIndex& index) {
     py::dict dict;
     constexpr std::size_t kColumns = 1 + kSampleGroups;
@@ -61,7 +61,7 @@ py::dict ToDict(const RecordingIndex& index) {
     return dict;
 }
 
-// Of what reading needs: spans and numbers of samples.
+// The part needed for reading: spans and numbers of samples.
 RecordingIndex FromDict(const py::dict& dict) {
     RecordingIndex index;
     const auto spans = FromArray<std::uint64_t>(dict["spans"]);
@@ -95,7 +95,7 @@ py::dict HeaderDict(const RecordingHeader& header) {
     return dict;
 }
 
-// A recording with the index that is in use.
+// A recording with its current index.
 class Recording {
   public:
     explicit Recording(const std::string& path) : recording_(FromUtf8(path)) {}
@@ -202,7 +202,7 @@ py::ssize_t InterleaveFiles(const std::vector<Bytes>& files, const Words& channe
 PYBIND11_MODULE(_ord, module) {
     using stalwick::Recording;
     module.doc() = "Decodes recordings and orders samples, for the package stalwick.";
-    // Without conversion: what is written to a copy would be lost.
+    // Without conversion: anything written to a copy would be lost.
     module.def("interleave", &stalwick::Interleave, py::arg().noconvert(), py::arg().noconvert());
     module.def("interleave_files", &stalwick::InterleaveFiles, py::arg(), py::arg(), py::arg(),
                py::arg(), py::arg(), py::arg().noconvert());

@@ -28,7 +28,7 @@ class RecordClock {
     std::uint64_t offset_;
     std::vector<std::uint64_t> times_;
     std::uint64_t samples_ = 0;
-    std::uint32_t inRecord_ = 0;  // samples in the last record; 0 when it is full
+    std::uint32_t inRecord_ = 0;  // samples in the last record; 0 if it is full
     std::uint64_t lastTimestamp_ = 0;
     std::uint32_t phase_ = 0;  // samples since the last new timestamp, modulo 10
     double runningTime_ = 0.0;

@@ -17,8 +17,8 @@ namespace {
 
 // Channels and samples that are transposed in registers.
 constexpr std::size_t kBlock = 8;
-// Samples that are read of one channel before the next, 1 KB: hundreds of channels are too many
-// streams for the processor to foresee, and rows that are a power of two apart would not stay in
+// Number of samples read from one channel before the next, 1 KB: hundreds of channels are too many
+// streams for the processor to predict, and rows that are a power of two apart would not stay in
 // the cache together.
 constexpr std::size_t kRun = 512;
 

@@ -20,12 +20,12 @@ using VtxDataTypes::kSamplesPerRecord;
 constexpr std::size_t kPrefetchDistance = 6;  // files
 constexpr std::size_t kCacheLine = 64;        // bytes
 
-// A whole packet's samples leave the phase as it was, without a division.
+// A whole packet's samples do not change the phase, so this avoids a division.
 inline void AdvancePhase(OutputFileRecord& file, std::uint32_t count) {
     if (count != file.phaseModulus) file.phase = (file.phase + count) % file.phaseModulus;
 }
 
-// Hundreds of files are filled at the same time, too many for the processor to foresee.
+// Hundreds of files are filled at the same time, too many for the processor to predict.
 inline void PrefetchForWriting(const std::int16_t* first, std::size_t count) {
     const auto* const address = reinterpret_cast<const char*>(first);
     for (std::size_t i = 0; i <= count * sizeof *first; i += kCacheLine) {

@@ -9,6 +9,7 @@
 #   make site      the documentation as a site, build/site
 #   make release   all that is passed on, build/release-artefacts (docs/releasing.md)
 #   make test-windows, make windows-app, make package-windows      docs/building-windows.md
+#   make packages, make test-packages      Debian packages (docs/releasing.md)
 # Each target installs the Debian packages that it needs if they are missing.
 
 PRESET ?= release
@@ -19,7 +20,7 @@ BUILD := build/$(PRESET)
 ARTEFACTS := build/release-artefacts
 
 .DEFAULT_GOAL := build
-.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app package-windows test-cluster screenshots check-pages site check-site tarball test-tarball artefacts release install format check-format clean
+.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app package-windows test-cluster screenshots check-pages site check-site tarball test-tarball artefacts release packages test-packages check-packages install format check-format clean
 
 build:
 	scripts/install-deps.sh
@@ -182,6 +183,24 @@ artefacts:
 release:
 	$(MAKE) packages
 	$(MAKE) artefacts
+
+# The Debian packages of the last commit, in build/packages (docs/releasing.md).
+packages:
+	scripts/install-deps.sh packages
+	packaging/linux/build-packages.sh build/packages
+
+# Installs, uses and removes them in a Debian root; makes them first if they are not of the last commit.
+test-packages:
+	[ "$$(cat build/packages/COMMIT 2> /dev/null)" = "$$(git rev-parse HEAD)" ] || $(MAKE) packages
+	scripts/install-deps.sh build packages
+	cmake --preset $(PRESET)
+	cmake --build --preset $(PRESET) --target stalwick-convert ord_synth
+	tests/packaging/packages_test.sh build/packages $(BUILD)
+
+# Makes them again, in another directory, and compares every byte.
+check-packages:
+	[ "$$(cat build/packages/COMMIT 2> /dev/null)" = "$$(git rev-parse HEAD)" ] || $(MAKE) packages
+	tests/packaging/same_packages.sh build/packages
 
 install: build
 	cmake --install $(BUILD) --prefix $(PREFIX)

@@ -13,4 +13,5 @@ for directory in ../packaging/release ../tests/release; do
     (cd "$directory" && /usr/bin/mypy --cache-dir /dev/null --strict --ignore-missing-imports .)
 done
 /usr/bin/flake8 . ../tests/python ../bench/python.py \
-    ../workflow ../tests/workflow ../bench/cluster.py ../tools/site ../packaging/release ../tests/release
+    ../workflow ../tests/workflow ../bench/cluster.py ../tools/site ../packaging/release ../tests/release \
+    ../packaging/linux ../tests/packaging

@@ -3,7 +3,7 @@
 
 # Installs the Debian 12 packages that the project needs if they are missing, as root or with sudo.
 #   scripts/install-deps.sh [GROUP...]     GROUP: build test check fuzz bench coverage screenshots pages
-#                                              site release cluster windows windows-app all
+#                                              site release cluster packages windows windows-app all
 # Without a group: build and test. Does nothing, and needs no rights, if nothing is missing.
 set -euo pipefail
 
@@ -25,13 +25,15 @@ packages_of() {
         screenshots) echo xvfb openbox xdotool imagemagick librsvg2-bin fonts-dejavu-core ;;
         pages) echo chromium nodejs npm fonts-dejavu-core ;;
         cluster) echo snakemake slurm-wlm munge python3 ;;
+        packages) echo debhelper dh-python pybuild-plugin-pyproject python3-setuptools python3-wheel dpkg-dev \
+                       mkdocs mkdocs-material mandoc python3-numpy lintian mmdebstrap diffoscope-minimal ;;
         windows) echo g++-mingw-w64-x86-64-posix wine wine64 googletest dpkg-dev python3 ;;
         windows-app) echo qt6-base-dev qt6-base-dev-tools dpkg-dev nsis cmark python3 xvfb xauth openbox \
                           xdotool imagemagick icoutils fonts-liberation ;;
         site) echo mkdocs mkdocs-material mandoc cmark-gfm python3 python3-numpy ;;
         release) echo binutils ninja-build python3 python3-debian python3-license-expression xz-utils \
                       diffoscope-minimal ;;
-        all) for group in build test check fuzz bench coverage screenshots pages site release cluster windows \
+        all) for group in build test check fuzz bench coverage screenshots pages site release cluster packages windows \
                  windows-app; do
                  packages_of "$group"
              done ;;

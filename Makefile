@@ -20,7 +20,7 @@ BUILD := build/$(PRESET)
 ARTEFACTS := build/release-artefacts
 
 .DEFAULT_GOAL := build
-.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app package-windows test-cluster screenshots check-pages site check-site tarball test-tarball artefacts release packages test-packages check-packages install format check-format clean
+.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app package-windows test-cluster screenshots check-pages site check-site tarball test-tarball artefacts check-artefacts release packages test-packages check-packages install format check-format clean
 
 build:
 	scripts/install-deps.sh
@@ -115,7 +115,9 @@ test-windows-app: windows-app
 
 # The zip and the installer, and a test that installs and removes it under wine.
 package-windows: windows-app
-	packaging/windows/package.sh build/windows-app build/windows-packages
+	cmake --preset $(PRESET)
+	cmake --build --preset $(PRESET) --target command_page_files
+	packaging/windows/package.sh build/windows-app $(BUILD)/tools/command_pages build/windows-packages
 	packaging/windows/test-installer.sh build/windows-packages
 
 bench:
@@ -179,6 +181,12 @@ artefacts:
 	$(MAKE) tarball
 	$(MAKE) site PRESET=static
 	packaging/release/gather.sh build/site build/packages build/windows-packages $(ARTEFACTS)
+
+# Builds them twice, elsewhere, and compares every byte.
+check-artefacts:
+	scripts/install-deps.sh release
+	rm -rf build/reproducible
+	packaging/release/check-reproducible.sh build/reproducible
 
 release:
 	$(MAKE) packages

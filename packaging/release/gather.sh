@@ -25,7 +25,10 @@ take() {
         echo "gather.sh: without $what of version $version, which $command makes" >&2
     fi
 }
-take "the Debian packages" "make packages" "$2"/*"_$version"[-_]*.deb
+debian=$2
+commit=$(cat "$debian/COMMIT" 2> /dev/null || true)
+[ "$commit" = "$(git -C "$here" rev-parse HEAD)" ] || debian=/nonexistent # of another commit
+take "the Debian packages" "make packages" "$debian"/*"_$version"[-_]*.deb
 take "the zip and the installer for Windows" "make package-windows" \
     "$3/stalwick-$version-windows-x64.zip" "$3/stalwick-$version-setup.exe"
 

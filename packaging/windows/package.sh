@@ -3,20 +3,22 @@
 
 # Makes the zip and the installer from a build of the preset windows-app.
 #
-#   packaging/windows/package.sh BUILD OUTPUT
+#   packaging/windows/package.sh BUILD PAGES OUTPUT
 #
-# BUILD    the build directory, with app/stalwick.exe and cli/stalwick-convert.exe
+# BUILD    the build directory, with app/stalwick.exe and the commands in cli/
+# PAGES    directory with the commands' manual pages, which a build for Linux makes
 # OUTPUT   directory for stalwick-<version>-windows-x64.zip and stalwick-<version>-setup.exe
-# Needs: nsis, cmark (scripts/install-deps.sh windows-app).
+# Needs: nsis, cmark, mandoc (scripts/install-deps.sh windows-app).
 set -eu
 
-if [ $# -ne 2 ]; then
-    echo "usage: $0 BUILD OUTPUT" >&2
+if [ $# -ne 3 ]; then
+    echo "usage: $0 BUILD PAGES OUTPUT" >&2
     exit 2
 fi
-mkdir -p "$2"
+mkdir -p "$3"
 build=$(cd "$1" && pwd)
-output=$(cd "$2" && pwd)
+pages=$(cd "$2" && pwd)
+output=$(cd "$3" && pwd)
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(cd "$here/../.." && pwd)
 
@@ -42,6 +44,8 @@ copy_licenses() {
         qt=qt6-base-dev \
         cli11=libcli11-dev \
         highway=libhwy-dev \
+        kissfft=libkissfft-dev \
+        nlohmann-json=nlohmann-json3-dev \
         gcc-runtime=gcc-mingw-w64-x86-64-posix-runtime \
         mingw-w64-runtime=mingw-w64-x86-64-dev; do
         cp "/usr/share/doc/${part#*=}/copyright" "$stage/licenses/${part%%=*}.txt"
@@ -68,10 +72,23 @@ make_user_guide() {
     } | python3 "$here/inline_images.py" "$root/docs" >"$stage/user-guide.html"
 }
 
+# Each manual page as a page for a browser, which leads to the other.
+make_manual_pages() {
+    style='body { max-width: 48em; margin: 2em auto; padding: 0 1em; font: 16px/1.5 sans-serif }
+        h1 { font-size: 1.3em } h2 { font-size: 1.1em } dd { margin-bottom: .5em }
+        a.permalink { color: inherit; text-decoration: none }'
+    for command in stalwick-convert stalwick-inspect; do
+        mandoc -Thtml "$pages/$command.1" |
+            sed -e 's,<b>\(stalwick-[a-z]*\)</b>(1),<a href="\1.html">\1</a>(1),g' \
+                -e "s,</style>,$(echo "$style" | tr '\n' ' ')</style>," >"$stage/$command.html"
+    done
+}
+
 cp "$build/app/stalwick.exe" "$build/cli/stalwick-convert.exe" "$build/cli/stalwick-inspect.exe" "$stage"
 x86_64-w64-mingw32-strip "$stage/stalwick.exe" "$stage/stalwick-convert.exe" "$stage/stalwick-inspect.exe"
 copy_licenses
 make_user_guide
+make_manual_pages
 
 (cd "$work" && cmake -E tar cf "$output/$name.zip" --format=zip "$name")
 

@@ -71,13 +71,18 @@ echo "Installing over another program's hold on .ord:"
 check "setup succeeds" "$wine" "$setup" /S
 check "the window is there" test -s "$programs/stalwick.exe"
 check "the user guide is there" test -s "$programs/user-guide.html"
-for part in boost cli11 gcc-runtime highway mingw-w64-runtime qt LGPL-3 GPL-3; do
+for command in stalwick-convert stalwick-inspect; do
+    check "$command runs" "$wine" "$programs/$command.exe" --version
+    check "its manual page is there" grep -q 'id="EXIT_STATUS"' "$programs/$command.html"
+    check "it has no address elsewhere" fails grep -qE '(src|href)="[a-z]+:' "$programs/$command.html"
+done
+for part in boost cli11 gcc-runtime highway kissfft mingw-w64-runtime nlohmann-json qt stalwick LGPL-3 \
+    GPL-3; do
     check "the licence is there: $part" test -s "$programs/licenses/$part.txt"
 done
 check "the licences are those of what is linked" \
     test "$(du --apparent-size -sk "$programs/licenses" | cut -f1)" -lt 500
 check "a start menu entry is there" test -s "$menu"
-check "the command runs" "$wine" "$programs/stalwick-convert.exe" --version
 check "Windows can list it" test -n "$(registry "$uninstall_key" DisplayVersion)"
 check ".ord belongs to it" test "$(registry "$ord_key" '')" = Veltrosyn.Stalwick.ord
 check ".ord opens with it" \
@@ -111,7 +116,10 @@ check ".ord is nobody's" fails key_exists "$ord_key"
 
 echo "Unpacking the zip:"
 (cd "$work" && cmake -E tar xf "$packages"/stalwick-*-windows-x64.zip)
-check "the command runs" "$wine" "$work"/stalwick-*/stalwick-convert.exe --version
+for command in stalwick-convert stalwick-inspect; do
+    check "$command runs" "$wine" "$work"/stalwick-*/"$command".exe --version
+    check "its manual page is there" test -s "$work"/stalwick-*/"$command".html
+done
 
 [ "$failures" -eq 0 ] || {
     echo "$failures checks failed" >&2

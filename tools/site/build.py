@@ -23,7 +23,7 @@ from python_reference import reference_markdown
 
 HERE = Path(__file__).resolve().parent
 REPOSITORY = HERE.parents[1]
-COMMANDS = ("stalwick-convert", "stalwick-inspect")
+COMMANDS = ("stalwick", "stalwick-convert", "stalwick-inspect")
 THEME_LICENCE = Path("/usr/share/doc/mkdocs-material/copyright")
 # Of the theme the search in other languages; of mkdocs what only a server shows.
 UNUSED = ("assets/javascripts/lunr", "404.html", "sitemap.xml", "sitemap.xml.gz")

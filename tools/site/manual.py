@@ -12,7 +12,7 @@ _HEADING = re.compile(r'<h([12]) class="(?:Sh|Ss)" id="[^"]*">(.*?)</h\1>', re.D
 _TAG = re.compile(r"<[^>]*>")
 # The line at the top and the one at the bottom of a printed page.
 _FRAME = re.compile(r'<table class="(?:head|foot)">.*?</table>', re.DOTALL)
-_OTHER_PAGE = re.compile(r"<b>(stalwick-\w+)</b>\(1\)")
+_OTHER_PAGE = re.compile(r"<b>(stalwick[-\w]*)</b>\(1\)")
 _DIVISION = re.compile(r"</?(?:section|div)\b[^>]*>")
 
 

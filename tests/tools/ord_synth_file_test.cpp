@@ -66,7 +66,7 @@ TEST_F(OrdSynthFileTest, TheFileHoldsTheRecordingAndNothingElseIsLeft) {
 TEST_F(OrdSynthFileTest, AnExistingFileIsRefusedAndKept) {
     Put("a.ord", "kept");
     EXPECT_EQ(Write("a.ord", false),
-              PathOf("a.ord") + " exists already; give another name, or --force to replace it");
+              PathOf("a.ord") + " already exists; give another name, or --force to replace it");
     EXPECT_EQ(Read("a.ord"), "kept");
     EXPECT_EQ(EntryCount(), 1);
 }

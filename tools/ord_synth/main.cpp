@@ -63,7 +63,7 @@ void AddSignalOptions(CLI::App& app, CommandLine& line) {
     app.add_option("-s,--seconds", line.seconds, "Length in seconds; fractions are allowed")
         ->capture_default_str();
     app.add_option("-r,--rate", options.samplingFrequency,
-                   "Samples a second and channel, 1000 to 100000")
+                   "Samples per second and channel, 1000 to 100000")
         ->check(CLI::Range(1000u, 100000u))
         ->capture_default_str();
     app.add_option("--noise", options.noiseSteps,
@@ -77,7 +77,7 @@ void AddSignalOptions(CLI::App& app, CommandLine& line) {
     addFault("--flat", line.flat, "These channels, as in 0-15,20, have one value all the time");
     addFault("--clipped", line.clipped, "These are cut at the upper end of the converter's range");
     addFault("--noisy", line.noisy, "These have additional noise of 1500 steps");
-    app.add_option("--seed", options.seed, "The same seed and options give the same bytes")
+    app.add_option("--seed", options.seed, "The same seed and options produce the same bytes")
         ->check(WholeNumberOf<std::uint64_t>())
         ->capture_default_str();
 }
@@ -92,14 +92,14 @@ void AddContentOptions(CLI::App& app, CommandLine& line) {
         "--mask", line.mask,
         "Record only these channels, as in 0-15,20: puts a channel mask into the packets");
     app.add_flag("--per-sample-states", options.perSampleStates,
-                 "A state byte for every sample instead of one a packet");
+                 "A state byte for every sample instead of one per packet");
     app.add_flag("--no-ttl", line.noTtl, "No TTL pulses: the inputs stay low");
     app.add_flag("--base-imu", options.baseImu, "Add the base unit's inertial values");
     app.add_flag("--afe-imu", options.afeImu, "Add the front-end unit's inertial values");
     app.add_flag("--ultrasonic", options.ultrasonic, "Add ultrasonic values");
     app.add_flag("--all", line.everything, "Both inertial units and ultrasonic values");
     app.add_option("--gap", line.gaps,
-                   "Lose the packets of LENGTH seconds from second AT on; may be given again")
+                   "Lose the packets of LENGTH seconds from second AT on; may be repeated")
         ->type_name("AT:LENGTH")
         ->allow_extra_args(false)
         ->take_all();
@@ -114,17 +114,17 @@ void AddDamageOptions(CLI::App& app, CommandLine& line) {
                          const char* type) {
         app.add_option(name, places, help)->type_name(type)->allow_extra_args(false)->take_all();
     };
-    add("--flip", line.flips, "Flip a bit (0 to 7) of this byte of the file; may be given again",
+    add("--flip", line.flips, "Flip a bit (0 to 7) of this byte of the file; may be repeated",
         "BYTE:BIT");
-    add("--insert", line.inserts, "Insert bytes at random before this one; may be given again",
+    add("--insert", line.inserts, "Insert bytes at random before this one; may be repeated",
         "BYTE:COUNT");
-    add("--drop-bytes", line.drops, "Leave bytes out from this one on; may be given again",
+    add("--drop-bytes", line.drops, "Leave out bytes from this one on; may be repeated",
         "BYTE:COUNT");
     app.add_option("--cut", line.cut, "End the file before this byte")
         ->type_name("BYTE")
         ->check(WholeNumberOf<std::uint64_t>());
     app.add_option("--drift", line.options.driftPpm,
-                   "Parts in a million by which the real rate is above the header's, -1000 to 1000")
+                   "Parts per million by which the real rate is above the header's, -1000 to 1000")
         ->check(CLI::Range(-1000, 1000))
         ->capture_default_str();
     app.add_option("--first-timestamp", line.options.firstTimestampNs,
@@ -132,13 +132,14 @@ void AddDamageOptions(CLI::App& app, CommandLine& line) {
         ->check(WholeNumberOf<std::uint64_t>())
         ->capture_default_str();
     app.add_option("--repeat-stamp", line.options.repeatedStamps,
-                   "This packet (from 0, lost ones counted) has the timestamp of the one before; "
-                   "may be given again")
+                   "This packet (from 0, lost ones counted) repeats the previous timestamp; "
+                   "may be repeated")
         ->type_name("PACKET")
         ->allow_extra_args(false)
         ->take_all()
         ->check(WholeNumberOf<std::uint64_t>());
-    app.add_option("--truth", line.truth, "Write what is missing and damaged here, as JSON")
+    app.add_option("--truth", line.truth,
+                   "Write the missing and damaged parts to this file, as JSON")
         ->type_name("FILE");
 }
 
@@ -147,7 +148,7 @@ void AddOutputOptions(CLI::App& app, CommandLine& line) {
         ->type_name("FILE")
         ->required();
     app.add_flag("-f,--force", line.force, "Replace the file if it exists");
-    app.add_flag("-q,--quiet", line.quiet, "Print nothing when all went well");
+    app.add_flag("-q,--quiet", line.quiet, "Print nothing on success");
     app.add_flag("--stats", line.stats, "Print how often each delta width occurs");
 }
 

@@ -46,7 +46,7 @@ std::string WriteRecordingFile(const SynthOptions& options, const std::string& p
         return path + " is a directory or a device; give the name of a file";
     }
     if (std::filesystem::exists(status) && !replaceExisting) {
-        return path + " exists already; give another name, or --force to replace it";
+        return path + " already exists; give another name, or --force to replace it";
     }
     const std::string partPath = path + ".part";
     FileHandle file(std::fopen(partPath.c_str(), "wb"));
@@ -59,7 +59,7 @@ std::string WriteRecordingFile(const SynthOptions& options, const std::string& p
     if (!summary.damageMet) {
         std::filesystem::remove(partPath, ignored);
         return path + " would have " + std::to_string(summary.bytes) +
-               " bytes, too few for the damage that was asked for; nothing was made";
+               " bytes, too few for the requested damage; nothing was made";
     }
     std::error_code renameError;
     std::filesystem::rename(partPath, path, renameError);

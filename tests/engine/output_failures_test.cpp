@@ -51,6 +51,13 @@ TEST(OutputFailures, WholeOutputsAreNeverNamed) {
     EXPECT_EQ(NameUnfinishedOutputs(outputs), L"");
 }
 
+TEST(OutputFailures, NameWithoutANumberOrAnExtensionStandsAlone) {
+    const std::vector<OutputEnd> outputs = {Unfinished(L"CSC"), Unfinished(L"CSC7"),
+                                            Unfinished(L"CSC.vcs")};
+    EXPECT_EQ(NameUnfinishedOutputs(outputs),
+              L"CSC (no records), CSC7 (no records) and CSC.vcs (no records)");
+}
+
 TEST(OutputFailures, FailedOutputIsNamedWithItsReasonAndWhatItHolds) {
     const std::vector<OutputEnd> outputs = {Whole(L"CSC1.vcs", 7), Failed(L"CSC4.vcs", 5000)};
     EXPECT_EQ(DescribeFailedOutputs(outputs),

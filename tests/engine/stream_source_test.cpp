@@ -1,52 +1,72 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "engine/stream_source.h"
 
+#include <random>
+#include <string>
+#include <vector>
+
 #include <gtest/gtest.h>
 
+#include "tests/support/damaged_recording.h"
 #include "tests/support/engine_run.h"
-#include "tests/support/ord_builder.h"
 
 namespace stalwick::test {
 namespace {
 
-// A recording of which every tenth packet has another type byte, every twentieth also the next but
-// one: too few whole packets are left between those two.
-std::string DamagedRecording() {
-    RandomRecordingShape shape;
-    shape.packetCount = 300;
-    std::vector<PacketPlan> plans = MakeRandomPackets(91, shape);
-    for (std::size_t i = 10; i < plans.size(); i += 10) {
-        plans[i].packetType = 5;
-        if (i % 20 == 0) plans[i + 2].packetType = 5;
-    }
-    return BuildOrdFile(Version2Header(32), plans);
-}
+struct Stretch {
+    std::uint64_t position = 0;
+    std::uint64_t size = 0;
+    bool operator==(const Stretch&) const = default;
+};
 
-TEST(StreamSource, PacketsAndStretchesAddUpToTheRecording) {
-    const TempDirectory directory;
-    const std::string recording = DamagedRecording();
+std::vector<Stretch> StretchesOf(const std::wstring& path) {
     StreamSource source;
-    ASSERT_EQ(source.Open(PutRecording(directory, recording)), 0);
+    EXPECT_EQ(source.Open(path), 0);
+    std::vector<Stretch> stretches;
     DecodedSpan span;
-    std::uint64_t end = kOrdHeaderBytes;  // of what came so far
-    std::size_t stretches = 0;
     do {
         source.Read(span);
-        ASSERT_EQ(span.status, 0);
-        auto stretch = span.skipped.begin();
-        for (std::size_t i = 0; i <= span.packets.size(); ++i) {
-            for (; stretch != span.skipped.end() && stretch->packetsBefore == i; ++stretch) {
-                EXPECT_GE(stretch->part.position, end);
-                end = stretch->part.position + stretch->part.size;
-                if (i < span.packets.size()) {
-                    EXPECT_EQ(span.positions[i], end);
-                }
-                ++stretches;
-            }
-            if (i < span.packets.size()) end = span.positions[i] + 1;
+        for (const SkippedStretch& skipped : span.skipped) {
+            stretches.push_back({skipped.part.position, skipped.part.size});
         }
-    } while (!span.endOfFile);
-    EXPECT_EQ(stretches, 29U);
+    } while (!span.IsLast());
+    return stretches;
+}
+
+// The damage of the stream, without a border between parts that touch.
+std::vector<Stretch> DamageOf(const std::wstring& path) {
+    PacketStream stream;
+    stream.BeStrict();
+    EXPECT_EQ(stream.Open(path), 0);
+    std::vector<Stretch> stretches;
+    ORDDataPacket packet;
+    StreamPart part;
+    do {
+        part = stream.Next(packet);
+        if (part.kind != StreamPart::Kind::kDamage) continue;
+        if (!stretches.empty() &&
+            stretches.back().position + stretches.back().size == part.position) {
+            stretches.back().size += part.size;
+        } else {
+            stretches.push_back({part.position, part.size});
+        }
+    } while (part.kind != StreamPart::Kind::kEnd);
+    return stretches;
+}
+
+TEST(StreamSource, StretchesAreTheDamageOfTheStream) {
+    for (std::uint64_t seed = 0; seed < 20; ++seed) {
+        std::mt19937_64 random(seed);
+        WholeRecordingShape shape;
+        shape.packetCount = 1000;
+        shape.timestamps = seed % 2 == 0;
+        if (seed % 4 < 2) shape.width = 5;
+        DamagedRecording recording(MakeWholeRecording(seed, shape));
+        for (int place = 0; place < 40; ++place) DamageOnePlace(recording, random);
+        const TempDirectory directory;
+        const std::wstring path = PutRecording(directory, recording.bytes);
+        EXPECT_EQ(StretchesOf(path), DamageOf(path)) << seed;
+    }
 }
 
 }  // namespace

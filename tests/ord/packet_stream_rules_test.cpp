@@ -162,6 +162,28 @@ TEST(PacketStreamRules, FewPacketsOfBlocksNeverSeenMakeNoneBeforeThemCertain) {
     EXPECT_EQ(FirstDamagedPacket(MakeRecording(plans, false), 105), 100U);
 }
 
+TEST(PacketStreamRules, PacketsMayContinueWithTheNextByteAfterDamage) {
+    const Recording recording = MakeRandomRecording(19, EqualShape(true, 50));
+    std::string bytes = recording.bytes;
+    bytes.insert(recording.positions[0], 1, '\5');
+    const Streamed streamed = Stream(bytes);
+    ASSERT_EQ(streamed.Damage().size(), 1U);
+    EXPECT_EQ(streamed.Damage()[0].size, 1U);
+    EXPECT_EQ(streamed.packets.size(), 50U);
+}
+
+// Most steps so far were not whole ones, so whole steps say nothing about what follows.
+TEST(PacketStreamRules, RecorderWithoutAClockNeedsNoWholeStepsAfterDamage) {
+    std::vector<PacketPlan> plans = MakeRandomPackets(20, EqualShape(true, 200));
+    for (std::size_t i = 10; i < plans.size(); ++i) {
+        *plans[i].hardwareTimestamp += i * i * 977 % 300'000;
+    }
+    const Recording recording = MakeRecording(plans);
+    std::string bytes = recording.bytes;
+    bytes[recording.positions[100]] = 5;
+    EXPECT_GE(Stream(bytes).packets.size(), 196U);
+}
+
 TEST(PacketStreamRules, PacketsWithOtherBlocksThanBeforeMayFollowDamage) {
     std::vector<PacketPlan> plans = MakeRandomPackets(14, EqualShape(true, 60));
     for (std::size_t i = 22; i < plans.size(); i += 2) plans[i].baseImu.emplace().fill(1);

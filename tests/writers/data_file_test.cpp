@@ -25,6 +25,29 @@ class WriteBackCalls final : public ForwardingFileCalls {
     std::vector<std::pair<std::uint64_t, std::uint64_t>> spans;
 };
 
+// Counts how often the disk was waited for.
+class SyncCalls final : public ForwardingFileCalls {
+  public:
+    SystemErrorCode SyncData(FileHandle handle) override {
+        ++syncs;
+        return ForwardingFileCalls::SyncData(handle);
+    }
+    int syncs = 0;
+};
+
+TEST(DataFile, WaitsForTheDiskOnceForTheSameData) {
+    const TempDirectory directory;
+    SyncCalls calls;
+    DataFile file{OutputSettings()};
+    ASSERT_EQ(file.Create(directory.Path(L"a.vcs")), 0);
+    ASSERT_TRUE(file.SetHeader("open"));
+    EXPECT_EQ(calls.syncs, 0);
+    ASSERT_TRUE(file.Append("data", 4));
+    ASSERT_TRUE(file.Sync());
+    ASSERT_TRUE(file.SetHeader("closed"));
+    EXPECT_EQ(calls.syncs, 1);
+}
+
 TEST(DataFile, TotalsCountWhatIsStillQueued) {
     const TempDirectory directory;
     WriteQueue queue;

@@ -33,7 +33,8 @@ def test_a_wheel_is_made_without_the_network_and_works_in_a_new_environment(
     source = tmp_path / "source"
     shutil.copytree(PACKAGE, source / "stalwick", ignore=shutil.ignore_patterns("__pycache__"))
     has_decoder = any(PACKAGE.glob("_ord*"))
-    # The build directory has everything next to the package; LICENSE of the sources is one level up.
+    # The build directory has everything next to the package. The license is one level above the
+    # sources.
     for name in ("pyproject.toml", "setup.py", "README.md", *(["LICENSE"] if has_decoder else [])):
         shutil.copy(PACKAGE.parent / name, source)
     wheels = tmp_path / "wheels"

@@ -42,7 +42,7 @@ class FileSelectionTest : public QObject {
     void RecordingInTheRootDirectoryShowsIt();
     void InputDialogOpensWideEnoughForItsColumns();
     void ClickOnAPipeOrADeviceOpensNothing();
-    void ToolTipsShowPathsAsTheyStand_data();
+    void ToolTipsShowPathsUnchanged_data();
     void ToolTipsShowPathsUnchanged();
 };
 
@@ -293,7 +293,7 @@ QString Shown(const QString& toolTip) {
 
 }  // namespace
 
-void FileSelectionTest::ToolTipsShowPathsAsTheyStand_data() {
+void FileSelectionTest::ToolTipsShowPathsUnchanged_data() {
     QTest::addColumn<QString>("name");
     QTest::newRow("plain") << "trial  2 & 3";
     QTest::newRow("tags") << "trial<i>  2</i>";

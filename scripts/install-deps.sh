@@ -41,7 +41,12 @@ packages_of() {
     esac
 }
 
+# Node.js may come from elsewhere: Debian's packages then cannot be installed.
 is_installed() {
+    case "$1" in
+        nodejs) command -v node > /dev/null && return ;;
+        npm) command -v npm > /dev/null && return ;;
+    esac
     [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
 }
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "page/page_json.h"
 
-#include <cmath>
+#include <array>
+#include <charconv>
 
 #include <nlohmann/json.hpp>
 
@@ -61,11 +62,14 @@ Json StretchesOf(const SignalSpectra& spectra) {
     return all;
 }
 
-// Six digits are more precise than a density; they keep the page small.
+// Six digits are more precise than a density; they keep the page small. Rounded as text: powers of
+// ten below one are not exact, and differ between C libraries.
 double Rounded(double value) {
-    if (value == 0.0 || !std::isfinite(value)) return value;
-    const double unit = std::pow(10.0, std::floor(std::log10(std::abs(value))) - 5.0);
-    return std::round(value / unit) * unit;
+    std::array<char, 32> text;
+    const auto written = std::to_chars(text.data(), text.data() + text.size(), value,
+                                       std::chars_format::scientific, 5);
+    std::from_chars(text.data(), written.ptr, value);
+    return value;
 }
 
 Json SpectraOf(const PageSurvey& page) {

@@ -185,6 +185,7 @@ def test_figures(bench):
                                 spectra["segment_samples"])
         assert one["segments"] == count
         found = np.array(one["microvolts_squared_per_hertz"])
+        assert all(value == float(f"{value:.5e}") for value in found), "more than six digits"
         assert found.shape == expected.shape
         # The density at 0 Hz is the rest of a removed mean: nothing, except for rounding.
         worst = np.max(np.abs(found[1:] - expected[1:]) / np.maximum(expected[1:], 1e-12))

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "page/info_json.h"
 
-#include <optional>
-
 #include <nlohmann/json.hpp>
 
 #include "page/info_words.h"
+#include "page/json_values.h"
 #include "page/time_json.h"
 #include "platform/text_encoding.h"
 
@@ -16,11 +15,6 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr int kFormatVersion = 1;
-
-template <typename T>
-Json OrNull(const std::optional<T>& value) {
-    return value ? Json(*value) : Json(nullptr);
-}
 
 Json HeaderOf(const RecordingHeader& header) {
     return {{"num_ad_channels", header.numADChannels},

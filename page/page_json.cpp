@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "page/info_json.h"
+#include "page/json_values.h"
 #include "page/shown_channels.h"
 
 namespace stalwick {
@@ -17,10 +18,6 @@ using Json = nlohmann::ordered_json;
 
 constexpr int kFormatVersion = 1;
 constexpr double kSecondsPerMinute = 60.0;
-
-Json OrNull(const std::optional<double>& value) {
-    return value ? Json(*value) : Json(nullptr);
-}
 
 Json RulesOf(const SignalRules& rules) {
     return {{"flat_below_microvolts", rules.flatBelowMicrovolts},

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "page/info_words.h"
+#include "page/json_values.h"
 #include "platform/text_encoding.h"
 
 namespace stalwick {
@@ -30,15 +31,14 @@ Json BackwardTimestampsAsJson(const TimeAccount& time) {
 }
 
 Json DamageAsJson(std::span<const DamagedStretch> damage) {
-    const auto orNull = [](const auto& value) { return value ? Json(*value) : Json(nullptr); };
     Json all = Json::array();
     for (const DamagedStretch& stretch : damage) {
         all.push_back({{"position", stretch.position},
                        {"bytes", stretch.bytes},
                        {"reason", ToUtf8(DamageReason(stretch))},
                        {"noticed_at", stretch.noticedAt},
-                       {"at_seconds", orNull(stretch.atSeconds)},
-                       {"missing_samples", orNull(stretch.missingSamples)}});
+                       {"at_seconds", OrNull(stretch.atSeconds)},
+                       {"missing_samples", OrNull(stretch.missingSamples)}});
     }
     return all;
 }

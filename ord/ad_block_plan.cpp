@@ -31,8 +31,10 @@ constexpr EightBytes OnePerBit(std::uint8_t maskByte) {
 
 // The eight widths that begin on a byte, high nibble first.
 EightBytes ReadEightNibbles(const std::uint8_t* data) {
-    EightBytes pairs = 0;
-    for (unsigned i = 0; i < 4; ++i) pairs |= EightBytes{data[i]} << (16 * i);
+    EightBytes pairs = EightBytes{data[0]} | EightBytes{data[1]} << 8U |
+                       EightBytes{data[2]} << 16U | EightBytes{data[3]} << 24U;
+    pairs = (pairs | pairs << 16U) & 0x0000FFFF0000FFFFU;
+    pairs = (pairs | pairs << 8U) & 0x00FF00FF00FF00FFU;
     constexpr EightBytes kLowNibbles = 0x000F000F000F000FU;
     return ((pairs >> 4U) & kLowNibbles) | ((pairs & kLowNibbles) << 8U);
 }
@@ -55,13 +57,33 @@ EightBytes ReadWidths(const std::uint8_t* data, std::uint32_t position, std::uin
 }
 
 // The layout of consecutive channels with these widths; at most 255 bits in total.
-GroupLayout LayOut(EightBytes widths, EightBytes enabled) {
+constexpr GroupLayout LayOut(EightBytes widths, EightBytes enabled) {
     const EightBytes offsets = SumsBefore(widths);
-    GroupLayout layout;
+    GroupLayout layout{};
     layout.firstBytes = ((offsets >> 3U) & (0x1F * kOnes)) | ((enabled ^ kOnes) * kNoByte);
     layout.bitsToSkip = offsets & (0x07 * kOnes);
     layout.widths = widths | (enabled ^ kOnes);
     return layout;
+}
+
+// Plans the group after those that the plan counts. False if `length` bytes do not hold its widths.
+[[gnu::always_inline]] inline bool PlanGroup(const std::uint8_t* data, std::size_t length,
+                                             std::uint8_t mask, ADBlockPlan& plan,
+                                             ChannelGroup8& group) {
+    const auto count = static_cast<std::uint32_t>(std::popcount(mask));
+    if ((plan.enabledCount + count) * kWidthBits > length * 8) return false;
+
+    const EightBytes enabled = OnePerBit(mask);
+    const EightBytes stored = ReadWidths(data, plan.enabledCount, mask);
+    const EightBytes widths = stored | (enabled & ~OneWhereNotZero(stored));
+    group.deltas = LayOut(widths, enabled);
+    group.firstValues = LayOut(enabled * kFirstValueBits, enabled);
+    group.deltasBit = plan.rowBits;
+    group.firstValuesBit = plan.enabledCount * kFirstValueBits;
+    plan.enabledCount += count;
+    plan.widthSum += SumOf(stored);
+    plan.rowBits += SumOf(widths);
+    return true;
 }
 
 }  // namespace
@@ -73,22 +95,14 @@ bool BuildADBlockPlan(const std::uint8_t* data, std::size_t length, std::uint32_
     plan.widthSum = 0;
     plan.rowBits = 0;
     for (std::uint32_t i = 0; i < plan.groupCount; ++i) {
-        ChannelGroup8& group = plan.groups[i];
         const std::uint8_t mask =
             channelMask.empty() ? kAllEnabled : channelMask[channelMask.size() - 1 - i];
-        const auto count = static_cast<std::uint32_t>(std::popcount(mask));
-        if ((plan.enabledCount + count) * kWidthBits > length * 8) return false;
-
-        const EightBytes enabled = OnePerBit(mask);
-        const EightBytes stored = ReadWidths(data, plan.enabledCount, mask);
-        const EightBytes widths = stored | (enabled & ~OneWhereNotZero(stored));
-        group.deltas = LayOut(widths, enabled);
-        group.firstValues = LayOut(enabled * kFirstValueBits, enabled);
-        group.deltasBit = plan.rowBits;
-        group.firstValuesBit = plan.enabledCount * kFirstValueBits;
-        plan.enabledCount += count;
-        plan.widthSum += SumOf(stored);
-        plan.rowBits += SumOf(widths);
+        ChannelGroup8& group = plan.groups[i];
+        // The usual mask as a constant: nothing that depends on it is then computed here.
+        const bool planned = mask == kAllEnabled
+                                 ? PlanGroup(data, length, kAllEnabled, plan, group)
+                                 : PlanGroup(data, length, mask, plan, group);
+        if (!planned) return false;
     }
     const std::uint32_t widthBits = plan.enabledCount * kWidthBits;
     for (std::uint32_t i = 0; i < plan.groupCount; ++i) {

@@ -2,14 +2,17 @@
 #include "writers/write_queue.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace stalwick {
 
 namespace {
 
 constexpr std::size_t kThreads = 2;  // the queue's and the caller's
-// The thread is woken for this many blocks at a time: waking costs as much as writing one.
-constexpr std::size_t kBlocksWorthWaking = 4;
+// The thread is woken for this many blocks at a time, because waking costs as much as writing one.
+constexpr std::size_t kBlocksWorthWaking = 8;
+// Fewer blocks do not wait longer than this, so that little is lost if the program is killed.
+constexpr std::chrono::milliseconds kLongestRest{50};
 
 }  // namespace
 
@@ -42,7 +45,7 @@ void WriteQueue::Work() {
             return;
         } else {
             resting_ = true;
-            changed_.wait(lock);
+            changed_.wait_for(lock, kLongestRest);
             resting_ = false;
         }
     }

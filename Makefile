@@ -223,6 +223,7 @@ check-format:
 	scripts/check-python.sh
 	scripts/check-english.sh
 	scripts/check-licenses.sh
+	scripts/check-version.sh
 
 clean:
 	rm -rf build

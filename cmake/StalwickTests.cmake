@@ -11,6 +11,9 @@ function(stalwick_add_test name)
     add_executable(${name}_tests ${ARG_SOURCES})
     target_link_libraries(${name}_tests PRIVATE
         stalwick_test_support ${ARG_LINK} GTest::gtest_main GTest::gmock)
+    if(TARGET stalwick_test_headers)
+        target_precompile_headers(${name}_tests REUSE_FROM stalwick_test_headers)
+    endif()
     gtest_discover_tests(${name}_tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300 LABELS ${name})
 endfunction()
 

@@ -99,9 +99,8 @@ bool BuildADBlockPlan(const std::uint8_t* data, std::size_t length, std::uint32_
             channelMask.empty() ? kAllEnabled : channelMask[channelMask.size() - 1 - i];
         ChannelGroup8& group = plan.groups[i];
         // The usual mask as a constant: nothing that depends on it is then computed here.
-        const bool planned = mask == kAllEnabled
-                                 ? PlanGroup(data, length, kAllEnabled, plan, group)
-                                 : PlanGroup(data, length, mask, plan, group);
+        const bool planned = mask == kAllEnabled ? PlanGroup(data, length, kAllEnabled, plan, group)
+                                                 : PlanGroup(data, length, mask, plan, group);
         if (!planned) return false;
     }
     const std::uint32_t widthBits = plan.enabledCount * kWidthBits;

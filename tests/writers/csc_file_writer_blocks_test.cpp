@@ -4,6 +4,7 @@
 // failure.
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -13,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/system_error.h"
+#include "tests/support/case_step.h"
 #include "tests/support/engine_run.h"
 #include "tests/support/faulty_file_calls.h"
 #include "tests/support/output_failures.h"
@@ -157,6 +159,8 @@ TEST(CSCFileWriterBlocks, FilesThatAreFilledSideBySideAreWrittenInTurns) {
     }
 }
 
+constexpr std::array<std::uint32_t, 4> kRecordsPerWrite = {48, 0, 1, 1250};
+
 // More than 5000 records in each file of two groups, through both the container and the reference.
 struct LongChannels {
     explicit LongChannels(const OutputSettings& settings, WriteQueue* queue = nullptr)
@@ -205,8 +209,8 @@ struct LongChannels {
 TEST(CSCFileWriterBlocks, RecordingThatFailsLeavesTheFullBlocksOfEveryFile) {
     WriteQueue queue;
     for (WriteQueue* const used : {static_cast<WriteQueue*>(nullptr), &queue}) {
-        for (const std::uint32_t recordsPerWrite : {0U, 1U, 48U, 1250U}) {
-            LongChannels channels(ChannelSettings(recordsPerWrite), used);
+        for (std::size_t i = 0; i < kRecordsPerWrite.size(); i += kCaseStep) {
+            LongChannels channels(ChannelSettings(kRecordsPerWrite[i]), used);
             channels.container.LeaveUnfinished();
             EXPECT_EQ(channels.container.fileIO.CompleteWrites(), 0);
             for (std::size_t file = 0; file < 12; ++file) {
@@ -218,8 +222,8 @@ TEST(CSCFileWriterBlocks, RecordingThatFailsLeavesTheFullBlocksOfEveryFile) {
 }
 
 TEST(CSCFileWriterBlocks, KillAtAnyTimeLeavesTheFullBlocksOfEveryFile) {
-    for (const std::uint32_t recordsPerWrite : {0U, 1U, 48U, 1250U}) {
-        const LongChannels channels{ChannelSettings(recordsPerWrite)};
+    for (std::size_t i = 0; i < kRecordsPerWrite.size(); i += kCaseStep) {
+        const LongChannels channels{ChannelSettings(kRecordsPerWrite[i])};
         for (std::size_t file = 0; file < 12; ++file) {
             const std::string& full = channels.reference[file].written;
             EXPECT_TRUE(SameBytes(channels.DataOf(file).substr(0, full.size()), full));

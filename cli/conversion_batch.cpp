@@ -95,6 +95,7 @@ void ConversionBatch::ConvertFile(std::size_t index) {
     // Allocated beforehand: when memory runs out there is none for them.
     std::wstring outOfMemory = FromUtf8(kStatusOutOfMemory);
     std::vector<ConversionDetail> details = {OutOfMemoryDetail(recordings_[index].path)};
+    const RecordingFile file = outcome.file;
     try {
         // The check needs memory too.
         if (!NeedsConversion(recordings_[index], commandLine_, processor, outcome)) return;
@@ -102,6 +103,7 @@ void ConversionBatch::ConvertFile(std::size_t index) {
         details.clear();
     } catch (const std::bad_alloc&) {
         outcome = RecordingOutcome();
+        outcome.file = file;
         outcome.status = std::move(outOfMemory);
     }
     outcome.account = processor.TakeAccount();

@@ -221,5 +221,22 @@ TEST(ConversionBatch, LackOfMemoryInALookFailsThatRecordingOnly) {
     EXPECT_NE(lines[0].find(L"not enough memory"), std::wstring::npos);
 }
 
+TEST(ConversionBatch, LackOfMemoryIsNotMistakenForAChangeOfTheRecording) {
+    const TempDirectory directory;
+    const std::wstring path = PutFile(directory, 0, L"r.ord", Recording(1));
+    CommandLine line = LineFor(directory, {path}, 1);
+    line.checksum = true;
+    ConversionBatch batch(line, PlanRecordings(line));
+    {
+        const AtRead runsOut(1, [] { throw std::bad_alloc(); });
+        batch.Run();
+    }
+    const RecordingOutcome& outcome = batch.Outcomes()[0];
+    EXPECT_EQ(VerdictOf(outcome), Verdict::kFailed);
+    EXPECT_EQ(outcome.file, QueryRecordingFile(path));
+    EXPECT_EQ(outcome.checksums.failures, std::vector<std::wstring>());
+    EXPECT_EQ(outcome.checksums.recording.size(), 64U);
+}
+
 }  // namespace
 }  // namespace stalwick::test

@@ -129,9 +129,8 @@ int Convert(const CommandLine& commandLine) {
     }
     const bool printed = PrintStatus(batch.Status());
     report.exitStatus = ExitStatus(batch.Outcomes(), batch.Canceled(), interruption.load());
-    if ((!printed || ReportChecksumFailures(batch.Outcomes())) && !batch.Canceled()) {
-        report.exitStatus = kExitFailed;
-    }
+    const bool checksumsFailed = ReportChecksumFailures(batch.Outcomes());
+    if ((!printed || checksumsFailed) && !batch.Canceled()) report.exitStatus = kExitFailed;
     return commandLine.reportPath.empty() ? report.exitStatus : Report(report, batch);
 }
 

@@ -183,13 +183,13 @@ class Report(ReportTest):
         self.assertIn(b"--checksum needs --report FILE.json", run.stderr)
         self.run_convert("--report", "", "a.ord", status=2)
 
-    def test_output_that_vanished_is_a_failure_of_its_checksum(self):
-        # A recording that changes after its conversion has no checksum either.
+    def convert_while_an_output_vanishes(self, standard_output):
+        """Converts a.ord, and b.ord without its CSC7.vcs; returns the lines on standard error."""
         os.mkfifo(self.path("b.ord"))
         self.make("a.ord")
         run = subprocess.Popen([CONVERT, "--report", "report.json", "-j", "2", "--checksum",
                                 "-k", "a.ord", "b.ord"], cwd=self.directory,
-                               stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+                               stdout=standard_output, stderr=subprocess.PIPE)
         with open(self.path("b.ord"), "wb") as pipe, open(self.path("a.ord"), "rb") as recording:
             pipe.write(recording.read())
             pipe.flush()
@@ -197,11 +197,22 @@ class Report(ReportTest):
             os.rename(self.path("b/CSC7.vcs"), self.path("moved"))
         error = run.communicate()[1].decode()
         self.assertEqual(run.returncode, 1)
+        return error
+
+    def test_output_that_vanished_is_a_failure_of_its_checksum(self):
+        # A recording that changes after its conversion has no checksum either.
+        error = self.convert_while_an_output_vanishes(subprocess.DEVNULL)
         self.assertIn("CSC7.vcs: no SHA-256: No such file or directory", error)
         outputs = {o["name"]: o for o in self.load()["recordings"][1]["outputs"]}
         self.assertIsNone(outputs["CSC7.vcs"]["sha256"])
         self.assertEqual(outputs["CSC7.vcs"]["bytes"], 0)
         self.assertEqual(outputs["CSC8.vcs"]["sha256"], sha256sum(self.path("b/CSC8.vcs")))
+
+    def test_failed_checksum_is_reported_even_if_the_status_cannot_be_printed(self):
+        with open("/dev/full", "wb") as full:
+            error = self.convert_while_an_output_vanishes(full)
+        self.assertIn("cannot write to standard output", error)
+        self.assertIn("CSC7.vcs: no SHA-256", error)
 
 
 if __name__ == "__main__":

@@ -1,3 +1,3 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
-// Has nothing of its own: CMake precompiles headers for a target that compiles something.
+// Empty: CMake precompiles headers only for a target that compiles something.

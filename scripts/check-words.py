@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Reports phrases that CONTRIBUTING.md advises against, in every text file that git tracks.
+"""Reports phrases that CONTRIBUTING.md advises against, in every text file that git tracks or would add.
 
-    scripts/check-words.py [FILE...]      without FILE: all tracked files
+    scripts/check-words.py [FILE...]      without FILE: all of these
 """
 import re
 import subprocess
@@ -60,8 +60,9 @@ def compile_pattern(phrases: list[str]) -> re.Pattern[str]:
     return re.compile(r"\b(?:" + "|".join(choices) + r")\b", re.IGNORECASE)
 
 
-def tracked_files() -> list[str]:
-    listed = subprocess.run(["git", "ls-files", "-z"], cwd=ROOT, check=True, capture_output=True)
+def listed_files() -> list[str]:
+    listed = subprocess.run(["git", "ls-files", "-coz", "--exclude-standard"], cwd=ROOT, check=True,
+                            capture_output=True)
     return listed.stdout.decode().split("\0")[:-1]
 
 
@@ -91,7 +92,7 @@ def find_phrases(name: str, pattern: re.Pattern[str]) -> list[str]:
 
 def main() -> int:
     pattern = compile_pattern(read_phrases())
-    found = [hit for name in sys.argv[1:] or tracked_files() for hit in find_phrases(name, pattern)]
+    found = [hit for name in sys.argv[1:] or listed_files() for hit in find_phrases(name, pattern)]
     print("\n".join(found), end="\n" if found else "")
     return 1 if found else 0
 

@@ -74,10 +74,10 @@ void DeclareProgram(CLI::App& app) {
         "Converts wireless recordings (.ord) into channel files (.vcs), an event file\n"
         "(.vev) and a raw data file (.vrd), in a separate directory for each recording.");
     app.footer(
-        "Exit status: 0 all whole; 1 a conversion failed, an output is incomplete, or a report\n"
-        "or page could not be written; 2 wrong usage, output directory or report; 3 all written, "
-        "but a\n"
-        "recording itself lost data; 130, 143 or 129 canceled by SIGINT, SIGTERM or SIGHUP.");
+        "Exit status: 0 all whole; 1 a conversion failed, an output is missing or incomplete, a\n"
+        "checksum could not be computed, or the status, help, report or page could not be\n"
+        "written; 2 wrong usage, output directory or report; 3 all written, but a recording\n"
+        "itself lost data; 130, 143 or 129 canceled by SIGINT, SIGTERM or SIGHUP.");
 }
 
 void DeclareOutputs(CLI::App& app, RawOptions& options) {

@@ -41,6 +41,9 @@ const char* NameOf(Verdict verdict) {
     }
 }
 
+// All options except --report itself and those that only concern how a run is shown and how fast it
+// is: --quiet, --jobs. docs/report.schema.json lists the same keys; cli/earlier_report.cpp reads
+// some of them.
 Json OptionsOf(const CommandLine& line) {
     const auto isOn = [&](ChannelGroup group) {
         return line.channelOptions[static_cast<std::size_t>(group)] != 0;

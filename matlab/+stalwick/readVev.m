@@ -11,6 +11,9 @@ function file = readVev(path, varargin)
 %                 are 0 for the first event: the file does not contain the value before it.
 %   file.header   the header fields
 %
+%   The header of an event file always says that it was not closed, and a missing end cannot be
+%   detected.
+%
 %   A file that violates the format is an error that names file, record and byte; records
 %   and bytes count from 0.
 options = stalwick.internal.options(varargin);

@@ -9,13 +9,13 @@ import sys
 from datetime import UTC, datetime, timedelta
 
 from .channel_group import ChannelGroup
-from .errors import StalwickError
+from .errors import IncompleteFileError, StalwickError
 from .session import Session, open_session
 
 
 def main(arguments: list[str] | None = None) -> int:
     parser = argparse.ArgumentParser(
-        prog="python -m stalwick", description="Says prints the contents of a directory of outputs."
+        prog="python -m stalwick", description="Prints the contents of a directory of outputs."
     )
     parser.add_argument("directory", help="the directory that the recording was converted into")
     parser.add_argument("--suffix", default="", help='"_01": a further conversion into it')
@@ -28,6 +28,10 @@ def main(arguments: list[str] | None = None) -> int:
             options.directory, suffix=options.suffix, allow_incomplete=options.allow_incomplete
         ) as session:
             print("\n".join(describe(session)))
+    except IncompleteFileError as error:
+        advice = "convert the recording again, or give --allow-incomplete"
+        print(f"stalwick: {error.path}: {error.reason}; {advice}", file=sys.stderr)
+        return 1
     except StalwickError as error:
         print(f"stalwick: {error}", file=sys.stderr)
         return 1
@@ -38,6 +42,9 @@ def describe(session: Session) -> list[str]:
     """Lines for people to read."""
     first = next(iter(session.headers.values()))
     lines = [f"{session.directory}: {len(session.files)} files, session {first['SessionUUID']}"]
+    unclosed = [name for name in session.files if not _was_closed(session, name)]
+    if unclosed:
+        lines.append(f"not closed  files that may lack their end: {len(unclosed)}")
     for group in session.groups.values():
         lines += _describe_group(group)
     if "Events" in session.files:
@@ -47,8 +54,14 @@ def describe(session: Session) -> list[str]:
         raw = session.raw
         lines.append(f"raw data    {raw.num_samples} records of {raw.num_channels} channels")
     if session.other_runs:
-        lines.append(f"further conversions in this directory: {', '.join(session.other_runs)}")
+        runs = ", ".join(run or "without suffix" for run in session.other_runs)
+        lines.append(f"further conversions in this directory: {runs}")
     return lines
+
+
+def _was_closed(session: Session, name: str) -> bool:
+    """Event files never show it."""
+    return name == "Events" or session.files[name].closed_by_conversion
 
 
 def _describe_group(group: ChannelGroup) -> list[str]:

@@ -39,10 +39,13 @@ class IncompleteFileError(StalwickError):
     ----------
     path : pathlib.Path
         The file.
+    reason : str
+        What is missing, without advice.
     """
 
     def __init__(self, path: Path, reason: str) -> None:
         self.path = path
+        self.reason = reason
         super().__init__(
             f"{path}: {reason}; convert the recording again, "
             "or pass allow_incomplete=True to read the whole records that are there"

@@ -178,7 +178,8 @@ def open_vev(path: str | os.PathLike[str], *, allow_incomplete: bool = False) ->
     Parameters
     ----------
     path : path-like
-        The file. Its header never says whether it was closed.
+        The file. Its header never says whether it was closed: missing events at its end cannot
+        be detected.
     allow_incomplete : bool
         Whether to open a file that ends inside a record, without that record.
 

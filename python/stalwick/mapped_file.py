@@ -72,7 +72,10 @@ class MappedFile(Closing):
 
     def _check_closed(self, file_type: str) -> None:
         if file_type != "Event" and not self.closed_by_conversion and not self.allow_incomplete:
-            reason = "its header says that it was not closed, so it may lack its end"
+            reason = (
+                "its header says that it was not closed, so it may lack its end, "
+                "or a conversion is still writing it"
+            )
             raise IncompleteFileError(self.path, reason)
 
     def _data(self) -> NDArray[np.uint8]:

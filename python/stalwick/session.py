@@ -11,7 +11,7 @@ from pathlib import Path
 
 from .channel_group import ChannelGroup
 from .continuous_file import ContinuousFile
-from .errors import InconsistentSetError, StalwickError
+from .errors import IncompleteFileError, InconsistentSetError, StalwickError
 from .event_file import EventFile, Events
 from .header import Header
 from .mapped_file import MappedFile
@@ -139,14 +139,21 @@ def open_session(
         paths, other_runs = [Path(path) for path in source], []
         directory = paths[0].parent if paths else Path()
     files: dict[str, MappedFile] = {}
+    incomplete: list[IncompleteFileError] = []
     try:
         for path in paths:
-            file = _open(path, allow_incomplete)
+            try:
+                file = _open(path, allow_incomplete)
+            except IncompleteFileError as error:
+                incomplete.append(error)
+                continue
             entity = str(file.header["AcqEntName"])
             files.setdefault(entity, file)
             if files[entity] is not file:
                 raise InconsistentSetError(f"{path}: {files[entity].path} is {entity} too")
             _check_name(path, entity)
+        if incomplete:
+            raise _summarize(incomplete, other_runs)
         return Session(files, directory, other_runs)
     except StalwickError:
         for file in files.values():
@@ -166,6 +173,19 @@ def _list_directory(directory: Path, suffix: str) -> tuple[list[Path], list[str]
         what = f"outputs with {suffix} in their names" if suffix else "outputs"
         raise StalwickError(f"{directory}: there are no {what} (.vcs, .vev, .vrd) in it")
     return paths, sorted(suffixes - {suffix})
+
+
+def _summarize(
+    incomplete: list[IncompleteFileError], other_runs: list[str]
+) -> IncompleteFileError:
+    """One error for all incomplete files of a set."""
+    reason = incomplete[0].reason
+    if len(incomplete) > 1:
+        reason += f"; {len(incomplete)} files of this set are incomplete"
+    suffixes = ", ".join(run for run in other_runs if run)
+    if suffixes:
+        reason += f"; this directory also has outputs with the suffix {suffixes}"
+    return IncompleteFileError(incomplete[0].path, reason)
 
 
 def _open(path: Path, allow_incomplete: bool) -> MappedFile:

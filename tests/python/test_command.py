@@ -8,7 +8,7 @@ import sys
 from pathlib import Path
 
 import stalwick
-from output_files import channel_file, write
+from output_files import channel_file, event_file, write
 
 
 def run(*arguments: str) -> subprocess.CompletedProcess[str]:
@@ -31,6 +31,33 @@ def test_it_prints_gaps(tmp_path: Path) -> None:
     records = [(0, [0] * 512), (17066 + 1_000_000, [1])]
     write(tmp_path / "CSC1.vcs", channel_file("CSC1", 30000, records))
     assert "gap of 1.000000 s between samples 0 and 512" in run(str(tmp_path)).stdout
+
+
+def test_it_prints_how_many_files_were_not_closed(tmp_path: Path) -> None:
+    for name in ("CSC1", "CSC2"):
+        write(tmp_path / f"{name}.vcs", channel_file(name, 30000, [(0, [1])], closed=False))
+    write(tmp_path / "Events.vev", event_file([]))
+    lines = run("--allow-incomplete", str(tmp_path)).stdout.splitlines()
+    assert lines[1] == "not closed  files that may lack their end: 2"
+
+
+def test_incomplete_sets_name_the_option_the_number_of_files_and_later_sets(tmp_path: Path) -> None:
+    for name in ("CSC1", "CSC2"):
+        write(tmp_path / f"{name}.vcs", channel_file(name, 30000, [(0, [1])], closed=False))
+    write(tmp_path / "CSC1_01.vcs", channel_file("CSC1", 30000, [(0, [1])]))
+    error = run(str(tmp_path)).stderr
+    assert error.startswith(f"stalwick: {tmp_path / 'CSC1.vcs'}: its header says that it was not")
+    assert "; 2 files of this set are incomplete; " in error
+    assert "; this directory also has outputs with the suffix _01; " in error
+    assert error.endswith("; convert the recording again, or give --allow-incomplete\n")
+
+
+def test_it_names_further_conversions(tmp_path: Path) -> None:
+    for name in ("CSC1", "CSC1_01", "CSC1_02"):
+        write(tmp_path / f"{name}.vcs", channel_file("CSC1", 30000, [(0, [1])]))
+    text = "further conversions in this directory: "
+    assert run(str(tmp_path)).stdout.endswith(f"{text}_01, _02\n")
+    assert run("--suffix", "_01", str(tmp_path)).stdout.endswith(f"{text}without suffix, _02\n")
 
 
 def test_an_error_is_one_line_and_status_1(tmp_path: Path) -> None:

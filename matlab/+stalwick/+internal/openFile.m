@@ -14,7 +14,8 @@ file.path = path;
 file.header = stalwick.internal.parseHeader(block, path, type);
 file.size = ftell(id) - 16384;
 if ~strcmp(type, 'Event') && isempty(file.header.TimeClosed) && ~allowIncomplete
-    incomplete(path, 'its header says that it was not closed, so it may lack its end');
+    incomplete(path, ['its header says that it was not closed, so it may lack its end, ' ...
+        'or a conversion is still writing it']);
 end
 recordSize = struct('CSC', 1044, 'Event', 184, 'Raw', 4);
 left = mod(file.size, recordSize.(type));

@@ -7,6 +7,7 @@
 #include "ord/ord_file_reader.h"
 #include "tests/support/memory_file_calls.h"
 #include "tests/support/plain_packet.h"
+#include "tests/support/program_header.h"
 
 namespace stalwick::fuzz {
 
@@ -26,17 +27,7 @@ void CompareHeader(const ORDFileReader& reader, bool opened,
         Require(reader.GetErrorMessage() == expected.errorText, "another error text");
         return;
     }
-    Require(reader.NumADChannels() == expected.numADChannels, "another channel count");
-    Require(reader.SamplingFrequency() == expected.samplingFrequency, "another frequency");
-    Require(reader.ADMaxValue() == expected.adMaxValue, "another largest value");
-    Require(reader.ADBitVolts() == expected.adBitVolts, "other volts per bit");
-    Require(reader.InputRange() == expected.inputRange, "another input range");
-    Require(reader.UTCOffsetMicroseconds() == expected.utcOffsetMicroseconds, "another offset");
-    Require(reader.SessionUUID() == expected.sessionUuid, "another session");
-    Require(reader.AcquisitionSystem() == expected.acquisitionSystem, "another system");
-    Require(reader.BaseIMUAvailable() == expected.baseIMUAvailable, "another base flag");
-    Require(reader.AfeIMUAvailable() == expected.afeIMUAvailable, "another front-end flag");
-    Require(reader.UltrasonicAvailable() == expected.ultrasonicAvailable, "another flag");
+    Require(test::AsReferenceFields(reader.Header()) == expected, "another field of the header");
 }
 
 void CompareStream(ORDFileReader& reader, const RecordingInput& input) {

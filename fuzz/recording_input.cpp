@@ -6,8 +6,8 @@
 #include <span>
 
 #include "ord/header_fields.h"
-#include "ord/recording_header.h"
 #include "tests/support/ord_builder.h"
+#include "tests/support/program_header.h"
 #include "tools/ord_synth/recording_synth.h"
 
 namespace stalwick::fuzz {
@@ -83,24 +83,7 @@ bool IsForThePatterns(const RecordingInput& input) {
 }
 
 test::ReferenceHeaderFields FieldsByTheProgram(const RecordingInput& input) {
-    test::ReferenceHeaderFields fields;
-    RecordingHeader header;
-    std::wstring error;
-    if (ReadRecordingHeader(HeaderTextOf(input), header, error) != 0) fields.errorText = error;
-    fields.numADChannels = header.numADChannels;
-    fields.samplingFrequency = header.samplingFrequency;
-    fields.adMaxValue = header.adMaxValue;
-    fields.adBitVolts = header.adBitVolts;
-    fields.inputRange = header.inputRange;
-    fields.fileVersion = header.fileVersion;
-    fields.versionNumber = VersionStringToNumber(header.fileVersion);
-    fields.utcOffsetMicroseconds = header.utcOffsetMicroseconds;
-    fields.sessionUuid = header.sessionUuid;
-    fields.acquisitionSystem = header.acquisitionSystem;
-    fields.ultrasonicAvailable = header.ultrasonicAvailable;
-    fields.baseIMUAvailable = header.baseImuAvailable;
-    fields.afeIMUAvailable = header.afeImuAvailable;
-    return fields;
+    return test::ProgramHeaderFields(HeaderTextOf(input));
 }
 
 test::ReferenceHeaderFields FieldsByThePatterns(const RecordingInput& input) {

@@ -46,7 +46,8 @@ class ORDFileReader {
     [[nodiscard]] std::wstring GetErrorMessage() const { return errorMessage_; }
     void SetErrorMessage(const std::wstring& message) { errorMessage_ = message; }
 
-    // The header's fields as one value, and one by one.
+    // The header's fields as one value. The others are kept for existing callers; a new field needs
+    // none.
     const RecordingHeader& Header() const { return header_; }
     [[nodiscard]] std::uint32_t NumADChannels() const { return header_.numADChannels; }
     [[nodiscard]] std::uint32_t SamplingFrequency() const {

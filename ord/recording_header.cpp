@@ -94,7 +94,8 @@ std::int32_t ReadRecordingHeader(const std::wstring& headerText, RecordingHeader
         !lookup.Read(L"-UTCOffsetMicroseconds", header.utcOffsetMicroseconds)) {
         return -1;
     }
-    // Optional, yet a missing one leaves its message; callers read it only after a failure.
+    // Only this optional field leaves its message if it is missing (pinned by
+    // ORDFileReader.MissingSessionUuidLeavesItsMessage): another one is read as the next line does.
     header.sessionUuid.clear();
     lookup.Read(L"-SessionUUID", header.sessionUuid);
     ReadAcquisitionSystem(headerText, header);

@@ -33,9 +33,9 @@ struct RecordingHeader {
     std::vector<UnreadableNumber> unreadableNumbers;
 };
 
-// Reads the fields of `headerText` into `header`. Returns 0, or -1 at the first missing required
-// field: the fields after it keep their values. `errorMessage` names the last missing field, even
-// an optional one.
+// Reads the fields of `headerText` into `header`, which must have the defaults. Returns 0, or -1 at
+// the first missing required field: the fields after it keep their values. `errorMessage` names the
+// last missing field, even an optional one.
 [[nodiscard]] std::int32_t ReadRecordingHeader(const std::wstring& headerText,
                                                RecordingHeader& header, std::wstring& errorMessage);
 

@@ -72,7 +72,8 @@ class OrdRecording(SampleSource[OrdGroup]):
     path : pathlib.Path
         The file.
     header : dict
-        The recording's header fields by their keys without the leading "-".
+        The recording's header fields by their keys without the leading "-";
+        docs/ord-format.md lists them.
     groups : dict of str to OrdGroup
         The channels by group: "AD", "Base", "AFE", "Ultrasonic".
     ends_in_damage : bool

@@ -14,6 +14,7 @@
 #include "app/qt_text.h"
 #include "platform/paths.h"
 #include "platform/text_encoding.h"
+#include "tests/support/engine_run.h"
 #include "tests/support/ord_builder.h"
 
 namespace stalwick::test {
@@ -153,14 +154,8 @@ ReferenceConvertResult TestWindow::Reference(const std::wstring& name,
                                              const std::wstring& outputDirectory,
                                              const ReferenceConvertOptions& options,
                                              std::optional<std::size_t> blocksUntilCancel) const {
-    ReferenceConvertInput input;
-    input.recording = recordings_.at(name);
-    input.options = options;
-    input.outputDirectory = ToUtf8(outputDirectory);
+    ReferenceConvertInput input = ReferenceInput(recordings_.at(name), options, outputDirectory);
     input.fileName = ToUtf8(name);
-    input.clockText = kFixedTimeText;
-    input.uuidText = kFixedUuidText;
-    input.separator = ToUtf8(std::wstring(1, kPathSeparator));
     input.spansUntilCancel = blocksUntilCancel;
     return ReferenceConvert(input);
 }

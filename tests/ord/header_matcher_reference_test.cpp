@@ -10,6 +10,7 @@
 
 #include "ord/header_fields.h"
 #include "platform/text_encoding.h"
+#include "tests/support/program_header.h"
 #include "tests/support/reference_header.h"
 
 namespace stalwick::test {
@@ -78,6 +79,58 @@ TEST(HeaderMatcherReference, EveryShortVersionTextIsThatOfThePattern) {
         }
         ASSERT_EQ(VersionStringToNumber(text), ReferenceVersionNumber(text)) << ToUtf8(text);
     }
+}
+
+// Lines of every key, in any order and often more than once, with values of every kind.
+std::wstring RandomHeader(std::mt19937_64& random) {
+    const std::vector<std::wstring> keys = {L"-NumADChannels",
+                                            L"-SamplingFrequency",
+                                            L"-ADMaxValue",
+                                            L"-ADBitVolts",
+                                            L"-InputRange",
+                                            L"-FileVersion",
+                                            L"-UTCOffsetMicroseconds",
+                                            L"-SessionUUID",
+                                            L"-AcquisitionSystem",
+                                            L"-UltrasonicAvailable",
+                                            L"-BaseIMUAvailable",
+                                            L"-AfeIMUAvailable"};
+    const std::vector<std::wstring> values = {L"1",
+                                              L"0",
+                                              L"2.0",
+                                              L"1.0",
+                                              L"64",
+                                              L"-3600000000",
+                                              L"0.000000305",
+                                              L"x",
+                                              L"\"a b\" c",
+                                              L"1 1",
+                                              L"\"\"",
+                                              L"1 # 2",
+                                              L"",
+                                              L"99999999999999999999"};
+    std::wstring text = L"## recording\r\n";
+    for (const std::wstring& key : keys) {
+        for (std::uint64_t count = random() % 16 == 0 ? 0 : 1 + random() % 2; count > 0; --count) {
+            text += key + L" " + values[random() % values.size()] + L"\r\n";
+        }
+    }
+    return text;
+}
+
+TEST(HeaderMatcherReference, EveryFieldIsThatOfTheReference) {
+    std::mt19937_64 random(6);
+    int complete = 0;
+    for (int i = 0; i < 1000; ++i) {
+        const std::wstring text = RandomHeader(random);
+        const ReferenceHeaderFields expected = ReferenceReadHeaderFields(text);
+        const ReferenceHeaderFields fields = ProgramHeaderFields(text);
+        ASSERT_EQ(fields.errorText, expected.errorText) << ToUtf8(text);
+        if (!expected.errorText.empty()) continue;
+        ++complete;
+        ASSERT_TRUE(fields == expected) << ToUtf8(text);
+    }
+    EXPECT_GT(complete, 200);
 }
 
 }  // namespace

@@ -57,15 +57,21 @@ EngineRun RunEngine(const TempDirectory& directory, const std::string& recording
 
 ReferenceConvertResult RunReference(const TempDirectory& directory, const std::string& recording,
                                     const ReferenceConvertOptions& options) {
+    return ReferenceConvert(ReferenceInput(recording, options, directory.Path(L"out")));
+}
+
+ReferenceConvertInput ReferenceInput(const std::string& recording,
+                                     const ReferenceConvertOptions& options,
+                                     const std::wstring& outputDirectory) {
     ReferenceConvertInput input;
     input.recording = recording;
     input.options = options;
-    input.outputDirectory = ToUtf8(directory.Path(L"out"));
+    input.outputDirectory = ToUtf8(outputDirectory);
     input.fileName = "rec.ord";
     input.clockText = kFixedTimeText;
     input.uuidText = kFixedUuidText;
     input.separator = ToUtf8(std::wstring(1, kPathSeparator));
-    return ReferenceConvert(input);
+    return input;
 }
 
 testing::AssertionResult SameBytes(const std::string& actual, const std::string& expected) {

@@ -40,6 +40,11 @@ EngineRun RunEngine(const TempDirectory& directory, const std::string& recording
                     const OutputSettings& settings = QuickSettings(),
                     std::uint32_t conversionsAtOnce = 1);
 
+/** What the reference needs to convert `rec.ord` as the engine does under FixedIdentity. */
+ReferenceConvertInput ReferenceInput(const std::string& recording,
+                                     const ReferenceConvertOptions& options,
+                                     const std::wstring& outputDirectory);
+
 /** The same conversion by the reference. */
 ReferenceConvertResult RunReference(const TempDirectory& directory, const std::string& recording,
                                     const ReferenceConvertOptions& options);

@@ -17,7 +17,8 @@ namespace stalwick::test {
 
 inline constexpr std::size_t kOrdHeaderBytes = 16384;
 
-/** The text in the first 16,384 bytes of a recording; starts as a complete version 2.0 header. */
+/** The text in the first 16,384 bytes of a recording; starts as a complete version 2.0 header. That
+ * text keeps its length, which inputs found by fuzzing depend on: use Set() for another field. */
 class OrdHeaderText {
   public:
     OrdHeaderText();

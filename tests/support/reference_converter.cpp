@@ -183,8 +183,8 @@ class Conversion {
             }
         }
         const ReferenceConvertOptions& options = input_.options;
-        if (options.baseImu && fields_.baseIMUAvailable) MakeImuFiles(baseFiles_, "Base_");
-        if (options.afeImu && fields_.afeIMUAvailable) MakeImuFiles(afeFiles_, "AFE_");
+        if (options.baseImu && fields_.baseImuAvailable) MakeImuFiles(baseFiles_, "Base_");
+        if (options.afeImu && fields_.afeImuAvailable) MakeImuFiles(afeFiles_, "AFE_");
         if (options.ultrasonic && fields_.ultrasonicAvailable) {
             ultrasonicFiles_.push_back(MakeChannelFile("Ultrasonic", 0, 210000.0));
         }

@@ -158,12 +158,12 @@ ReferenceHeaderFields ReferenceReadHeaderFields(const std::wstring& headerText) 
     const auto base = ReferenceHeaderFieldValues(headerText, L"-BaseIMUAvailable");
     if (!base.empty() && base[0].size() == 1) {
         ConvertToken(base[0][0], flag);
-        fields.baseIMUAvailable = flag == 1;
+        fields.baseImuAvailable = flag == 1;
     }
     const auto afe = ReferenceHeaderFieldValues(headerText, L"-AfeIMUAvailable");
     if (!afe.empty() && afe[0].size() == 1) {
         ConvertToken(afe[0][0], flag);
-        fields.afeIMUAvailable = flag == 1;
+        fields.afeImuAvailable = flag == 1;
     }
     return fields;
 }

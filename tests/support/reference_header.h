@@ -30,9 +30,11 @@ struct ReferenceHeaderFields {
     std::wstring sessionUuid;
     std::wstring acquisitionSystem;
     bool ultrasonicAvailable = false;
-    bool baseIMUAvailable = false;
-    bool afeIMUAvailable = false;
+    bool baseImuAvailable = false;
+    bool afeImuAvailable = false;
     std::wstring errorText;  // empty: no required field is missing
+
+    bool operator==(const ReferenceHeaderFields&) const = default;
 };
 
 ReferenceHeaderFields ReferenceReadHeaderFields(const std::wstring& headerText);

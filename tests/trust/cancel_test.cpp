@@ -22,14 +22,9 @@ class CancelTest : public testing::TestWithParam<bool> {
   protected:
     bool hasHelpers() const { return GetParam(); }
     ReferenceConvertResult Reference(const std::string& fileName, std::size_t blocks) const {
-        ReferenceConvertInput input;
-        input.recording = recording_;
-        input.options = AllOutputs();
-        input.outputDirectory = ToUtf8(directory_.Path(L"out"));
+        ReferenceConvertInput input =
+            ReferenceInput(recording_, AllOutputs(), directory_.Path(L"out"));
         input.fileName = fileName;
-        input.clockText = kFixedTimeText;
-        input.uuidText = kFixedUuidText;
-        input.separator = ToUtf8(std::wstring(1, kPathSeparator));
         input.spansUntilCancel = blocks;
         return ReferenceConvert(input);
     }

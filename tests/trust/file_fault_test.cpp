@@ -63,14 +63,8 @@ class FileFaultTest : public testing::TestWithParam<std::tuple<Scene, FaultKind>
         for (const char* name : {"CSC1.vcs", "Events.vev", "RawData.vrd", "notes.txt"}) {
             oldFiles_[name] = kOldText;
         }
-        ReferenceConvertInput input;
-        input.recording = recording_;
-        input.options = scene().options;
-        input.outputDirectory = ToUtf8(directory_.Path(L"out"));
-        input.fileName = "rec.ord";
-        input.clockText = kFixedTimeText;
-        input.uuidText = kFixedUuidText;
-        input.separator = ToUtf8(std::wstring(1, kPathSeparator));
+        ReferenceConvertInput input =
+            ReferenceInput(recording_, scene().options, directory_.Path(L"out"));
         for (const auto& entry : oldFiles_) input.takenNames.insert(entry.first);
         complete_ = ReferenceConvert(input);
         expected_ = ExpectFiles(complete_);

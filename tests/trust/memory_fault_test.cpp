@@ -50,14 +50,8 @@ class MemoryFaultTest : public testing::TestWithParam<Scene> {
         line_.channelOptions = {1, 0, 0, 1};
         line_.writeRawData = true;
         line_.outputSettings.helperThreads = GetParam().helperThreads;
-        ReferenceConvertInput input;
-        input.recording = recording_;
-        input.options = {true, false, false, true, true, true};
-        input.outputDirectory = ToUtf8(line_.outputDirectory);
-        input.fileName = "rec.ord";
-        input.clockText = kFixedTimeText;
-        input.uuidText = kFixedUuidText;
-        input.separator = ToUtf8(std::wstring(1, kPathSeparator));
+        ReferenceConvertInput input = ReferenceInput(
+            recording_, {true, false, false, true, true, true}, line_.outputDirectory);
         input.takenNames = {"CSC1.vcs"};
         expected_ = ExpectFiles(ReferenceConvert(input));
     }

@@ -75,6 +75,8 @@ std::int32_t FileConversion::Run() {
     packetsDone_ = ConvertSpans() == 0;
     ReportSkipped();
     ReportPackets();
+    // Only Finish gives headers a closing time: after a cancel too, but not after damage or a kill
+    // (Durability, KillTest and KillInSmallBlocks test this).
     return packetsDone_ ? Finish() : -1;
 }
 

@@ -13,6 +13,7 @@ namespace stalwick {
 // The parts of an output's header text; docs/output-files.md lists its lines.
 
 inline constexpr wchar_t kHeaderTitle[] = L"######## Veltrosyn Data File Header";
+// In every header until the conversion reaches its end; in those of event files always.
 inline constexpr wchar_t kNotClosed[] = L"File was not closed properly";
 
 // A header line: key, blank, value, CR LF.

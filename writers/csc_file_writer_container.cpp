@@ -146,7 +146,7 @@ std::span<OutputFileRecord> CSCFileWriterContainer::FilesOf(ChannelGroup group) 
     return {};
 }
 
-// Blocks end with each full block of 5000 records, so that a killed program leaves all of those.
+// Blocks end at each multiple of 5000 records, so that a killed program leaves all of those.
 // Files that are filled in parallel would then all be full in the same packet: the block after such
 // a place is shorter, by a different length in each file.
 void CSCFileWriterContainer::StartBlock(OutputFileRecord& file) {

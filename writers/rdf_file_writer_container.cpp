@@ -48,10 +48,10 @@ std::int32_t RDFFileWriterContainer::Open(const std::wstring& outputDirectory) {
     return WriteHeader(false);
 }
 
-std::int32_t RDFFileWriterContainer::WriteHeader(bool closing) {
+std::int32_t RDFFileWriterContainer::WriteHeader(bool fileClosed) {
     for (const OutputFileRecord& file : records) {
         const std::wstring text =
-            BuildFileHeader(*this, closing, file, VtxDataTypes::kRaw, kRawDataFileVersion) +
+            BuildFileHeader(*this, fileClosed, file, VtxDataTypes::kRaw, kRawDataFileVersion) +
             HeaderLine(L"-SamplingFrequency",
                        FormatDouble(file.samplingFrequency, std::chars_format::general, 6)) +
             HeaderLine(L"-ADMaxValue", std::to_wstring(kRawADMaxValue)) +

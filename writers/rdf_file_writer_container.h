@@ -30,7 +30,7 @@ class RDFFileWriterContainer : public FileWriterContainer {
     [[nodiscard]] std::int32_t Open(const std::wstring& outputDirectory);
 
     // Writes the header at the file's start; at most 16,383 bytes as UTF-8. Returns 0 or -1.
-    [[nodiscard]] std::int32_t WriteHeader(bool closing);
+    [[nodiscard]] std::int32_t WriteHeader(bool fileClosed);
 
     // Takes samples[channel * 10 + i], the TTL value of each sample (the last one repeats if the
     // list is short, 0 if it is empty) and the packet's hardware time in nanoseconds. `flag` has no

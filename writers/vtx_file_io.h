@@ -42,7 +42,7 @@ class VtxFileIO {
                                                           VtxDataTypes::EventRec* records,
                                                           int length);
 
-    // Completes and closes every file of this object and invalidates their handles. Fails if any of
+    // Completes every file of this object and closes its handle; the headers stay. Fails if any of
     // the files failed to close, or failed before.
     VtxDataTypes::VtxRetVal CloseAllOutputFiles();
 

@@ -105,7 +105,8 @@ void DeclareRun(CLI::App& app, RawOptions& options) {
                  "do not wait for the disk before a file is marked as closed");
     app.add_flag("--keep-partial", options.keepPartial,
                  "if a recording fails in the middle, keep every whole record before that point, "
-                 "not only full blocks of 5000 of each file");
+                 "not only multiples of 5000 of each file; at damage, the last ten samples may be "
+                 "wrong");
     app.add_flag("--salvage", options.salvage,
                  "continue after damaged stretches of a recording and report what is lost");
     app.add_option("-j,--jobs", options.jobs,

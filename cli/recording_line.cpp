@@ -20,7 +20,9 @@ constexpr wchar_t kNotConverted[] = L"not converted";
 // What the command's own options can do about it.
 std::wstring Advice(const ConversionDetail& detail) {
     switch (detail.cause) {
-        case Cause::kStoppedInTheMiddle:
+        case Cause::kDamaged:
+            return L"; --salvage keeps every whole record before the damage and what follows it";
+        case Cause::kInputFailed:
             return L"; --keep-partial keeps every whole record before it";
         case Cause::kOpenFileLimit:
             return L" (ulimit -n " + std::to_wstring(detail.openFilesNeeded) + L") or fewer --jobs";
@@ -53,7 +55,7 @@ std::wstring DescribeConversion(const PlannedRecording& recording,
 
 std::wstring DescribeFailure(const PlannedRecording& recording, const ConversionAccount& account) {
     if (account.outputFiles == 0) return kNotConverted;
-    return L"failed after " + ReadableDuration(account.durationSeconds) + L" -> " +
+    return L"failed after reading " + ReadableDuration(account.durationSeconds) + L" -> " +
            DescribeOutputs(recording, account);
 }
 

@@ -23,9 +23,12 @@ struct ConversionDetail {
     // What a program may have additional advice for.
     enum class Cause {
         kOther,
-        // The recording could not be read or decoded to its end. OutputSettings::keepPartialBlocks
-        // keeps more of what precedes that place.
-        kStoppedInTheMiddle,
+        // The recording is damaged and the conversion ended there; OnDamage::kSkip keeps all that
+        // precedes the damage and continues after it.
+        kDamaged,
+        // The recording could not be read to its end. OutputSettings::keepPartialBlocks keeps more
+        // of what precedes that place.
+        kInputFailed,
         // The process cannot open enough files: raise the limit to `openFilesNeeded`, or choose
         // fewer outputs or fewer conversions at a time.
         kOpenFileLimit,

@@ -61,14 +61,18 @@ void FileConversion::ReportWhereItStopped(bool inLastBlock) {
                 L"lacks only its last byte would use it as that byte");
         return;
     }
-    const bool keepsAll = channelFiles_.settings.keepPartialBlocks;
+    const bool keepsAll = KeepsPartialBlocks(channelFiles_.settings);
     ConversionDetail& detail = AddInputDetail(
         Kind::kIncomplete,
         place + L"; the outputs keep " +
             (keepsAll ? L"every whole record before it"
                       : L"only full blocks of 5000 records before it, often none,") +
             L" and say that they were not closed; look for a whole copy of the recording");
-    if (!keepsAll) detail.cause = Cause::kStoppedInTheMiddle;
+    if (source_->SystemError() == 0) {
+        detail.cause = Cause::kDamaged;
+    } else if (!keepsAll) {
+        detail.cause = Cause::kInputFailed;
+    }
 }
 
 void FileConversion::ReportUnreadInput() {

@@ -196,7 +196,7 @@ TEST_F(CommandAccount, FailureSaysHowFarItCameAndWhy) {
     setup.largestFileBytes = 100000;
     const CommandResult result = Run({"-q", big}, setup);
     EXPECT_EQ(result.exitStatus, 1);
-    EXPECT_TRUE(BeginsWith(result.error, "big.ord: failed after 1.7 s -> big (33 files, "))
+    EXPECT_TRUE(BeginsWith(result.error, "big.ord: failed after reading 1.7 s -> big (33 files, "))
         << result.error.substr(0, 200);
     EXPECT_NE(result.error.find("): cannot write "), std::string::npos);
 }

@@ -146,7 +146,7 @@ TEST_P(Night, AccountNamesExactlyWhatIsNotWhole) {
               std::string::npos);
     EXPECT_NE(LinesWith(lines, "missing.ord").at(0).find("No such file or directory"),
               std::string::npos);
-    EXPECT_EQ(LinesWith(lines, "large.ord: failed after ").size(), 1U);
+    EXPECT_EQ(LinesWith(lines, "large.ord: failed after reading ").size(), 1U);
     EXPECT_EQ(LinesWith(lines, "stopped.ord: canceled ").size(), 1U);
 }
 

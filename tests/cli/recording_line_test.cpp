@@ -90,9 +90,10 @@ TEST(RecordingLine, CommandAddsItsOwnAdvice) {
         return DescribeRecording(kRecording, With(outcome, detail), true).front();
     };
     const std::wstring plain =
-        L"rat.ord: failed after 10 min 0.0 s -> out/rat (67 files, 2.3 GB): stopped";
+        L"rat.ord: failed after reading 10 min 0.0 s -> out/rat (67 files, 2.3 GB): stopped";
     EXPECT_EQ(line(Cause::kOther), plain);
-    EXPECT_NE(line(Cause::kStoppedInTheMiddle).find(L"--keep-partial "), std::wstring::npos);
+    EXPECT_NE(line(Cause::kDamaged).find(L"; --salvage keeps "), std::wstring::npos);
+    EXPECT_NE(line(Cause::kInputFailed).find(L"; --keep-partial keeps "), std::wstring::npos);
     EXPECT_NE(line(Cause::kOpenFileLimit).find(L"(ulimit -n 300) or fewer --jobs"),
               std::wstring::npos);
     EXPECT_NE(line(Cause::kOutOfMemory).find(L"fewer --jobs"), std::wstring::npos);

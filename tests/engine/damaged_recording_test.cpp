@@ -135,6 +135,26 @@ TEST(DamagedRecording, FailedReadLeavesTheSameAsDamage) {
     }
 }
 
+TEST(DamagedRecording, FailedReadIsReportedWithWhatTheSettingsKeep) {
+    const std::string recording = BuildOrdFile(Version2Header(0), SensorPackets(2'000));
+    for (const OnDamage onDamage : {OnDamage::kStop, OnDamage::kSkip}) {
+        const TempDirectory directory;
+        OutputSettings settings = QuickSettings();
+        settings.onDamage = onDamage;
+        FaultyFileCalls calls;
+        calls.readError = 5;
+        calls.readsUntilError = 3;
+        const EngineRun run =
+            RunEngine(directory, recording, {false, false, false, true, false, false}, settings);
+        ASSERT_EQ(run.details.size(), 1U);
+        const bool keepsAll = onDamage == OnDamage::kSkip;
+        EXPECT_EQ(run.details[0].text.find(L"every whole record before it") != std::wstring::npos,
+                  keepsAll);
+        EXPECT_EQ(run.details[0].cause, keepsAll ? ConversionDetail::Cause::kOther
+                                                 : ConversionDetail::Cause::kInputFailed);
+    }
+}
+
 TEST(DamagedRecording, CanceledOneKeepsEverythingBeforeTheCancel) {
     const ReferenceConvertOptions options{false, false, false, true, true, false};
     const std::string recording = BuildOrdFile(Version2Header(0), SensorPackets(37'000), Junk());

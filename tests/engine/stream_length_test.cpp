@@ -147,10 +147,10 @@ TEST(StreamLength, DamageIsReportedWithItsPlaceAndItsCause) {
     EXPECT_NE(text.find(L"stopped at byte " + std::to_wstring(16384 + 33)), std::wstring::npos);
     EXPECT_NE(text.find(L"the outputs keep only full blocks of 5000 records before it"),
               std::wstring::npos);
-    EXPECT_EQ(run.details[0].cause, ConversionDetail::Cause::kStoppedInTheMiddle);
+    EXPECT_EQ(run.details[0].cause, ConversionDetail::Cause::kDamaged);
 }
 
-TEST(StreamLength, DamageLeavesNothingToAdviseIfPartialBlocksAreKept) {
+TEST(StreamLength, DamageIsReportedAsSuchAlsoIfPartialBlocksAreKept) {
     const TempDirectory directory;
     OutputSettings settings = QuickSettings();
     settings.keepPartialBlocks = true;
@@ -160,7 +160,7 @@ TEST(StreamLength, DamageLeavesNothingToAdviseIfPartialBlocksAreKept) {
     ASSERT_EQ(run.details.size(), 1U);
     EXPECT_NE(run.details[0].text.find(L"the outputs keep every whole record before it"),
               std::wstring::npos);
-    EXPECT_EQ(run.details[0].cause, ConversionDetail::Cause::kOther);
+    EXPECT_EQ(run.details[0].cause, ConversionDetail::Cause::kDamaged);
 }
 
 TEST(StreamLength, EveryWholeRecordBeforeTheDamageStaysIfTheSettingsKeepThem) {

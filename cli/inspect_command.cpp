@@ -63,7 +63,9 @@ void DeclareVerify(CLI::App& app, VerifyOptions& options) {
                  "made by stalwick-convert --salvage: records may end before a damaged stretch");
     app.footer(
         "Exit status: 0 all whole; 1 something is not, or cannot be read; 2 wrong usage.\n"
-        "Gaps belong to the recording; they are not a fault of its outputs.");
+        "Gaps belong to the recording; they are not a fault of its outputs.\n"
+        "Outputs of a canceled conversion are whole in themselves; only --against shows that they "
+        "end early.");
     UncoverBrackets(app);
 }
 

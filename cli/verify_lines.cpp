@@ -36,8 +36,9 @@ std::wstring SetLine(const VerifyReport& report, const VerifiedSet& set,
     line += Counted(set.names.size(), L"file") + L", " + ReadableBytes(set.bytes);
     if (set.gapCount != 0) line += L", " + Counted(set.gapCount, L"gap");
     if (set.findingCount != 0) return line + L": " + Counted(set.findingCount, L"finding");
-    return line + L": whole" +
-           (recordingPath.empty() ? L"" : L", everything that " + recordingPath + L" gives");
+    return line + L": whole, " +
+           (recordingPath.empty() ? L"not compared with the recording (--against)"
+                                  : L"everything that " + recordingPath + L" gives");
 }
 
 }  // namespace

@@ -70,8 +70,8 @@ std::vector<std::wstring> WhatCannotBeKnown(const RecordingSurvey& survey) {
     if (survey.fileSize == 0) unknown.emplace_back(L"the size of a pipe is not known beforehand");
     if (!survey.quick && !survey.damage.empty()) {
         unknown.emplace_back(
-            L"the sizes of the outputs count only the packets before the first damage, where an "
-            L"ordinary conversion ends");
+            L"the sizes of the outputs count only the packets before the first damage; an ordinary "
+            L"conversion ends there and keeps of each file a multiple of 5000 records, often none");
     }
     return unknown;
 }

@@ -122,6 +122,8 @@ class HeaderFindings {
         log_.Add(place, text);
     }
 
+    void AddWithoutPlace(const std::wstring& text) { log_.Add({}, text); }
+
     // The value of `key` has the wrong form.
     void AddForm(const std::wstring& key, const std::wstring& form) {
         Add(key,
@@ -187,8 +189,9 @@ void CheckTimes(const OutputInSet& output, HeaderFindings& findings) {
     if (output.name.kind == OutputName::Kind::kEvents) {
         if (closed != kNotClosed) findings.AddForm(L"-TimeClosed", kNotClosed);
     } else if (closed == kNotClosed) {
-        findings.Add(L"-TimeClosed",
-                     L"it was not closed, its end may be missing; convert the recording again");
+        findings.AddWithoutPlace(
+            L"it was not closed, its end may be missing; convert the recording again, unless a "
+            L"conversion is still writing it");
     } else if (!ReadHeaderTime(closed)) {
         findings.AddForm(L"-TimeClosed", kTimeForm);
     }

@@ -7,6 +7,7 @@
 """
 
 import os
+import re
 import subprocess
 import sys
 import tempfile
@@ -50,6 +51,21 @@ class VerifyCommand(unittest.TestCase):
             self.assertRegex(line, "whole, everything that .*rec.ord gives$")
         status, lines, errors = self.verify(self.path("rec"))
         self.assertEqual((status, len(lines), errors), (0, 2, []), lines)
+        for line in lines:
+            self.assertTrue(line.endswith(": whole, not compared with the recording (--against)"))
+
+    def test_file_that_was_not_closed_is_one_line_without_a_place(self):
+        name = self.path("rec", "CSC3.vcs")
+        with open(name, "r+b") as file:
+            text = file.read(HEADER).rstrip(b"\0")
+            changed = re.sub(rb"-TimeClosed [^\r]*", b"-TimeClosed File was not closed properly", text)
+            self.assertNotEqual(changed, text)
+            file.seek(0)
+            file.write(changed.ljust(HEADER, b"\0"))
+        status, lines, errors = self.verify(self.path("rec"))
+        self.assertEqual((status, errors), (1, []))
+        self.assertEqual(lines[0], f"{name}: it was not closed, its end may be missing; convert the recording again, "
+                                   "unless a conversion is still writing it")
 
     def test_name_in_brackets_is_a_name(self):
         recording, outputs = self.path("[a]"), self.path("[rec]")

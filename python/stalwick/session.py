@@ -128,7 +128,7 @@ def open_session(
     Raises
     ------
     IncompleteFileError
-        A file's conversion did not reach its end.
+        A file's conversion did not reach its end, or is still running.
     StalwickError
         Files are damaged, belong to different recordings or do not match, or there are none.
     """

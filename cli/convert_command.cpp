@@ -31,7 +31,7 @@ namespace {
 
 bool PrintStatus(const std::wstring& status) {
     PrintLine(stdout, status);
-    if (std::fflush(stdout) == 0) return true;
+    if (FlushStandardOutput()) return true;
     PrintLine(stderr, L"stalwick-convert: cannot write to standard output: " + status);
     return false;
 }
@@ -140,8 +140,8 @@ int RunConvertCommand(const std::vector<std::string>& arguments) {
     const ParsedArguments parsed = ParseArguments(arguments);
     if (parsed.proceed) return Convert(parsed.commandLine);
     if (!parsed.error.empty()) PrintLine(stderr, FromUtf8(parsed.error));
-    const bool printed = std::fputs(parsed.output.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
-    return printed ? parsed.exitStatus : kExitFailed;
+    std::fputs(parsed.output.c_str(), stdout);
+    return FlushStandardOutput() ? parsed.exitStatus : kExitFailed;
 }
 
 }  // namespace stalwick

@@ -95,7 +95,7 @@ void Declare(CLI::App& app, InspectOptions& options) {
 }
 
 bool Flush() {
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
+    if (FlushStandardOutput()) return true;
     PrintLine(stderr, L"stalwick-inspect: cannot write to standard output");
     return false;
 }

@@ -10,4 +10,9 @@ void PrintLine(std::FILE* stream, const std::wstring& text) {
     std::fwrite(line.data(), 1, line.size(), stream);
 }
 
+bool FlushStandardOutput() {
+    // A terminal gets each line at once; only ferror() still knows that one was refused.
+    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+}
+
 }  // namespace stalwick

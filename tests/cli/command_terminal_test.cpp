@@ -6,6 +6,8 @@
 #include <string>
 
 #include <gtest/gtest.h>
+#include <pty.h>
+#include <unistd.h>
 
 #include "platform/text_encoding.h"
 #include "tests/cli/command_process.h"
@@ -80,6 +82,25 @@ TEST(CommandTerminal, LineOfARecordingIsAboveTheProgress) {
     // No progress is left before it.
     EXPECT_EQ(line->find_first_not_of("\n"), line->find('/'));
     EXPECT_NE(shown.drawn.back().find("100 %"), std::string::npos);
+}
+
+// A terminal gets the line when it is printed, so nothing is left that could fail at the end.
+TEST(CommandTerminal, StatusThatATerminalRefusesIsStatusOne) {
+    const TempDirectory directory;
+    WriteFile(directory.Path(L"rec.ord"), Recording());
+    CommandSetup setup;
+    setup.prepare = [] {
+        int closed = -1;
+        int output = -1;
+        ::openpty(&closed, &output, nullptr, nullptr, nullptr);
+        ::close(closed);
+        ::dup2(output, STDOUT_FILENO);
+    };
+    const CommandResult result = RunCommand({ToUtf8(directory.Path(L"rec.ord"))}, setup);
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_NE(result.error.find("cannot write to standard output: Processing complete"),
+              std::string::npos)
+        << result.error;
 }
 
 }  // namespace

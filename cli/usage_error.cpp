@@ -45,6 +45,18 @@ const CLI::Option* FindWithoutValue(const CLI::App& app, const std::string& text
     return nullptr;
 }
 
+// A given option that works only with another one, which is missing.
+std::string DescribeMissingCompanion(const CLI::App& app, const std::string& text) {
+    for (const CLI::Option* option : app.get_options()) {
+        if (option->count() == 0) continue;
+        for (const CLI::Option* needed : option->get_needs()) {
+            if (needed->count() != 0) continue;
+            return NameOf(*option) + " needs " + NameOf(*needed) + ' ' + needed->get_type_name();
+        }
+    }
+    return text;
+}
+
 std::string DescribeMismatch(const CLI::App& app, const std::string& text) {
     if (const CLI::Option* repeated = FindRepeated(app)) {
         return "give " + NameOf(*repeated) + " only once";
@@ -69,7 +81,7 @@ std::string DescribeUsageError(const CLI::App& app, const CLI::ParseError& error
         return "no " + text.substr(0, text.find(' ')) + " was given";
     }
     if (dynamic_cast<const CLI::RequiresError*>(&error) != nullptr) {
-        return "--checksum needs --report FILE.json";
+        return DescribeMissingCompanion(app, text);
     }
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
         return DescribeMismatch(app, text);

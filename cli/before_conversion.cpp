@@ -16,7 +16,7 @@ namespace stalwick {
 namespace {
 
 std::wstring OutputsOf(const PlannedRecording& recording) {
-    return OutputDirectoryOf(recording.path, recording.outputDirectory);
+    return OutputDirectoryOf(recording.path, recording.parentDirectory);
 }
 
 ConversionAccount AccountOf(const PlannedRecording& recording) {
@@ -66,7 +66,7 @@ void LeaveAlone(const PlannedRecording& recording, RecordingOutcome& outcome) {
 
 bool NeedsConversion(const PlannedRecording& recording, const CommandLine& commandLine,
                      DataProcessor& processor, RecordingOutcome& outcome) {
-    const RecordingRefusal refusal = CheckRecording(recording.path, recording.outputDirectory);
+    const RecordingRefusal refusal = CheckRecording(recording.path, recording.parentDirectory);
     if (refusal) {
         Refuse(recording, refusal, outcome);
         return false;
@@ -92,7 +92,7 @@ bool NeedsConversion(const PlannedRecording& recording, const CommandLine& comma
 
 bool AnyCanBeConverted(const std::vector<PlannedRecording>& recordings) {
     return std::any_of(recordings.begin(), recordings.end(), [](const PlannedRecording& recording) {
-        return !CheckRecording(recording.path, recording.outputDirectory);
+        return !CheckRecording(recording.path, recording.parentDirectory);
     });
 }
 

@@ -80,6 +80,7 @@ void DeclareProgram(CLI::App& app) {
         "itself lost data; 130, 143 or 129 canceled by SIGINT, SIGTERM or SIGHUP.");
 }
 
+// Up to its first ';', a description is also the text of the completions.
 void DeclareOutputs(CLI::App& app, RawOptions& options) {
     app.add_option("FILE", options.files, "recordings to convert, in this order")->required();
     app.add_option("-o,--output-dir", options.outputDirectory,

@@ -16,7 +16,7 @@ namespace stalwick {
 // What the user asked for.
 struct CommandLine {
     std::vector<std::wstring> inputFiles;
-    std::wstring outputDirectory;  // empty: the outputs of each file go next to it
+    std::wstring outputDirectory;  // as given; empty: the outputs of each file go next to it
     ChannelOptions channelOptions{};
     bool writeRawData = false;
     bool keepGoing = false;
@@ -42,7 +42,8 @@ struct ParsedArguments {
 // Reads the arguments after the program's name (UTF-8).
 [[nodiscard]] ParsedArguments ParseArguments(std::vector<std::string> arguments);
 
-// Returns the declared options, from which the manual page and the shell completions are generated.
+// Calls `visit` with the declared options, from which the manual page and the shell completions are
+// generated.
 void VisitConvertOptions(const std::function<void(const CLI::App&)>& visit);
 
 }  // namespace stalwick

@@ -115,7 +115,7 @@ void ConversionBatch::RunJob(std::size_t index) {
     ConversionJob job;
     job.inputFiles = {recordings_[index].path};
     job.processor = processors_[index].get();
-    job.outputDirectory = recordings_[index].outputDirectory;
+    job.outputDirectory = recordings_[index].parentDirectory;
     job.channelOptions = commandLine_.channelOptions;
     job.writeRawData = commandLine_.writeRawData;
     job.onFinished = [&](const std::wstring& status) { outcomes_[index].status = status; };

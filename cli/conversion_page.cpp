@@ -34,7 +34,7 @@ bool NeedsPage(const RecordingOutcome& outcome, const std::wstring& path) {
     return account.outputFiles != 0;
 }
 
-// Returns nothing, or why there is no page.
+// Returns why there is no page; nothing if there is one, or after a cancel.
 std::wstring MakePage(const PlannedRecording& recording, const std::atomic<std::uint8_t>& cancel,
                       const std::wstring& path) {
     if (!IsOrdinaryFile(recording.path)) return L"it can be read only once, from a pipe";

@@ -32,13 +32,13 @@ std::wstring WithoutCase(std::wstring text) {
 
 // Equal for recordings whose outputs would go into the same directory.
 std::wstring DirectoryKey(const PlannedRecording& recording) {
-    return WithoutCase(OutputDirectoryOf(recording.path, ResolvedPath(recording.outputDirectory)));
+    return WithoutCase(OutputDirectoryOf(recording.path, ResolvedPath(recording.parentDirectory)));
 }
 
 std::wstring DescribePair(const PlannedRecording& first, const PlannedRecording& second) {
     if (first.name == second.name) return first.name + L" is given twice; give it once";
     return first.name + L" and " + second.name + L" would be converted into the same directory, " +
-           OutputDirectoryOf(second.path, second.outputDirectory) +
+           OutputDirectoryOf(second.path, second.parentDirectory) +
            L"; convert them in two runs, each with its own --output-dir";
 }
 

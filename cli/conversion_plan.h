@@ -13,7 +13,7 @@ namespace stalwick {
 struct PlannedRecording {
     std::wstring name;             // as the user gave it, for messages
     std::wstring path;             // the same, absolute
-    std::wstring outputDirectory;  // absolute; the outputs go into its subdirectory
+    std::wstring parentDirectory;  // absolute; the outputs go into its subdirectory
     std::wstring shownOutputs;     // that subdirectory as the user would write it
     // The outputs it had according to the report of an earlier run, if it has not changed.
     std::vector<OutputAccount> knownOutputs = {};

@@ -76,7 +76,7 @@ std::vector<OutputAccount> EarlierReport::OutputsOf(const PlannedRecording& reco
     const auto found = conversions_.find(ToUtf8(recording.path));
     if (found == conversions_.end() || !file.modified) return {};
     const Conversion& conversion = found->second;
-    const std::wstring directory = OutputDirectoryOf(recording.path, recording.outputDirectory);
+    const std::wstring directory = OutputDirectoryOf(recording.path, recording.parentDirectory);
     if (conversion.bytes != file.bytes || conversion.modified != FormatReportTime(*file.modified) ||
         conversion.directory != ToUtf8(directory)) {
         return {};

@@ -14,7 +14,8 @@ namespace stalwick {
 // The command stalwick-inspect with the arguments after its name (UTF-8). Returns the exit status.
 [[nodiscard]] int RunInspectCommand(const std::vector<std::string>& arguments);
 
-// Returns the declared options, from which the manual page and the shell completions are generated.
+// Calls `visit` with the declared options, from which the manual page and the shell completions are
+// generated.
 void VisitInspectOptions(const std::function<void(const CLI::App&)>& visit);
 
 }  // namespace stalwick

@@ -22,7 +22,8 @@ class ProgressBar {
     explicit ProgressBar(bool enabled);
 
     void Show(const BatchProgress& progress);
-    // Prints the lines on standard error, above the progress.
+    // Prints the lines on standard error, above the progress. Every line that is printed during a
+    // run goes through here.
     void PrintLines(const std::vector<std::wstring>& lines);
     void Finish(const BatchProgress& progress);
 

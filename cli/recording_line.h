@@ -9,8 +9,8 @@
 
 namespace stalwick {
 
-// The output for a recording that has ended: its own line, then one for every further detail. Quiet
-// leaves out notes, and prints nothing for a whole recording.
+// The lines on standard error for a recording that has ended: its own line, then one for every
+// further detail. Quiet leaves out notes, and gives no line for a whole recording.
 [[nodiscard]] std::vector<std::wstring> DescribeRecording(const PlannedRecording& recording,
                                                           const RecordingOutcome& outcome,
                                                           bool quiet);

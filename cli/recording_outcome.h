@@ -32,7 +32,7 @@ struct RecordingChecksums {
 struct RecordingOutcome {
     bool converted = false;   // the status is not a failure; false also if it was not begun
     std::wstring status;      // empty if it was not begun
-    bool passedOver = false;  // its outputs already existed and were whole
+    bool passedOver = false;  // "skipped" for users: its outputs already existed and were whole
     // Its line if nothing was created: why it was refused, or where its outputs are.
     std::wstring withoutConversion;
     ConversionAccount account;
@@ -42,7 +42,7 @@ struct RecordingOutcome {
 
 enum class Verdict {
     kWhole,       // every output is whole, and so is the recording
-    kPassedOver,  // the same, from an earlier conversion
+    kPassedOver,  // the same, from an earlier conversion; the report calls it passed_over
     kWithLosses,  // every output is as it should be, but the recording itself lost data
     kFailed,      // an output is missing or incomplete
     kCanceled,    // ended in order before the recording's end

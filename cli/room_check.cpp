@@ -20,7 +20,7 @@ struct Room {
 
 bool MayBePassedOver(const PlannedRecording& recording, const CommandLine& commandLine) {
     return commandLine.skipConverted &&
-           QueryPath(OutputDirectoryOf(recording.path, recording.outputDirectory)) ==
+           QueryPath(OutputDirectoryOf(recording.path, recording.parentDirectory)) ==
                PathKind::kDirectory;
 }
 
@@ -33,10 +33,10 @@ std::vector<std::wstring> DescribeLackOfRoom(const std::vector<PlannedRecording>
     std::map<std::uint64_t, Room> rooms;
     for (const PlannedRecording& recording : recordings) {
         if (MayBePassedOver(recording, commandLine)) continue;
-        const std::optional<FreeSpace> space = querySpace(recording.outputDirectory);
+        const std::optional<FreeSpace> space = querySpace(recording.parentDirectory);
         if (!space) continue;
         Room& room =
-            rooms.try_emplace(space->fileSystem, Room{recording.outputDirectory, space->bytes, 0})
+            rooms.try_emplace(space->fileSystem, Room{recording.parentDirectory, space->bytes, 0})
                 .first->second;
         room.needed += EstimateOutputBytes(recording.path, wanted);
     }

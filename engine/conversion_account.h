@@ -37,9 +37,9 @@ struct ConversionAccount {
     std::uint64_t inputBytes = 0;      // of the recording; 0 if it was not opened or is a pipe
     std::uint64_t inputBytesRead = 0;  // of those, the bytes converted, including the header
 
-    std::uint64_t outputFiles = 0;       // created
+    std::uint64_t outputFiles = 0;       // created, or found whole if it was skipped
     std::uint64_t outputBytes = 0;       // written to them, headers included
-    std::vector<OutputAccount> outputs;  // these files, in order of creation
+    std::vector<OutputAccount> outputs;  // these files; created ones in order of creation
 
     // For the packets converted; none without timestamps, or if DataProcessor was not asked to
     // follow the time.

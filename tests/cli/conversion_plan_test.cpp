@@ -28,15 +28,15 @@ TEST(ConversionPlan, OutputsGoNextToEachFile) {
     const auto plan =
         PlanRecordings(LineOf({directory.Path(L"x") + kSlash + L"a.ord", directory.Path(L"b")}));
     ASSERT_EQ(plan.size(), 2U);
-    EXPECT_EQ(plan[0].outputDirectory, directory.Path(L"x"));
-    EXPECT_EQ(plan[1].outputDirectory, directory.Path());
+    EXPECT_EQ(plan[0].parentDirectory, directory.Path(L"x"));
+    EXPECT_EQ(plan[1].parentDirectory, directory.Path());
 }
 
 TEST(ConversionPlan, OutputsOfAllFilesGoIntoTheGivenDirectory) {
     const TempDirectory directory;
     for (const PlannedRecording& recording :
          PlanRecordings(LineOf({L"x/a.ord", L"b"}, directory.Path(L"out")))) {
-        EXPECT_EQ(recording.outputDirectory, directory.Path(L"out"));
+        EXPECT_EQ(recording.parentDirectory, directory.Path(L"out"));
     }
 }
 
@@ -45,14 +45,14 @@ TEST(ConversionPlan, PathsAreFullAndNamesAsTheyWereGiven) {
     EXPECT_EQ(plan[0].name, L"a.ord");
     EXPECT_EQ(plan[0].path, AbsolutePath(L"a.ord"));
     EXPECT_NE(plan[0].path, L"a.ord");
-    EXPECT_EQ(plan[0].outputDirectory, AbsolutePath(L"out"));
+    EXPECT_EQ(plan[0].parentDirectory, AbsolutePath(L"out"));
     const auto withoutDirectory = PlanRecordings(LineOf({L"a.ord"}));
-    EXPECT_EQ(withoutDirectory[0].outputDirectory + kSlash + L"a.ord", AbsolutePath(L"a.ord"));
+    EXPECT_EQ(withoutDirectory[0].parentDirectory + kSlash + L"a.ord", AbsolutePath(L"a.ord"));
 }
 
 TEST(ConversionPlan, FileOfTheRootHasItsOutputsThere) {
     if (kPathSeparator == L'\\') GTEST_SKIP() << "there is one root for each drive";
-    EXPECT_EQ(PlanRecordings(LineOf({L"/b.ord"}))[0].outputDirectory, L"/");
+    EXPECT_EQ(PlanRecordings(LineOf({L"/b.ord"}))[0].parentDirectory, L"/");
 }
 
 TEST(ConversionPlan, RecordingsOfOneNameShareAGivenDirectoryOnly) {

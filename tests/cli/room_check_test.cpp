@@ -17,7 +17,7 @@ class RoomCheck : public testing::Test {
         line_.outputDirectory = directory_.Path(L"out");
         line_.channelOptions = {1, 0, 0, 0};
         std::vector<PlannedRecording> recordings = PlanRecordings(line_);
-        if (!other.empty()) recordings[1].outputDirectory = other;
+        if (!other.empty()) recordings[1].parentDirectory = other;
         return DescribeLackOfRoom(recordings, line_, [=](const std::wstring& directory) {
             return FreeSpace{freeBytes, directory == other ? 2U : 1U};
         });

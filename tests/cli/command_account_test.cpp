@@ -9,26 +9,21 @@
 
 #include "platform/text_encoding.h"
 #include "tests/cli/command_process.h"
+#include "tests/cli/small_recording.h"
 #include "tests/support/ord_builder.h"
 
 namespace stalwick::test {
 namespace {
 
-std::string Recording(std::uint64_t seed = 71) {
-    RandomRecordingShape shape;
-    shape.packetCount = 60;
-    return BuildOrdFile(Version2Header(32), MakeRandomPackets(seed, shape));
-}
-
 // Switched off in the middle of its last packet.
 std::string CutRecording() {
-    const std::string whole = Recording();
+    const std::string whole = SmallRecording();
     return whole.substr(0, whole.size() - 31);
 }
 
 // Bytes at its end that do not begin a packet.
 std::string DamagedRecording() {
-    return Recording() + std::string(300, '\xEE');
+    return SmallRecording() + std::string(300, '\xEE');
 }
 
 class CommandAccount : public testing::Test {
@@ -51,16 +46,12 @@ class CommandAccount : public testing::Test {
     TempDirectory directory_;
 };
 
-std::ptrdiff_t LineCount(const std::string& text) {
-    return std::count(text.begin(), text.end(), '\n');
-}
-
 bool BeginsWith(const std::string& text, const std::string& beginning) {
     return text.rfind(beginning, 0) == 0;
 }
 
 TEST_F(CommandAccount, LineOfAWholeRecordingSaysWhatWasWrittenWhere) {
-    Put(L"rat01.ord", Recording());
+    Put(L"rat01.ord", SmallRecording());
     const CommandResult result = Run({"-o", "out", "rat01.ord"});
     EXPECT_EQ(result.exitStatus, 0);
     const std::uint64_t kilobyteTenths = BytesIn(L"out/rat01") / 100;
@@ -134,7 +125,7 @@ TEST_F(CommandAccount, RecordingThatEndsInsideAPacketIsWholeWithANote) {
 }
 
 TEST_F(CommandAccount, WorstStatusOfAllRecordingsWins) {
-    const std::string whole = Put(L"whole.ord", Recording());
+    const std::string whole = Put(L"whole.ord", SmallRecording());
     const std::string damaged = Put(L"damaged.ord", DamagedRecording());
     const std::string empty = Put(L"empty.ord", "");
     EXPECT_EQ(Run({whole, damaged}).exitStatus, 3);
@@ -144,7 +135,7 @@ TEST_F(CommandAccount, WorstStatusOfAllRecordingsWins) {
 }
 
 TEST_F(CommandAccount, RecapCountsAllAndNamesWhatIsNotWhole) {
-    const std::string whole = Put(L"whole.ord", Recording());
+    const std::string whole = Put(L"whole.ord", SmallRecording());
     const std::string cut = Put(L"cut.ord", CutRecording());
     const std::string damaged = Put(L"damaged.ord", DamagedRecording());
     const std::string empty = Put(L"empty.ord", "");
@@ -167,7 +158,7 @@ TEST_F(CommandAccount, RecapCountsAllAndNamesWhatIsNotWhole) {
 
 TEST_F(CommandAccount, RecordingsThatWereNotBegunAreNamed) {
     const std::string empty = Put(L"empty.ord", "");
-    const std::string whole = Put(L"whole.ord", Recording());
+    const std::string whole = Put(L"whole.ord", SmallRecording());
     const CommandResult result = Run({"-j1", empty, whole});
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_NE(result.error.find("2 recordings: 0 converted, 0 with losses, 1 failed, 0 canceled, 1 "
@@ -177,8 +168,8 @@ TEST_F(CommandAccount, RecordingsThatWereNotBegunAreNamed) {
 }
 
 TEST_F(CommandAccount, ManyWholeRecordingsAreALineEachAndARecap) {
-    const std::string first = Put(L"a.ord", Recording(1));
-    const std::string second = Put(L"b.ord", Recording(2));
+    const std::string first = Put(L"a.ord", SmallRecording(1));
+    const std::string second = Put(L"b.ord", SmallRecording(2));
     const CommandResult result = Run({"-j2", first, second});
     EXPECT_EQ(LineCount(result.error), 3) << result.error;
     EXPECT_NE(result.error.find("2 recordings: 2 converted, 0 with losses, 0 failed, 0 canceled\n"),

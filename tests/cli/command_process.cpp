@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tests/cli/command_process.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <stdexcept>
@@ -118,6 +119,10 @@ CommandResult CommandProcess::Wait() {
 
 CommandResult RunCommand(const std::vector<std::string>& arguments, const CommandSetup& setup) {
     return CommandProcess(arguments, setup).Wait();
+}
+
+std::ptrdiff_t LineCount(const std::string& text) {
+    return std::count(text.begin(), text.end(), '\n');
 }
 
 }  // namespace stalwick::test

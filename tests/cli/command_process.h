@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string>
@@ -59,5 +60,8 @@ class CommandProcess {
 };
 
 CommandResult RunCommand(const std::vector<std::string>& arguments, const CommandSetup& setup = {});
+
+/** The lines of what a command wrote. */
+std::ptrdiff_t LineCount(const std::string& text);
 
 }  // namespace stalwick::test

@@ -2,7 +2,6 @@
 
 // The command as its users run it: exit status, standard output, standard error, files.
 
-#include <algorithm>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -37,10 +36,6 @@ struct Workplace {
     TempDirectory directory;
     std::string out = Path(L"out");
 };
-
-std::ptrdiff_t LineCount(const std::string& text) {
-    return std::count(text.begin(), text.end(), '\n');
-}
 
 TEST(Command, CompleteConversionIsOneLineOnEachStream) {
     const Workplace place;
@@ -100,10 +95,26 @@ TEST(Command, VersionAndHelpGoToStandardOutput) {
         const CommandResult help = RunCommand({option});
         EXPECT_EQ(help.exitStatus, 0);
         EXPECT_EQ(help.error, "");
-        for (const char* word :
-             {"--output-dir", "--no-csc", "--base-imu", "--afe-imu", "--ultrasonic", "--raw",
-              "--all", "--keep-going", "--quiet", "--no-sync", "--keep-partial", "--jobs N",
-              "--version", "--help", "130"}) {
+        for (const char* word : {"--output-dir DIR",
+                                 "--no-csc",
+                                 "--base-imu",
+                                 "--afe-imu",
+                                 "--ultrasonic",
+                                 "--raw",
+                                 "--all",
+                                 "--keep-going",
+                                 "--skip-converted",
+                                 "--quiet",
+                                 "--no-sync",
+                                 "--keep-partial",
+                                 "--salvage",
+                                 "--jobs N",
+                                 "--report FILE.json",
+                                 "--checksum",
+                                 "--page",
+                                 "--version",
+                                 "--help",
+                                 "130"}) {
             EXPECT_NE(help.output.find(word), std::string::npos) << word;
         }
     }

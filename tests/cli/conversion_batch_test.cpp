@@ -15,6 +15,7 @@
 #include "cli/recap.h"
 #include "cli/recording_line.h"
 #include "platform/paths.h"
+#include "tests/cli/small_recording.h"
 #include "tests/support/engine_run.h"
 #include "tests/support/fixed_identity.h"
 #include "tests/support/forwarding_file_calls.h"
@@ -23,12 +24,6 @@
 
 namespace stalwick::test {
 namespace {
-
-std::string Recording(std::uint64_t seed) {
-    RandomRecordingShape shape;
-    shape.packetCount = 60;
-    return BuildOrdFile(Version2Header(32), MakeRandomPackets(seed, shape));
-}
 
 // A directory in/<n>/ for each file, so that files may have the same name.
 std::wstring PutFile(const TempDirectory& directory, int number, const std::wstring& name,
@@ -63,7 +58,7 @@ TEST(ConversionBatch, JobsGiveTheSameFilesAsOneAfterAnother) {
         std::vector<std::wstring> files;
         for (int i = 0; i < 7; ++i) {
             files.push_back(PutFile(directory, i, L"r" + std::to_wstring(i) + L".ord",
-                                    Recording(static_cast<std::uint64_t>(i))));
+                                    SmallRecording(static_cast<std::uint64_t>(i))));
         }
         const CommandLine line = LineFor(directory, files, jobs);
         ConversionBatch batch(line, PlanRecordings(line));
@@ -73,7 +68,7 @@ TEST(ConversionBatch, JobsGiveTheSameFilesAsOneAfterAnother) {
             const auto outputs = Outputs(directory, L"r" + std::to_wstring(i));
             ASSERT_EQ(outputs.size(), 33U);
             ReferenceConvertInput input;
-            input.recording = Recording(static_cast<std::uint64_t>(i));
+            input.recording = SmallRecording(static_cast<std::uint64_t>(i));
             const auto reference = ReferenceConvert(input);
             for (const auto& [name, bytes] : reference.files) {
                 EXPECT_TRUE(SameBytes(outputs.at(name).substr(kOrdHeaderBytes),
@@ -90,8 +85,8 @@ TEST(ConversionBatch, JobsGiveTheSameFilesAsOneAfterAnother) {
 
 TEST(ConversionBatch, StatusIsThatOfTheFirstFailureInTheListsOrder) {
     const TempDirectory directory;
-    const std::wstring good = PutFile(directory, 0, L"good.ord", Recording(1));
-    const std::wstring last = PutFile(directory, 0, L"last.ord", Recording(1));
+    const std::wstring good = PutFile(directory, 0, L"good.ord", SmallRecording(1));
+    const std::wstring last = PutFile(directory, 0, L"last.ord", SmallRecording(1));
     const std::wstring noHeader = PutFile(directory, 1, L"empty.ord", "");
     const std::wstring missing = directory.Path(L"missing.ord");
     for (const std::uint32_t jobs : {1U, 4U}) {
@@ -113,7 +108,7 @@ TEST(ConversionBatch, FilesBeforeAFailureAreConvertedAndFarOnesAfterItAreNot) {
     std::vector<std::wstring> files;
     for (int i = 0; i < 40; ++i) {
         const std::wstring name = L"r" + std::to_wstring(i) + L".ord";
-        files.push_back(PutFile(directory, i, name, i == 5 ? "" : Recording(1)));
+        files.push_back(PutFile(directory, i, name, i == 5 ? "" : SmallRecording(1)));
     }
     for (const std::uint32_t jobs : {1U, 3U}) {
         const CommandLine line = LineFor(directory, files, jobs);
@@ -164,7 +159,7 @@ class ConvertedAlready : public testing::Test {
     std::map<std::string, std::string> before_;
 };
 
-TEST_F(ConvertedAlready, CancelBeforeTheLookMakesNothing) {
+TEST_F(ConvertedAlready, CancelBeforeTheCheckMakesNothing) {
     ConversionBatch batch(line_, PlanRecordings(line_));
     batch.Cancel();
     batch.Run();
@@ -175,7 +170,7 @@ TEST_F(ConvertedAlready, CancelBeforeTheLookMakesNothing) {
     EXPECT_EQ(lines, std::vector<std::wstring>{line_.inputFiles[0] + L": canceled, not checked"});
 }
 
-TEST_F(ConvertedAlready, CancelAtAnyReadOfTheLookMakesNothing) {
+TEST_F(ConvertedAlready, CancelAtAnyReadOfTheCheckMakesNothing) {
     bool happened = true;
     std::map<Verdict, int> verdicts;
     for (int number = 1; happened; ++number) {
@@ -193,7 +188,7 @@ TEST_F(ConvertedAlready, CancelAtAnyReadOfTheLookMakesNothing) {
 }
 
 TEST_F(ConvertedAlready, RecapNamesWhatWasNotChecked) {
-    line_.inputFiles.push_back(PutFile(directory_, 1, L"s.ord", Recording(1)));
+    line_.inputFiles.push_back(PutFile(directory_, 1, L"s.ord", SmallRecording(1)));
     ConversionBatch batch(line_, PlanRecordings(line_));
     batch.Run([&](std::size_t) { batch.Cancel(); });
     const auto lines = DescribeAll(batch.Recordings(), batch.Outcomes(), false);
@@ -203,11 +198,11 @@ TEST_F(ConvertedAlready, RecapNamesWhatWasNotChecked) {
     EXPECT_EQ(lines, expected);
 }
 
-TEST(ConversionBatch, LackOfMemoryInALookFailsThatRecordingOnly) {
+TEST(ConversionBatch, LackOfMemoryInACheckFailsThatRecordingOnly) {
     const TempDirectory directory;
     CommandLine line = LineFor(directory,
-                               {PutFile(directory, 0, L"first.ord", Recording(1)),
-                                PutFile(directory, 0, L"second.ord", Recording(2))},
+                               {PutFile(directory, 0, L"first.ord", SmallRecording(1)),
+                                PutFile(directory, 0, L"second.ord", SmallRecording(2))},
                                1);
     line.keepGoing = true;
     ConversionBatch batch(line, PlanRecordings(line));
@@ -223,7 +218,7 @@ TEST(ConversionBatch, LackOfMemoryInALookFailsThatRecordingOnly) {
 
 TEST(ConversionBatch, LackOfMemoryIsNotMistakenForAChangeOfTheRecording) {
     const TempDirectory directory;
-    const std::wstring path = PutFile(directory, 0, L"r.ord", Recording(1));
+    const std::wstring path = PutFile(directory, 0, L"r.ord", SmallRecording(1));
     CommandLine line = LineFor(directory, {path}, 1);
     line.checksum = true;
     ConversionBatch batch(line, PlanRecordings(line));

@@ -16,30 +16,25 @@
 #include "platform/text_encoding.h"
 #include "tests/cli/command_process.h"
 #include "tests/cli/endless_recording.h"
-#include "tests/support/ord_builder.h"
+#include "tests/cli/small_recording.h"
 
 namespace stalwick::test {
 namespace {
 
-std::string Recording(std::uint64_t seed, std::size_t packets = 60) {
-    RandomRecordingShape shape;
-    shape.packetCount = packets;
-    return BuildOrdFile(Version2Header(32), MakeRandomPackets(seed, shape));
-}
-
 class Night : public testing::TestWithParam<bool> {
   protected:
     Night() {
-        for (int i = 1; i <= 33; ++i) Put("rat" + std::to_string(100 + i) + ".ord", Recording(71));
+        for (int i = 1; i <= 33; ++i)
+            Put("rat" + std::to_string(100 + i) + ".ord", SmallRecording(71));
         MakeDirectory(directory_.Path(L"monday"));
         MakeDirectory(directory_.Path(L"tuesday"));
-        Put("monday/day1.ord", Recording(72));
-        Put("tuesday/day1.ord", Recording(73));
-        Put("damaged.ord", Recording(74) + std::string(300, '\xEE'));
-        const std::string cut = Recording(75);
+        Put("monday/day1.ord", SmallRecording(72));
+        Put("tuesday/day1.ord", SmallRecording(73));
+        Put("damaged.ord", SmallRecording(74) + std::string(300, '\xEE'));
+        const std::string cut = SmallRecording(75);
         Put("cut.ord", cut.substr(0, cut.size() - 31));
         files_.push_back("missing.ord");
-        Put("large.ord", Recording(76, 12000));
+        Put("large.ord", SmallRecording(76, 12000));
         files_.push_back("stopped.ord");  // a pipe, created where it is needed
     }
 

@@ -254,7 +254,7 @@ TEST_F(ConvertedOutputsTest, RecordingThatContradictsItsVersionIsNeverSkipped) {
     EXPECT_FALSE(Find().whole);
 }
 
-TEST_F(ConvertedOutputsTest, CancelEndsTheLook) {
+TEST_F(ConvertedOutputsTest, CancelEndsTheCheck) {
     Put(Recording(), Recording());
     const std::atomic<std::uint8_t> canceled{1};
     const ConvertedOutputs found =

@@ -48,7 +48,7 @@ class OrdHeaderText {
 
 /** A complete header of format version 1.0, which needs no UTC offset. */
 OrdHeaderText Version1Header(unsigned channelCount);
-/** A complete header of format version 2.0. */
+/** A complete header of format version 2.0 with both inertial units and the ultrasonic block. */
 OrdHeaderText Version2Header(unsigned channelCount);
 
 /** Channels for each channel-count code: 32, 64, 128, 256. */

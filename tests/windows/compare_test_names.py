@@ -16,7 +16,7 @@ ONLY_ON_LINUX = {
     "OrdSynthCommandTest.*": "runs the program by a POSIX shell; compare_with_linux.py runs it",
     "Command.*": "starts the command by fork and pipes; compare_with_linux.py runs it",
     "CommandAccount.*": "starts the command by fork",
-    "CommandLook.*": "starts the command by fork",
+    "CommandBeforeConversion.*": "starts the command by fork",
     "CommandPipe.*": "makes POSIX named pipes",
     "CommandSignal.*": "sends POSIX signals; WindowsConsoleTest and compare_with_linux.py instead",
     "CommandTerminal.*": "opens a POSIX pseudo-terminal",

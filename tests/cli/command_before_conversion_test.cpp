@@ -12,18 +12,12 @@
 
 #include "platform/text_encoding.h"
 #include "tests/cli/command_process.h"
-#include "tests/support/ord_builder.h"
+#include "tests/cli/small_recording.h"
 
 namespace stalwick::test {
 namespace {
 
-std::string Recording(std::size_t packets = 60) {
-    RandomRecordingShape shape;
-    shape.packetCount = packets;
-    return BuildOrdFile(Version2Header(32), MakeRandomPackets(7, shape));
-}
-
-class CommandLook : public testing::Test {
+class CommandBeforeConversion : public testing::Test {
   protected:
     std::string Path(const std::wstring& name) const { return ToUtf8(directory_.Path(name)); }
     std::string Put(const std::wstring& name, const std::string& bytes) const {
@@ -41,7 +35,7 @@ class CommandLook : public testing::Test {
     TempDirectory directory_;
 };
 
-TEST_F(CommandLook, PatternThatMatchesNothingLeavesNoDirectory) {
+TEST_F(CommandBeforeConversion, PatternThatMatchesNothingLeavesNoDirectory) {
     const CommandResult result = RunCommand({Path(L"*.ord")});
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_EQ(result.output, "Processing failed - Error opening file, the file path(" +
@@ -52,7 +46,7 @@ TEST_F(CommandLook, PatternThatMatchesNothingLeavesNoDirectory) {
     EXPECT_TRUE(NamesIn(directory_.Path()).empty());
 }
 
-TEST_F(CommandLook, FileThatIsNoRecordingIsReportedAndLeavesNoDirectory) {
+TEST_F(CommandBeforeConversion, FileThatIsNoRecordingIsReportedAndLeavesNoDirectory) {
     const std::string path = Put(L"x.ord", "no recording\n");
     const CommandResult result = Convert({path});
     EXPECT_EQ(result.exitStatus, 1);
@@ -63,18 +57,18 @@ TEST_F(CommandLook, FileThatIsNoRecordingIsReportedAndLeavesNoDirectory) {
     EXPECT_EQ(NamesIn(directory_.Path()), std::set<std::string>{"x.ord"});
 }
 
-TEST_F(CommandLook, RecordingsAreReportedInTheirTurn) {
-    const std::string first = Put(L"a.ord", Recording());
+TEST_F(CommandBeforeConversion, RecordingsAreReportedInTheirTurn) {
+    const std::string first = Put(L"a.ord", SmallRecording());
     const std::string bad = Put(L"b.ord", "");
-    const std::string last = Put(L"c.ord", Recording());
+    const std::string last = Put(L"c.ord", SmallRecording());
     EXPECT_EQ(Convert({first, bad, last}).exitStatus, 1);
     EXPECT_EQ(Names(L"out"), std::set<std::string>{"a"});
     EXPECT_EQ(Convert({"-k", first, bad, last}).exitStatus, 1);
     EXPECT_EQ(Names(L"out"), (std::set<std::string>{"a", "c"}));
 }
 
-TEST_F(CommandLook, FileWithoutExtensionReportsWhyItCannotBeConvertedThere) {
-    const std::string path = Put(L"rec", Recording());
+TEST_F(CommandBeforeConversion, FileWithoutExtensionReportsWhyItCannotBeConvertedThere) {
+    const std::string path = Put(L"rec", SmallRecording());
     const CommandResult result = RunCommand({path});
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_EQ(result.output, "Processing failed\n");
@@ -85,13 +79,13 @@ TEST_F(CommandLook, FileWithoutExtensionReportsWhyItCannotBeConvertedThere) {
     EXPECT_EQ(Convert({path}).exitStatus, 0);
 }
 
-TEST_F(CommandLook, PipeIsConvertedByReadingItOnce) {
+TEST_F(CommandBeforeConversion, PipeIsConvertedByReadingItOnce) {
     const std::string pipe = Path(L"pipe.ord");
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     CommandProcess command({"-o", Path(L"out"), pipe});
-    WriteFile(directory_.Path(L"pipe.ord"), Recording());
+    WriteFile(directory_.Path(L"pipe.ord"), SmallRecording());
     EXPECT_EQ(command.Wait().exitStatus, 0);
-    Put(L"rec.ord", Recording());
+    Put(L"rec.ord", SmallRecording());
     EXPECT_EQ(Names(L"out/pipe").size(), 33U);
     ASSERT_EQ(Convert({Path(L"rec.ord")}).exitStatus, 0);
     const std::string expected = ReadFile(directory_.Path(L"out/rec/CSC5.vcs"));
@@ -99,8 +93,8 @@ TEST_F(CommandLook, PipeIsConvertedByReadingItOnce) {
               expected.substr(16384));
 }
 
-TEST_F(CommandLook, ConvertedRecordingIsSkipped) {
-    const std::string path = Put(L"rec.ord", Recording());
+TEST_F(CommandBeforeConversion, ConvertedRecordingIsSkipped) {
+    const std::string path = Put(L"rec.ord", SmallRecording());
     ASSERT_EQ(Convert({path}).exitStatus, 0);
     const auto before = FilesIn(directory_.Path(L"out/rec"));
     const CommandResult result = Convert({"--skip-converted", path});
@@ -115,8 +109,8 @@ TEST_F(CommandLook, ConvertedRecordingIsSkipped) {
     EXPECT_EQ(Convert({"-q", "--skip-converted", path}).error, "");
 }
 
-TEST_F(CommandLook, RecordingOfWhichAnOutputIsMissingIsConvertedAgain) {
-    const std::string path = Put(L"rec.ord", Recording());
+TEST_F(CommandBeforeConversion, RecordingOfWhichAnOutputIsMissingIsConvertedAgain) {
+    const std::string path = Put(L"rec.ord", SmallRecording());
     ASSERT_EQ(Convert({path}).exitStatus, 0);
     const CommandResult result = Convert({"--skip-converted", "--raw", path});
     EXPECT_EQ(result.exitStatus, 0);
@@ -125,14 +119,14 @@ TEST_F(CommandLook, RecordingOfWhichAnOutputIsMissingIsConvertedAgain) {
     EXPECT_EQ(Names(L"out/rec").size(), 33U + 34U);
 }
 
-TEST_F(CommandLook, RecordingThatLostDataIsNeverSkipped) {
-    const std::string path = Put(L"rec.ord", Recording() + std::string(40, '\x7F'));
+TEST_F(CommandBeforeConversion, RecordingThatLostDataIsNeverSkipped) {
+    const std::string path = Put(L"rec.ord", SmallRecording() + std::string(40, '\x7F'));
     ASSERT_EQ(Convert({path}).exitStatus, 3);
     EXPECT_EQ(Convert({"--skip-converted", path}).exitStatus, 3);
 }
 
-TEST_F(CommandLook, LackOfRoomIsReportedBeforeItStarts) {
-    const std::string path = Put(L"rec.ord", Recording());
+TEST_F(CommandBeforeConversion, LackOfRoomIsReportedBeforeItStarts) {
+    const std::string path = Put(L"rec.ord", SmallRecording());
     std::error_code failed;
     // Holes take no space: the recording seems to have 8 TB.
     std::filesystem::resize_file(path, std::uintmax_t{1} << 43U, failed);
@@ -143,9 +137,9 @@ TEST_F(CommandLook, LackOfRoomIsReportedBeforeItStarts) {
     EXPECT_EQ(Convert({"-q", path}).error.rfind(path, 0), 0U);
 }
 
-TEST_F(CommandLook, RecapCountsWhatWasSkipped) {
-    const std::string first = Put(L"a.ord", Recording());
-    const std::string second = Put(L"b.ord", Recording());
+TEST_F(CommandBeforeConversion, RecapCountsWhatWasSkipped) {
+    const std::string first = Put(L"a.ord", SmallRecording());
+    const std::string second = Put(L"b.ord", SmallRecording());
     ASSERT_EQ(Convert({first}).exitStatus, 0);
     const CommandResult result = Convert({"--skip-converted", first, second});
     EXPECT_EQ(result.exitStatus, 0);

@@ -20,7 +20,7 @@ BUILD := build/$(PRESET)
 ARTEFACTS := build/release-artefacts
 
 .DEFAULT_GOAL := build
-.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app package-windows test-cluster screenshots check-pages site check-site tarball test-tarball artefacts check-artefacts release packages test-packages check-packages install format check-format clean
+.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app package-windows test-cluster screenshots check-pages site check-site tarball test-tarball artefacts check-artefacts release packages test-packages check-packages install format check-format check-tidy clean
 
 build:
 	scripts/install-deps.sh
@@ -224,6 +224,15 @@ check-format:
 	scripts/check-english.sh
 	scripts/check-licenses.sh
 	scripts/check-version.sh
+
+# Minutes, so .ci/run leaves it out (docs/testing.md).
+check-tidy:
+	scripts/install-deps.sh build test check
+	cmake --preset $(PRESET)
+	cmake --build --preset $(PRESET) --target stalwick-convert stalwick-inspect
+	run-clang-tidy-14 -p $(BUILD) -quiet \
+	    '$(CURDIR)/(cli|engine|logging|ord|outputs|page|platform|survey|writers)/.*\.cpp$$' > build/clang-tidy.txt 2>&1 || \
+	    { grep -E ' (warning|error): ' build/clang-tidy.txt; exit 1; }
 
 clean:
 	rm -rf build

@@ -71,7 +71,7 @@ constexpr GroupLayout LayOut(EightBytes widths, EightBytes enabled) {
                                              std::uint8_t mask, ADBlockPlan& plan,
                                              ChannelGroup8& group) {
     const auto count = static_cast<std::uint32_t>(std::popcount(mask));
-    if ((plan.enabledCount + count) * kWidthBits > length * 8) return false;
+    if (std::size_t{plan.enabledCount + count} * kWidthBits > length * 8) return false;
 
     const EightBytes enabled = OnePerBit(mask);
     const EightBytes stored = ReadWidths(data, plan.enabledCount, mask);

@@ -25,7 +25,7 @@ std::int32_t ORDFileReader::Fail(const std::wstring& message) {
     return -1;
 }
 
-std::int32_t ORDFileReader::Open(std::wstring path) {
+std::int32_t ORDFileReader::Open(const std::wstring& path) {
     systemError_ = file_.Open(path);
     if (systemError_ != 0) {
         return Fail(L"Error opening file, the file path(" + path + L") may be invalid.");

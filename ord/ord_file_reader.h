@@ -31,7 +31,7 @@ class ORDFileReader {
 
     // Opens the file and reads its header. If anything after the opening itself fails, the file is
     // still open.
-    [[nodiscard]] std::int32_t Open(std::wstring path);
+    [[nodiscard]] std::int32_t Open(const std::wstring& path);
 
     // Returns to the state after construction, except for FileVersion and UTCOffsetMicroseconds,
     // which keep the values of the last file.

@@ -18,7 +18,7 @@ packages_of() {
                    python3-numpy python3-pytest python3-matplotlib python3-build \
                    python3-setuptools python3-wheel python3-venv octave \
                    mandoc zsh fish ;;
-        check) echo clang clang-format libclang-rt-14-dev codespell mypy flake8 python3-numpy ;;
+        check) echo clang clang-format clang-tidy libclang-rt-14-dev codespell mypy flake8 python3-numpy ;;
         fuzz) echo clang libclang-rt-14-dev ;;
         bench) echo libbenchmark-dev zstd flac python3 python3-numpy ;;
         coverage) echo gcovr ;;

@@ -73,7 +73,7 @@ ConversionJob StalwickDlg::MakeJob(const std::wstring& outputDirectory) {
 // conversion is free again.
 void StalwickDlg::Convert(ConversionJob job) {
     try {
-        RunConversionJob(std::move(job));
+        RunConversionJob(job);
     } catch (const std::bad_alloc&) {
         std::vector<ConversionDetail> details = processor_.Details();
         details.push_back(OutOfMemoryDetail(processor_.LastAccount().recording));

@@ -119,7 +119,7 @@ void ConversionBatch::RunJob(std::size_t index) {
     job.channelOptions = commandLine_.channelOptions;
     job.writeRawData = commandLine_.writeRawData;
     job.onFinished = [&](const std::wstring& status) { outcomes_[index].status = status; };
-    RunConversionJob(std::move(job));
+    RunConversionJob(job);
 }
 
 // Empty if it cannot be computed, with the reason among the failures.

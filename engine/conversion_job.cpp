@@ -7,7 +7,7 @@ std::wstring FailureStatus(const std::wstring& errorText) {
     return errorText.empty() ? L"Processing failed" : L"Processing failed - " + errorText;
 }
 
-void RunConversionJob(ConversionJob job) {
+void RunConversionJob(const ConversionJob& job) {
     DataProcessor& processor = *job.processor;
     processor.ClearDetails();
     for (const std::wstring& path : job.inputFiles) {

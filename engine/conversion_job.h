@@ -32,6 +32,6 @@ inline constexpr wchar_t kStatusCanceled[] = L"Data processing canceled.";
 // kStatusComplete, kStatusCanceled or "Processing failed", the last with " - " and the processor's
 // error text if there is one. Without it, failures stop nothing and nothing is reported. Standard
 // exceptions pass through.
-void RunConversionJob(ConversionJob job);
+void RunConversionJob(const ConversionJob& job);
 
 }  // namespace stalwick

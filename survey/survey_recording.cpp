@@ -17,8 +17,8 @@ namespace stalwick {
 namespace {
 
 constexpr double kMicrovoltsPerVolt = 1e6;
-constexpr std::uint64_t kQuickPackets = 64;             // at the beginning
-constexpr std::uint64_t kQuickEndBytes = 128U * 1024U;  // more than ten of the longest packets
+constexpr std::uint64_t kQuickPackets = 64;        // at the beginning
+constexpr std::uint64_t kQuickEndBytes = 131'072;  // more than ten of the longest packets
 
 // A survey in progress. About 100 KB: not for the stack.
 class Surveyor {

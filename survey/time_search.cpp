@@ -7,9 +7,9 @@ namespace stalwick {
 
 namespace {
 
-constexpr std::uint64_t kFirstPackets = 200;               // from which the stream learns
-constexpr std::uint64_t kEndBytes = 128U * 1024U;          // more than ten of the longest packets
-constexpr std::uint64_t kReadInOrderBytes = 256U * 1024U;  // not worth bisecting
+constexpr std::uint64_t kFirstPackets = 200;          // from which the stream learns
+constexpr std::uint64_t kEndBytes = 131'072;          // more than ten of the longest packets
+constexpr std::uint64_t kReadInOrderBytes = 262'144;  // not worth bisecting
 
 struct FoundPacket {
     std::uint64_t position = 0;

@@ -25,10 +25,12 @@ class NotingTarget final : public WriteTarget {
         const auto* values = static_cast<const int*>(data);
         taken.insert(taken.end(), values, values + size / sizeof(int));
         inside_.fetch_sub(1);
+        ++calls;
     }
 
     std::vector<int> taken;
     std::atomic<bool> overlapped{false};
+    std::atomic<std::size_t> calls{0};
     std::chrono::microseconds delay{0};
 
   private:
@@ -66,6 +68,20 @@ TEST(BlockPool, EveryFileGetsItsDataInOrderAndFromOneThreadAtATime) {
         EXPECT_EQ(targets[i]->taken, expected[i]);
         EXPECT_FALSE(targets[i]->overlapped);
     }
+}
+
+TEST(BlockPool, SingleBlockIsWrittenSoonEvenIfNothingFollows) {
+    NotingTarget target;
+    WriteQueue queue;
+    BlockPool pool(&queue);
+    pool.Reserve(1, 64);
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));  // the queue's thread rests now
+    Submit(pool, target, 7);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (target.calls == 0 && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_EQ(target.calls, 1U);
 }
 
 TEST(BlockPool, WaitingForAFileWithoutDataReturnsAtOnce) {

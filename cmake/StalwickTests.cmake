@@ -11,7 +11,8 @@ function(stalwick_add_test name)
     add_executable(${name}_tests ${ARG_SOURCES})
     target_link_libraries(${name}_tests PRIVATE
         stalwick_test_support ${ARG_LINK} GTest::gtest_main GTest::gmock)
-    if(TARGET stalwick_test_headers)
+    # Compiled with the same options and definitions only if the same libraries are linked.
+    if(TARGET stalwick_test_headers AND "stalwick_test_harness" IN_LIST ARG_LINK)
         target_precompile_headers(${name}_tests REUSE_FROM stalwick_test_headers)
     endif()
     gtest_discover_tests(${name}_tests DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300 LABELS ${name})

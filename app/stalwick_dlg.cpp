@@ -79,8 +79,8 @@ void StalwickDlg::ConnectControls() {
         OnFileListClick(list->indexOfTopLevelItem(item));
     };
     connect(list, &QTreeWidget::itemClicked, this, showHeader);
-    connect(list, &QTreeWidget::itemActivated, this,
-            showHeader);  // Enter: the keyboard's equivalent of a click
+    // Enter activates an item: the keyboard's equivalent of a click.
+    connect(list, &QTreeWidget::itemActivated, this, showHeader);
     connect(list, &QTreeWidget::itemChanged, this, &StalwickDlg::UpdateButtons);
     connect(list, &QTreeWidget::itemSelectionChanged, this, &StalwickDlg::UpdateButtons);
 
@@ -89,7 +89,7 @@ void StalwickDlg::ConnectControls() {
 }
 
 // A button pressed by its mnemonic acts a moment later; by then another one may have opened a
-// dialog or started a conversion. You could not cancel a conversion below a modal dialog.
+// dialog or started a conversion. Below a modal dialog, a conversion could not be canceled.
 void StalwickDlg::ConnectButton(QPushButton* button, void (StalwickDlg::*act)()) {
     connect(button, &QPushButton::clicked, this, [this, act] {
         if (!IsBlocked()) (this->*act)();
@@ -107,17 +107,15 @@ void StalwickDlg::OnSelectInputFiles() {
 }
 
 void StalwickDlg::SelectFiles(const std::vector<std::wstring>& paths) {
-    inputPaths_.clear();
+    inputPaths_ = paths;
     controls_.fileList->clear();
-    QString directory;
     for (const std::wstring& path : paths) {
-        inputPaths_.push_back(path);
         const auto separator = LastSeparator(path);
         auto* item = new QTreeWidgetItem({ToQString(path.substr(separator + 1))});
         item->setToolTip(0, PathToolTip(ToQString(path)));
         controls_.fileList->addTopLevelItem(item);
-        directory = ToQString(ParentDirectory(path));
     }
+    const QString directory = ToQString(ParentDirectory(paths.back()));
     controls_.outputDirectory->setText(directory);
     controls_.inputDirectory->setText(directory);
     UpdateButtons();
@@ -161,7 +159,7 @@ void StalwickDlg::ShowAbout() {
     if (!converting_) CAboutDlg(this).exec();
 }
 
-// Called whenever the window is closed; if the close is ignored, it stays open.
+// Every way to close the window ends here; without QDialog::reject it stays open.
 void StalwickDlg::reject() {
     if (converting_) {
         RaiseProgress();
@@ -170,8 +168,8 @@ void StalwickDlg::reject() {
     }
 }
 
-// Sees the window's events before any control does: a disabled button swallows its clicks. The
-// frame and the taskbar can activate the disabled dialog.
+// Sees the window's events before any control does, because a disabled button swallows its clicks.
+// FocusIn: its frame and the taskbar can activate even a disabled dialog.
 bool StalwickDlg::eventFilter(QObject* watched, QEvent* event) {
     const bool reached =
         event->type() == QEvent::MouseButtonPress || event->type() == QEvent::FocusIn;

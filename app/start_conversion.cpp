@@ -69,8 +69,8 @@ ConversionJob StalwickDlg::MakeJob(const std::wstring& outputDirectory) {
     return job;
 }
 
-// The worker's thread. A lack of memory ends the conversion, not the program; the memory of the
-// conversion is free again.
+// The worker's thread. A lack of memory ends the conversion, not the program: when it is reported,
+// the conversion's memory is free again.
 void StalwickDlg::Convert(ConversionJob job) {
     try {
         RunConversionJob(job);
@@ -88,7 +88,6 @@ void StalwickDlg::ReportFinish(const Outcome& outcome) {
 }
 
 void StalwickDlg::ShowProgress() {
-    if (progressDlg_ == nullptr) progressDlg_ = new ProgressDlg(this);
     progressDlg_->setEnabled(true);  // a disabled window disables the windows it owns
     progressDlg_->show();
     progressDlg_->SetCancelAction([this] { CancelConversion(); });
@@ -130,7 +129,7 @@ void StalwickDlg::EndConversion() {
 
 void StalwickDlg::OnConversionFinished(const Outcome& outcome) {
     EndConversion();
-    // Missing data changes no status text, so it must not be hidden by a button.
+    // Missing data changes no status text, so the details are shown without a press of a button.
     ShowMessage(this, QMessageBox::NoIcon,
                 {.caption = ApplicationName(),
                  .text = outcome.status,

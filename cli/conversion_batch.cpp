@@ -26,17 +26,16 @@ ConversionBatch::ConversionBatch(const CommandLine& commandLine,
       recordings_(std::move(recordings)),
       outcomes_(recordings_.size()),
       end_(outcomes_.size()) {
-    // Jobs alone keep the cores busy; threads that write would only be in their way.
+    // So many jobs alone keep the cores busy; helper threads would only be in their way.
     const std::uint32_t jobs = JobsAtOnce();
     if (jobs > 1 && jobs * 2 > UsableProcessors()) {
         commandLine_.outputSettings.helperThreads = HelperThreads::kOff;
     }
-    for (const PlannedRecording& recording : recordings_) {
+    for (std::size_t i = 0; i < recordings_.size(); ++i) {
         processors_.push_back(std::make_unique<DataProcessor>(commandLine_.outputSettings, jobs));
         processors_.back()->FollowTime(!commandLine_.reportPath.empty());
-        RecordingFile& file = outcomes_[processors_.size() - 1].file;
-        file = QueryRecordingFile(recording.path);
-        bytesTotal_ += file.bytes;
+        outcomes_[i].file = QueryRecordingFile(recordings_[i].path);
+        bytesTotal_ += outcomes_[i].file.bytes;
     }
     if (commandLine_.skipConverted && !commandLine_.reportPath.empty()) ReadEarlierReport();
 }

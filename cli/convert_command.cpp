@@ -56,12 +56,15 @@ void RunWatched(ConversionBatch& batch, const std::atomic<Interruption>& interru
     done.get();
 }
 
-// Refusals before anything starts, with the reason on standard error.
+// Prints the reason, if there is one.
+bool IsRefused(const std::wstring& reason) {
+    if (!reason.empty()) PrintLine(stderr, L"stalwick-convert: " + reason);
+    return !reason.empty();
+}
+
+// If not, prints the reason. Creates the output directory.
 bool IsPossible(const CommandLine& commandLine, const std::vector<PlannedRecording>& recordings) {
-    if (const std::wstring shared = DescribeSharedDirectory(recordings); !shared.empty()) {
-        PrintLine(stderr, L"stalwick-convert: " + shared);
-        return false;
-    }
+    if (IsRefused(DescribeSharedDirectory(recordings))) return false;
     const std::wstring& directory = commandLine.outputDirectory;
     // No directory is created if none of the recordings can be converted.
     if (directory.empty() || !AnyCanBeConverted(recordings)) return true;
@@ -69,19 +72,6 @@ bool IsPossible(const CommandLine& commandLine, const std::vector<PlannedRecordi
     if (code == 0) return true;
     PrintLine(stderr, OutputDirectoryErrorText(directory) + L" (" + SystemErrorText(code) + L")");
     return false;
-}
-
-// Refused before anything starts, and before a directory is created.
-bool IsReportTaken(const std::wstring& path) {
-    const std::wstring refusal = path.empty() ? path : RefuseReportName(path);
-    if (!refusal.empty()) PrintLine(stderr, L"stalwick-convert: " + refusal);
-    return !refusal.empty();
-}
-
-bool CanReport(const std::wstring& path) {
-    const std::wstring refusal = path.empty() ? path : RefuseReportDirectory(path);
-    if (!refusal.empty()) PrintLine(stderr, L"stalwick-convert: " + refusal);
-    return refusal.empty();
 }
 
 bool ReportChecksumFailures(const std::vector<RecordingOutcome>& outcomes) {
@@ -111,8 +101,12 @@ int Convert(const CommandLine& commandLine) {
     std::vector<PlannedRecording> recordings = PlanRecordings(commandLine);
     RunReport report{.commandLine = commandLine, .started = std::chrono::system_clock::now()};
     const std::wstring& reportPath = commandLine.reportPath;
-    if (IsReportTaken(reportPath) || !IsPossible(commandLine, recordings) ||
-        !CanReport(reportPath)) {
+    const bool reports = !reportPath.empty();
+    // The report's name is checked before a directory is created, its directory after that: the new
+    // one may be the report's.
+    if ((reports && IsRefused(RefuseReportName(reportPath))) ||
+        !IsPossible(commandLine, recordings) ||
+        (reports && IsRefused(RefuseReportDirectory(reportPath)))) {
         return kExitUsage;
     }
     if (!commandLine.quiet) {
@@ -131,7 +125,7 @@ int Convert(const CommandLine& commandLine) {
     report.exitStatus = ExitStatus(batch.Outcomes(), batch.Canceled(), interruption.load());
     const bool checksumsFailed = ReportChecksumFailures(batch.Outcomes());
     if ((!printed || checksumsFailed) && !batch.Canceled()) report.exitStatus = kExitFailed;
-    return commandLine.reportPath.empty() ? report.exitStatus : Report(report, batch);
+    return reports ? Report(report, batch) : report.exitStatus;
 }
 
 }  // namespace

@@ -69,7 +69,6 @@ void DeclareVerify(CLI::App& app, VerifyOptions& options) {
     UncoverBrackets(app);
 }
 
-// What the user asked for.
 struct InspectOptions {
     InfoOptions info;
     VerifyOptions verify;

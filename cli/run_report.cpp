@@ -71,7 +71,7 @@ Json LossesOf(const ConversionAccount& account) {
     return losses;
 }
 
-// All the others.
+// All details except losses.
 Json DetailsOf(const ConversionAccount& account) {
     Json details = Json::array();
     for (const ConversionDetail& detail : account.details) {

@@ -46,7 +46,7 @@ class OutputSetCheck {
         return {};
     }
 
-    // For a whole set, in its order.
+    // If the set was whole: its files, in the order of the outputs.
     const std::vector<OutputAccount>& Found() const { return found_; }
 
   private:
@@ -143,10 +143,11 @@ class OutputSetCheck {
     std::wstring sessionUuid_;
     const RecordingContents* contents_ = nullptr;
     std::vector<OutputAccount> found_;
-    std::uint64_t records_ = 0;  // the last file checked
+    std::uint64_t records_ = 0;  // of the last file checked
 };
 
-// What packets carry that the header does not announce, so that no output takes it; or nothing.
+// What the packets contain although the header does not announce it, so that no output has it;
+// empty if there is nothing.
 std::wstring FindLeftOut(const WantedOutputs& wanted, const RecordingHeader& header,
                          const RecordingContents& contents) {
     if (contents.MostADChannels() > header.numADChannels) {

@@ -144,7 +144,7 @@ std::int32_t FileConversion::ConvertSpans() {
     return 0;
 }
 
-// Their failures are reported as those of the outputs.
+// What fails here is reported with the outputs, by TakeAccount.
 void FileConversion::LeaveOutputsUnfinished() {
     channelFiles_.LeaveUnfinished();
     eventFile_.LeaveUnfinished();
@@ -208,7 +208,7 @@ std::int32_t FileConversion::ConvertPacket(ORDDataPacket& packet) {
         WriteTtlEvents(eventFile_, ttlValues_, {packet.hardwareTimestamp, packetTime_}) != 0) {
         return -1;
     }
-    // Ten samples' time, whatever the packet contains. Do not change this (pinned by
+    // The time of ten samples, even for a packet without samples. Do not change this (pinned by
     // FileConversion.RunningTimeCountsPacketsWithoutSamples).
     packetTime_ += recordPeriod_;
     clock_.Count(packet.hardwareTimestamp);
@@ -246,7 +246,7 @@ void FileConversion::FinishEventFile() {
     eventFile_.fileIO.CloseAllOutputFiles();
 }
 
-// After a power cut, the outputs' names, and so their contents, then still exist.
+// So that the outputs' names, and with them their contents, survive a power cut.
 void FileConversion::SyncNames() {
     if (!channelFiles_.settings.syncBeforeFinalHeader) return;
     std::vector<std::wstring> directories = {directory_};

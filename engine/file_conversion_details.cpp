@@ -85,7 +85,7 @@ void FileConversion::ReportUnreadInput() {
                 L": it was cut short while it was being read; convert it again from a whole copy");
     } else if (source_->FileSize() > bytesRead) {
         AddInputDetail(Kind::kIncomplete,
-                       L"it grew while it was being read, everything after byte " +
+                       L"it grew while it was being read, so everything after byte " +
                            std::to_wstring(bytesRead) +
                            L" is missing; convert it again when the recorder has finished");
     } else if (bytesRead < kHeaderBlockSize) {
@@ -147,7 +147,7 @@ void FileConversion::ReportOutputs() {
     for (const std::wstring& text : DescribeFailedOutputs(all.last(hasRawData))) {
         AddDetail(Kind::kIncomplete, L"RawData.vrd is incomplete: " + text);
     }
-    // If the recording failed, that detail covers all outputs.
+    // If the recording failed, the detail about it covers all outputs.
     const std::wstring unfinished = inputFailed_ ? std::wstring() : NameUnfinishedOutputs(all);
     if (!unfinished.empty()) {
         AddInputDetail(Kind::kIncomplete, L"not completely converted: also unfinished in " +
@@ -167,7 +167,7 @@ void FileConversion::ReportOutputs() {
     }
 }
 
-// The writers drop a file when it is finished.
+// Keeps the paths for ListOutputs, because the writers forget a file when they finish it.
 void FileConversion::NoteOpenOutputs() {
     for (const FileWriterContainer* files : {static_cast<FileWriterContainer*>(&channelFiles_),
                                              static_cast<FileWriterContainer*>(&eventFile_)}) {
@@ -181,7 +181,7 @@ void FileConversion::NoteOpenOutputs() {
     }
 }
 
-// When all files are closed.
+// Reads the sizes, so all files must be closed.
 void FileConversion::ListOutputs() {
     for (const OpenedOutput& output : openedOutputs_) {
         const std::uint64_t bytes = QueryFileSize(output.path);

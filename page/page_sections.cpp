@@ -39,7 +39,7 @@ struct Column {
     bool isWords = false;
 };
 
-// A table that scrolls by itself if it is too wide; also with the keyboard.
+// A table that is too wide scrolls without the rest of the page, also with the keyboard.
 std::string OpenTable(const std::string& caption, const std::vector<Column>& columns) {
     std::string html = "<div class=\"scroll\" role=\"region\" tabindex=\"0\" aria-label=\"" +
                        EscapeXml(caption) + "\"><table><caption>" + EscapeXml(caption) +
@@ -88,7 +88,7 @@ std::string DamageTable(const RecordingSurvey& survey) {
     return html + kCloseTable;
 }
 
-// Levels of noise: steps of a square root of two around the median.
+// Levels of noise, each a factor of the square root of two wide; the median is in the middle one.
 constexpr std::size_t kLevels = 7;
 
 std::array<double, kLevels - 1> LevelBounds(const PageSurvey& page) {
@@ -186,7 +186,7 @@ std::string FactsSection(const PageSurvey& page) {
     return "<dl class=\"facts\">" +
            Fact("Length", Narrow(ReadableDuration(survey.durationSeconds))) +
            Fact("Channels", channels) + Fact("Rate", rate) +
-           Fact("Size", survey.fileSize == 0 ? std::string("not known, read from a pipe")
+           Fact("Size", survey.fileSize == 0 ? std::string("unknown, read from a pipe")
                                              : Narrow(ReadableBytes(survey.fileSize))) +
            Fact("Packets", std::to_string(survey.packets)) +
            Fact("Version", Narrow(header.fileVersion)) +

@@ -85,7 +85,7 @@ std::string NameWithVerdict(const PageSurvey& page, std::uint32_t channel) {
     return ChannelName(channel);
 }
 
-// For all columns of a trace; empty if it has none.
+// The range of all columns of a trace; empty if it has none.
 ColumnRange RangeOf(const TraceEnvelope& trace) {
     ColumnRange range;
     for (const ColumnRange& column : trace.columns) {
@@ -94,7 +94,7 @@ ColumnRange RangeOf(const TraceEnvelope& trace) {
     return range;
 }
 
-// The height of a row of traces: most traces fit.
+// The height of a row in microvolts, in which more than half of the traces fit.
 double RowMicrovolts(const TracePlace& place, const std::vector<std::uint32_t>& channels,
                      double microvoltsPerStep) {
     std::vector<double> heights;
@@ -113,7 +113,7 @@ double RowMicrovolts(const TracePlace& place, const std::vector<std::uint32_t>& 
 struct TraceRow {
     double middleY = 0.0;
     double height = 0.0;
-    double steps = 0.0;  // of this height
+    double steps = 0.0;  // of the converter, over this height
 };
 
 // The trace about its own middle, clipped to its row; broken where there are no samples.

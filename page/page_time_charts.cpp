@@ -57,7 +57,7 @@ std::vector<std::size_t> UsedTtlLines(const RecordingSurvey& survey) {
     return lines;
 }
 
-// Those that would overlap are merged into one that shows how many it is.
+// Gaps whose bars would overlap share one bar, and its title gives their number.
 void AddGaps(const RecordingSurvey& survey, const TimeAxis& axis, Rows& rows) {
     const double length = axis.toSeconds - axis.fromSeconds;
     TimeSpans spans(length * kNarrowestBar / kChartWidth);

@@ -24,8 +24,7 @@ void AddChannels(const PageSurvey& page, bool ChannelVerdict::*rule, const std::
 
 void AddTimes(const RecordingSurvey& survey, std::vector<PageFinding>& findings) {
     if (!survey.hasTimestamps) {
-        findings.push_back(
-            {"warn", "Packets of this version carry no time, so that gaps are unknown"});
+        findings.push_back({"warn", "Packets of this version carry no time, so gaps are unknown"});
     } else if (!survey.gaps.empty()) {
         findings.push_back(
             {"warn", GapsInWords(survey) + ": samples that the recorder did not receive"});

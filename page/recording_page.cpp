@@ -112,9 +112,9 @@ std::string FormatRecordingPage(const PageSurvey& page, const std::wstring& inde
     if (!page.verdict.channels.empty()) {
         html += Section("numbers", "Numbers", ChannelTable(page));
     }
-    return html + "</main>\n" +
-           PageFoot().insert(0, "<script type=\"application/json\" id=\"data\">" +
-                                    ForScript(PageAsJson(page)) + "</script>\n");
+    html += "</main>\n<script type=\"application/json\" id=\"data\">" +
+            ForScript(PageAsJson(page)) + "</script>\n";
+    return html + PageFoot();
 }
 
 IndexRow IndexRowOf(const PageSurvey& page, std::size_t number) {

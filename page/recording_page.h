@@ -18,7 +18,7 @@ inline constexpr std::string_view kPageBeginning =
 [[nodiscard]] std::string FormatRecordingPage(const PageSurvey& page,
                                               const std::wstring& indexName);
 
-// A recording's row in the list of several.
+// A recording's row in the list of several recordings.
 struct IndexRow {
     std::wstring path;
     std::wstring pageName;  // of the file next to the list; empty if there is none

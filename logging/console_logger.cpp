@@ -19,7 +19,8 @@ constexpr std::array<const wchar_t*, 6> kBanners = {
 };
 constexpr const wchar_t* kUnknownBanner = L"-* UNKNOWN *- ";
 
-std::wstreambuf* const standardBuffer = std::wcout.rdbuf();  // null before main()
+// Null if another unit logs before this one is initialized.
+std::wstreambuf* const standardBuffer = std::wcout.rdbuf();
 
 // The wide stream's own conversion fails for good at the first character that the locale lacks, and
 // garbles text after narrow output. So the text is written to standard output as UTF-8, unless

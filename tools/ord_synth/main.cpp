@@ -116,7 +116,7 @@ void AddDamageOptions(CLI::App& app, CommandLine& line) {
     };
     add("--flip", line.flips, "Flip a bit (0 to 7) of this byte of the file; may be repeated",
         "BYTE:BIT");
-    add("--insert", line.inserts, "Insert bytes at random before this one; may be repeated",
+    add("--insert", line.inserts, "Insert random bytes before this one; may be repeated",
         "BYTE:COUNT");
     add("--drop-bytes", line.drops, "Leave out bytes from this one on; may be repeated",
         "BYTE:COUNT");

@@ -149,7 +149,7 @@ void PacketEncoder::ChooseWidths(const std::int16_t* rows) {
         }
     }
     for (std::size_t e = 0; e < enabledCount_; ++e) {
-        // At least 1, for the sign. Readers would count a width of 0 as no bits, yet read one.
+        // At least 1, for the sign. A reader counts no bits for a width of 0, but reads one.
         const auto width = static_cast<std::uint32_t>(std::bit_width(changed[e])) + 1;
         widths_[e] = static_cast<std::uint8_t>(width);
         valueMasks_[e] = static_cast<std::uint16_t>((1u << width) - 1);

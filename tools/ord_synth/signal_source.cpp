@@ -87,7 +87,7 @@ void SignalSource::MakeChannels(std::uint32_t noiseSteps) {
     slowEnd_.assign(channelCount_, 0);
     quietLeft_.assign(channelCount_, 0);
     for (std::uint32_t channel = 0; channel < channelCount_; ++channel) {
-        // Electrodes differ: half to 1.75 times the requested noise, more of them quiet.
+        // Electrodes differ: half to 1.75 times the requested noise, most of them less than it.
         const std::uint32_t draw = random_.Between(0, 255);
         const std::uint32_t factor = 128 + ((draw * draw * 320) >> 16);
         gain_.push_back(static_cast<std::int16_t>((8 * noiseSteps * factor) >> 8));

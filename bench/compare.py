@@ -62,8 +62,8 @@ def touch_memory(size):
 
 
 def warm(size):
-    """Memory that was freed long ago costs several times more to touch. A separate process does
-    it, because the memory of this one counts in the peaks of those that it starts."""
+    """Touches memory: if it was freed long ago, the first touch costs several times more. A separate
+    process does it, because the memory of this one counts in the peaks of those that it starts."""
     process = multiprocessing.Process(target=touch_memory, args=(size,))
     process.start()
     process.join()
@@ -99,8 +99,8 @@ def interleave(commands, size, inputs=()):
                 time.sleep(COLD_SECONDS)
             runs[name].append(command())
     return {
-        name: tuple(statistics.median(getattr(r, k) for r in list_) for k in ("wall", "cpu", "peak"))
-        for name, list_ in runs.items()
+        name: tuple(statistics.median(getattr(r, k) for r in finished) for k in ("wall", "cpu", "peak"))
+        for name, finished in runs.items()
     }
 
 
@@ -268,16 +268,18 @@ def jobs():
     remove(work / "out")
 
 
+def c64():
+    return record("c64", "-c", 64, "-s", LONG)
+
+
+def c256():
+    return record("c256", "-c", 256, "-s", LONG)
+
+
 def main():
     cpu = re.search(r"model name\s*: (.*)", Path("/proc/cpuinfo").read_text())
     print(f"{cpu.group(1) if cpu else 'CPU'}, {os.cpu_count()} cores, {time.strftime('%Y-%m-%d')}, "
           f"load {os.getloadavg()[0]:.1f} at the start; medians of {REPEATS}\n")
-    def c64():
-        return record("c64", "-c", 64, "-s", LONG)
-
-    def c256():
-        return record("c256", "-c", 256, "-s", LONG)
-
     if {"channels", "raw"} & set(CASES):
         table_head()
     if "channels" in CASES:

@@ -5,15 +5,16 @@
 #
 #   bench/compare.sh BUILD_DIRECTORY [WORK_DIRECTORY]
 #
-# ord_synth makes the recordings. Measured are the command alone on one core ("1 thread": its CPU
-# time counts) and with all its threads (wall time counts); the floor, a program that makes the
-# same reads and files and nothing else; cp -r of the outputs; and zstd -d and flac -d of the same
-# samples. Before each timed run the same amount is written and removed in the same file system, so
-# that every run finds memory in the same state, and its inputs are read once. The case "cold" is
+# ord_synth makes the recordings. This script measures the command alone on one core ("1 thread":
+# its CPU time counts) and with all its threads (wall time counts); the floor, a program that only
+# makes the same reads and files; cp -r of the outputs; and zstd -d and flac -d of the same samples.
+# Before each timed run the same amount is written and removed in the same file system, so that
+# every run finds memory in the same state, and its inputs are read once. The case "cold" is
 # measured twice: like this, and after freed memory has waited COLD_SECONDS (default 8).
 #
-# REPEATS (default 7) runs per case; SECONDS_LONG (default 60) and CASES reduce the work. The
-# ratios are written to BUILD_DIRECTORY/bench/ratios.json; bench/regressions.py compares them.
+# REPEATS (default 7) is the number of runs per case; SECONDS_LONG (default 60) and CASES reduce
+# the work. The ratios are written to BUILD_DIRECTORY/bench/ratios.json; bench/regressions.py
+# compares them.
 set -euo pipefail
 
 build=$(realpath "${1:?usage: bench/compare.sh BUILD_DIRECTORY [WORK_DIRECTORY]}")

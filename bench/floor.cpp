@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 // The least that a conversion can cost: floor RECORDING DIRECTORY SIZES
-// Reads RECORDING 50,000 bytes at a time and writes files in DIRECTORY with the names and sizes
-// listed in SIZES, one per line ("SIZE NAME"), as they would grow meanwhile: in pieces of 256 KB,
-// from one buffer that stays in the cache. It does nothing else.
+// Reads RECORDING 50,000 bytes at a time. Meanwhile the files that SIZES lists, one per line
+// ("SIZE NAME"), grow in DIRECTORY to their sizes, in pieces of 256 KB from one buffer that stays
+// in the cache. It does nothing else.
 
 #include <algorithm>
 #include <cerrno>
@@ -49,7 +49,7 @@ std::vector<GrowingFile> CreateFiles(const std::string& directory, const char* l
     return files;
 }
 
-// All whole pieces up to `end`; also the rest if the file ends there.
+// Writes all whole pieces up to `end`; also the rest if the file ends there.
 void Grow(GrowingFile& file, std::size_t end, const std::vector<char>& buffer) {
     while (file.written < end && (end == file.size || end - file.written >= kPiece)) {
         const std::size_t count = std::min(end - file.written, kPiece);

@@ -3,7 +3,7 @@
 // Measures the window: window_bench START_NS RECORDING OUTPUT_DIRECTORY
 // START_NS is the time of day in nanoseconds just before the program was started
 // (bench/window.sh). Prints the time until the window was drawn, and how long events waited for
-// the window's thread while a conversion used both cores.
+// the window's thread while a conversion ran and another thread kept one core busy.
 
 #include <algorithm>
 #include <atomic>
@@ -32,7 +32,7 @@ double Milliseconds(std::chrono::nanoseconds time) {
     return std::chrono::duration<double, std::milli>(time).count();
 }
 
-// Reports when the window was drawn for the first time.
+// Notes that the window was drawn for the first time.
 class FirstPaint : public QObject {
   public:
     explicit FirstPaint(StalwickDlg& dialog) { dialog.installEventFilter(this); }
@@ -82,7 +82,7 @@ void Drop(StalwickDlg& dialog, const QString& path) {
     QCoreApplication::sendEvent(&dialog, &drop);
 }
 
-// One core for the conversion itself; the other one for a competing conversion.
+// Keeps one core busy, as another program would.
 class BusyNeighbour {
   public:
     ~BusyNeighbour() {

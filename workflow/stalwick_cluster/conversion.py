@@ -97,7 +97,7 @@ def _entry_of(attempt: Path) -> dict[str, Any] | None:
 
 
 def _has_result(step: str, entry: dict[str, Any]) -> bool:
-    """Those whose outputs are kept."""
+    """Whether the entry has outputs that are kept."""
     return entry["result"] == "whole" or (step == "salvage" and entry["result"] == "with_losses")
 
 
@@ -157,7 +157,8 @@ def _record_of(entry: dict[str, Any], identity: Record) -> Record:
 
 
 def _bring_back(work: Work, step: str, attempt: Path, entry: dict[str, Any]) -> Path:
-    """A complete attempt next to the results; its report comes last and confirms the rest."""
+    """Copies an attempt from the scratch disk next to the results; the report comes last and
+    confirms the rest."""
     made = Path(entry["directory"])
     back = _new_attempt(work, step, work.settings.results / "unfinished")
     try:

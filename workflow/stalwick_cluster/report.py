@@ -29,7 +29,6 @@ RESULTS = {
     "not_begun": "not begun",
 }
 
-
 _FINDINGS_SHOWN = 3
 
 
@@ -80,7 +79,8 @@ def counts(rows: list[Row]) -> dict[str, int]:
 
 def recap(rows: list[Row]) -> list[str]:
     parts = [f"{number} {RESULTS[result]}" for result, number in counts(rows).items()]
-    lines = [f"{len(rows)} recordings: {', '.join(parts)}"]
+    noun = "recording" if len(rows) == 1 else "recordings"
+    lines = [f"{len(rows)} {noun}: {', '.join(parts)}"]
     return lines + [f"  {row.result}: {row.name}: {row.reason}"
                     for row in rows if row.result != "verified" or row.reason]
 
@@ -103,7 +103,7 @@ def _outcome(work: Work) -> tuple[str, str]:
     converted = work.done("convert")
     begun = work.records.begun("convert")
     if begun:
-        return "unfinished", _killed(begun)
+        return "unfinished", _without_end(begun)
     if converted is None:
         if work.records.load("convert"):
             return "not_begun", "the recording or the options have changed since it was converted"
@@ -114,7 +114,7 @@ def _outcome(work: Work) -> tuple[str, str]:
         return str(converted["result"]), str(converted["reason"])
     verified = work.done("verify")
     if verified is None or verified.get("of") != converted["ended"]:
-        return "converted", _killed(work.records.begun("verify")) or "not verified yet"
+        return "converted", _without_end(work.records.begun("verify")) or "not verified yet"
     if verified["result"] in ("failed", "canceled"):
         return "converted", f"its verification {verified['result']}: {verified['reason']}"
     if verified["result"] == "findings":
@@ -146,7 +146,7 @@ def _cut_end(work: Work) -> str:
     return str(cut["reason"]) if cut else ""
 
 
-def _killed(begun: Record | None) -> str:
+def _without_end(begun: Record | None) -> str:
     if begun is None:
         return ""
     job = f", job {begun['slurm_job']}" if begun.get("slurm_job") else ""

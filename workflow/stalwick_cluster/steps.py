@@ -111,7 +111,7 @@ def is_verified(work: Work) -> bool:
 
 
 def page(work: Work) -> Record:
-    """A page of the recording. A missing page blocks nothing else, so it is only recorded."""
+    """A page of the recording. A missing page blocks nothing else: a failure is only recorded."""
     target = work.settings.of_each("pages", f"{work.recording.name}.html")
     done = work.done("page")
     if done and done["result"] == "made" and target.is_file():

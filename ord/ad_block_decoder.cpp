@@ -87,8 +87,8 @@ struct Block {
     }
 };
 
-// Decodes by the bit reader's rule for the end of the span: for blocks that need more bits than
-// they count, and for shapes that no recording has.
+// Decodes with the bit reader, which has a rule for the end of the span. Needed for blocks that
+// take more bits than their size counts (see IsComplete), and for shapes that no recording has.
 const std::uint8_t* DecodeBitByBit(const Block& block, std::vector<std::uint16_t>& samples) {
     const ChannelEnableSet enabled = BuildChannelEnableSet(block.channelMask);
     BitReader reader(block.data, block.BitCount());
@@ -155,7 +155,7 @@ const std::uint8_t* DecodeADBlock(const std::uint8_t* data, std::size_t length,
             DecodePlanned(block, plan, samples.data());
             return block.EndAt(blockBits);
         }
-        // Every span except the last ends in such a block: its widths are not read a second time.
+        // Many spans end in a truncated block; this avoids reading its widths a second time.
         const auto widthBits = static_cast<std::int32_t>(plan.enabledCount * kWidthBits);
         if (!IsComplete(bitCount, widthBits, plan.widthSum, plan.enabledCount, samplesPerChannel)) {
             samples.clear();

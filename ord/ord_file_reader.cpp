@@ -84,7 +84,7 @@ std::int32_t ORDFileReader::DecodeBeforeFailure(std::size_t count,
     return 0;
 }
 
-// Bytes of the buffer that formed whole packets.
+// Returns how many bytes of the buffer formed whole packets.
 std::uint32_t ORDFileReader::Decode(std::uint32_t validBytes, std::vector<ORDDataPacket>& records) {
     const bool isFirstBlock = bytesRead_ == kHeaderBlockSize + validBytes;
     if (isFirstBlock) {

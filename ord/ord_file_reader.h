@@ -46,8 +46,8 @@ class ORDFileReader {
     [[nodiscard]] std::wstring GetErrorMessage() const { return errorMessage_; }
     void SetErrorMessage(const std::wstring& message) { errorMessage_ = message; }
 
-    // The header's fields as one value. The others are kept for existing callers; a new field needs
-    // none.
+    // The header's fields as one value. The functions for single fields are kept for existing
+    // callers; a new field needs none.
     const RecordingHeader& Header() const { return header_; }
     [[nodiscard]] std::uint32_t NumADChannels() const { return header_.numADChannels; }
     [[nodiscard]] std::uint32_t SamplingFrequency() const {
@@ -70,7 +70,8 @@ class ORDFileReader {
     [[nodiscard]] std::uint64_t BytesRead() const { return bytesRead_; }
     // Bytes read that have not formed a whole packet yet.
     [[nodiscard]] std::uint64_t UnconsumedBytes() const { return unconsumedBytes_; }
-    // Bytes of each packet of the last block. They are contiguous and precede the next packet.
+    // The size in bytes of each packet of the last block. These packets are contiguous; the next
+    // packet follows them at once.
     const std::vector<std::uint32_t>& PacketSizes() const { return spanMemory_.packetSizes; }
     // The position in the file where the next packet begins.
     [[nodiscard]] std::uint64_t NextPacketPosition() const { return bytesRead_ - unconsumedBytes_; }

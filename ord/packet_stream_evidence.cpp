@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t kSoundChain = 3;  // packets in a row, with timestamps
 constexpr std::size_t kFewestAfterUnstamped = 2;
 constexpr std::size_t kNearChain = 2;
-constexpr std::size_t kSectorSize = 4096;  // of what a disk misplaces
+constexpr std::size_t kSectorSize = 4096;  // bytes that a disk misplaces together
 constexpr std::uint64_t kPacketsToKnowFlags = 100;
 // With many more, a drifting clock makes any number of nanoseconds look like whole steps.
 constexpr std::uint64_t kMostStepsInARow = 250;
@@ -100,7 +100,7 @@ bool PacketStream::IsFromElsewhere(std::uint64_t timestamp, std::size_t end) {
         const Chain chain = FollowChain(offset, {}, Link::kType);
         if (!head) return false;
         if (chain.packets == 0) return !chain.atEnd && window_->Position() != wentOnAt_;
-        // A packet that goes back has no time between them either.
+        // A timestamp before the last one wraps around, so it does not fit in between either.
         const bool isBetween = ahead < *head->timestamp - *lastStamp_;
         if (!isBetween && IsNear(*head->timestamp, offset) &&
             GoesOnInStep(*head->timestamp, 1, chain.end)) {
@@ -122,8 +122,8 @@ bool PacketStream::IsOutOfStepWithNext(std::uint64_t timestamp, std::size_t end)
            GoesOnInStep(*next->timestamp, 1, FollowChain(end, {}, Link::kType).end);
 }
 
-// Whether packets from `offset` on have the timestamps that follow `timestamp`, the first of them
-// that many steps later. One of them may be damaged.
+// Whether packets from `offset` on have the timestamps that follow `timestamp`; the first of these
+// packets is `stepsToFirst` steps later. One of them may be damaged.
 bool PacketStream::GoesOnInStep(std::uint64_t timestamp, std::uint64_t stepsToFirst,
                                 std::size_t offset) {
     std::size_t inStep = 0;
@@ -173,8 +173,8 @@ void PacketStream::Trust(const Chain& chain) {
     soundUntil_ = window_->Position() + (toItsEnd ? chain.end : chain.lastStart);
 }
 
-// Whether packets continue from `offset` although the first of them does not follow from what was
-// before.
+// Whether packets continue from `offset` on although the first of them does not follow from the
+// packet before it.
 bool PacketStream::BeginsSoundChain(std::size_t offset) {
     const std::size_t wanted = PacketsCarryTimestamps() ? kSoundChain : kSoundChainUnstamped;
     Chain chain = FollowChain(offset, {wanted}, Link::kFlagsAndStamps);

@@ -17,7 +17,7 @@ struct [[nodiscard]] RecordFileError {
         kNone,
         kUnreadable,  // the system's reason; or there is no such record
         kHeader,      // the header block is truncated or damaged
-        kWrongType,   // an output of another kind, or none
+        kWrongType,   // the header is that of another kind of output
         kCutRecord    // the file ends inside a record; the whole ones can be read
     };
     Kind kind = Kind::kNone;
@@ -27,7 +27,8 @@ struct [[nodiscard]] RecordFileError {
 };
 
 // A finished output file, opened for reading: its header, followed by records of one size. Movable,
-// not copyable; closes itself. Used by one thread. ChannelFile, EventFile and RawDataFile open it.
+// not copyable; closes itself. Used by one thread. ChannelFile, EventFile and RawDataFile can open
+// one.
 class RecordFile {
   public:
     // All of these are empty until a file is open.
@@ -37,14 +38,12 @@ class RecordFile {
 
     std::size_t RecordSize() const { return recordSize_; }                    // bytes
     [[nodiscard]] std::uint64_t RecordCount() const { return recordCount_; }  // whole records
-    [[nodiscard]] std::uint64_t CutBytes() const {
-        return cutBytes_;
-    }  // after the last whole record
+    // Bytes after the last whole record.
+    [[nodiscard]] std::uint64_t CutBytes() const { return cutBytes_; }
     // The position of a record in the file.
     [[nodiscard]] std::uint64_t RecordPosition(std::uint64_t record) const;
-    [[nodiscard]] std::uint64_t Size() const {
-        return file_.Size();
-    }  // bytes of the file, its header included
+    // Bytes of the file, its header included.
+    [[nodiscard]] std::uint64_t Size() const { return file_.Size(); }
 
     // Fills `target` with bytes of the file, including those of a truncated record. All must exist.
     [[nodiscard]] RecordFileError ReadBytes(std::uint64_t offset, void* target,

@@ -18,9 +18,9 @@ bool IsInterrupted(SystemErrorCode code) {
     return ClassifySystemError(code) == SystemErrorKind::kInterrupted;
 }
 
-// Repeats the call until no signal interrupts it.
+// Repeats the call as long as a signal interrupts it.
 template <typename Call>
-SystemErrorCode Continue(const Call& call) {
+SystemErrorCode RepeatIfInterrupted(const Call& call) {
     SystemErrorCode code = 0;
     do {
         code = call(CurrentFileCalls());
@@ -46,7 +46,8 @@ OutputFile& OutputFile::operator=(OutputFile&& other) noexcept {
 }
 
 SystemErrorCode OutputFile::CreateExclusive(const std::wstring& path) {
-    return Continue([&](FileCalls& calls) { return calls.CreateExclusive(path, handle_); });
+    return RepeatIfInterrupted(
+        [&](FileCalls& calls) { return calls.CreateExclusive(path, handle_); });
 }
 
 SystemErrorCode OutputFile::WriteAt(std::uint64_t offset, const void* data, std::size_t size,
@@ -69,7 +70,7 @@ SystemErrorCode OutputFile::WriteAt(std::uint64_t offset, const void* data, std:
 }
 
 SystemErrorCode OutputFile::Truncate(std::uint64_t size) {
-    return Continue([&](FileCalls& calls) { return calls.Truncate(handle_, size); });
+    return RepeatIfInterrupted([&](FileCalls& calls) { return calls.Truncate(handle_, size); });
 }
 
 void OutputFile::StartWriteBack(std::uint64_t offset, std::uint64_t size) {
@@ -77,7 +78,7 @@ void OutputFile::StartWriteBack(std::uint64_t offset, std::uint64_t size) {
 }
 
 SystemErrorCode OutputFile::SyncData() {
-    return Continue([&](FileCalls& calls) { return calls.SyncData(handle_); });
+    return RepeatIfInterrupted([&](FileCalls& calls) { return calls.SyncData(handle_); });
 }
 
 bool OutputFile::IsRemoved() const {
@@ -86,7 +87,7 @@ bool OutputFile::IsRemoved() const {
 }
 
 SystemErrorCode SyncDirectory(const std::wstring& path) {
-    return Continue([&](FileCalls& calls) { return calls.SyncDirectory(path); });
+    return RepeatIfInterrupted([&](FileCalls& calls) { return calls.SyncDirectory(path); });
 }
 
 SystemErrorCode OutputFile::Close() {

@@ -98,7 +98,7 @@ class PosixFileCalls final : public FileCalls {
 
     SystemErrorCode SyncDirectory(const std::wstring& path) override {
         const int descriptor = ::open(ToUtf8(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        // A write-only directory cannot be opened for it.
+        // A directory without read permission cannot be opened, and so cannot be synced.
         if (descriptor < 0) return errno == EACCES ? 0 : errno;
         const SystemErrorCode code = ::fsync(descriptor) == 0 ? 0 : errno;
         ::close(descriptor);

@@ -109,7 +109,7 @@ std::wstring PrescribedText(const OutputInSet& output) {
     return text;
 }
 
-// The positions of the values of a file's lines.
+// Reports what is wrong with the header of a file, with the position of the line.
 class HeaderFindings {
   public:
     HeaderFindings(const OutputInSet& output, FindingLog& log)
@@ -161,7 +161,8 @@ struct OriginalName {
     std::wstring fileName;
 };
 
-// The directory in which the file was created, from its header; none without quotes and directory.
+// From the header: where the file was created, and under which name. None if the text has no quotes
+// or no directory.
 std::optional<OriginalName> ReadOriginalName(const OutputInSet& output) {
     const std::wstring text = output.header.Value(L"-OriginalFileName");
     const auto mark = text.find_last_of(L"/\\");
@@ -240,7 +241,7 @@ std::vector<SharedValue> SharedValues(const OutputInSet& output) {
 
 using UsualValues = std::map<std::wstring, std::wstring>;  // by SharedValue::what
 
-// The value that most files have; of two, that of the first.
+// The most frequent value; of equally frequent ones, the one that reached this number first.
 UsualValues FindUsualValues(const std::vector<OutputInSet>& outputs) {
     std::map<std::wstring, std::map<std::wstring, std::size_t>> counts;
     UsualValues usual;

@@ -44,8 +44,8 @@ class OrdTracer {
         set_.startSeconds = stretch.startSeconds;
     }
 
-    // For time before the first packet read: its timestamp is that much after the recording's first
-    // one.
+    // Call it if packets were skipped: times then count from the recording's first timestamp, not
+    // from that of the first packet read.
     void CountFrom(std::uint64_t firstStampNs) { firstStampNs_ = firstStampNs; }
 
     void ReadAll() {
@@ -74,7 +74,7 @@ class OrdTracer {
     std::optional<std::uint64_t> firstStampNs_;
     double offsetSeconds_ = 0.0;  // of the first packet that was read
     double seconds_ = 0.0;        // where the next packet is expected
-    bool isOver_ = false;         // the recording
+    bool isOver_ = false;         // the recording has ended
     std::uint64_t packets_ = 0;
     std::uint32_t channelsCarried_ = 0;
     std::vector<DamagedStretch> damage_;

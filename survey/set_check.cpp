@@ -64,7 +64,8 @@ class MemberCheck {
 
     void CheckReadable(const OutputInSet& output) {
         if (!output.error) return;
-        // Records of the raw data file may have other lengths than its header says.
+        // A cut record of the raw data file is not reported here: its records may have other
+        // lengths than its header says.
         if (output.error.kind != RecordFileError::Kind::kCutRecord) {
             const std::wstring prefix = OneLine(output.path) + L": ";
             const std::wstring& text = output.error.text;
@@ -142,7 +143,7 @@ double SamplesPerSecond(const OutputInSet& output) {
     return value > 0.0 && value < kMost ? value : 0.0;
 }
 
-// The value that most have; of two, the first one's.
+// The most frequent value; of equally frequent ones, the one that reached this number first.
 template <typename Value>
 Value MostFrequent(const std::vector<Value>& values) {
     std::map<Value, std::size_t> counts;
@@ -207,8 +208,8 @@ class RecordsCheck {
         }
     }
 
-    // Channels get the same number of samples, but A/D channels only if a packet has them: 32, 64,
-    // 128 or 256.
+    // What channels with the same number of samples have in common. A packet may have samples only
+    // for the first 32, 64, 128 or 256 A/D channels.
     static std::pair<ChannelGroup, std::uint32_t> Alike(const OutputName& name) {
         std::uint32_t width = 0;
         if (name.group == ChannelGroup::kAD) {
@@ -267,7 +268,7 @@ class RecordsCheck {
     std::optional<std::uint64_t> adSamples_;  // of channels that every packet has
     std::optional<std::uint64_t> events_;
     RawTotals raw_;
-    const OutputInSet* rawOutput_ = nullptr;  // without findings
+    const OutputInSet* rawOutput_ = nullptr;  // only if it has no findings
 };
 
 }  // namespace

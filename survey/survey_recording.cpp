@@ -55,10 +55,10 @@ class Surveyor {
     OutputCounter outputs_;
     std::vector<std::uint8_t> ttlValues_;
     std::optional<std::uint8_t> lastTtl_;
-    std::optional<std::size_t> damageBefore_;  // the next packet
+    std::optional<std::size_t> damageBefore_;  // the next packet: index in survey_.damage
 };
 
-// False if there was nothing more, or if the watcher has enough.
+// False if the recording ends, or if the watcher wants no more packets.
 bool Surveyor::ReadPart() {
     const StreamPart part = stream_.Next(packet_);
     switch (part.kind) {

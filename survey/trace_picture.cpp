@@ -50,7 +50,7 @@ std::uint64_t CountOf(const std::vector<TimeSpan>& spans) {
     return count;
 }
 
-// As many characters as there is room for.
+// The text, shortened to `most` characters if it is longer.
 std::string Shortened(const std::wstring& text, std::size_t most) {
     if (text.size() <= most) return ToUtf8(text);
     return ToUtf8(text.substr(0, most - 1)) + "\xE2\x80\xA6";
@@ -275,7 +275,7 @@ void TracePainter::PaintScaleBar() {
     writer_.CloseGroup();
 }
 
-// The meaning of shades, if there are any.
+// Explains the shades of gaps and damage, if there are any.
 void TracePainter::PaintKey() {
     double right = layout_.Right();
     const double y = layout_.axis + 38.0;

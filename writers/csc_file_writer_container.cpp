@@ -146,9 +146,9 @@ std::span<OutputFileRecord> CSCFileWriterContainer::FilesOf(ChannelGroup group) 
     return {};
 }
 
-// Blocks end at each multiple of 5000 records, so that a killed program leaves all of those.
-// Files that are filled in parallel would then all be full in the same packet: the block after such
-// a place is shorter, by a different length in each file.
+// Blocks end at each multiple of 5000 records, so that a killed program leaves all records before
+// the last multiple. The blocks of all files would then become full at the same packet: the first
+// block after each multiple is shorter, by a different length in each file.
 void CSCFileWriterContainer::StartBlock(OutputFileRecord& file) {
     const std::uint64_t done = file.writtenCount % kRecordsPerBlock;
     const std::uint64_t length =
@@ -158,7 +158,7 @@ void CSCFileWriterContainer::StartBlock(OutputFileRecord& file) {
     file.nextSample = file.cscBuffer.front().samples.data();
 }
 
-// Hands the block over, with its first records.
+// Hands the block over; its first `count` records are written.
 std::int32_t CSCFileWriterContainer::WriteRecords(OutputFileRecord& file, std::uint64_t count) {
     CRRec* const block = std::exchange(file.cscBuffer, {}).data();
     file.writtenCount += count;

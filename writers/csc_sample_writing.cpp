@@ -33,7 +33,7 @@ inline void PrefetchForWriting(const std::int16_t* first, std::size_t count) {
     }
 }
 
-// Remains of an earlier use of the block after the record's samples become 0.
+// The block was used before: clears what is left in the record after its samples.
 void ClearUnusedSamples(const OutputFileRecord& file) {
     std::fill_n(file.nextSample, kSamplesPerRecord - file.filledSamples, std::int16_t{0});
 }
@@ -110,6 +110,7 @@ std::int32_t CSCFileWriterContainer::WriteSamples(std::span<const SampleBlock> s
             if (AppendSamples(files[f], block.samples.subspan(position, samplesPerChannel),
                               block.baseTimestamp) != 0) {
                 result = -1;
+                // This ends the loop; the remaining files get only the blocks before the failure.
                 sampleBlocks = sampleBlocks.first(i);
             }
         }

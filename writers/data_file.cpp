@@ -13,7 +13,7 @@ namespace stalwick {
 
 namespace {
 
-// Smaller pieces would leave files that grow in parallel in as many fragments
+// Files grow in parallel: with smaller pieces, each would have more fragments on the disk
 // (docs/performance.md).
 constexpr std::uint64_t kWriteBackBytes = std::uint64_t{1} << 20U;
 

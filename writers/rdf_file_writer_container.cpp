@@ -148,7 +148,7 @@ void RDFFileWriterContainer::StartBlock(OutputFileRecord& file) {
     file.rawBuffer = {reinterpret_cast<std::uint32_t*>(blocks.Acquire()), blockWords_};
 }
 
-// Hands the buffer over.
+// Hands the buffer over, to be written.
 void RDFFileWriterContainer::SubmitBlock(OutputFileRecord& file) {
     auto* const block = reinterpret_cast<std::byte*>(std::exchange(file.rawBuffer, {}).data());
     const std::uint32_t words = std::exchange(file.bufferedCount, 0);

@@ -38,8 +38,8 @@ VtxRetVal VtxFileIO::OpenVtxOutputFile(const wchar_t* fileName,
                                        int /*flag*/) {
     auto file = std::make_unique<stalwick::DataFile>(settings_, pool_);
     if (const stalwick::SystemErrorCode code = file->Create(fileName); code != 0) {
-        // If another program has just taken the name, that is not a failure yet: the caller chooses
-        // again.
+        // It is not a failure yet if another program has just taken the name: the caller chooses
+        // another one.
         if (stalwick::WasNameTaken(code, fileName)) return VtxDataTypes::kFileExists;
         closed_.push_back(std::move(file));
         return kFailure;
@@ -82,7 +82,7 @@ VtxRetVal VtxFileIO::CompleteWrites() {
 VtxRetVal VtxFileIO::SyncFiles() {
     if (!settings_.syncBeforeFinalHeader) return kSuccess;
     CompleteWrites();  // the queue is for one caller, not for all the threads below
-    // Every n-th file; no two threads are in one file.
+    // Each thread syncs every n-th file, so no two threads use the same file.
     const auto syncFrom = [this](std::size_t first) {
         bool synced = true;
         for (std::size_t i = first; i < files_.size(); i += kSyncThreads) {

@@ -16,18 +16,18 @@ def plot_channel(directory: str, channel: str, start_seconds: float, picture: st
         rate = session.sampling_frequency
         start = int(start_seconds * rate)
         stop = min(start + int(rate), session.num_samples)
-        volts = session.traces([channel], start, stop, units="uV")[:, 0]
+        trace = session.traces([channel], start, stop, units="uV")[:, 0]
         times = session.times(start, stop)
         events = session.events.times
 
     zero = times[0]
     figure, axes = plt.subplots(figsize=(10, 3), layout="constrained")
-    axes.plot((times - zero) / 1e6 + start_seconds, volts, linewidth=0.5)
+    axes.plot((times - zero) / 1e6 + start_seconds, trace, linewidth=0.5)
     for event in events[(events >= zero) & (events <= times[-1])]:
         axes.axvline((event - zero) / 1e6 + start_seconds, color="tab:orange", linewidth=0.8)
     axes.set_xlabel("s")
     axes.set_ylabel(f"{channel} (µV)")
-    axes.set_ylim(np.percentile(volts, 0.01) * 1.2 - 1, np.percentile(volts, 99.99) * 1.2 + 1)
+    axes.set_ylim(np.percentile(trace, 0.01) * 1.2 - 1, np.percentile(trace, 99.99) * 1.2 + 1)
     figure.savefig(picture, dpi=150)
 
 

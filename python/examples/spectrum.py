@@ -23,9 +23,9 @@ def spectrum(session: stalwick.Session) -> tuple[NDArray[np.float64], NDArray[np
     total = np.zeros((rate // 2 + 1, len(session.channel_ids)))
     pieces = 0
     for start in range(0, session.num_samples - rate + 1, rate // 2):
-        volts = session.traces(None, start, start + rate, "uV")
-        volts = volts - volts.mean(axis=0)
-        total += np.abs(np.fft.rfft(volts * window[:, np.newaxis], axis=0)) ** 2
+        traces = session.traces(None, start, start + rate, "uV")
+        traces = traces - traces.mean(axis=0)
+        total += np.abs(np.fft.rfft(traces * window[:, np.newaxis], axis=0)) ** 2
         pieces += 1
     density = 2 * total / (max(pieces, 1) * rate * np.sum(window**2))
     return np.fft.rfftfreq(rate, 1 / rate), density

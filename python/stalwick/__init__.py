@@ -4,7 +4,7 @@
 
     import stalwick
     session = stalwick.open_session("recording")
-    volts = session.traces(["CSC1", "CSC2"], 0, 30000, units="uV")
+    microvolts = session.traces(["CSC1", "CSC2"], 0, 30000, units="uV")
 
 The files are mapped into memory; only the requested parts are read and copied. Damaged files raise
 a StalwickError that names file, record and byte. python/README.md has more.

@@ -28,7 +28,7 @@ if TYPE_CHECKING:
 BinaryType = Literal["int16", "float32"]
 
 #: Most bytes of samples to transpose at a time, and fewest records per channel.
-#: Small pieces stay in the cache; NumPy needs large ones, to spend its time copying.
+#: Small pieces stay in the cache. NumPy alone needs large ones, to spend its time copying.
 _CHUNK_BYTES = 16 << 20 if compiled is None else 4 << 20
 _CHUNK_RECORDS = 16
 _MAKERS = 3
@@ -136,7 +136,7 @@ def _refuse_existing(targets: list[Path], overwrite: bool) -> None:
 
 
 def _write_samples(export: BinaryExport, file: BinaryIO, bar: _Bar) -> None:
-    """Two threads make the next chunks while this one writes the last."""
+    """Two threads make the next chunks while this one writes the chunk before them."""
     makers = [_ChunkMaker(export) for _ in range(_MAKERS)]
     waiting: deque[Future[NDArray[Any]]] = deque()
     with ThreadPoolExecutor(_MAKERS - 1) as helpers:
@@ -151,7 +151,7 @@ def _write_samples(export: BinaryExport, file: BinaryIO, bar: _Bar) -> None:
 
 
 def _chunks(export: BinaryExport) -> Iterator[tuple[int, int]]:
-    """Ranges of samples; all except the first begin with a record, to copy whole records."""
+    """Ranges of samples; all except the first begin where a record does, to copy whole records."""
     step = export.chunk_samples
     border = export.start - export.start % SAMPLES_PER_RECORD
     for start in range(border, export.stop, step):

@@ -145,7 +145,7 @@ class ContinuousFile(MappedFile):
         Returns
         -------
         numpy.ndarray of int64
-            Microseconds; docs/output-files.md explains from which zero.
+            Microseconds; docs/output-files.md explains from when they count.
         """
         return self.layout.sample_times(*check_range(start, stop, self.num_samples))
 
@@ -198,7 +198,7 @@ class ContinuousFile(MappedFile):
         return self._data()[: len(self.records) * _RECORD]
 
     def _read_rate(self) -> int:
-        """The records' whole number; the header prints six digits of it."""
+        """The rate in the records, a whole number; the header prints six digits of it."""
         printed = number(self.header, "SamplingFrequency")
         if len(self.records) == 0:
             return round(printed)
@@ -257,8 +257,10 @@ class ContinuousFile(MappedFile):
 def _copy(
     out: NDArray[np.int16], samples: NDArray[np.int16], counts: NDArray[np.int64], offset: int
 ) -> None:
-    """Fills out from records samples[record, slot], of which counts[record] are valid, without
-    the first offset valid ones."""
+    """Fills `out` with the valid samples of samples[record, slot], except the first `offset`.
+
+    The first counts[record] slots of a record are valid.
+    """
     if not (counts[:-1] == SAMPLES_PER_RECORD).all():
         valid = np.arange(SAMPLES_PER_RECORD) < counts[:, np.newaxis]
         out[:] = samples[valid][offset : offset + len(out)]
@@ -278,8 +280,11 @@ def _copy(
 def interleave_files(
     files: list[ContinuousFile], layout: RecordLayout, frames: NDArray[np.int16], start: int
 ) -> bool:
-    """Fills frames[sample, channel] from mapped records; False where that needs read_into: without
-    the compiled module, for records that are not full, and to report what is wrong with one."""
+    """Fills frames[sample, channel] from mapped records.
+
+    False if read_into has to do it: without the compiled module, if a record is not full, and to
+    report what is wrong with a record.
+    """
     if compiled is None or not files or not len(frames):
         return False
     first, last = layout.record_range(start, start + len(frames))

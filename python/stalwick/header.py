@@ -84,7 +84,7 @@ def parse_header(block: bytes, path: Path, file_type: str) -> Header:
         if key:
             match = re.fullmatch(f"-{key} ({pattern})", line, re.DOTALL)
             if match is None:
-                wrong = f"header line {number + 2} is {line!r}, no {key} of a {file_type} file"
+                wrong = f"header line {number + 2} is {line!r}, not the {key} of a {file_type} file"
                 raise DamagedFileError(path, wrong, byte=position)
             fields[key] = _convert(key, match[1])
         elif line:
@@ -112,7 +112,8 @@ def _split(block: bytes, path: Path) -> list[str]:
     except UnicodeDecodeError as error:
         raise DamagedFileError(path, "the header is not UTF-8", byte=error.start) from None
     if lines[0] != TITLE:
-        raise DamagedFileError(path, "no output of Veltrosyn Stalwick begins so", byte=0)
+        reason = "it does not begin like an output of Veltrosyn Stalwick"
+        raise DamagedFileError(path, reason, byte=0)
     if lines[-1]:
         raise DamagedFileError(path, "the header's last line has no end", byte=len(text))
     return lines[1:-1]

@@ -84,7 +84,7 @@ class RawFile(MappedFile):
 
     @property
     def num_channels(self) -> int:
-        """Values that every record has at least."""
+        """The number of values in the shortest record."""
         return min((run.channels for run in self._runs), default=self.header_channels)
 
     def traces(
@@ -174,7 +174,7 @@ class RawFile(MappedFile):
             pass
 
     def _read(self, first: int, last: int) -> Iterator[tuple[int, NDArray[np.void]]]:
-        """Checked records of one layout at a time, with the number of the first of them."""
+        """Checked records, those of one length at a time, with the number of the first of them."""
         self._data()
         for run in self._runs:
             begin, end = max(first, run.record), min(last, run.record + run.count)
@@ -204,8 +204,11 @@ class RawFile(MappedFile):
                 raise DamagedFileError(Path(self.path), reason, byte=byte, record=record + bad)
 
     def _find_runs(self) -> list[_Run]:
-        """Lengths from the first record and the file's size or, if they do not agree, from all
-        packets."""
+        """The lengths of all records.
+
+        The first record's, if the file's size and its last record agree with it; otherwise those
+        of every packet.
+        """
         if len(self._words) == 0:
             return []
         channels = self._channels_at(0)

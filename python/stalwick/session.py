@@ -40,7 +40,7 @@ class Session(SampleSource[ChannelGroup]):
     Examples
     --------
     >>> session = open_session("recording")
-    >>> volts = session.traces(["CSC1", "CSC2"], 0, 30000, units="uV")
+    >>> microvolts = session.traces(["CSC1", "CSC2"], 0, 30000, units="uV")
     """
 
     def __init__(
@@ -77,7 +77,7 @@ class Session(SampleSource[ChannelGroup]):
         events = self._event_file.events
         if self.raw is None or not self.raw.num_samples or not len(events):
             return events
-        # The first packets may have had TTL values and no A/D block: no record is before the event.
+        # If the first packets had no A/D block, there may be no record before the event.
         initial = int(self.raw.ttl(0, 1)[0])
         is_before = self.raw.times(0, 1)[0] < events.times[0] and initial != events.ttl[0]
         return events.with_initial(initial) if is_before else events
@@ -202,7 +202,7 @@ def _check_name(path: Path, entity: str) -> None:
 
 
 def _check_one_session(files: dict[str, MappedFile]) -> None:
-    """Fields that come from the recording are the same in all files."""
+    """Fields that come from the recording must be the same in all files."""
     first = next(iter(files.values()))
     for file in files.values():
         for key in ("SessionUUID", "AcquisitionSystem", "ApplicationName"):

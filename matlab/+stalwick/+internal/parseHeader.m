@@ -20,7 +20,7 @@ for k = 1:numel(lines)
         right = ~isempty(value);
     end
     if ~right
-        fail(path, 0, sprintf('header line %d is "%s", no %s of a %s file', ...
+        fail(path, 0, sprintf('header line %d is "%s", not the %s of a %s file', ...
             k + 1, lines{k}, key, type));
     end
     if ~isempty(key)
@@ -31,15 +31,15 @@ checkChannel(header, path, type);
 end
 
 function lines = splitLines(block, path)
-length = find([block, 0] == 0, 1) - 1;
-if any(block(length + 1:end))
-    fail(path, length + find(block(length + 1:end), 1) - 1, 'the header''s padding is not zero');
+textSize = find([block, 0] == 0, 1) - 1;
+if any(block(textSize + 1:end))
+    fail(path, textSize + find(block(textSize + 1:end), 1) - 1, 'the header''s padding is not zero');
 end
-% Octave refuses other bytes, MATLAB replaces them.
+% For bytes that are not UTF-8, Octave reports an error and MATLAB puts in others.
 try
-    text = native2unicode(block(1:length), 'UTF-8');
+    text = native2unicode(block(1:textSize), 'UTF-8');
     again = unicode2native(text, 'UTF-8');
-    same = isequal(again(:)', block(1:length));
+    same = isequal(again(:)', block(1:textSize));
 catch
     same = false;
 end
@@ -48,10 +48,10 @@ if ~same
 end
 title = ['######## Veltrosyn Data File Header' char([13 10])];
 if ~strncmp(text, title, numel(title))
-    fail(path, 0, 'no output of Veltrosyn Stalwick begins so');
+    fail(path, 0, 'it does not begin like an output of Veltrosyn Stalwick');
 end
 if ~strcmp(text(end - 1:end), char([13 10]))
-    fail(path, length, 'the header''s last line has no end');
+    fail(path, textSize, 'the header''s last line has no end');
 end
 lines = strsplit(text(numel(title) + 1:end - 2), char([13 10]), 'CollapseDelimiters', false);
 end

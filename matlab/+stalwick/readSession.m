@@ -3,13 +3,13 @@ function session = readSession(directory, varargin)
 %
 %   session = stalwick.readSession(directory)
 %   session = stalwick.readSession(directory, 'AllowIncomplete', true)
-%   session = stalwick.readSession(directory, 'Suffix', '_01')   of a further conversion into the directory
+%   session = stalwick.readSession(directory, 'Suffix', '_01')   outputs of a further conversion
 %
 %   session.channels           names of the A/D channels, {'CSC1', 'CSC2', ...}
 %   session.samplingFrequency  samples per second
 %   session.numSamples         of each A/D channel
 %   session.traces(channels, first, last)
-%                              int16, (sample, channel); channels are names or positions, [] all;
+%                              int16, (sample, channel); channels are names or positions, [] for all;
 %                              samples first to last, from 1. Read from the files when called
 %   session.times(first, last) int64 column, microseconds
 %   session.gaps               where the records' times step (see stalwick.readVcs)
@@ -21,7 +21,7 @@ function session = readSession(directory, varargin)
 %   session.shortChannels      A/D channels that some packets lack: read them with readVcs
 %   session.headers            the header fields of every file, by its name
 %
-%   Damaged files, files of different recordings and files that do not match are errors.
+%   Damaged files, files of different recordings and files that do not match cause errors.
 options = stalwick.internal.options(varargin);
 files = openAll(directory, options);
 names = fieldnames(files);

@@ -19,10 +19,10 @@ function file = readVrd(path, varargin)
 options = stalwick.internal.options(varargin);
 file = stalwick.internal.openFile(path, 'Raw', options.allowIncomplete);
 channels = valuesInRecord(file, options.allowIncomplete);
-length = channels + 18;
-file.numSamples = floor(file.size / (4 * length));
+wordsInRecord = channels + 18;
+file.numSamples = floor(file.size / (4 * wordsInRecord));
 [first, last] = stalwick.internal.checkRange(options.range, file.numSamples, path);
-words = stalwick.internal.readWords(file, length, 'uint32', first, last);
+words = stalwick.internal.readWords(file, wordsInRecord, 'uint32', first, last);
 checkRecords(file, words, first);
 times = uint32(words([5 4], :));
 file.times = reshape(typecast(times(:), 'int64'), [], 1);
@@ -33,16 +33,16 @@ file.microvoltsPerStep = 0.015625;
 end
 
 function channels = valuesInRecord(file, allowIncomplete)
-% From the header, unless the packets describe another number. The last record shows which.
+% From the header, unless the packets describe another number: the first or last record shows which.
 channels = file.header.NumADChannels;
 if file.size == 0
     return
 end
 for candidate = [channels, 32, 64, 128, 256]
-    length = candidate + 18;
-    count = floor(file.size / (4 * length));
-    if count > 0 && (allowIncomplete || count * 4 * length == file.size)
-        words = stalwick.internal.readWords(file, length, 'uint32', [1 count]);
+    wordsInRecord = candidate + 18;
+    count = floor(file.size / (4 * wordsInRecord));
+    if count > 0 && (allowIncomplete || count * 4 * wordsInRecord == file.size)
+        words = stalwick.internal.readWords(file, wordsInRecord, 'uint32', [1 count]);
         if any(words(1, :) == 2048 & checksum(words) == 0)
             channels = candidate;
             return

@@ -25,7 +25,7 @@ group.times = @(first, last) readTimes(members, layout, first, last);
 end
 
 function whole = splitShort(members, records)
-% Packets that describe 32, 64 or 128 channels leave those after them without samples.
+% Packets that describe 32, 64 or 128 channels have no samples of the channels after these.
 whole = true(size(records));
 for k = 2:numel(members)
     border = strncmp(members{k}.name, 'CSC', 3) && any(members{k}.index == [32 64 128]);

@@ -290,7 +290,7 @@ TEST(ORDFileReader, NextFileIsReadAfterOneWhoseReadFailed) {
 }
 
 TEST(ORDFileReader, RefusedOpenLeavesTheOpenFileUnchanged) {
-    // Shorter than its header block, so that no further read resets the state.
+    // The file is shorter than its header block, so no further read resets the state.
     OpenRecording recording(OrdHeaderText().Text());
     ASSERT_EQ(recording.status, 0);
     ASSERT_EQ(recording.reader.Open(recording.path), -1);
@@ -301,8 +301,8 @@ TEST(ORDFileReader, RefusedOpenLeavesTheOpenFileUnchanged) {
 }
 
 TEST(ORDFileReader, OpenAfterARefusedOneHasNothingOfIt) {
-    // Refused at its last required field: all fields before it were read, and bytes were held
-    // before.
+    // The header is refused at its last required field, after all others were read; the reader
+    // held bytes of the file before.
     OpenRecording recording(BuildOrdFile(Version1Header(32), {PacketPlan()}, "\4tail"));
     ASSERT_EQ(recording.reader.GetData(recording.records, recording.endOfFile), 0);
     ASSERT_EQ(recording.reader.Close(), 0);

@@ -242,8 +242,9 @@ class Conversion {
             if (rawFile_) rawFile_->WriteRecords(*packet.adSamples, ttlValues, timestamp);
             WriteGroup(adFiles_, Scaled(*packet.adSamples, 0.048675537109375), 10, timestamp);
         }
-        if (packet.baseIMU)
+        if (packet.baseIMU) {
             WriteGroup(baseFiles_, Scaled(*packet.baseIMU, 0.00390625), 1, timestamp);
+        }
         if (packet.afeIMU) WriteGroup(afeFiles_, Scaled(*packet.afeIMU, 0.00390625), 1, timestamp);
         if (packet.ultrasonic) {
             WriteGroup(ultrasonicFiles_, Scaled(*packet.ultrasonic, 1.0), 70, timestamp);

@@ -11,7 +11,7 @@ std::uint8_t ByteAt(std::string_view bytes, std::size_t index) {
     return static_cast<std::uint8_t>(bytes.at(index));
 }
 
-/** Takes bits most significant first; the last bit is never passed and keeps being returned. */
+/** Takes bits, most significant first. It never moves past the last bit, but returns it again. */
 class SaturatingBitReader {
   public:
     explicit SaturatingBitReader(std::string_view bytes)
@@ -239,8 +239,8 @@ ReferenceSpanReader::Result ReferenceSpanReader::GetData() {
     ReferenceSpan processed =
         ReferenceProcessDataBuffer(span, ReferenceDecodeOptions{0, versionNumber_}, 10);
     result.packets = std::move(processed.packets);
-    // Counted to the end of the buffer, not of the data: a last, short span fails if exactly the
-    // right number of bytes was consumed, and does not fail if nothing was consumed.
+    // Counted to the end of the buffer, not of the data: a last, short span fails if its bytes and
+    // the consumed ones add up to the buffer's size, and does not fail if nothing was consumed.
     const std::size_t leftoverCount = spanBytes_ - processed.consumedBytes;
     result.failed = span.size() == leftoverCount;
     if (!result.failed) held_ = span.substr(processed.consumedBytes);

@@ -3,7 +3,7 @@
 
 # Makes pages of recordings with and without faults and checks them in headless Chromium:
 #   scripts/check-pages.sh BUILD_DIRECTORY
-# Pictures and PDFs stay in BUILD_DIRECTORY/pages; page.png there is the one of docs/images.
+# Pictures and PDFs stay in BUILD_DIRECTORY/pages; page.png among them is that of docs/images.
 # playwright-core and axe-core come from npm.
 set -euo pipefail
 build=$(realpath "$1")
@@ -18,8 +18,8 @@ synth=$build/tools/ord_synth/ord_synth
     --drop-bytes 40000000:900 -o "$pages/faulty.ord"
 "$synth" -q -f -c 32 -s 0.01 --file-version 1.0 -o "$pages/short.ord"
 status=0
-(cd "$pages" && "$build/cli/stalwick-inspect" report {healthy,faulty,short}.ord -o all.html 2> said) || status=$?
-[ "$status" = 3 ] || { cat "$pages/said" >&2; exit 1; }
+(cd "$pages" && "$build/cli/stalwick-inspect" report {healthy,faulty,short}.ord -o all.html 2> messages) || status=$?
+[ "$status" = 3 ] || { cat "$pages/messages" >&2; exit 1; }
 node tests/pages/check_pages.mjs "$pages/modules" "$pages" "$pages"/all.html "$pages"/all-*.html
 "${CHROMIUM:-chromium}" --headless --no-sandbox --hide-scrollbars --window-size=900,1180 \
-    --screenshot="$pages/page.png" "file://$pages/all-faulty.html" 2> "$pages/said"
+    --screenshot="$pages/page.png" "file://$pages/all-faulty.html" 2> "$pages/messages"

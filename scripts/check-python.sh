@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: BSD-3-Clause
 
-# Debian's type checker and linter over the Python package, the cluster's scripts and their tests.
+# Runs Debian's type checker and linter on the Python package, the cluster's scripts and their tests.
 set -euo pipefail
 cd "$(dirname "$0")/../python"
 

@@ -3,24 +3,24 @@
 
 # Debian 12 roots to build in and to test in, apart from this machine's own packages. For root only.
 #   scripts/debian-root.sh make DIRECTORY [PACKAGE...]
-#       a bare root, and in it the packages. It is kept as an archive in build/debian-roots for a week, so
-#       that the next one with the same packages takes seconds.
+#       makes a bare root with the packages. An archive of it is kept in build/debian-roots for a week, so
+#       that the next root with the same packages takes seconds.
 #   scripts/debian-root.sh run [--offline] [--user NAME] DIRECTORY COMMAND [ARGUMENT...]
-#       runs a command there, in the home of the user, with separate processes and mounts; --offline: without a
-#       network
+#       runs a command in the root, in the user's home directory, with separate processes and mounts;
+#       --offline: without a network
 #   scripts/debian-root.sh available
-#       succeeds where roots can be made
+#       succeeds if roots can be made on this machine
 set -euo pipefail
 
 kept=$(cd "$(dirname "$0")/.." && pwd)/build/debian-roots
 mirror=http://deb.debian.org
 
-# With this machine's answers to how old a package list may be.
+# This machine's settings of how old a package list may be.
 apt_options() {
     apt-config dump | sed -n 's/^\(Acquire::Check-.*\)$/--aptopt=\1/p'
 }
 
-# The package manager waits for the disk after each file; in memory that takes no time.
+# The package manager waits for the disk after each file, which takes no time in memory.
 temporary_directory() {
     local kilobytes
     kilobytes=$(sed -n 's/^MemAvailable: *\([0-9]*\) kB/\1/p' /proc/meminfo)

@@ -2,9 +2,9 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
 # Runs the README's two commands on a machine where nothing was installed by hand: in a bare Debian root, on a
-# clone of the last commit. For root only; needs the network, 10 GB, and half an hour or more for each.
+# clone of the last commit. For root only; needs the network, 10 GB, and half an hour or more for each account.
 #   scripts/fresh-machine.sh user|root
-# user   as a user without rights and without sudo, the packages of install-deps.sh being there already
+# user   as a user without rights and without sudo, after the packages of install-deps.sh were installed
 # root   as root, with only git and make
 set -euo pipefail
 cd "$(dirname "$0")/.."

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: BSD-3-Clause
 
-# Runs every fuzz target for a time. The corpus grows in BUILD/corpus from run to run.
+# Runs every fuzz target for SECONDS. The corpus grows in BUILD/corpus from run to run.
 #   scripts/fuzz.sh BUILD SECONDS
 # Exits with 1 if a target found something; the input is then in BUILD/finds. Make a test from it,
 # and copy it to fuzz/finds/TARGET.
@@ -21,7 +21,7 @@ for target in header_fields packet_decoder ord_reader packet_stream conversion; 
     "$build/fuzz/make_seeds_$target" "$build/corpus/$target-seeds"
     dictionary=$source_root/fuzz/header.dict
     [ "$target" = packet_decoder ] && dictionary=$source_root/fuzz/packets.dict
-    # Recordings are read in small spans: short ones reach everything, ten times as fast.
+    # Recordings are read in small spans, so short recordings reach everything, ten times as fast.
     longest=()
     case "$target" in ord_reader | packet_stream | conversion) longest=(-max_len=4096 -entropic=0) ;; esac
     echo "== $target for $seconds s"

@@ -41,7 +41,7 @@ packages_of() {
     esac
 }
 
-# Node.js may come from elsewhere: Debian's packages then cannot be installed.
+# If Node.js comes from elsewhere, Debian's packages of it cannot be installed.
 is_installed() {
     case "$1" in
         nodejs) command -v node > /dev/null && return ;;

@@ -14,7 +14,7 @@
 set -eu
 
 WINEPREFIX=${STALWICK_WINE_PREFIX:-${XDG_CACHE_HOME:-$HOME/.cache}/stalwick/wine}
-# Neither a .NET nor a browser engine is needed, and requesting them would open a window.
+# Neither .NET nor a browser engine is needed, and requesting them would open a window.
 WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
 WINEDEBUG=${WINEDEBUG:--all}
 # File names are UTF-8 on the disk, in every locale.

@@ -4,9 +4,9 @@
 # Makes the Debian packages of the last commit and checks them with lintian.
 #   packaging/linux/build-packages.sh [--here] [--directory PATH] OUTPUT
 # OUTPUT       gets the packages, their .changes and .buildinfo, and the file COMMIT
-# --here       builds next to this machine's packages, as it does if no root can be made, which needs the
-#              privileges of root; otherwise in a Debian root that has only what debian/control names
-# --directory  of the root in which the sources are built
+# --here       builds with this machine's packages. Without it, the build runs in a Debian root that has only
+#              what debian/control names. A root needs root's privileges; if none can be made, as with --here
+# --directory  where the sources are built in the Debian root
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 
@@ -43,7 +43,7 @@ export_sources() {
     packaging/linux/debian_changelog.py "$sources" "$epoch" > "$sources/debian/changelog"
 }
 
-# Names of the packages that the sources need, of a list without alternatives.
+# Prints the names of the packages that the sources need; the list has no alternatives.
 build_dependencies() {
     awk '/^[^ ]/ { wanted = /^Build-Depends:/; next } wanted { sub(/,$/, "", $1); print $1 }' \
         "$1/debian/control"

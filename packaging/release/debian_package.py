@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""What Debian says of a package: its version, its source, its licences."""
+"""What Debian records about a package: its version, its source, its licences."""
 
 from __future__ import annotations
 
@@ -14,10 +14,10 @@ from debian.copyright import Copyright, NotMachineReadableError
 from license_expression import ExpressionError, get_spdx_licensing
 
 _COMMON = re.compile(r"/usr/share/common-licenses/([A-Za-z]+(?:-\d(?:\.\d)?)?)")
-# Debian's names of licences that SPDX has under another one.
+# Licences that have other names in SPDX than in Debian.
 _SPDX_NAMES = {"Expat": "MIT", "expat": "MIT", "Boost": "BSL-1.0", "Apache-2": "Apache-2.0",
                "BSD-3-clause": "BSD-3-Clause", "BSD-2-clause": "BSD-2-Clause"}
-# Boost's file is that of every library and tool of it, 2 MB; what is used has one licence.
+# Boost's copyright file covers all its libraries and tools, 2 MB; what is used has one licence.
 _ONLY = {"libboost": "BSL-1.0"}
 
 
@@ -35,7 +35,7 @@ class DebianPackage:
         return Path("/usr/share/doc", self.name, "copyright").resolve(strict=True)
 
     def copyright_text(self) -> str:
-        """Debian's copyright file, or its part that is of use here."""
+        """Debian's copyright file, or only the part that applies here."""
         text = self.copyright_file.read_text(encoding="utf-8", errors="replace")
         wanted = self._only()
         if not wanted:
@@ -46,7 +46,7 @@ class DebianPackage:
         return str(max(parts, key=len)).replace("\n .\n", "\n\n")
 
     def licence(self) -> tuple[str, str]:
-        """The SPDX expression of most of its files, or NOASSERTION; and a comment."""
+        """The SPDX expression for most of its files, or NOASSERTION; and a comment."""
         if self._only():
             return self._only(), "of the headers that are used"
         try:
@@ -76,7 +76,7 @@ def look_up(name: str) -> DebianPackage:
 
 
 def spdx_expression(text: str) -> str:
-    """Debian's short form of a licence as SPDX's; NOASSERTION if it has no equal there."""
+    """Debian's short form of a licence as SPDX's; NOASSERTION if SPDX has no equivalent."""
     words = []
     for word in text.split():
         is_gnu = re.fullmatch(r"(A?L?GPL)-(\d)(\.\d)?(\+?)", word)

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: BSD-3-Clause
 
-# Collects the parts of a release in one directory, with checksums, after the archive of the commands:
+# Adds the other parts of a release to OUTPUT, which has the archive of the commands, and writes checksums:
 #   packaging/release/gather.sh SITE DEBIAN_PACKAGES WINDOWS_PACKAGES OUTPUT
 # Packages that were not made are left out, and a line names them.
 set -euo pipefail
@@ -27,7 +27,7 @@ take() {
 }
 debian=$2
 commit=$(cat "$debian/COMMIT" 2> /dev/null || true)
-[ "$commit" = "$(git -C "$here" rev-parse HEAD)" ] || debian=/nonexistent # of another commit
+[ "$commit" = "$(git -C "$here" rev-parse HEAD)" ] || debian=/nonexistent # they are of another commit
 take "the Debian packages" "make packages" "$debian"/*"_$version"[-_]*.deb
 take "the zip and the installer for Windows" "make package-windows" \
     "$3/stalwick-$version-windows-x64.zip" "$3/stalwick-$version-setup.exe"

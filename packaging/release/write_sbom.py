@@ -5,8 +5,8 @@
 
     write_sbom.py --version VERSION --archive TAR BUILD PROGRAM... > FILE.spdx.json
 
-PROGRAM: as cli/stalwick-convert, in BUILD; the archive has them below bin/. SOURCE_DATE_EPOCH is
-the time of the document, so that the same programs give the same document.
+PROGRAM: a path in BUILD, such as cli/stalwick-convert; the archive has the programs in bin/.
+SOURCE_DATE_EPOCH is the time of the document, so that the same programs give the same document.
 """
 
 from __future__ import annotations

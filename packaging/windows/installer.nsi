@@ -2,8 +2,8 @@
 
 ; The installer: for one user, without an administrator.
 ; Run by package.sh, which gives: STAGE (directory with the files to install), OUTPUT, ICON,
-; UNINSTALL_LICENSES (the lines that delete the licence texts),
-; VERSION (1.2.0.1941). Silent: setup.exe /S [/D=C:\directory], uninstall.exe /S.
+; UNINSTALL_LICENSES (the lines that delete the licence texts), VERSION (1.2.0.1941).
+; Silent: setup.exe /S [/D=C:\directory], uninstall.exe /S.
 
 Unicode true
 Target amd64-unicode
@@ -87,7 +87,7 @@ Section "Programs"
 SectionEnd
 
 Section ".ord recordings"
-    ; What opened the recordings before is remembered and comes back with the uninstaller.
+    ; The program that opened recordings before is stored; the uninstaller restores it.
     ReadRegStr $0 HKCU "${CLASSES}\.ord" ""
     ${If} $0 != "${FILE_TYPE}"
     ${AndIf} $0 != ""
@@ -116,7 +116,7 @@ Section "Uninstall"
     ${EndIf}
     DeleteRegValue HKCU "${CLASSES}\.ord\OpenWithProgids" "${FILE_TYPE}"
     DeleteRegKey /ifempty HKCU "${CLASSES}\.ord\OpenWithProgids"
-    ; /ifempty checks only subkeys; a type that another program gave it since is kept.
+    ; /ifempty checks only subkeys, but a type that another program has set since must be kept.
     ReadRegStr $0 HKCU "${CLASSES}\.ord" ""
     ${If} $0 == ""
         DeleteRegKey /ifempty HKCU "${CLASSES}\.ord"
@@ -126,7 +126,7 @@ Section "Uninstall"
     !insertmacro TellShellOfFileTypes
 
     Delete "$SMPROGRAMS\${NAME}.lnk"
-    ; Only what was installed goes; recordings that a user put here stay.
+    ; Only what was installed is removed; recordings that a user put here stay.
     Delete "$INSTDIR\stalwick.exe"
     Delete "$INSTDIR\stalwick-convert.exe"
     Delete "$INSTDIR\stalwick-inspect.exe"

@@ -72,7 +72,7 @@ make_user_guide() {
     } | python3 "$here/inline_images.py" "$root/docs" >"$stage/user-guide.html"
 }
 
-# Each manual page as a page for a browser, which leads to the other.
+# Each manual page as a page for a browser, with a link to the other.
 make_manual_pages() {
     style='body { max-width: 48em; margin: 2em auto; padding: 0 1em; font: 16px/1.5 sans-serif }
         h1 { font-size: 1.3em } h2 { font-size: 1.1em } dd { margin-bottom: .5em }

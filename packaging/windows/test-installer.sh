@@ -66,7 +66,7 @@ user=$STALWICK_WINE_PREFIX/drive_c/users/$(id -un)
 programs="$user/AppData/Local/Programs/Veltrosyn Stalwick"
 menu="$user/AppData/Roaming/Microsoft/Windows/Start Menu/Programs/Veltrosyn Stalwick.lnk"
 
-echo "Installing over another program's hold on .ord:"
+echo "Installing while .ord belongs to another program:"
 "$wine" reg add "HKCU\\$ord_key" /ve /d Other.Program /f >/dev/null
 check "setup succeeds" "$wine" "$setup" /S
 check "the window is there" test -s "$programs/stalwick.exe"
@@ -74,7 +74,7 @@ check "the user guide is there" test -s "$programs/user-guide.html"
 for command in stalwick-convert stalwick-inspect; do
     check "$command runs" "$wine" "$programs/$command.exe" --version
     check "its manual page is there" grep -q 'id="EXIT_STATUS"' "$programs/$command.html"
-    check "it has no address elsewhere" fails grep -qE '(src|href)="[a-z]+:' "$programs/$command.html"
+    check "it has no address outside its directory" fails grep -qE '(src|href)="[a-z]+:' "$programs/$command.html"
 done
 for part in boost cli11 gcc-runtime highway kissfft mingw-w64-runtime nlohmann-json qt stalwick LGPL-3 \
     GPL-3; do

@@ -225,7 +225,7 @@ check-format:
 	scripts/check-licenses.sh
 	scripts/check-version.sh
 
-# Takes minutes, so .ci/run leaves it out. Reads clang's compile commands and builds nothing.
+# Reads clang's compile commands and builds nothing.
 check-tidy:
 	scripts/install-deps.sh build test check
 	cmake --preset clang

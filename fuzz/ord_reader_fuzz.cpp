@@ -27,7 +27,7 @@ void CompareHeader(const ORDFileReader& reader, bool opened,
         Require(reader.GetErrorMessage() == expected.errorText, "another error text");
         return;
     }
-    Require(test::AsReferenceFields(reader.Header()) == expected, "another field of the header");
+    Require(test::ToReference(reader.Header()) == expected, "another field of the header");
 }
 
 void CompareStream(ORDFileReader& reader, const RecordingInput& input) {

@@ -5,7 +5,7 @@
 
 namespace stalwick::test {
 
-ReferenceHeaderFields AsReferenceFields(const RecordingHeader& header) {
+ReferenceHeaderFields ToReference(const RecordingHeader& header) {
     ReferenceHeaderFields fields;
     fields.numADChannels = header.numADChannels;
     fields.samplingFrequency = header.samplingFrequency;
@@ -26,7 +26,7 @@ ReferenceHeaderFields AsReferenceFields(const RecordingHeader& header) {
 ReferenceHeaderFields ProgramHeaderFields(const std::wstring& headerText) {
     RecordingHeader header;
     std::wstring error;
-    if (ReadRecordingHeader(headerText, header, error) == 0) return AsReferenceFields(header);
+    if (ReadRecordingHeader(headerText, header, error) == 0) return ToReference(header);
     ReferenceHeaderFields fields;
     fields.errorText = error;
     return fields;

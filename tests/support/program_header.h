@@ -9,7 +9,7 @@
 namespace stalwick::test {
 
 /** The fields that the program read, in the form in which the reference returns them. */
-ReferenceHeaderFields AsReferenceFields(const RecordingHeader& header);
+ReferenceHeaderFields ToReference(const RecordingHeader& header);
 
 /** The fields that the program reads from this text; only the error's text if one is missing. */
 ReferenceHeaderFields ProgramHeaderFields(const std::wstring& headerText);

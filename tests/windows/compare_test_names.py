@@ -26,6 +26,7 @@ ONLY_ON_LINUX = {
     "FileSizeLimit.*": "sets a POSIX limit",
     "HostileNumbers.*": "is written with RapidCheck, which Debian compiles for Linux only",
     "InputAndOutputDirectory.*": "starts the command by fork",
+    "KeepPartial.*": "starts the command by fork",
     "KillInSmallBlocks.*": "sends POSIX signals",
     "KillTest.*": "sends POSIX signals",
     "MemoryLimit.*": "sets a POSIX limit",

@@ -110,7 +110,7 @@ class Cluster(unittest.TestCase):
                          {*WHOLE, *HELD, "cut"})
         self.assertIn("ends inside its", rows["cut"]["reason"])
         self.assertEqual(rows["damaged"]["result"], "kept_apart")
-        self.assertRegex(rows["damaged"]["reason"], "damaged from byte.*stands is in salvaged")
+        self.assertRegex(rows["damaged"]["reason"], "damaged from byte.*remains is in salvaged")
         self.assertEqual(rows["missing"]["result"], "failed")
         self.assertIn("No such file", rows["missing"]["reason"])
         self.assertEqual({name.split("/")[1] for name in lab.outputs()

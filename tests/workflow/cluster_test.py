@@ -150,6 +150,16 @@ class Cluster(unittest.TestCase):
             self.assertIn(f'<a href="pages/{name}.html">{name}</a>', index)
             self.assertIn("</html>", (lab.results / f"pages/{name}.html").read_text())
 
+    def test_snakemake_takes_braces_in_paths_as_they_are(self) -> None:
+        for profile, results in (("local", "results"), ("local", "}r{"), ("slurm", "{name}")):
+            lab = self.lab(f"{{lab}}-{profile}-{results}", results=results)
+            recording = lab.directory / "{monday}/r00.ord"
+            recording.parent.mkdir()
+            recording.symlink_to(self.recordings.directory / "r00.ord")
+            lab.write_table(str(recording))
+            self.assertEqual(self.snakemake(lab, profile=profile).wait(300), 0, self.log_of(lab))
+            self.assertEqual(lab.rows()["r00"]["result"], "verified")
+
     def test_snakemake(self) -> None:
         lab = self.lab("snakemake")
         first = self.snakemake(lab)
@@ -174,7 +184,7 @@ class Cluster(unittest.TestCase):
             byte = file.read(1)[0]
             file.seek(20001)
             file.write(bytes([byte ^ 1]))
-        again = self.snakemake(lab, "--force", str(lab.results / "records/r03/verify.done"))
+        again = self.snakemake(lab, "--force", "records/r03/verify.done")
         self.assertEqual(again.wait(900), 0, self.log_of(lab))
         row = lab.rows()["r03"]
         self.assertEqual(row["result"], "altered")

@@ -48,7 +48,7 @@ class Lab:
 
     @property
     def results(self) -> Path:
-        return self.directory / "results"
+        return self.directory / str(self.settings.get("results", "results"))
 
     def environment(self) -> dict[str, str]:
         return dict(os.environ, STALWICK_CONVERT=self.programs.convert,

@@ -95,6 +95,13 @@ class SettingsFile(WithLab):
             self.assertIn(key if key != "options" else "--salvage", run.stderr)
             self.assertEqual(run.stderr.count("\n"), 1)
 
+    def test_relative_paths_start_from_its_directory(self) -> None:
+        self.lab.settings.update(recordings="t.tsv", results="r", scratch="s", convert="./c")
+        settings = load_settings(self.lab.write_settings())
+        self.assertEqual([settings.recordings, settings.results, settings.scratch,
+                          Path(settings.convert)],
+                         [self.lab.directory / name for name in ("t.tsv", "r", "s", "c")])
+
 
 class Run(WithLab):
     def test_each_recording_ends_where_it_belongs(self) -> None:

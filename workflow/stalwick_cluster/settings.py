@@ -84,7 +84,7 @@ def _settings_of(file: Path, values: dict[str, object]) -> Settings:
         results=file.parent / str(values["results"]),
         options=tuple(str(option) for option in options),
         pages=bool(values["pages"]),
-        scratch=Path(scratch) if scratch else None,
+        scratch=file.parent / scratch if scratch else None,
         convert=_command(file, str(values["convert"])),
         inspect=_command(file, str(values["inspect"])),
         megabytes_per_second=float(str(values["megabytes_per_second"])),

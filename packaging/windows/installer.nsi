@@ -2,7 +2,7 @@
 
 ; The installer: for one user, without an administrator.
 ; Run by package.sh, which gives: STAGE (directory with the files to install), OUTPUT, ICON,
-; UNINSTALL_LICENSES (the lines that delete the licence texts), VERSION (1.2.0.1941).
+; UNINSTALL_FILES (the lines that delete pages, schemas and licence texts), VERSION (1.2.0.1941).
 ; Silent: setup.exe /S [/D=C:\directory], uninstall.exe /S.
 
 Unicode true
@@ -64,9 +64,8 @@ Section "Programs"
     File "${STAGE}/stalwick.exe"
     File "${STAGE}/stalwick-convert.exe"
     File "${STAGE}/stalwick-inspect.exe"
-    File "${STAGE}/user-guide.html"
-    File "${STAGE}/stalwick-convert.html"
-    File "${STAGE}/stalwick-inspect.html"
+    File "${STAGE}/*.html"
+    File "${STAGE}/*.json"
     SetOutPath "$INSTDIR\licenses"
     File "${STAGE}/licenses/*"
     SetOutPath "$INSTDIR"
@@ -130,10 +129,7 @@ Section "Uninstall"
     Delete "$INSTDIR\stalwick.exe"
     Delete "$INSTDIR\stalwick-convert.exe"
     Delete "$INSTDIR\stalwick-inspect.exe"
-    Delete "$INSTDIR\user-guide.html"
-    Delete "$INSTDIR\stalwick-convert.html"
-    Delete "$INSTDIR\stalwick-inspect.html"
-    !include "${UNINSTALL_LICENSES}"
+    !include "${UNINSTALL_FILES}"
     RMDir "$INSTDIR\licenses"
     Delete "$INSTDIR\uninstall.exe"
     RMDir "$INSTDIR"

@@ -8,7 +8,7 @@
 # BUILD    the build directory, with app/stalwick.exe and the commands in cli/
 # PAGES    directory with the commands' manual pages, which a build for Linux makes
 # OUTPUT   directory for stalwick-<version>-windows-x64.zip and stalwick-<version>-setup.exe
-# Needs: nsis, cmark, mandoc (scripts/install-deps.sh windows-app).
+# Needs: nsis, cmark-gfm, mandoc (scripts/install-deps.sh windows-app).
 set -eu
 
 if [ $# -ne 3 ]; then
@@ -58,49 +58,22 @@ copy_licenses() {
     if [ -e "$root/LICENSE" ]; then cp "$root/LICENSE" "$stage/licenses/stalwick.txt"; fi
 }
 
-# The guide as one page with embedded pictures, readable without a network.
-make_user_guide() {
-    cmark --unsafe --validate-utf8 "$root/docs/user-guide.md" >"$work/guide.html"
-    {
-        printf '<!DOCTYPE html>\n<html lang="en">\n<head>\n<meta charset="utf-8">\n'
-        printf '<title>Veltrosyn Stalwick</title>\n<style>\n%s\n</style>\n</head>\n<body>\n' \
-            'body { max-width: 48em; margin: 2em auto; padding: 0 1em; font: 16px/1.5 sans-serif }
-             img { max-width: 100% } code, pre { font: 14px monospace }
-             table { border-collapse: collapse } td, th { border: 1px solid #999; padding: .2em .5em }'
-        cat "$work/guide.html"
-        printf '</body>\n</html>\n'
-    } | python3 "$here/inline_images.py" "$root/docs" >"$stage/user-guide.html"
-}
-
-# Each manual page as a page for a browser, with a link to the other.
-make_manual_pages() {
-    style='body { max-width: 48em; margin: 2em auto; padding: 0 1em; font: 16px/1.5 sans-serif }
-        h1 { font-size: 1.3em } h2 { font-size: 1.1em } dd { margin-bottom: .5em }
-        a.permalink { color: inherit; text-decoration: none }'
-    for command in stalwick-convert stalwick-inspect; do
-        mandoc -Thtml "$pages/$command.1" |
-            sed -e 's,<b>\(stalwick-[a-z]*\)</b>(1),<a href="\1.html">\1</a>(1),g' \
-                -e "s,</style>,$(echo "$style" | tr '\n' ' ')</style>," >"$stage/$command.html"
-    done
-}
-
 cp "$build/app/stalwick.exe" "$build/cli/stalwick-convert.exe" "$build/cli/stalwick-inspect.exe" "$stage"
 x86_64-w64-mingw32-strip "$stage/stalwick.exe" "$stage/stalwick-convert.exe" "$stage/stalwick-inspect.exe"
 copy_licenses
-make_user_guide
-make_manual_pages
+"$here/make_pages.py" "$pages" "$stage"
+"$here/check_pages.py" "$stage" >&2
 
 (cd "$work" && cmake -E tar cf "$output/$name.zip" --format=zip "$name")
 
 # The uninstaller names each file, so that it removes nothing else.
-for file in "$stage"/licenses/*; do
-    # shellcheck disable=SC2016  # a variable of the installer's
-    printf 'Delete "$INSTDIR\\licenses\\%s"\n' "$(basename "$file")"
-done >"$work/uninstall-licenses.nsh"
+# shellcheck disable=SC2016  # a variable of the installer's
+(cd "$stage" && printf '%s\n' *.html *.json licenses/*) |
+    sed -e 's,/,\\,' -e 's,.*,Delete "$INSTDIR\\&",' >"$work/uninstall-files.nsh"
 
 makensis -V2 -NOCD -INPUTCHARSET UTF8 \
     -DSTAGE="$stage" \
-    -DUNINSTALL_LICENSES="$work/uninstall-licenses.nsh" \
+    -DUNINSTALL_FILES="$work/uninstall-files.nsh" \
     -DOUTPUT="$output/stalwick-$version-setup.exe" \
     -DICON="$build/app/stalwick.ico" \
     -DVERSION="$version" \

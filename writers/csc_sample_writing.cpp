@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 #include "writers/csc_file_writer_container.h"
@@ -57,27 +58,46 @@ inline void CopySamples(std::span<const std::int16_t> samples, OutputFileRecord&
     file.filledSamples += static_cast<std::uint32_t>(samples.size());
 }
 
-// Whether the blocks are whole packets that only add to the file's record in progress.
-inline bool FitIntoRecord(const OutputFileRecord& file, std::span<const SampleBlock> sampleBlocks,
-                          std::uint32_t samplesPerChannel, std::size_t position) {
-    return samplesPerChannel == kPacketSamples && file.phaseModulus == kPacketSamples &&
-           file.filledSamples != 0 && !file.cscBuffer.empty() &&
-           file.filledSamples + sampleBlocks.size() * kPacketSamples < kSamplesPerRecord &&
-           std::all_of(sampleBlocks.begin(), sampleBlocks.end(), [&](const SampleBlock& block) {
-               return block.samples.size() >= position + kPacketSamples;
-           });
+// What the blocks of one call have in common.
+struct PacketRun {
+    std::size_t leastSamples = 0;  // of the shortest block
+    // Every block is a packet's samples, and either each has another hardware time than the one
+    // before it, or none has any.
+    bool alike = false;
+};
+
+PacketRun Inspect(std::span<const SampleBlock> sampleBlocks, std::uint32_t samplesPerChannel) {
+    PacketRun run{std::numeric_limits<std::size_t>::max(), samplesPerChannel == kPacketSamples};
+    for (std::size_t i = 0; i < sampleBlocks.size(); ++i) {
+        const auto& [samples, time] = sampleBlocks[i];
+        run.leastSamples = std::min(run.leastSamples, samples.size());
+        if (i == 0) continue;
+        const std::optional<std::uint64_t>& before = sampleBlocks[i - 1].baseTimestamp;
+        if (time.has_value() != before.has_value() || (time && time == before)) run.alike = false;
+    }
+    return run;
 }
 
-// The common case of AppendSamples without its checks: whole packets do not change the phase.
-inline void AppendPackets(OutputFileRecord& file, std::span<const SampleBlock> sampleBlocks,
+// How many packets only add to the file's record in progress; it is still incomplete after them.
+inline std::size_t PacketsThatFit(const OutputFileRecord& file) {
+    if (file.filledSamples == 0 || file.phaseModulus != kPacketSamples || file.cscBuffer.empty()) {
+        return 0;
+    }
+    return (kSamplesPerRecord - 1 - file.filledSamples) / kPacketSamples;
+}
+
+// AppendSamples for packets of such a run that fit, without its checks. Whole packets do not change
+// the phase, but each new hardware time resets it.
+inline void AppendPackets(OutputFileRecord& file, std::span<const SampleBlock> packets,
                           std::size_t position) {
+    if (packets.front().baseTimestamp) {
+        const bool isNew = *packets.front().baseTimestamp != file.lastBaseTimestamp;
+        if (isNew || packets.size() > 1) file.phase = 0;
+        file.lastBaseTimestamp = *packets.back().baseTimestamp;
+    }
     std::int16_t* target = file.nextSample;
-    for (const SampleBlock& block : sampleBlocks) {
-        if (block.baseTimestamp && *block.baseTimestamp != file.lastBaseTimestamp) {
-            file.phase = 0;
-            file.lastBaseTimestamp = *block.baseTimestamp;
-        }
-        std::memcpy(target, block.samples.data() + position, kPacketSamples * sizeof *target);
+    for (const SampleBlock& packet : packets) {
+        std::memcpy(target, packet.samples.data() + position, kPacketSamples * sizeof *target);
         target += kPacketSamples;
     }
     file.filledSamples += static_cast<std::uint32_t>(target - file.nextSample);
@@ -92,6 +112,7 @@ std::int32_t CSCFileWriterContainer::WriteSamples(std::span<const SampleBlock> s
                                                   ChannelGroup group) {
     if (channelOptions[static_cast<std::size_t>(group)] == 0) return -1;
     for (const SampleBlock& block : sampleBlocks) ScaleSamples(block.samples, group);
+    const PacketRun run = Inspect(sampleBlocks, samplesPerChannel);
     std::int32_t result = 0;
     const std::span<OutputFileRecord> files = FilesOf(group);
     for (std::size_t f = 0; f < files.size(); ++f) {
@@ -100,18 +121,22 @@ std::int32_t CSCFileWriterContainer::WriteSamples(std::span<const SampleBlock> s
                                sampleBlocks.size() * samplesPerChannel);
         }
         const std::size_t position = f * samplesPerChannel;
-        if (FitIntoRecord(files[f], sampleBlocks, samplesPerChannel, position)) {
-            AppendPackets(files[f], sampleBlocks, position);
-            continue;
-        }
-        for (std::size_t i = 0; i < sampleBlocks.size(); ++i) {
-            const SampleBlock& block = sampleBlocks[i];
+        const bool hasAll = run.alike && run.leastSamples >= position + samplesPerChannel;
+        for (std::size_t i = 0; i < sampleBlocks.size();) {
+            const std::size_t together =
+                hasAll ? std::min(PacketsThatFit(files[f]), sampleBlocks.size() - i) : 0;
+            if (together > 0) {
+                AppendPackets(files[f], sampleBlocks.subspan(i, together), position);
+                i += together;
+                continue;
+            }
+            const SampleBlock& block = sampleBlocks[i++];
             if (block.samples.size() < position + samplesPerChannel) continue;
             if (AppendSamples(files[f], block.samples.subspan(position, samplesPerChannel),
                               block.baseTimestamp) != 0) {
                 result = -1;
                 // This ends the loop; the remaining files get only the blocks before the failure.
-                sampleBlocks = sampleBlocks.first(i);
+                sampleBlocks = sampleBlocks.first(i - 1);
             }
         }
     }

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <utility>
@@ -95,11 +97,11 @@ TEST(CSCFileWriterBlocks, FileWhoseBlockCannotBeWrittenFailsAndTakesNothingMore)
     EXPECT_EQ(ReadFile(channels.directory.Path(L"CSC1.vcs")).size(), 16384U);
 }
 
-// Two channels' packets of ten samples; every third has only the first channel's.
-std::vector<std::vector<std::int16_t>> PacketsOfTwoChannels(std::size_t count) {
+// Two channels' packets of ten samples. With `shorter`, every third has only the first channel's.
+std::vector<std::vector<std::int16_t>> PacketsOfTwoChannels(std::size_t count, bool shorter) {
     std::vector<std::vector<std::int16_t>> packets(count);
     for (std::size_t i = 0; i < count; ++i) {
-        packets[i].resize(i % 3 == 2 ? 10 : 20);
+        packets[i].resize(shorter && i % 3 == 2 ? 10 : 20);
         for (std::size_t k = 0; k < packets[i].size(); ++k) {
             packets[i][k] = static_cast<std::int16_t>(i * 300 + k * 50);
         }
@@ -107,32 +109,56 @@ std::vector<std::vector<std::int16_t>> PacketsOfTwoChannels(std::size_t count) {
     return packets;
 }
 
+// The second of these completes a record. So do 256 packets, without samples left for the next one.
+constexpr std::array<std::size_t, 5> kPacketsTogether = {40, 15, 1, 7, 237};
+constexpr std::size_t kPackets = 300;
+
+// Writes the same packets with these times once together and once one by one.
+void ExpectSameTogetherAndApart(std::span<const std::optional<std::uint64_t>> times, bool shorter) {
+    OpenChannels together, apart;
+    auto packets = PacketsOfTwoChannels(times.size(), shorter);
+    auto samePackets = packets;
+    std::vector<SampleBlock> blocks;
+    for (std::size_t i = 0; i < packets.size(); ++i) {
+        blocks.push_back({packets[i], times[i]});
+        EXPECT_EQ(WriteSamples(apart.container, samePackets[i], 10, ChannelGroup::kAD, times[i]),
+                  0);
+    }
+    std::span<const SampleBlock> rest(blocks);
+    for (const std::size_t count : kPacketsTogether) {
+        EXPECT_EQ(together.container.WriteSamples(rest.first(count), 10, ChannelGroup::kAD), 0);
+        rest = rest.subspan(count);
+    }
+    EXPECT_TRUE(rest.empty());
+    EXPECT_EQ(together.container.FinishCscFiles(), 0);
+    EXPECT_EQ(apart.container.FinishCscFiles(), 0);
+    for (const wchar_t* const name : {L"CSC1.vcs", L"CSC2.vcs"}) {
+        EXPECT_EQ(ReadFile(together.directory.Path(name)).substr(16384),
+                  ReadFile(apart.directory.Path(name)).substr(16384));
+    }
+    EXPECT_EQ(RecordsOf(together.directory.Path(L"CSC2.vcs")).size(), shorter ? 4U : 6U);
+}
+
 TEST(CSCFileWriterBlocks, PacketsWrittenTogetherGiveWhatTheyGiveOneByOne) {
-    for (const bool hasTimes : {true, false}) {
-        OpenChannels together, apart;
-        auto packets = PacketsOfTwoChannels(120);
-        auto samePackets = packets;
-        std::vector<SampleBlock> blocks;
-        for (std::size_t i = 0; i < packets.size(); ++i) {
-            const auto time = hasTimes ? std::optional<std::uint64_t>(i / 2 * 333'333 + 5)
-                                       : std::optional<std::uint64_t>();
-            blocks.push_back({packets[i], time});
-            EXPECT_EQ(WriteSamples(apart.container, samePackets[i], 10, ChannelGroup::kAD, time),
-                      0);
-        }
-        std::span<const SampleBlock> rest(blocks);
-        for (const std::size_t count : {7U, 1U, 16U, 20U, 76U}) {
-            EXPECT_EQ(together.container.WriteSamples(rest.first(count), 10, ChannelGroup::kAD), 0);
-            rest = rest.subspan(count);
-        }
-        EXPECT_TRUE(rest.empty());
-        EXPECT_EQ(together.container.FinishCscFiles(), 0);
-        EXPECT_EQ(apart.container.FinishCscFiles(), 0);
-        for (const wchar_t* const name : {L"CSC1.vcs", L"CSC2.vcs"}) {
-            EXPECT_EQ(ReadFile(together.directory.Path(name)).substr(16384),
-                      ReadFile(apart.directory.Path(name)).substr(16384));
-        }
-        EXPECT_EQ(RecordsOf(together.directory.Path(L"CSC2.vcs")).size(), 2U);
+    using Time = std::optional<std::uint64_t>;
+    const auto at = [](std::size_t i) { return Time(i * 333'333 + 1'000'000); };
+    const std::array<std::pair<const char*, std::function<Time(std::size_t)>>, 8> cases = {{
+        {"none", [](std::size_t) { return Time(); }},
+        {"each its own", at},
+        {"two the same", [&](std::size_t i) { return at(i / 2); }},
+        {"all the same", [&](std::size_t) { return at(0); }},
+        {"every fifth none", [&](std::size_t i) { return i % 5 == 3 ? Time() : at(i); }},
+        {"one new time, of a packet alone", [&](std::size_t i) { return at(i < 55 ? 0 : 1); }},
+        {"new times after the first of seven",
+         [&](std::size_t i) { return at(std::clamp<std::size_t>(i, 56, 62)); }},
+        {"one without a time, then six with one, then none",
+         [&](std::size_t i) { return i == 56 || i > 62 ? Time() : at(i < 56 ? 0 : i); }},
+    }};
+    for (const auto& [name, timeOf] : cases) {
+        SCOPED_TRACE(name);
+        std::vector<Time> times;
+        for (std::size_t i = 0; i < kPackets; ++i) times.push_back(timeOf(i));
+        for (const bool shorter : {false, true}) ExpectSameTogetherAndApart(times, shorter);
     }
 }
 

@@ -155,9 +155,10 @@ const std::uint8_t* DecodeADBlock(const std::uint8_t* data, std::size_t length,
             DecodePlanned(block, plan, samples.data());
             return block.EndAt(blockBits);
         }
-        // Many spans end in a truncated block; this avoids reading its widths a second time.
-        const auto widthBits = static_cast<std::int32_t>(plan.enabledCount * kWidthBits);
-        if (!IsComplete(bitCount, widthBits, plan.widthSum, plan.enabledCount, samplesPerChannel)) {
+        // Many spans end in a truncated block; this avoids reading its widths bit by bit.
+        if (!IsComplete(bitCount, static_cast<std::int32_t>(plan.firstValuesBit),
+                        SumADWidths(data, plan.enabledCount), plan.enabledCount,
+                        samplesPerChannel)) {
             samples.clear();
             return data;
         }

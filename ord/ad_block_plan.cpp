@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "ord/ad_block_plan.h"
 
+#include <algorithm>
 #include <bit>
 
 namespace stalwick {
@@ -9,6 +10,7 @@ namespace {
 
 constexpr EightBytes kOnes = 0x0101010101010101U;
 constexpr std::uint8_t kAllEnabled = 0xFF;
+constexpr std::size_t kBytesPerEightNibbles = 4;
 
 // 1 in each byte of `bytes` that is not 0; no byte is above 128.
 constexpr EightBytes OneWhereNotZero(EightBytes bytes) {
@@ -66,23 +68,50 @@ constexpr GroupLayout LayOut(EightBytes widths, EightBytes enabled) {
     return layout;
 }
 
-// Plans the group after those that the plan counts. False if `length` bytes do not hold its widths.
-[[gnu::always_inline]] inline bool PlanGroup(const std::uint8_t* data, std::size_t length,
-                                             std::uint8_t mask, ADBlockPlan& plan,
-                                             ChannelGroup8& group) {
-    const auto count = static_cast<std::uint32_t>(std::popcount(mask));
-    if (std::size_t{plan.enabledCount + count} * kWidthBits > length * 8) return false;
+// What the groups planned so far take.
+struct PlannedSoFar {
+    std::uint32_t enabledCount = 0;
+    std::uint32_t rowBits = 0;
+};
 
-    const EightBytes enabled = OnePerBit(mask);
-    const EightBytes stored = ReadWidths(data, plan.enabledCount, mask);
+// Plans the next group from its widths as in the block, 0 for channels that are not enabled.
+inline void PlanGroup(EightBytes stored, EightBytes enabled, PlannedSoFar& before,
+                      ChannelGroup8& group) {
     const EightBytes widths = stored | (enabled & ~OneWhereNotZero(stored));
     group.deltas = LayOut(widths, enabled);
     group.firstValues = LayOut(enabled * kFirstValueBits, enabled);
-    group.deltasBit = plan.rowBits;
-    group.firstValuesBit = plan.enabledCount * kFirstValueBits;
-    plan.enabledCount += count;
-    plan.widthSum += SumOf(stored);
-    plan.rowBits += SumOf(widths);
+    group.deltasBit = before.rowBits;
+    group.firstValuesBit = before.enabledCount * kFirstValueBits;
+    before.enabledCount += SumOf(enabled);
+    before.rowBits += SumOf(widths);
+}
+
+// Whether `length` bytes hold the widths of `count` channels.
+bool HoldsWidths(std::size_t length, std::uint32_t count) {
+    return std::size_t{count} * kWidthBits <= length * 8;
+}
+
+// The usual case on its own: everything that depends on the mask is a constant.
+bool PlanAllEnabled(const std::uint8_t* data, std::size_t length, ADBlockPlan& plan,
+                    PlannedSoFar& planned) {
+    if (!HoldsWidths(length, plan.groupCount * kChannelsPerGroup)) return false;
+    for (std::uint32_t i = 0; i < plan.groupCount; ++i) {
+        PlanGroup(ReadEightNibbles(data + std::size_t{i} * kBytesPerEightNibbles), kOnes, planned,
+                  plan.groups[i]);
+    }
+    return true;
+}
+
+bool PlanMasked(const std::uint8_t* data, std::size_t length,
+                std::span<const std::uint8_t> channelMask, ADBlockPlan& plan,
+                PlannedSoFar& planned) {
+    for (std::uint32_t i = 0; i < plan.groupCount; ++i) {
+        const std::uint8_t mask = channelMask[channelMask.size() - 1 - i];
+        const auto count = static_cast<std::uint32_t>(std::popcount(mask));
+        if (!HoldsWidths(length, planned.enabledCount + count)) return false;
+        PlanGroup(ReadWidths(data, planned.enabledCount, mask), OnePerBit(mask), planned,
+                  plan.groups[i]);
+    }
     return true;
 }
 
@@ -91,24 +120,24 @@ constexpr GroupLayout LayOut(EightBytes widths, EightBytes enabled) {
 bool BuildADBlockPlan(const std::uint8_t* data, std::size_t length, std::uint32_t numChannels,
                       std::span<const std::uint8_t> channelMask, ADBlockPlan& plan) {
     plan.groupCount = numChannels / kChannelsPerGroup;
-    plan.enabledCount = 0;
-    plan.widthSum = 0;
-    plan.rowBits = 0;
-    for (std::uint32_t i = 0; i < plan.groupCount; ++i) {
-        const std::uint8_t mask =
-            channelMask.empty() ? kAllEnabled : channelMask[channelMask.size() - 1 - i];
-        ChannelGroup8& group = plan.groups[i];
-        // The usual mask as a constant: nothing that depends on it is then computed here.
-        const bool planned = mask == kAllEnabled ? PlanGroup(data, length, kAllEnabled, plan, group)
-                                                 : PlanGroup(data, length, mask, plan, group);
-        if (!planned) return false;
+    PlannedSoFar planned;
+    const bool allEnabled = std::all_of(channelMask.begin(), channelMask.end(),
+                                        [](std::uint8_t mask) { return mask == kAllEnabled; });
+    if (!(allEnabled ? PlanAllEnabled(data, length, plan, planned)
+                     : PlanMasked(data, length, channelMask, plan, planned))) {
+        return false;
     }
-    const std::uint32_t widthBits = plan.enabledCount * kWidthBits;
-    for (std::uint32_t i = 0; i < plan.groupCount; ++i) {
-        plan.groups[i].firstValuesBit += widthBits;
-    }
-    plan.deltasBit = widthBits + plan.enabledCount * kFirstValueBits;
+    plan.enabledCount = planned.enabledCount;
+    plan.rowBits = planned.rowBits;
+    plan.firstValuesBit = plan.enabledCount * kWidthBits;
+    plan.deltasBit = plan.firstValuesBit + plan.enabledCount * kFirstValueBits;
     return true;
+}
+
+std::uint32_t SumADWidths(const std::uint8_t* data, std::uint32_t enabledCount) {
+    std::uint32_t sum = 0;
+    for (std::uint32_t i = 0; i < enabledCount; ++i) sum += ReadNibble(data, i);
+    return sum;
 }
 
 }  // namespace stalwick

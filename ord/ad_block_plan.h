@@ -27,7 +27,7 @@ inline constexpr std::uint8_t kNoByte = 0x80;
 struct ChannelGroup8 {
     GroupLayout firstValues;
     GroupLayout deltas;
-    std::uint32_t firstValuesBit;  // from the block's first bit
+    std::uint32_t firstValuesBit;  // from the first bit of the block's first values
     std::uint32_t deltasBit;       // from the first bit of a row of deltas
 };
 
@@ -42,9 +42,9 @@ struct ADBlockPlan {
     std::array<ChannelGroup8, kMostADChannels / kChannelsPerGroup> groups;
     std::uint32_t groupCount = 0;
     std::uint32_t enabledCount = 0;
-    std::uint32_t widthSum = 0;   // of the widths as in the block
-    std::uint32_t rowBits = 0;    // of the widths, with 1 instead of 0
-    std::uint32_t deltasBit = 0;  // of the first row of deltas, from the block's first bit
+    std::uint32_t rowBits = 0;         // of the widths, with 1 instead of 0
+    std::uint32_t firstValuesBit = 0;  // of the first values, from the block's first bit
+    std::uint32_t deltasBit = 0;       // of the first row of deltas, likewise
 
     // Bits that decoding the block takes.
     [[nodiscard]] std::uint32_t BlockBits(std::uint32_t samplesPerChannel) const {
@@ -58,5 +58,8 @@ struct ADBlockPlan {
 [[nodiscard]] bool BuildADBlockPlan(const std::uint8_t* data, std::size_t length,
                                     std::uint32_t numChannels,
                                     std::span<const std::uint8_t> channelMask, ADBlockPlan& plan);
+
+// The sum of the block's widths as in the block; `data` holds them all.
+[[nodiscard]] std::uint32_t SumADWidths(const std::uint8_t* data, std::uint32_t enabledCount);
 
 }  // namespace stalwick

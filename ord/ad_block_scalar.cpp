@@ -59,7 +59,7 @@ void DecodePlannedBlockScalar(const std::uint8_t* data, const ADBlockPlan& plan,
         const ChannelGroup8& group = plan.groups[i];
         for (unsigned channel = 0; channel < kChannelsPerGroup; ++channel) {
             const ChannelBits bits = {
-                group.firstValuesBit + FirstBit(group.firstValues, channel),
+                plan.firstValuesBit + group.firstValuesBit + FirstBit(group.firstValues, channel),
                 plan.deltasBit + group.deltasBit + FirstBit(group.deltas, channel), plan.rowBits,
                 ByteAt(group.deltas.widths, channel)};
             if ((ByteAt(group.deltas.firstBytes, channel) & kNoByte) != 0) {

@@ -131,7 +131,8 @@ void HWY_INLINE DecodeChannels(const std::uint8_t* data, const ADBlockPlan& plan
                                const ChannelGroup8& group, std::size_t first,
                                std::uint16_t* samples) {
     Vector32 pairs[kPairs];
-    Vector32 value = Extract(data, group.firstValuesBit, PlanExtraction(group.firstValues, first));
+    Vector32 value = Extract(data, plan.firstValuesBit + group.firstValuesBit,
+                             PlanExtraction(group.firstValues, first));
     const Extraction deltas = PlanExtraction(group.deltas, first);
     std::uint32_t position = plan.deltasBit + group.deltasBit;
     for (std::size_t i = 0; i < kPairs; ++i) {

@@ -128,7 +128,7 @@ def copying():
     return copy, run
 
 
-def at_the_floor(recording):
+def at_the_floor(recording, prefix=()):
     """The floor of a recording whose outputs are in work/out."""
     sizes = work / f"{recording.stem}.sizes"
     outputs = (work / "out" / recording.stem).iterdir()
@@ -136,7 +136,7 @@ def at_the_floor(recording):
     target = work / "floor"
 
     def run():
-        result = Run([floor, recording, target, sizes])
+        result = Run([*prefix, floor, recording, target, sizes])
         remove(target)
         return result
 
@@ -150,20 +150,22 @@ def against_floor(title, recording, *options):
             "alone": converting([recording], *options, prefix=ONE_CORE),
             "threads": converting([recording], *options),
             "floor": at_the_floor(recording),
+            "floor alone": at_the_floor(recording, prefix=ONE_CORE),
             "cp": copying(),
         },
         size,
         [recording],
     )
-    alone, threads, least, cp = (result[name] for name in ("alone", "threads", "floor", "cp"))
-    wall, cpu = threads[0] / least[0], alone[1] / least[1]
+    alone, threads, least, least_alone, cp = (
+        result[name] for name in ("alone", "threads", "floor", "floor alone", "cp"))
+    wall, cpu = threads[0] / least[0], alone[1] / least_alone[1]
     ratios[f"{title}: wall, all threads, of the floor's"] = wall
     ratios[f"{title}: CPU, all threads, of the floor's"] = threads[1] / least[1]
     ratios[f"{title}: CPU, 1 thread, of the floor's"] = cpu
     ratios[f"{title}: peak memory, MB"] = threads[2]
     print(
         f"| {title} | {least[0] * 1e3:.0f} ms | {threads[0] * 1e3:.0f} ms | **{wall:.2f}** "
-        f"| {least[1] * 1e3:.0f} ms | {alone[1] * 1e3:.0f} ms | **{cpu:.2f}** "
+        f"| {least_alone[1] * 1e3:.0f} ms | {alone[1] * 1e3:.0f} ms | **{cpu:.2f}** "
         f"| {threads[1] / least[1]:.2f} | {cp[0] * 1e3:.0f} ms | {threads[0] / cp[0]:.2f} "
         f"| {threads[2]:.0f} MB |",
         flush=True,

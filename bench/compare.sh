@@ -7,7 +7,8 @@
 #
 # ord_synth makes the recordings. This script measures the command alone on one core ("1 thread":
 # its CPU time counts) and with all its threads (wall time counts); the floor, a program that only
-# makes the same reads and files; cp -r of the outputs; and zstd -d and flac -d of the same samples.
+# makes the same reads and files, with and without the same binding to one core; cp -r of the
+# outputs; and zstd -d and flac -d of the same samples.
 # Before each timed run the same amount is written and removed in the same file system, so that
 # every run finds memory in the same state, and its inputs are read once. The case "cold" is
 # measured twice: like this, and after freed memory has waited COLD_SECONDS (default 8).

@@ -8,7 +8,7 @@
 #   make check-pages   pages of recordings in a browser
 #   make site      the documentation as a site, build/site
 #   make release   all that is passed on, build/release-artefacts (docs/releasing.md)
-#   make test-windows, make windows-app, make package-windows      docs/building-windows.md
+#   make test-windows, make windows-app, make package-windows, make check-windows-packages      docs/building-windows.md
 #   make packages, make test-packages      Debian packages (docs/releasing.md)
 # Each target installs the Debian packages that it needs if they are missing.
 
@@ -20,7 +20,7 @@ BUILD := build/$(PRESET)
 ARTEFACTS := build/release-artefacts
 
 .DEFAULT_GOAL := build
-.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app package-windows test-cluster screenshots check-pages site check-site tarball test-tarball artefacts check-artefacts release packages test-packages check-packages install format check-format check-tidy clean
+.PHONY: build demo test test-dev test-clang test-asan test-tsan test-tsan-engine fuzz soak coverage bench test-windows windows-app test-windows-app windows-packages package-windows check-windows-packages test-cluster screenshots check-pages site check-site tarball test-tarball artefacts check-artefacts release packages test-packages check-packages install format check-format check-tidy clean
 
 build:
 	scripts/install-deps.sh
@@ -105,7 +105,7 @@ windows-app:
 	scripts/install-deps.sh build windows windows-app
 	STALWICK_HWY_SOURCE="$$(packaging/windows/fetch-highway.sh)" \
 	    STALWICK_QT_PREFIX="$$(packaging/windows/build-qt.sh)" cmake --preset windows-app
-	cmake --build --preset windows-app
+	cmake --build --preset windows-app $(addprefix --target ,$(WINDOWS_TARGETS))
 
 # The window's tests under wine, on a separate display, and the window in use; pictures of it are in
 # build/windows-app/window-pictures.
@@ -113,12 +113,22 @@ test-windows-app: windows-app
 	scripts/with-display.sh ctest --preset windows-app --label-regex '^app$$'
 	scripts/with-display.sh tests/windows/use_window.sh build/windows-app
 
-# The zip and the installer, and a test that installs and removes it under wine.
-package-windows: windows-app
+# The zip and the installer, without building tests.
+windows-packages: WINDOWS_TARGETS := stalwick stalwick-convert stalwick-inspect
+windows-packages: windows-app
 	cmake --preset $(PRESET)
 	cmake --build --preset $(PRESET) --target command_page_files
 	packaging/windows/package.sh build/windows-app $(BUILD)/tools/command_pages build/windows-packages
+
+# The same, and a test that installs and removes the program under wine.
+package-windows: windows-packages
 	packaging/windows/test-installer.sh build/windows-packages
+
+# Makes them twice, elsewhere, and compares every byte.
+check-windows-packages:
+	scripts/install-deps.sh release
+	rm -rf build/windows-reproducible
+	packaging/release/check-reproducible.sh windows-packages build/windows-packages build/windows-reproducible
 
 bench:
 	scripts/install-deps.sh build test bench
@@ -186,7 +196,7 @@ artefacts:
 check-artefacts:
 	scripts/install-deps.sh release
 	rm -rf build/reproducible
-	packaging/release/check-reproducible.sh build/reproducible
+	packaging/release/check-reproducible.sh artefacts $(ARTEFACTS) build/reproducible
 
 release:
 	$(MAKE) packages

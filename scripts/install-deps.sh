@@ -29,7 +29,7 @@ packages_of() {
                        mkdocs mkdocs-material mandoc python3-numpy lintian mmdebstrap diffoscope-minimal ;;
         windows) echo g++-mingw-w64-x86-64-posix wine wine64 googletest dpkg-dev python3 ;;
         windows-app) echo qt6-base-dev qt6-base-dev-tools dpkg-dev nsis cmark-gfm mandoc python3 xvfb xauth openbox \
-                          xdotool imagemagick icoutils fonts-liberation ;;
+                          xdotool imagemagick icoutils fonts-liberation zip ;;
         site) echo mkdocs mkdocs-material mandoc cmark-gfm python3 python3-numpy ;;
         release) echo binutils ninja-build python3 python3-debian python3-license-expression xz-utils \
                       diffoscope-minimal ;;

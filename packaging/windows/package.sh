@@ -8,7 +8,8 @@
 # BUILD    the build directory, with app/stalwick.exe and the commands in cli/
 # PAGES    directory with the commands' manual pages, which a build for Linux makes
 # OUTPUT   directory for stalwick-<version>-windows-x64.zip and stalwick-<version>-setup.exe
-# Needs: nsis, cmark-gfm, mandoc (scripts/install-deps.sh windows-app).
+# The same commit gives the same two files, byte for byte.
+# Needs: nsis, cmark-gfm, mandoc, zip (scripts/install-deps.sh windows-app).
 set -eu
 
 if [ $# -ne 3 ]; then
@@ -28,6 +29,9 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 stage=$work/$name
 mkdir -p "$stage/licenses"
+# strip writes this time into the programs; the zip stores local times, and globs sort by locale.
+SOURCE_DATE_EPOCH=$("$root/packaging/release/release-info.sh" epoch)
+export SOURCE_DATE_EPOCH TZ=UTC LC_ALL=C.UTF-8
 
 # Of Boost, only dynamic_bitset and the headers that it includes are used, all under one licence.
 # Debian's own text covers every library and tool of Boost, 2 MB of it.
@@ -64,7 +68,11 @@ copy_licenses
 "$here/make_pages.py" "$pages" "$stage"
 "$here/check_pages.py" "$stage" >&2
 
-(cd "$work" && cmake -E tar cf "$output/$name.zip" --format=zip "$name")
+# The zip stores times and permissions of the files, the installer their times; zip adds to an existing file.
+chmod -R u=rwX,go=rX "$stage"
+find "$stage" -exec touch --date="@$SOURCE_DATE_EPOCH" {} +
+rm -f "$output/$name.zip"
+(cd "$work" && find "$name" | sort | zip -q -9 -X "$output/$name.zip" -@)
 
 # The uninstaller names each file, so that it removes nothing else.
 # shellcheck disable=SC2016  # a variable of the installer's

@@ -174,7 +174,7 @@ def against_floor(title, recording, *options):
 
 
 def table_head():
-    print("| recording, outputs | floor, wall | all threads, wall | ratio | floor, CPU | 1 thread, CPU "
+    print("| recording, outputs | floor, wall | all threads, wall | ratio | floor, 1 thread, CPU | 1 thread, CPU "
           "| ratio | all threads, CPU | cp -r, wall | all threads, wall | peak memory |")
     print("|---|---|---|---|---|---|---|---|---|---|---|")
 

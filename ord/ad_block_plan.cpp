@@ -68,22 +68,22 @@ constexpr GroupLayout LayOut(EightBytes widths, EightBytes enabled) {
     return layout;
 }
 
-// What the groups planned so far take.
+// What the groups planned so far take. It is not in the plan, so that it stays in registers.
 struct PlannedSoFar {
     std::uint32_t enabledCount = 0;
     std::uint32_t rowBits = 0;
 };
 
 // Plans the next group from its widths as in the block, 0 for channels that are not enabled.
-inline void PlanGroup(EightBytes stored, EightBytes enabled, PlannedSoFar& before,
+inline void PlanGroup(EightBytes stored, EightBytes enabled, PlannedSoFar& planned,
                       ChannelGroup8& group) {
     const EightBytes widths = stored | (enabled & ~OneWhereNotZero(stored));
     group.deltas = LayOut(widths, enabled);
     group.firstValues = LayOut(enabled * kFirstValueBits, enabled);
-    group.deltasBit = before.rowBits;
-    group.firstValuesBit = before.enabledCount * kFirstValueBits;
-    before.enabledCount += SumOf(enabled);
-    before.rowBits += SumOf(widths);
+    group.deltasBit = planned.rowBits;
+    group.firstValuesBit = planned.enabledCount * kFirstValueBits;
+    planned.enabledCount += SumOf(enabled);
+    planned.rowBits += SumOf(widths);
 }
 
 // Whether `length` bytes hold the widths of `count` channels.
@@ -123,10 +123,9 @@ bool BuildADBlockPlan(const std::uint8_t* data, std::size_t length, std::uint32_
     PlannedSoFar planned;
     const bool allEnabled = std::all_of(channelMask.begin(), channelMask.end(),
                                         [](std::uint8_t mask) { return mask == kAllEnabled; });
-    if (!(allEnabled ? PlanAllEnabled(data, length, plan, planned)
-                     : PlanMasked(data, length, channelMask, plan, planned))) {
-        return false;
-    }
+    const bool hasWidths = allEnabled ? PlanAllEnabled(data, length, plan, planned)
+                                      : PlanMasked(data, length, channelMask, plan, planned);
+    if (!hasWidths) return false;
     plan.enabledCount = planned.enabledCount;
     plan.rowBits = planned.rowBits;
     plan.firstValuesBit = plan.enabledCount * kWidthBits;

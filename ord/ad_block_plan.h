@@ -42,7 +42,7 @@ struct ADBlockPlan {
     std::array<ChannelGroup8, kMostADChannels / kChannelsPerGroup> groups;
     std::uint32_t groupCount = 0;
     std::uint32_t enabledCount = 0;
-    std::uint32_t rowBits = 0;         // of the widths, with 1 instead of 0
+    std::uint32_t rowBits = 0;  // of a row of deltas: the widths' sum, with 1 for a width of 0
     std::uint32_t firstValuesBit = 0;  // of the first values, from the block's first bit
     std::uint32_t deltasBit = 0;       // of the first row of deltas, likewise
 

@@ -61,33 +61,35 @@ inline void CopySamples(std::span<const std::int16_t> samples, OutputFileRecord&
 // What the blocks of one call have in common.
 struct PacketRun {
     std::size_t leastSamples = 0;  // of the shortest block
-    // Every block is a packet's samples, and either each has another hardware time than the one
-    // before it, or none has any.
-    bool alike = false;
+    // Each file gets ten samples of every block, and either each block has another hardware time
+    // than the one before it, or none has any.
+    bool canCopyTogether = false;
 };
 
-PacketRun Inspect(std::span<const SampleBlock> sampleBlocks, std::uint32_t samplesPerChannel) {
+PacketRun InspectRun(std::span<const SampleBlock> sampleBlocks, std::uint32_t samplesPerChannel) {
     PacketRun run{std::numeric_limits<std::size_t>::max(), samplesPerChannel == kPacketSamples};
     for (std::size_t i = 0; i < sampleBlocks.size(); ++i) {
         const auto& [samples, time] = sampleBlocks[i];
         run.leastSamples = std::min(run.leastSamples, samples.size());
         if (i == 0) continue;
         const std::optional<std::uint64_t>& before = sampleBlocks[i - 1].baseTimestamp;
-        if (time.has_value() != before.has_value() || (time && time == before)) run.alike = false;
+        if (time.has_value() != before.has_value() || (time && time == before))
+            run.canCopyTogether = false;
     }
     return run;
 }
 
 // How many packets only add to the file's record in progress; it is still incomplete after them.
 inline std::size_t PacketsThatFit(const OutputFileRecord& file) {
-    if (file.filledSamples == 0 || file.phaseModulus != kPacketSamples || file.cscBuffer.empty()) {
+    if (file.filledSamples == 0 || file.filledSamples >= kSamplesPerRecord ||
+        file.phaseModulus != kPacketSamples || file.cscBuffer.empty()) {
         return 0;
     }
     return (kSamplesPerRecord - 1 - file.filledSamples) / kPacketSamples;
 }
 
-// AppendSamples for packets of such a run that fit, without its checks. Whole packets do not change
-// the phase, but each new hardware time resets it.
+// AppendSamples without its checks, for packets that fit and can be copied together. Whole packets
+// do not change the phase, but each new hardware time resets it; the second one is always new.
 inline void AppendPackets(OutputFileRecord& file, std::span<const SampleBlock> packets,
                           std::size_t position) {
     if (packets.front().baseTimestamp) {
@@ -112,7 +114,7 @@ std::int32_t CSCFileWriterContainer::WriteSamples(std::span<const SampleBlock> s
                                                   ChannelGroup group) {
     if (channelOptions[static_cast<std::size_t>(group)] == 0) return -1;
     for (const SampleBlock& block : sampleBlocks) ScaleSamples(block.samples, group);
-    const PacketRun run = Inspect(sampleBlocks, samplesPerChannel);
+    const PacketRun run = InspectRun(sampleBlocks, samplesPerChannel);
     std::int32_t result = 0;
     const std::span<OutputFileRecord> files = FilesOf(group);
     for (std::size_t f = 0; f < files.size(); ++f) {
@@ -121,7 +123,7 @@ std::int32_t CSCFileWriterContainer::WriteSamples(std::span<const SampleBlock> s
                                sampleBlocks.size() * samplesPerChannel);
         }
         const std::size_t position = f * samplesPerChannel;
-        const bool hasAll = run.alike && run.leastSamples >= position + samplesPerChannel;
+        const bool hasAll = run.canCopyTogether && run.leastSamples >= position + samplesPerChannel;
         for (std::size_t i = 0; i < sampleBlocks.size();) {
             const std::size_t together =
                 hasAll ? std::min(PacketsThatFit(files[f]), sampleBlocks.size() - i) : 0;

@@ -142,7 +142,7 @@ void ExpectSameTogetherAndApart(std::span<const std::optional<std::uint64_t>> ti
 TEST(CSCFileWriterBlocks, PacketsWrittenTogetherGiveWhatTheyGiveOneByOne) {
     using Time = std::optional<std::uint64_t>;
     const auto at = [](std::size_t i) { return Time(i * 333'333 + 1'000'000); };
-    const std::array<std::pair<const char*, std::function<Time(std::size_t)>>, 8> cases = {{
+    const std::array<std::pair<const char*, std::function<Time(std::size_t)>>, 9> cases = {{
         {"none", [](std::size_t) { return Time(); }},
         {"each its own", at},
         {"two the same", [&](std::size_t i) { return at(i / 2); }},
@@ -151,6 +151,8 @@ TEST(CSCFileWriterBlocks, PacketsWrittenTogetherGiveWhatTheyGiveOneByOne) {
         {"one new time, of a packet alone", [&](std::size_t i) { return at(i < 55 ? 0 : 1); }},
         {"new times after the first of seven",
          [&](std::size_t i) { return at(std::clamp<std::size_t>(i, 56, 62)); }},
+        {"seven with new times, then none",
+         [&](std::size_t i) { return i > 62 ? Time() : at(i < 56 ? 0 : i); }},
         {"one without a time, then six with one, then none",
          [&](std::size_t i) { return i == 56 || i > 62 ? Time() : at(i < 56 ? 0 : i); }},
     }};
@@ -160,6 +162,30 @@ TEST(CSCFileWriterBlocks, PacketsWrittenTogetherGiveWhatTheyGiveOneByOne) {
         for (std::size_t i = 0; i < kPackets; ++i) times.push_back(timeOf(i));
         for (const bool shorter : {false, true}) ExpectSameTogetherAndApart(times, shorter);
     }
+}
+
+// `count` packets of ten samples for the 16 channels, each with its own time, written together.
+void WriteTogether(OpenChannels& channels, std::size_t count) {
+    std::vector<std::vector<std::int16_t>> packets(count, std::vector<std::int16_t>(16 * 10, 1000));
+    std::vector<SampleBlock> blocks;
+    for (std::size_t i = 0; i < count; ++i) blocks.push_back({packets[i], (i + 1) * 1'000'000});
+    EXPECT_EQ(channels.container.WriteSamples(blocks, 10, ChannelGroup::kAD), 0);
+}
+
+TEST(CSCFileWriterBlocks, RecordIsCompleteWithItsLastSample) {
+    OpenChannels channels;
+    WriteTogether(channels, 256);  // 5 x 512 samples
+    EXPECT_EQ(channels.FilledSamples(0), 0U);
+    EXPECT_EQ(channels.container.records[0].bufferedCount, 5U);
+}
+
+TEST(CSCFileWriterBlocks, RecordThatOneCallOverfillsIsCompletedByTheNextPacket) {
+    OpenChannels channels;
+    EXPECT_EQ(channels.Write(1024, 1000), 0);
+    EXPECT_EQ(channels.FilledSamples(0), 512U);
+    WriteTogether(channels, 3);
+    EXPECT_EQ(channels.FilledSamples(0), 30U);
+    EXPECT_EQ(channels.container.records[0].bufferedCount, 2U);
 }
 
 TEST(CSCFileWriterBlocks, FileThatFailsEndsThePacketAndLaterOnesForTheFilesAfterIt) {

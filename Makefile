@@ -113,15 +113,18 @@ test-windows-app: windows-app
 	scripts/with-display.sh ctest --preset windows-app --label-regex '^app$$'
 	scripts/with-display.sh tests/windows/use_window.sh build/windows-app
 
-# The zip and the installer, without building tests.
+# The zip with its SBOM and the installer, without building tests.
 windows-packages: WINDOWS_TARGETS := stalwick stalwick-convert stalwick-inspect
 windows-packages: windows-app
+	scripts/install-deps.sh release
 	cmake --preset $(PRESET)
 	cmake --build --preset $(PRESET) --target command_page_files
 	packaging/windows/package.sh build/windows-app $(BUILD)/tools/command_pages build/windows-packages
 
-# The same, and a test that installs and removes the program under wine.
+# The same, a test of the SBOM, and one that installs and removes the program under wine.
 package-windows: windows-packages
+	tests/release/sbom_test.py build/windows-packages/stalwick-*-windows-x64.spdx.json \
+	    build/windows-packages/stalwick-*-windows-x64.zip build/windows-app
 	packaging/windows/test-installer.sh build/windows-packages
 
 # Makes them twice, elsewhere, and compares every byte.

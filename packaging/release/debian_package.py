@@ -6,7 +6,7 @@ from __future__ import annotations
 
 import re
 import subprocess
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 from pathlib import Path
 from typing import Any
 
@@ -29,10 +29,19 @@ class DebianPackage:
     source_version: str
     architecture: str
     homepage: str
+    # Other sources that have parts in it, as Debian lists them: those of a cross compiler.
+    built_using: str
+    # The installed package that has the copyright file.
+    installed: str
 
     @property
     def copyright_file(self) -> Path:
-        return Path("/usr/share/doc", self.name, "copyright").resolve(strict=True)
+        return Path("/usr/share/doc", self.installed, "copyright").resolve(strict=True)
+
+    @property
+    def sources(self) -> str:
+        also = f" with {self.built_using}" if self.built_using else ""
+        return f"{self.source} {self.source_version}{also}"
 
     def copyright_text(self) -> str:
         """Debian's copyright file, or only the part that applies here."""
@@ -67,12 +76,21 @@ class DebianPackage:
 
 
 def look_up(name: str) -> DebianPackage:
-    fields = ("Version", "source:Package", "source:Version", "Architecture", "Homepage")
+    fields = ("Version", "source:Package", "source:Version", "Architecture", "Homepage",
+              "Built-Using")
     form = "\\n".join(f"${{{field}}}" for field in fields)
     run = subprocess.run(["dpkg-query", "--show", f"--showformat={form}\\n\\n", name],
                          capture_output=True, text=True, check=True)
-    version, source, source_version, architecture, homepage = run.stdout.split("\n")[:5]
-    return DebianPackage(name, version, source, source_version, architecture, homepage)
+    version, source, source_version, architecture, homepage, using = run.stdout.split("\n")[:6]
+    using = re.sub(r"\(= ([^)]*)\)", r"\1", using)
+    return DebianPackage(name, version, source, source_version, architecture, homepage, using, name)
+
+
+def source_of(name: str) -> DebianPackage:
+    """The source package of an installed package, for what was compiled from it here."""
+    package = look_up(name)
+    return replace(package, name=package.source, version=package.source_version,
+                   architecture="source")
 
 
 def spdx_expression(text: str) -> str:

@@ -30,7 +30,7 @@ commit=$(cat "$debian/COMMIT" 2> /dev/null || true)
 [ "$commit" = "$(git -C "$here" rev-parse HEAD)" ] || debian=/nonexistent # they are of another commit
 take "the Debian packages" "make packages" "$debian"/*"_$version"[-_]*.deb
 take "the zip and the installer for Windows" "make package-windows" \
-    "$3/stalwick-$version-windows-x64.zip" "$3/stalwick-$version-setup.exe"
+    "$3/stalwick-$version-windows-x64".{zip,spdx.json} "$3/stalwick-$version-setup.exe"
 
 cd "$output"
 rm -f SHA256SUMS

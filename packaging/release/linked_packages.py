@@ -11,36 +11,71 @@ import tempfile
 from dataclasses import dataclass, field
 from pathlib import Path
 
-_MEMBER = re.compile(r"^(\S+)/lib([^/\s]+)\.a\((\S+)\)$")
-_OBJECT = re.compile(r"^LOAD (\S+\.o)$")
+from debian_package import DebianPackage, look_up, source_of
+
+# What the map lists: members of libraries, some with the object that needs them; objects.
+_MEMBER = re.compile(r"^(\S+)/lib([^/\s]+)\.a\((\S+)\)(?=\s|$)")
+_OBJECT = re.compile(r"^LOAD (\S+\.(?:o|obj))$")
+_SOURCE_ENDINGS = (".c", ".cc", ".cpp")
 # Of the kernel's headers only numbers and declarations are used.
 _DECLARATIONS_ONLY = {"linux-libc-dev"}
+# CMake's variables with directories that packaging/windows made from Debian's sources, and an
+# installed package of each source, in whose version the directory's name ends.
+_FROM_SOURCE = {"STALWICK_HWY_SOURCE": "libhwy-dev", "STALWICK_QT_PREFIX": "qt6-base-dev"}
 
 
 @dataclass
 class Parts:
-    """Of a package: libraries and objects that were linked, headers that were compiled."""
+    """Of a package: libraries and objects that were linked or sources of objects; headers."""
 
     linked: set[str] = field(default_factory=set)
     headers: set[str] = field(default_factory=set)
 
 
-def packages_in(build: Path, program: str) -> dict[str, Parts]:
+def packages_in(build: Path, program: str) -> dict[DebianPackage, Parts]:
     """The packages by name; `program` is as `cli/stalwick-convert`, below the build directory."""
-    found: dict[str, Parts] = {}
     lines = _map_lines(build, program)
     members = [match.groups() for match in map(_MEMBER.match, lines) if match]
     objects = {match[1] for match in map(_OBJECT.match, lines) if match}
     files = objects | {f"{place}/lib{name}.a" for place, name, _ in members}
     linked = {os.path.normpath(file) for file in files if file.startswith("/")}
     objects |= {_object_of(*member) for member in members}
-    headers = _headers(build, program, objects)
+    sources = _sources(build)
+    headers = _headers(build, program, objects, ("/usr/", *sources))
+    compiled = {file for file in headers if file.endswith(_SOURCE_ENDINGS)}
+    linked, headers = linked | compiled, headers - compiled
+    found: dict[DebianPackage, Parts] = {}
+    for directory, package in sources.items():
+        parts = Parts(_below(directory, linked), _below(directory, headers))
+        if parts.linked or parts.headers:
+            found[package] = parts
+        linked -= parts.linked
+        headers -= parts.headers
     owners = _owners(linked | headers)
-    for file in linked:
-        found.setdefault(owners[file], Parts()).linked.add(file)
-    for file in headers:
-        found.setdefault(owners[file], Parts()).headers.add(file)
-    return {name: found[name] for name in sorted(found) if name not in _DECLARATIONS_ONLY}
+    packages = {name: look_up(name) for name in set(owners.values()) - _DECLARATIONS_ONLY}
+    for file, name in owners.items():
+        if name in packages:
+            parts = found.setdefault(packages[name], Parts())
+            (parts.linked if file in linked else parts.headers).add(file)
+    return {package: found[package] for package in sorted(found, key=lambda package: package.name)}
+
+
+def _sources(build: Path) -> dict[str, DebianPackage]:
+    """The directories with what was made from Debian's sources, and the package of each."""
+    cache = Path(build, "CMakeCache.txt").read_text(encoding="utf-8")
+    found = {}
+    for variable, name in _FROM_SOURCE.items():
+        match = re.search(rf"(?m)^{variable}:[A-Z]+=(.+)$", cache)
+        if match:
+            package = source_of(name)
+            if not match[1].endswith(f"-{package.version}"):
+                raise ValueError(f"{variable}: {match[1]} is not of version {package.version}")
+            found[os.path.normpath(match[1]) + "/"] = package
+    return found
+
+
+def _below(directory: str, files: set[str]) -> set[str]:
+    return {file for file in files if file.startswith(directory)}
 
 
 def _ninja(build: Path, *arguments: str) -> str:
@@ -55,6 +90,7 @@ def _map_lines(build: Path, program: str) -> list[str]:
     with tempfile.TemporaryDirectory() as directory:
         output = f"-o {directory}/program -Wl,-Map={directory}/map"
         changed = re.sub(rf"-o {re.escape(program)}(?=\s)", output, command, count=1)
+        changed = re.sub(r"(--out-implib,)\S+", rf"\1{directory}/library", changed)
         if changed == command:
             raise ValueError(f"{program}: its link command names no such output: {command}")
         subprocess.run(changed, shell=True, cwd=build, check=True, capture_output=True)
@@ -66,15 +102,17 @@ def _object_of(place: str, library: str, member: str) -> str:
     return f"{place}/CMakeFiles/{library}.dir/{member}"
 
 
-def _headers(build: Path, program: str, linked: set[str]) -> set[str]:
-    """The system's headers that the objects in the program were compiled from."""
-    inputs = _ninja(build, "--quiet", "-t", "inputs", program).splitlines()
-    flat = {re.sub(r"(\.dir/).*/", r"\1", name): name for name in inputs if name.endswith(".o")}
+def _headers(build: Path, program: str, linked: set[str], places: tuple[str, ...]) -> set[str]:
+    """The headers and sources in these places that the program's objects were compiled from."""
+    names = _ninja(build, "--quiet", "-t", "inputs", program).splitlines()
+    inputs = [name for name in names if name.endswith((".o", ".obj"))]
+    flat = {re.sub(r"(\.dir/).*/", r"\1", name): name for name in inputs}
     objects = [flat[name] for name in linked & flat.keys()]
     if not objects:
         raise ValueError(f"{program}: nothing was compiled for it")
     lines = _ninja(build, "--quiet", "-t", "deps", *objects).splitlines()
-    return {os.path.normpath(line.strip()) for line in lines if line.startswith("    /usr/")}
+    files = {os.path.normpath(line.strip()) for line in lines if line.startswith("    /")}
+    return {file for file in files if file.startswith(places)}
 
 
 def _owners(files: set[str]) -> dict[str, str]:

@@ -3,9 +3,10 @@
 
 """Writes an SPDX 2.3 document of what is linked into programs, from Debian's package data.
 
-    write_sbom.py --version VERSION --archive TAR BUILD PROGRAM... > FILE.spdx.json
+    write_sbom.py --version VERSION --archive ARCHIVE BUILD PROGRAM... > FILE.spdx.json
 
-PROGRAM: a path in BUILD, such as cli/stalwick-convert; the archive has the programs in bin/.
+PROGRAM: a path in BUILD, such as cli/stalwick-convert. A tar has the programs in bin/, a zip in its
+only directory.
 SOURCE_DATE_EPOCH is the time of the document, so that the same programs give the same document.
 """
 
@@ -17,12 +18,13 @@ import json
 import os
 import tarfile
 import uuid
+import zipfile
 from datetime import datetime, timezone
 from pathlib import Path
 from typing import Any
 from urllib.parse import quote
 
-from debian_package import DebianPackage, look_up
+from debian_package import DebianPackage
 from linked_packages import Parts, packages_in
 
 Json = dict[str, Any]
@@ -40,6 +42,7 @@ def checksum(algorithm: str, data: bytes) -> Json:
 def debian_entry(package: DebianPackage) -> Json:
     expression, comment = package.licence()
     place = f"{quote(package.name)}@{quote(package.version)}"
+    how = " for this program; see docs/building-windows.md" * (package.architecture == "source")
     entry = {
         "SPDXID": package_id(package.name),
         "name": package.name,
@@ -48,7 +51,7 @@ def debian_entry(package: DebianPackage) -> Json:
         "downloadLocation": "NOASSERTION",
         "filesAnalyzed": False,
         "homepage": package.homepage,
-        "sourceInfo": f"built from the Debian source {package.source} {package.source_version}",
+        "sourceInfo": f"built from the Debian source {package.sources}{how}",
         "licenseConcluded": "NOASSERTION",
         "licenseDeclared": expression,
         "licenseComments": comment,
@@ -78,14 +81,23 @@ def own_entry(version: str, archive: Path) -> Json:
     }
 
 
-def file_entry(archive: Path, program: str) -> Json:
-    """A program as it is in the archive."""
+def read_program(archive: Path, program: str) -> tuple[str, bytes]:
+    """A program in the archive: its name below the archive's only directory, its content."""
+    if archive.suffix == ".zip":
+        name = Path(program).name
+        with zipfile.ZipFile(archive) as file:
+            (member,) = (member for member in file.namelist() if member.partition("/")[2] == name)
+            return name, file.read(member)
     name = f"bin/{Path(program).name}"
     with tarfile.open(archive) as tar:
-        (member,) = (member for member in tar if member.name.endswith("/" + name))
-        content = tar.extractfile(member)
+        (entry,) = (entry for entry in tar if entry.name.endswith("/" + name))
+        content = tar.extractfile(entry)
         assert content is not None
-        data = content.read()
+        return name, content.read()
+
+
+def file_entry(archive: Path, program: str) -> Json:
+    name, data = read_program(archive, program)
     return {
         "SPDXID": f"SPDXRef-File-{Path(program).name}",
         "fileName": f"./{name}",
@@ -102,26 +114,27 @@ def relationship(one: str, kind: str, other: str, comment: str = "") -> Json:
     return entry | ({"comment": comment} if comment else {})
 
 
-def uses(file: str, name: str, parts: Parts) -> Json:
+def uses(file: str, package: DebianPackage, parts: Parts) -> Json:
     if parts.linked:
         libraries = ", ".join(sorted({Path(part).name for part in parts.linked}))
-        return relationship(file, "STATIC_LINK", package_id(name), f"of {libraries}")
+        return relationship(file, "STATIC_LINK", package_id(package.name), f"of {libraries}")
     comment = "templates and inline functions of its headers"
-    return relationship(file, "CONTAINS", package_id(name), comment)
+    return relationship(file, "CONTAINS", package_id(package.name), comment)
 
 
 def document(version: str, archive: Path, build: Path, programs: list[str]) -> Json:
     created = datetime.fromtimestamp(int(os.environ["SOURCE_DATE_EPOCH"]), timezone.utc)
     own = own_entry(version, archive)
-    names: set[str] = set()
+    packages: set[DebianPackage] = set()
     relations = [relationship("SPDXRef-DOCUMENT", "DESCRIBES", own["SPDXID"])]
     files = [file_entry(archive, program) for program in programs]
     for program, file in zip(programs, files):
         relations.append(relationship(own["SPDXID"], "CONTAINS", file["SPDXID"]))
         found = packages_in(build, program)
-        relations += [uses(file["SPDXID"], name, parts) for name, parts in found.items()]
-        names |= found.keys()
-    content = {"packages": [own, *(debian_entry(look_up(name)) for name in sorted(names))],
+        relations += [uses(file["SPDXID"], package, parts) for package, parts in found.items()]
+        packages |= found.keys()
+    by_name = sorted(packages, key=lambda package: package.name)
+    content = {"packages": [own, *map(debian_entry, by_name)],
                "files": files, "relationships": relations}
     identity = uuid.uuid5(uuid.NAMESPACE_OID, json.dumps(content, sort_keys=True))
     return {

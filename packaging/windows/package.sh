@@ -7,9 +7,9 @@
 #
 # BUILD    the build directory, with app/stalwick.exe and the commands in cli/
 # PAGES    directory with the commands' manual pages, which a build for Linux makes
-# OUTPUT   directory for stalwick-<version>-windows-x64.zip and stalwick-<version>-setup.exe
-# The same commit gives the same two files, byte for byte.
-# Needs: nsis, cmark-gfm, mandoc, zip (scripts/install-deps.sh windows-app).
+# OUTPUT   directory for stalwick-<version>-windows-x64.zip, its SBOM and stalwick-<version>-setup.exe
+# The same commit gives the same three files, byte for byte.
+# Needs: nsis, cmark-gfm, mandoc, zip, python3-debian (scripts/install-deps.sh windows-app release).
 set -eu
 
 if [ $# -ne 3 ]; then
@@ -22,6 +22,7 @@ pages=$(cd "$2" && pwd)
 output=$(cd "$3" && pwd)
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(cd "$here/../.." && pwd)
+release=$root/packaging/release
 
 version=$(sed -n 's/^CMAKE_PROJECT_VERSION:[A-Z]*=//p' "$build/CMakeCache.txt")
 name=stalwick-$version-windows-x64
@@ -30,7 +31,7 @@ trap 'rm -rf "$work"' EXIT
 stage=$work/$name
 mkdir -p "$stage/licenses"
 # strip writes this time into the programs; the zip stores local times, and globs sort by locale.
-SOURCE_DATE_EPOCH=$("$root/packaging/release/release-info.sh" epoch)
+SOURCE_DATE_EPOCH=$("$release/release-info.sh" epoch)
 export SOURCE_DATE_EPOCH TZ=UTC LC_ALL=C.UTF-8
 
 # Of Boost, only dynamic_bitset and the headers that it includes are used, all under one licence.
@@ -67,16 +68,19 @@ x86_64-w64-mingw32-strip "$stage/stalwick.exe" "$stage/stalwick-convert.exe" "$s
 copy_licenses
 "$here/make_pages.py" "$pages" "$stage"
 "$here/check_pages.py" "$stage" >&2
+set -- app/stalwick.exe cli/stalwick-convert.exe cli/stalwick-inspect.exe
+"$release/write_notices.py" "$build" "$@" >"$stage/THIRD-PARTY-NOTICES.txt"
 
 # The zip stores times and permissions of the files, the installer their times; zip adds to an existing file.
 chmod -R u=rwX,go=rX "$stage"
 find "$stage" -exec touch --date="@$SOURCE_DATE_EPOCH" {} +
 rm -f "$output/$name.zip"
 (cd "$work" && find "$name" | sort | zip -q -9 -X "$output/$name.zip" -@)
+"$release/write_sbom.py" --version "$version" --archive "$output/$name.zip" "$build" "$@" >"$output/$name.spdx.json"
 
 # The uninstaller names each file, so that it removes nothing else.
 # shellcheck disable=SC2016  # a variable of the installer's
-(cd "$stage" && printf '%s\n' *.html *.json licenses/*) |
+(cd "$stage" && printf '%s\n' *.html *.json *.txt licenses/*) |
     sed -e 's,/,\\,' -e 's,.*,Delete "$INSTDIR\\&",' >"$work/uninstall-files.nsh"
 
 makensis -V2 -NOCD -INPUTCHARSET UTF8 \
@@ -87,4 +91,4 @@ makensis -V2 -NOCD -INPUTCHARSET UTF8 \
     -DVERSION="$version" \
     "$here/installer.nsi" >&2
 
-ls -l "$output/$name.zip" "$output/stalwick-$version-setup.exe"
+ls -l "$output/$name".* "$output/stalwick-$version-setup.exe"

@@ -82,6 +82,7 @@ for part in boost cli11 gcc-runtime highway kissfft mingw-w64-runtime nlohmann-j
 done
 check "the licences are those of what is linked" \
     test "$(du --apparent-size -sk "$programs/licenses" | cut -f1)" -lt 500
+check "the notices name what is linked" grep -q "^qt6-base " "$programs/THIRD-PARTY-NOTICES.txt"
 check "a start menu entry is there" test -s "$menu"
 check "Windows can list it" test -n "$(registry "$uninstall_key" DisplayVersion)"
 check ".ord belongs to it" test "$(registry "$ord_key" '')" = Veltrosyn.Stalwick.ord

@@ -46,6 +46,15 @@ WINDOWS_SYMBOLS = HEADERS_SYMBOLS | {
     "g++-mingw-w64-x86-64-posix": r" [TW] std::__throw_out_of_range\(",
     "qt6-base": r" T QObject::QObject\(",
 }
+# The same for what Qt contains and links as a library of its own.
+QT_SYMBOLS = {
+    "libQt6BundledFreetype.a": r" T FT_Init_FreeType\n",
+    "libQt6BundledHarfbuzz.a": r" T hb_buffer_create\n",
+    "libQt6BundledLibjpeg.a": r" T jpeg_read_header\n",
+    "libQt6BundledLibpng.a": r" T png_create_read_struct\n",
+    "libQt6BundledPcre2.a": r" T pcre2_match_16\n",
+    "libQt6BundledZLIB.a": r" T z_inflate\n",
+}
 SYMBOLS = WINDOWS_SYMBOLS if IS_WINDOWS else LINUX_SYMBOLS
 # What our sources include of packages whose code is in other functions, so that it has no symbols:
 # every program has the parts of this one that do.
@@ -169,6 +178,14 @@ class Sbom(unittest.TestCase):
             used = self.used_by(program) - INCLUDED.keys()
             expected = {name for name, symbol in SYMBOLS.items() if re.search(symbol, symbols)}
             self.assertEqual(used, expected, program)
+
+    @unittest.skipUnless(IS_WINDOWS, "the archive has no window")
+    def test_it_names_the_libraries_in_qt_whose_symbols_are_in_the_window(self) -> None:
+        symbols = output_of("nm", "--demangle", str(built("stalwick.exe")))
+        (comment,) = (relation["comment"] for relation in self.document["relationships"]
+                      if relation["relatedSpdxElement"] == "SPDXRef-Package-qt6-base")
+        expected = {name for name, symbol in QT_SYMBOLS.items() if re.search(symbol, symbols)}
+        self.assertEqual(set(re.findall(r"libQt6Bundled\w+\.a", comment)), expected)
 
     def test_a_package_without_symbols_is_in_it_if_our_sources_include_it(self) -> None:
         sources = [path for part in ("ord", "platform") for path in (ROOT / part).rglob("*.[ch]*")]

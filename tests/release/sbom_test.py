@@ -46,7 +46,7 @@ WINDOWS_SYMBOLS = HEADERS_SYMBOLS | {
     "g++-mingw-w64-x86-64-posix": r" [TW] std::__throw_out_of_range\(",
     "qt6-base": r" T QObject::QObject\(",
 }
-# The same for what Qt contains and links as a library of its own.
+# The same for the copies of libraries that Qt contains.
 QT_SYMBOLS = {
     "libQt6BundledFreetype.a": r" T FT_Init_FreeType\n",
     "libQt6BundledHarfbuzz.a": r" T hb_buffer_create\n",

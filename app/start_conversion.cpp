@@ -6,6 +6,7 @@
 #include <system_error>
 #include <thread>
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QLineEdit>
 
@@ -95,6 +96,8 @@ void StalwickDlg::ShowProgress() {
 }
 
 void StalwickDlg::RaiseProgress() {
+    // A message box in front of both would get the keyboard back, and so on without end.
+    if (QApplication::activeModalWidget() != nullptr) return;
     progressDlg_->raise();
     progressDlg_->activateWindow();
 }

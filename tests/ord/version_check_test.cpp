@@ -62,7 +62,8 @@ TEST(VersionCheck, DamageAndCutPacketsAreNoContradiction) {
 
 // Any few bytes after a type byte form one packet without samples.
 TEST(VersionCheck, OnePacketAloneIsNoContradiction) {
-    const std::string lone = "\4" + std::string(14, '\0');
+    std::string lone(15, '\0');
+    lone[0] = '\4';
     EXPECT_FALSE(Contradicts(lone, kVersion2));
 }
 

@@ -15,6 +15,10 @@ target_compile_options(stalwick_options INTERFACE -ffp-contract=off)
 target_compile_options(stalwick_options INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor
     -Wold-style-cast -Woverloaded-virtual)
+if(MINGW)
+    # Qt exports a symbol, and strip keeps the time of linking in the table of exports.
+    target_link_options(stalwick_options INTERFACE -Wl,--no-insert-timestamp)
+endif()
 if(STALWICK_WARNINGS_AS_ERRORS)
     target_compile_options(stalwick_options INTERFACE -Werror)
 endif()

@@ -125,7 +125,8 @@ windows-packages: windows-app
 package-windows: windows-packages
 	tests/release/sbom_test.py build/windows-packages/stalwick-*-windows-x64.spdx.json \
 	    build/windows-packages/stalwick-*-windows-x64.zip build/windows-app
-	packaging/windows/test-installer.sh build/windows-packages
+	cmake --build --preset $(PRESET) --target ord_synth
+	packaging/windows/test-installer.sh build/windows-packages $(BUILD)/tools/ord_synth/ord_synth
 
 # Makes them twice, elsewhere, and compares every byte.
 check-windows-packages:

@@ -1,13 +1,16 @@
 #!/bin/sh
 # SPDX-License-Identifier: BSD-3-Clause
 
-# Installs and removes the program silently under wine and checks the files each time.
+# Installs, uses and removes the program silently under wine and checks the files each time.
 #
-#   packaging/windows/test-installer.sh PACKAGES       (the directory that package.sh filled)
+#   packaging/windows/test-installer.sh PACKAGES ORD_SYNTH
+#
+# PACKAGES    the directory that package.sh filled
+# ORD_SYNTH   a program for Linux that makes the recording
 set -eu
 
-if [ $# -ne 1 ]; then
-    echo "usage: $0 PACKAGES" >&2
+if [ $# -ne 2 ]; then
+    echo "usage: $0 PACKAGES ORD_SYNTH" >&2
     exit 2
 fi
 packages=$(cd "$1" && pwd)
@@ -22,6 +25,8 @@ end() {
     rm -rf "$STALWICK_WINE_PREFIX" "$work"
 }
 trap end EXIT
+"$2" --quiet --channels 32 --seconds 2 --output "$work/recording.ord"
+cd "$work"
 
 failures=0
 check() {
@@ -38,6 +43,17 @@ check() {
 ends_with() { case $1 in *"$2") ;; *) return 1 ;; esac; }
 
 fails() { ! "$@"; }
+
+# The commands in this directory convert the recording, and what they made is what it contains.
+check_commands() {
+    for command in stalwick-convert stalwick-inspect; do
+        check "$command runs" "$wine" "$1/$command.exe" --version
+    done
+    rm -rf converted
+    check "it converts a recording" "$wine" "$1/stalwick-convert.exe" --quiet --all -o converted recording.ord
+    check "its outputs are the recording's" \
+        "$wine" "$1/stalwick-inspect.exe" verify --against recording.ord converted/recording
+}
 
 # The uninstaller continues in a copy of itself after the program that was started has ended.
 wait_until_gone() {
@@ -71,9 +87,9 @@ echo "Installing while .ord belongs to another program:"
 check "setup succeeds" "$wine" "$setup" /S
 check "the window is there" test -s "$programs/stalwick.exe"
 check "the user guide is there" test -s "$programs/user-guide.html"
+check_commands "$programs"
 for command in stalwick-convert stalwick-inspect; do
-    check "$command runs" "$wine" "$programs/$command.exe" --version
-    check "its manual page is there" grep -q 'id="EXIT_STATUS"' "$programs/$command.html"
+    check "the manual page of $command is there" grep -q 'id="EXIT_STATUS"' "$programs/$command.html"
 done
 check "every link of a page leads to a file or an anchor there" "$here/check_pages.py" "$programs"
 for part in boost cli11 gcc-runtime highway kissfft mingw-w64-runtime nlohmann-json qt stalwick LGPL-3 \
@@ -117,9 +133,9 @@ check ".ord is nobody's" fails key_exists "$ord_key"
 
 echo "Unpacking the zip:"
 (cd "$work" && cmake -E tar xf "$packages"/stalwick-*-windows-x64.zip)
+check_commands "$(echo "$work"/stalwick-*-windows-x64)"
 for command in stalwick-convert stalwick-inspect; do
-    check "$command runs" "$wine" "$work"/stalwick-*/"$command".exe --version
-    check "its manual page is there" test -s "$work"/stalwick-*/"$command".html
+    check "the manual page of $command is there" test -s "$work"/stalwick-*/"$command".html
 done
 check "every link of a page leads to a file or an anchor there" "$here/check_pages.py" "$work"/stalwick-*/
 

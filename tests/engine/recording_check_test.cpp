@@ -52,7 +52,7 @@ TEST_F(RecordingCheck, WholeRecordingIsNotRefused) {
 }
 
 TEST_F(RecordingCheck, MissingFileIsRefusedWithTheSystemsReason) {
-    const std::wstring path = directory_.Path(L"*.ord");
+    const std::wstring path = directory_.Path(L"missing.ord");
     const RecordingRefusal refusal = Check(path);
     ASSERT_TRUE(refusal);
     EXPECT_EQ(refusal.reason, L"not converted: " +

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/paths.h"
 #include "platform/text_encoding.h"
 #include "survey/verify_outputs.h"
 #include "tests/support/fixed_identity.h"
@@ -33,6 +34,10 @@ class OutputSetInMemory {
 
     VerifyReport Verify() { return Run({}); }
     VerifyReport Compare() { return Run(kRecording); }
+    /** The path of the output with that name. */
+    static std::wstring PathOf(const std::wstring& name) {
+        return std::wstring(kDirectory) + kPathSeparator + name;
+    }
     /** The recording of the outputs, as Compare() takes it. */
     std::string& Recording() { return disk_.files[kRecording]; }
 
@@ -47,7 +52,7 @@ class OutputSetInMemory {
         std::vector<std::wstring> paths;
         for (auto& [name, bytes] : outputs) {
             names.push_back(FromUtf8(name));
-            paths.push_back(std::wstring(kDirectory) + kSeparator + names.back());
+            paths.push_back(PathOf(names.back()));
             disk_.files[paths.back()].swap(bytes);
         }
         FileCalls* const before = SetFileCalls(&disk_);
@@ -62,11 +67,6 @@ class OutputSetInMemory {
     }
 
     static constexpr std::size_t kMostListed = 20;
-#ifdef _WIN32
-    static constexpr wchar_t kSeparator = L'\\';
-#else
-    static constexpr wchar_t kSeparator = L'/';
-#endif
     MemoryFileCalls disk_;
 };
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "tests/app/window_test.h"
 
+#include <QSignalSpy>
+
 using namespace stalwick;
 using namespace stalwick::test;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: BSD-3-Clause
-#include <QtTest>
+#include <QTest>
 
 #include "app/qt_text.h"
 

@@ -7,8 +7,8 @@
 #include <string>
 
 #include <QMessageBox>
+#include <QTest>
 #include <QTimer>
-#include <QtTest>
 
 #include "app/control_ids.h"
 #include "app/progress_dlg.h"

@@ -247,8 +247,8 @@ def scaling(title, recordings, options=()):
     remove(work / "out")
 
 
-def jobs():
-    files = [record(f"job{i}", "-c", 64, "-s", 10, "--seed", i + 1) for i in range(8)]
+def jobs(seconds):
+    files = [record(f"job{i}", "-c", 64, "-s", seconds, "--seed", i + 1) for i in range(8)]
     size = converted(files)
     result = interleave(
         {
@@ -259,11 +259,11 @@ def jobs():
         size,
         files,
     )
-    print("| 8 recordings of 10 s, 64 channels | wall | times as fast |\n|---|---|---|")
+    print(f"| 8 recordings of {seconds} s, 64 channels | wall | times as fast |\n|---|---|---|")
     alone = result["one job, one thread"][0]
     for name, (wall, _, _) in result.items():
         print(f"| {name} | {wall * 1e3:.0f} ms | {alone / wall:.2f} |", flush=True)
-    ratios["8 recordings: wall of a job for each core, of one thread's"] = (
+    ratios[f"8 recordings of {seconds} s: wall of a job for each core, of one thread's"] = (
         result["a job for each core"][0] / alone)
     for path in files:
         path.unlink()
@@ -311,8 +311,9 @@ def main():
         print()
         scaling("one second", {"256 channels": (record("short", "-c", 256, "-s", 1), 256 * 30000)})
     if "jobs" in CASES:
-        print()
-        jobs()
+        for seconds in (10, LONG):
+            print()
+            jobs(seconds)
     (build / "bench/ratios.json").write_text(json.dumps(ratios, indent=2) + "\n")
 
 

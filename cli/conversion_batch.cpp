@@ -25,14 +25,11 @@ ConversionBatch::ConversionBatch(const CommandLine& commandLine,
     : commandLine_(commandLine),
       recordings_(std::move(recordings)),
       outcomes_(recordings_.size()),
+      parallel_(std::make_shared<ParallelConversions>(JobsAtOnce())),
       end_(outcomes_.size()) {
-    // So many jobs alone keep the cores busy; helper threads would only be in their way.
-    const std::uint32_t jobs = JobsAtOnce();
-    if (jobs > 1 && jobs * 2 > UsableProcessors()) {
-        commandLine_.outputSettings.helperThreads = HelperThreads::kOff;
-    }
     for (std::size_t i = 0; i < recordings_.size(); ++i) {
-        processors_.push_back(std::make_unique<DataProcessor>(commandLine_.outputSettings, jobs));
+        processors_.push_back(
+            std::make_unique<DataProcessor>(commandLine_.outputSettings, parallel_));
         processors_.back()->FollowTime(!commandLine_.reportPath.empty());
         outcomes_[i].file = QueryRecordingFile(recordings_[i].path);
         bytesTotal_ += outcomes_[i].file.bytes;
@@ -54,9 +51,8 @@ std::uint32_t ConversionBatch::JobsAtOnce() const {
 }
 
 void ConversionBatch::Run(const OnEnded& onEnded) {
-    const std::uint32_t jobs = JobsAtOnce();
     std::vector<std::future<void>> others;
-    for (std::uint32_t i = 1; i < jobs; ++i) {
+    for (std::uint32_t i = 1; i < parallel_->MostAtOnce(); ++i) {
         // If no further thread is available, this one does its share at the end.
         others.push_back(
             std::async(std::launch::async | std::launch::deferred, [&] { ConvertFiles(onEnded); }));
@@ -78,6 +74,7 @@ void ConversionBatch::ConvertFiles(const OnEnded& onEnded) {
         const std::lock_guard<std::mutex> lock(mutex_);
         end_ = std::min(end_, *index);
     }
+    parallel_->ReleaseCore();
 }
 
 // The next file; none if all are begun, or an earlier one has failed.

@@ -63,8 +63,9 @@ class ConversionBatch {
 
     CommandLine commandLine_;
     std::vector<PlannedRecording> recordings_;
-    std::vector<std::unique_ptr<DataProcessor>> processors_;  // one for each file
     std::vector<RecordingOutcome> outcomes_;
+    std::shared_ptr<ParallelConversions> parallel_;
+    std::vector<std::unique_ptr<DataProcessor>> processors_;  // one for each file
     std::uint64_t bytesTotal_ = 0;
 
     std::mutex mutex_;      // of the fields below

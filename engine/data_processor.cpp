@@ -14,12 +14,8 @@ std::int32_t DataProcessor::ProcessFile(const std::vector<std::wstring>& files,
     bytesProcessed.store(0, std::memory_order_relaxed);
     bytesTotal.store(0, std::memory_order_relaxed);
     for (const std::wstring& path : files) {
-        const FileConversionRequest request{path,
-                                            outputDirectory,
-                                            channelOptions,
-                                            writeEvents == 1,
-                                            writeRawData == 1,
-                                            conversionsAtOnce_};
+        const FileConversionRequest request{
+            path, outputDirectory, channelOptions, writeEvents == 1, writeRawData == 1, *parallel_};
         // Remains until a better one replaces it: what a conversion throws passes through.
         lastAccount_ = {};
         lastAccount_.failed = true;

@@ -3,11 +3,13 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "engine/conversion_account.h"
+#include "engine/parallel_conversions.h"
 #include "writers/csc_file_writer_container.h"
 #include "writers/output_settings.h"
 
@@ -19,9 +21,11 @@ namespace stalwick {
 // thread, or by another one while nothing is being converted.
 class DataProcessor {
   public:
-    // `conversionsAtOnce`: by this process; their files are open at the same time.
-    explicit DataProcessor(const OutputSettings& settings = {}, std::uint32_t conversionsAtOnce = 1)
-        : settings_(settings), conversionsAtOnce_(conversionsAtOnce) {}
+    // `parallel`: this processor's conversions and those that run at the same time.
+    explicit DataProcessor(
+        const OutputSettings& settings = {},
+        std::shared_ptr<ParallelConversions> parallel = std::make_shared<ParallelConversions>(1))
+        : settings_(settings), parallel_(std::move(parallel)) {}
 
     // Converts each file into its own directory in `outputDirectory`. `writeEvents` and
     // `writeRawData` are compared with 1. Returns 0 if all were converted or the job was canceled,
@@ -62,7 +66,7 @@ class DataProcessor {
 
   private:
     OutputSettings settings_;
-    std::uint32_t conversionsAtOnce_;
+    std::shared_ptr<ParallelConversions> parallel_;
     bool followsTime_ = false;
     std::wstring errorMessage_;
     std::vector<ConversionDetail> details_;

@@ -4,11 +4,9 @@
 #include <algorithm>
 #include <memory>
 #include <span>
-#include <system_error>
 
 #include "engine/output_directory.h"
 #include "engine/recording_check.h"
-#include "engine/span_reader.h"
 #include "engine/ttl_events.h"
 #include "platform/paths.h"
 #include "platform/system_error.h"
@@ -32,15 +30,6 @@ std::span<std::int16_t> AsSigned(std::vector<std::uint16_t>& samples) {
     return {reinterpret_cast<std::int16_t*>(samples.data()), samples.size()};
 }
 
-std::unique_ptr<WriteQueue> MakeQueue(const OutputSettings& settings) {
-    if (!UsesHelperThreads(settings)) return nullptr;
-    try {
-        return std::make_unique<WriteQueue>();
-    } catch (const std::system_error&) {
-        return nullptr;  // no thread is available: the converting one writes
-    }
-}
-
 template <typename Values, typename Target>
 void CopyAsSigned(const Values& values, Target& target) {
     std::transform(values.begin(), values.end(), target.begin(),
@@ -54,14 +43,18 @@ FileConversion::FileConversion(DataProcessor& processor, const FileConversionReq
     : processor_(processor),
       request_(request),
       directory_(OutputDirectoryOf(request.inputPath, request.outputDirectory)),
-      readsAhead_(UsesHelperThreads(settings)),
-      queue_(MakeQueue(settings)),
-      channelFiles_(settings, queue_.get()),
+      helperThreads_(settings.helperThreads),
+      channelFiles_(settings, &queue_),
       eventFile_(settings),  // few and small blocks, whose failures end the conversion at once
-      rawDataFile_(settings, queue_.get()),
+      rawDataFile_(settings, &queue_),
       source_(MakePacketSource(settings.onDamage)) {
     account_.recording = request.inputPath;
     account_.outputDirectory = directory_;
+}
+
+FileConversion::~FileConversion() {
+    queue_.StopThread();  // it uses the core, and the files after an exception
+    if (tookCore_) request_.parallel.ReleaseCore();
 }
 
 std::int32_t FileConversion::Run() {
@@ -121,12 +114,13 @@ std::int32_t FileConversion::OpenInput() {
 }
 
 std::int32_t FileConversion::ConvertSpans() {
-    SpanReader spans(*source_, readsAhead_);
+    SpanReader spans(*source_);
     for (bool endOfFile = false; !endOfFile;) {
         if (processor_.cancelRequested.load(std::memory_order_relaxed) != 0) {
             account_.canceled = true;
             return 0;
         }
+        StartHelpers(spans);
         DecodedSpan& span = spans.Next();
         endOfFile = span.endOfFile;
         if (span.status != 0) {
@@ -142,6 +136,18 @@ std::int32_t FileConversion::ConvertSpans() {
     }
     ReportUnreadInput();
     return 0;
+}
+
+// Before the first span, or before the next one once another conversion has released a core.
+void FileConversion::StartHelpers(SpanReader& spans) {
+    if (hasHelpers_ || helperThreads_ == HelperThreads::kOff) return;
+    if (helperThreads_ == HelperThreads::kWhenThereAreCores) {
+        tookCore_ = request_.parallel.TryTakeCore();
+        if (!tookCore_) return;
+    }
+    hasHelpers_ = true;
+    queue_.StartThread();
+    spans.ReadAhead();
 }
 
 // What fails here is reported with the outputs, by TakeAccount.

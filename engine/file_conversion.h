@@ -13,7 +13,9 @@
 #include "engine/packet_census.h"
 #include "engine/packet_clock.h"
 #include "engine/packet_source.h"
+#include "engine/parallel_conversions.h"
 #include "engine/skipped_stretches.h"
+#include "engine/span_reader.h"
 #include "survey/time_line.h"
 #include "writers/csc_file_writer_container.h"
 #include "writers/event_file_writer_container.h"
@@ -28,7 +30,7 @@ struct FileConversionRequest {
     ChannelOptions channelOptions{};
     bool writeEvents = false;
     bool writeRawData = false;
-    std::uint32_t conversionsAtOnce = 1;  // by this process: their files are open at the same time
+    ParallelConversions& parallel;  // this one included
 };
 
 // The conversion of one recording: its reader, its writers, and the path of its packets. Lives
@@ -38,6 +40,9 @@ class FileConversion {
   public:
     FileConversion(DataProcessor& processor, const FileConversionRequest& request,
                    const OutputSettings& settings);
+    ~FileConversion();
+    FileConversion(const FileConversion&) = delete;
+    FileConversion& operator=(const FileConversion&) = delete;
 
     // Returns 0 if the file was converted or the job was canceled, otherwise -1. The processor's
     // error text is set only for failures that have one.
@@ -69,6 +74,7 @@ class FileConversion {
     bool IsOn(ChannelGroup group) const { return switches_[static_cast<std::size_t>(group)] != 0; }
 
     std::int32_t ConvertSpans();
+    void StartHelpers(SpanReader& spans);
     void ReportOpenFileLimit(std::uint64_t needed, std::uint64_t limit);
     void ReportWhereItStopped(bool inLastBlock);
     void ReportUnreadInput();
@@ -98,8 +104,10 @@ class FileConversion {
     std::wstring directory_;  // of this file's outputs
     bool madeDirectory_ = false;
     ChannelOptions switches_{};
-    bool readsAhead_;
-    std::unique_ptr<WriteQueue> queue_;  // null: this thread writes
+    HelperThreads helperThreads_;
+    bool hasHelpers_ = false;
+    bool tookCore_ = false;
+    WriteQueue queue_;
     CSCFileWriterContainer channelFiles_;
     EventFileWriterContainer eventFile_;
     RDFFileWriterContainer rawDataFile_;

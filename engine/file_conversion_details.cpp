@@ -34,7 +34,7 @@ ConversionDetail& FileConversion::AddInputDetail(Kind kind, const std::wstring& 
 
 void FileConversion::ReportOpenFileLimit(std::uint64_t needed, std::uint64_t limit) {
     const wchar_t* const besideOthers =
-        request_.conversionsAtOnce > 1 ? L" as those of the other recordings" : L"";
+        request_.parallel.MostAtOnce() > 1 ? L" as those of the other recordings" : L"";
     ConversionDetail& detail = AddInputDetail(
         Kind::kIncomplete, L"not converted: its " + std::to_wstring(CountOutputFiles()) +
                                L" outputs are open at the same time" + besideOthers +

@@ -39,7 +39,7 @@ std::uint64_t FileConversion::CountOutputFiles() const {
 std::int32_t FileConversion::OpenOutputs() {
     SelectChannelGroups();
     const std::uint64_t needed =
-        (CountOutputFiles() + 1) * request_.conversionsAtOnce + kReservedDescriptors;
+        (CountOutputFiles() + 1) * request_.parallel.MostAtOnce() + kReservedDescriptors;
     const std::uint64_t limit = RaiseOpenFileLimit(needed);
     if (OpenChannelFiles() == 0 && (!request_.writeEvents || OpenEventFile() == 0) &&
         (!request_.writeRawData || OpenRawDataFile() == 0)) {

@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: BSD-3-Clause
 #include "engine/span_reader.h"
 
-#include <system_error>
+#include <exception>
 
 namespace stalwick {
 
-SpanReader::SpanReader(PacketSource& source, bool readsAhead) : source_(source) {
-    if (!readsAhead) return;
+void SpanReader::ReadAhead() {
     try {
         thread_ = std::thread([this] { Work(); });
-    } catch (const std::system_error&) {
-        // No thread is available: Next() reads.
+    } catch (const std::exception&) {
+        // No thread, or no memory for it, is available: Next() reads.
     }
 }
 

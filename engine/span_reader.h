@@ -12,16 +12,19 @@
 
 namespace stalwick {
 
-// Returns the spans of an open recording in order. With a second thread they are read and decoded a
-// few spans ahead, while the caller works on the current one.
+// Returns the spans of an open recording in order: each is read on request, or, from ReadAhead on,
+// a second thread reads and decodes a few spans ahead while the caller works on the current one.
 class SpanReader {
   public:
-    // If no thread is available, spans are read on request.
-    SpanReader(PacketSource& source, bool readsAhead);
+    explicit SpanReader(PacketSource& source) : source_(source) {}
     // Waits for the span that is being read.
     ~SpanReader();
     SpanReader(const SpanReader&) = delete;
     SpanReader& operator=(const SpanReader&) = delete;
+
+    // Starts the second thread; the caller's span is no longer valid. Call it at most once, and not
+    // after the last span. If no thread is available, spans are still read on request.
+    void ReadAhead();
 
     // The next span; it belongs to the caller until the next call. Throws any exception from
     // reading it. There is none after a span that IsLast(); only then may the caller use the source

@@ -9,7 +9,8 @@ namespace stalwick {
 // only full blocks of this size in each file, and events are written in such blocks.
 inline constexpr std::uint32_t kRecordsPerBlock = 5000;
 
-// Whether helper threads read ahead of the converting thread and write after it.
+// Whether helper threads read ahead of the converting thread and write after it. The cores meant
+// are those that no other conversion of this process uses.
 enum class HelperThreads { kWhenThereAreCores, kOff, kOn };
 
 // What a conversion does at damage in a recording: end there, as the format prescribes, or continue
@@ -30,8 +31,5 @@ struct OutputSettings {
 [[nodiscard]] inline bool KeepsPartialBlocks(const OutputSettings& settings) {
     return settings.keepPartialBlocks || settings.onDamage == OnDamage::kSkip;
 }
-
-// Whether these settings mean helper threads on this machine.
-[[nodiscard]] bool UsesHelperThreads(const OutputSettings& settings);
 
 }  // namespace stalwick

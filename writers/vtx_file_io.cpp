@@ -4,8 +4,10 @@
 #include "platform/text_encoding.h"
 
 #include <algorithm>
+#include <chrono>
 #include <future>
 #include <iterator>
+#include <span>
 
 using VtxDataTypes::kFailure;
 using VtxDataTypes::kSuccess;
@@ -16,9 +18,33 @@ namespace Veltrosyn {
 namespace {
 
 constexpr std::size_t kSyncThreads = 16;
+// Threads are started after this time, because starting all takes longer: data that are only in
+// memory, or on the disk already, are synced by then.
+constexpr std::chrono::microseconds kSyncWithoutThreads{300};
+
+using Files = std::span<const std::unique_ptr<stalwick::DataFile>>;
 
 VtxRetVal ToResult(bool succeeded) {
     return succeeded ? kSuccess : kFailure;
+}
+
+// Each thread syncs every n-th file, so no two threads use the same file.
+bool SyncAtOnce(Files files) {
+    const auto syncFrom = [files](std::size_t first) {
+        bool synced = true;
+        for (std::size_t i = first; i < files.size(); i += kSyncThreads) {
+            synced = files[i]->Sync() && synced;
+        }
+        return synced;
+    };
+    std::vector<std::future<bool>> others;
+    for (std::size_t i = 1; i < std::min(kSyncThreads, files.size()); ++i) {
+        // If no thread can be started, this one does the work below.
+        others.push_back(std::async(std::launch::async | std::launch::deferred, syncFrom, i));
+    }
+    bool succeeded = syncFrom(0);
+    for (std::future<bool>& other : others) succeeded = other.get() && succeeded;
+    return succeeded;
 }
 
 }  // namespace
@@ -82,22 +108,15 @@ VtxRetVal VtxFileIO::CompleteWrites() {
 VtxRetVal VtxFileIO::SyncFiles() {
     if (!settings_.syncBeforeFinalHeader) return kSuccess;
     CompleteWrites();  // the queue is for one caller, not for all the threads below
-    // Each thread syncs every n-th file, so no two threads use the same file.
-    const auto syncFrom = [this](std::size_t first) {
-        bool synced = true;
-        for (std::size_t i = first; i < files_.size(); i += kSyncThreads) {
-            synced = files_[i]->Sync() && synced;
-        }
-        return synced;
-    };
-    std::vector<std::future<bool>> others;
-    for (std::size_t i = 1; i < std::min(kSyncThreads, files_.size()); ++i) {
-        // If no thread can be started, this one does the work below.
-        others.push_back(std::async(std::launch::async | std::launch::deferred, syncFrom, i));
+    const auto start = std::chrono::steady_clock::now();
+    std::size_t done = 0;
+    bool succeeded = true;
+    while (done < files_.size() && std::chrono::steady_clock::now() - start < kSyncWithoutThreads) {
+        succeeded = files_[done++]->Sync() && succeeded;
     }
-    bool succeeded = syncFrom(0);
-    for (std::future<bool>& other : others) succeeded = other.get() && succeeded;
-    return ToResult(succeeded);
+    return ToResult(
+        SyncAtOnce({files_.begin() + static_cast<std::ptrdiff_t>(done), files_.end()}) &&
+        succeeded);
 }
 
 VtxRetVal VtxFileIO::CloseAllOutputFiles() {

@@ -53,7 +53,7 @@ class VtxFileIO {
     VtxDataTypes::VtxRetVal CompleteWrites();
 
     // Waits until all files' data are on the disk, unless the settings specify otherwise. Many
-    // files are synced at a time: one after another, each would wait for the disk.
+    // files are synced at a time once a sync has to wait: one after another, each would.
     [[nodiscard]] VtxDataTypes::VtxRetVal SyncFiles();
 
     // All files of this object, including closed ones, in the order of opening; one that could not

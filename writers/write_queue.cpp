@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <exception>
 
 namespace stalwick {
 
@@ -18,10 +19,18 @@ constexpr std::chrono::milliseconds kLongestRest{50};
 
 WriteQueue::WriteQueue() {
     running_.reserve(kThreads);
-    thread_ = std::thread([this] { Work(); });
 }
 
-WriteQueue::~WriteQueue() {
+void WriteQueue::StartThread() {
+    try {
+        thread_ = std::thread([this] { Work(); });
+    } catch (const std::exception&) {
+        // No thread, or no memory for it, is available: Submit appends.
+    }
+}
+
+void WriteQueue::StopThread() {
+    if (!thread_.joinable()) return;
     {
         const Lock lock(mutex_);
         stopping_ = true;
@@ -85,6 +94,11 @@ void WriteQueue::HelpUntil(Lock& lock, Condition condition) {
 }
 
 void WriteQueue::Submit(WriteTarget& target, std::byte* block, std::size_t size, FreeBlocks& home) {
+    if (!thread_.joinable()) {
+        target.PerformAppend(block, size);
+        home.push_back(block);
+        return;
+    }
     const Lock lock(mutex_);
     queued_.push_back({&target, block, size, &home});
     if (resting_ && queued_.size() >= kBlocksWorthWaking) changed_.notify_all();

@@ -17,23 +17,28 @@ class WriteTarget {
     virtual void PerformAppend(const void* data, std::size_t size) noexcept = 0;
 };
 
-// Appends blocks to files on a separate thread after the caller has handed them over. The blocks of
-// one file are appended in the order of arrival, and no two threads write to one file at the same
-// time. All operations are for one caller's thread, which does queued work itself while it waits;
-// so both threads write the last blocks of many files.
+// Appends blocks to files: at once, or, from StartThread on, on a separate thread after the caller
+// has handed them over. The blocks of one file are appended in the order of arrival, and no two
+// threads write to one file at the same time. All operations are for one caller's thread, which
+// does queued work itself while it waits; so both threads write the last blocks of many files.
 class WriteQueue {
   public:
     using FreeBlocks = std::vector<std::byte*>;
 
     WriteQueue();
-    // Does everything that is still queued.
-    ~WriteQueue();
+    ~WriteQueue() { StopThread(); }
     WriteQueue(const WriteQueue&) = delete;
     WriteQueue& operator=(const WriteQueue&) = delete;
 
+    // Call it at most once. If no thread is available, blocks are still appended at once.
+    void StartThread();
+    // Returns after everything that is still queued is done; blocks are appended at once again.
+    void StopThread();
+
     // Reserves room for that many more blocks: handing them over then needs no memory.
     void Reserve(std::size_t blockCount);
-    // Appends the block's first `size` bytes, after which the block is free again. Does not wait.
+    // Appends the block's first `size` bytes, after which the block is free again. Does not wait
+    // for the thread.
     void Submit(WriteTarget& target, std::byte* block, std::size_t size, FreeBlocks& home);
     // Takes a free block; waits until there is one.
     std::byte* Take(FreeBlocks& home);

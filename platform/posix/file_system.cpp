@@ -18,9 +18,9 @@ namespace stalwick {
 PathKind QueryPath(const std::wstring& path) {
     const std::string narrow = ToUtf8(path);
     struct stat status {};
-    if (::stat(narrow.c_str(), &status) != 0 && ::lstat(narrow.c_str(), &status) != 0) {
-        return PathKind::kMissing;
-    }
+    if (::lstat(narrow.c_str(), &status) != 0) return PathKind::kMissing;
+    struct stat target {};
+    if (S_ISLNK(status.st_mode) && ::stat(narrow.c_str(), &target) == 0) status = target;
     return S_ISDIR(status.st_mode) ? PathKind::kDirectory : PathKind::kFile;
 }
 

@@ -2,11 +2,15 @@
 #include "cli/conversion_batch.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <new>
+#include <semaphore>
+#include <set>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -15,6 +19,7 @@
 #include "cli/recap.h"
 #include "cli/recording_line.h"
 #include "platform/paths.h"
+#include "platform/processor_count.h"
 #include "tests/cli/small_recording.h"
 #include "tests/support/engine_run.h"
 #include "tests/support/fixed_identity.h"
@@ -140,6 +145,66 @@ class AtRead final : public ForwardingFileCalls {
     std::atomic<int> left_;
     std::function<void()> happens_;
 };
+
+// The second read of a recording lasts until the others have ended; from then on, a read is slow as
+// long as one thread does them all.
+class LongReads final : public ForwardingFileCalls {
+  public:
+    explicit LongReads(std::wstring path) : path_(std::move(path)) {}
+
+    SystemErrorCode OpenForReading(const std::wstring& path, FileHandle& handle) override {
+        const SystemErrorCode code = ForwardingFileCalls::OpenForReading(path, handle);
+        if (path == path_) slow_ = handle;
+        return code;
+    }
+    SystemErrorCode Read(FileHandle handle, void* data, std::size_t size,
+                         std::size_t& transferred) override {
+        if (handle == slow_) {
+            if (++reads_ == 2) othersEnded_ = others_.try_acquire_for(std::chrono::seconds(60));
+            threads_.insert(std::this_thread::get_id());
+            if (reads_ > 2 && threads_.size() == 1) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            }
+        }
+        return ForwardingFileCalls::Read(handle, data, size, transferred);
+    }
+
+    void EndOthers() { others_.release(); }
+    bool OthersEnded() const { return othersEnded_; }
+    std::size_t Threads() const { return threads_.size(); }
+
+  private:
+    std::wstring path_;
+    std::atomic<FileHandle> slow_{kNoFile};
+    std::binary_semaphore others_{0};
+    int reads_ = 0;
+    bool othersEnded_ = false;
+    std::set<std::thread::id> threads_;  // that read it
+};
+
+TEST(ConversionBatch, LastRecordingGetsTheCoreOfAJobThatFindsNone) {
+    if (UsableProcessors() < 2) GTEST_SKIP() << "there is no other core";
+    const TempDirectory directory;
+    RandomRecordingShape shape;
+    shape.packetCount = 3000;
+    // As many as there are cores, so that at first none is left.
+    std::vector<std::wstring> files = {PutFile(
+        directory, 0, L"long.ord", BuildOrdFile(Version2Header(32), MakeRandomPackets(3, shape)))};
+    std::atomic<unsigned> others = UsableProcessors() - 1;
+    for (unsigned i = 0; i < others; ++i) {
+        const std::wstring name = L"short" + std::to_wstring(i) + L".ord";
+        files.push_back(PutFile(directory, 0, name, SmallRecording(i)));
+    }
+    const CommandLine line = LineFor(directory, files, UsableProcessors());
+    ConversionBatch batch(line, PlanRecordings(line));
+    LongReads calls(files.front());
+    batch.Run([&](std::size_t index) {
+        if (index != 0 && --others == 0) calls.EndOthers();
+    });
+    EXPECT_EQ(batch.Status(), L"Processing complete");
+    EXPECT_TRUE(calls.OthersEnded());
+    EXPECT_EQ(calls.Threads(), 2U);
+}
 
 // A recording of one channel that is already converted, and a command line that skips it.
 class ConvertedAlready : public testing::Test {

@@ -113,8 +113,8 @@ TEST(OutputFailure, TooManyOpenFilesOfAllJobsTellHowManyAreNeeded) {
     FaultyFileCalls calls;
     calls.createError = SystemErrorFor(SystemErrorKind::kTooManyOpenFiles);
     constexpr std::uint32_t kBeyondAnyLimit = 2'000'000'000;
-    const EngineRun run =
-        RunEngine(directory, FullRecording(), AllOutputs(), QuickSettings(), kBeyondAnyLimit);
+    const EngineRun run = RunEngine(directory, FullRecording(), AllOutputs(), QuickSettings(),
+                                    std::make_shared<ParallelConversions>(kBeyondAnyLimit));
     EXPECT_EQ(run.statusText, L"Processing failed");
     // 32 + 9 + 9 + 1 channel files, events, raw data and the recording; and 64 for everything else.
     EXPECT_TRUE(

@@ -34,7 +34,10 @@ std::string Recording() {
     return BuildOrdFile(Version2Header(32), MakeRandomPackets(7, shape));
 }
 
-class SpanReaderTest : public testing::TestWithParam<bool> {
+constexpr int kNever = -1;
+
+// With the number of spans before reading ahead starts.
+class SpanReaderTest : public testing::TestWithParam<int> {
   protected:
     SpanReaderTest() {
         path_ = directory_.Path(L"rec.ord");
@@ -42,23 +45,27 @@ class SpanReaderTest : public testing::TestWithParam<bool> {
         EXPECT_EQ(reader_.Open(path_), 0);
     }
 
-    bool readsAhead() const { return GetParam(); }
+    DecodedSpan& Next(SpanReader& spans) {
+        if (given_++ == GetParam()) spans.ReadAhead();
+        return spans.Next();
+    }
 
     TempDirectory directory_;
     std::string recording_ = Recording();
     std::wstring path_;
     SpanSource reader_;
+    int given_ = 0;
 };
 
 TEST_P(SpanReaderTest, ReturnsTheSpansOfTheReaderInOrder) {
     ORDFileReader other;
     ASSERT_EQ(other.Open(path_), 0);
-    SpanReader spans(reader_, readsAhead());
+    SpanReader spans(reader_);
     std::vector<ORDDataPacket> expected;
     std::size_t count = 0;
     for (bool endOfFile = false; !endOfFile; ++count) {
         ASSERT_EQ(other.GetData(expected, endOfFile), 0);
-        const DecodedSpan& span = spans.Next();
+        const DecodedSpan& span = Next(spans);
         ASSERT_EQ(span.status, 0);
         ASSERT_EQ(span.endOfFile, endOfFile);
         ASSERT_EQ(span.bytesRead, other.BytesRead());
@@ -73,9 +80,9 @@ TEST_P(SpanReaderTest, FailingReadIsTheSpanAfterTheWholeOnes) {
     FaultyFileCalls disk;
     disk.readError = EIO;
     disk.readsUntilError = 12;
-    SpanReader spans(reader_, readsAhead());
-    for (int i = 0; i < 12; ++i) ASSERT_EQ(spans.Next().status, 0) << "span " << i;
-    EXPECT_EQ(spans.Next().status, -1);
+    SpanReader spans(reader_);
+    for (int i = 0; i < 12; ++i) ASSERT_EQ(Next(spans).status, 0) << "span " << i;
+    EXPECT_EQ(Next(spans).status, -1);
     EXPECT_EQ(reader_.SystemError(), EIO);
     EXPECT_EQ(reader_.GetErrorMessage(), L"Failed to process input file");
 }
@@ -85,9 +92,9 @@ TEST_P(SpanReaderTest, WhatReadingThrowsIsThrownWhereTheSpanIsTaken) {
     disk.beforeRead = [](unsigned readCount) {
         if (readCount == 11) throw std::bad_alloc();
     };
-    SpanReader spans(reader_, readsAhead());
-    for (int i = 0; i < 11; ++i) ASSERT_EQ(spans.Next().status, 0) << "span " << i;
-    EXPECT_THROW(spans.Next(), std::bad_alloc);
+    SpanReader spans(reader_);
+    for (int i = 0; i < 11; ++i) ASSERT_EQ(Next(spans).status, 0) << "span " << i;
+    EXPECT_THROW(Next(spans), std::bad_alloc);
 }
 
 TEST_P(SpanReaderTest, MayEndBeforeTheLastSpan) {
@@ -96,8 +103,9 @@ TEST_P(SpanReaderTest, MayEndBeforeTheLastSpan) {
         ASSERT_EQ(reader.Open(path_), 0);
         std::uint64_t bytesTaken = 0;
         {
-            SpanReader spans(reader, readsAhead());
-            for (int i = 0; i < taken; ++i) bytesTaken = spans.Next().bytesRead;
+            SpanReader spans(reader);
+            given_ = 0;
+            for (int i = 0; i < taken; ++i) bytesTaken = Next(spans).bytesRead;
         }
         EXPECT_GE(reader.BytesRead(), bytesTaken);
         reader.Close();
@@ -117,7 +125,8 @@ TEST(SpanReader, StaysWithinEightSpansOfTheCaller) {
         furthest = std::max(furthest, readCount + 1 - taken.load());
     };
     {
-        SpanReader spans(reader, true);
+        SpanReader spans(reader);
+        spans.ReadAhead();
         while (!spans.Next().IsLast()) ++taken;
     }
     EXPECT_LE(furthest, 9U);  // the caller's own one among them
@@ -138,16 +147,20 @@ TEST(SpanReader, SpanIsGivenBeforeTheNextOneIsRead) {
         if (++reads == 2) wasTaken = isTaken.try_acquire_for(std::chrono::seconds(20));
     };
     {
-        SpanReader spans(reader, true);
+        SpanReader spans(reader);
+        spans.ReadAhead();
         spans.Next();
         isTaken.release();
     }
     EXPECT_TRUE(wasTaken || reads < 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, SpanReaderTest, testing::Bool(), [](const auto& test) {
-    return std::string(test.param ? "ReadingAhead" : "WhenAskedFor");
-});
+std::string NameOfStart(const testing::TestParamInfo<int>& start) {
+    if (start.param == kNever) return "WhenAskedFor";
+    return "ReadingAheadAfter" + std::to_string(start.param);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, SpanReaderTest, testing::Values(kNever, 0, 1, 5), NameOfStart);
 
 }  // namespace
 }  // namespace stalwick::test

@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/processor_count.h"
 #include "platform/system_error.h"
 #include "tests/support/engine_run.h"
 #include "tests/support/forwarding_file_calls.h"
@@ -45,12 +44,6 @@ TEST(WriterThread, WritesTheSameBytes) {
                 << recordsPerWrite << " records a write";
         }
     }
-}
-
-TEST(WriterThread, ExistsIfTheSettingsOrTheCoresAllowIt) {
-    EXPECT_TRUE(UsesHelperThreads(Settings(HelperThreads::kOn, 5000)));
-    EXPECT_FALSE(UsesHelperThreads(Settings(HelperThreads::kOff, 5000)));
-    EXPECT_EQ(UsesHelperThreads(OutputSettings()), UsableProcessors() > 1);
 }
 
 // The system's calls, but the disk is full for one file from some offset on.

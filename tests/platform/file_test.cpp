@@ -232,6 +232,22 @@ TEST(FileSystem, PathsAreMissingFilesOrDirectories) {
     EXPECT_EQ(QueryPath(L""), PathKind::kMissing);
 }
 
+TEST(FileSystem, LinkToADirectoryIsOneAndAnyOtherLinkIsAFile) {
+    if (kPathSeparator != L'/') GTEST_SKIP() << "makes POSIX links";
+    const TempDirectory directory;
+    MakeDirectory(directory.Path(L"d"));
+    WriteFile(directory.Path(L"f"), "");
+    const auto link = [&](const char* target, const wchar_t* name) {
+        std::filesystem::create_symlink(target, ToUtf8(directory.Path(name)));
+        return QueryPath(directory.Path(name));
+    };
+    EXPECT_EQ(link("d", L"to directory"), PathKind::kDirectory);
+    EXPECT_EQ(link("to directory", L"twice"), PathKind::kDirectory);
+    EXPECT_EQ(link("f", L"to file"), PathKind::kFile);
+    EXPECT_EQ(link("none", L"dangling"), PathKind::kFile);
+    EXPECT_EQ(link("itself", L"itself"), PathKind::kFile);
+}
+
 TEST(FileSystem, SizeOfAPathIsThatOfItsFileAndElseZero) {
     const TempDirectory directory;
     WriteFile(directory.Path(L"file"), Text(70'001));

@@ -42,10 +42,10 @@ ConversionJob MakeJob(const TempDirectory& directory, const std::vector<std::wst
 
 EngineRun RunEngine(const TempDirectory& directory, const std::string& recording,
                     const ReferenceConvertOptions& options, const OutputSettings& settings,
-                    std::uint32_t conversionsAtOnce) {
+                    std::shared_ptr<ParallelConversions> parallel) {
     const FixedIdentity identity;
     const std::wstring input = PutRecording(directory, recording);
-    DataProcessor processor(settings, conversionsAtOnce);
+    DataProcessor processor(settings, std::move(parallel));
     EngineRun run;
     RunConversionJob(MakeJob(directory, {input}, options, processor, run.statusText));
     run.errorText = processor.GetErrorMessage();

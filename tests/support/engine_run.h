@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -35,10 +36,10 @@ ConversionJob MakeJob(const TempDirectory& directory, const std::vector<std::wst
                       std::wstring& statusText);
 
 /** Converts one recording with the engine, with FixedIdentity in place. */
-EngineRun RunEngine(const TempDirectory& directory, const std::string& recording,
-                    const ReferenceConvertOptions& options,
-                    const OutputSettings& settings = QuickSettings(),
-                    std::uint32_t conversionsAtOnce = 1);
+EngineRun RunEngine(
+    const TempDirectory& directory, const std::string& recording,
+    const ReferenceConvertOptions& options, const OutputSettings& settings = QuickSettings(),
+    std::shared_ptr<ParallelConversions> parallel = std::make_shared<ParallelConversions>(1));
 
 /** What the reference needs to convert `rec.ord` as the engine does under FixedIdentity. */
 ReferenceConvertInput ReferenceInput(const std::string& recording,

@@ -52,6 +52,7 @@ TEST(BlockPool, EveryFileGetsItsDataInOrderAndFromOneThreadAtATime) {
     std::mt19937 random(1);
     {
         WriteQueue queue;
+        queue.StartThread();
         BlockPool pool(&queue);
         pool.Reserve(kTargets, std::size_t{1} << 20U);  // few blocks, so it waits for them
         for (int value = 0; value < 6000; ++value) {
@@ -73,6 +74,7 @@ TEST(BlockPool, EveryFileGetsItsDataInOrderAndFromOneThreadAtATime) {
 TEST(BlockPool, SingleBlockIsWrittenSoonEvenIfNothingFollows) {
     NotingTarget target;
     WriteQueue queue;
+    queue.StartThread();
     BlockPool pool(&queue);
     pool.Reserve(1, 64);
     std::this_thread::sleep_for(std::chrono::milliseconds(100));  // the queue's thread rests now
@@ -87,6 +89,7 @@ TEST(BlockPool, SingleBlockIsWrittenSoonEvenIfNothingFollows) {
 TEST(BlockPool, WaitingForAFileWithoutDataReturnsAtOnce) {
     const NotingTarget target;
     WriteQueue queue;
+    queue.StartThread();
     BlockPool pool(&queue);
     pool.Reserve(1, 64);
     pool.WaitFor(target);
@@ -97,6 +100,7 @@ TEST(BlockPool, WaitingThreadHelpsWithOtherFiles) {
     NotingTarget second;
     first.delay = second.delay = std::chrono::microseconds(200);
     WriteQueue queue;
+    queue.StartThread();
     BlockPool pool(&queue);
     pool.Reserve(200, 64);
     for (int i = 0; i < 100; ++i) {
@@ -116,6 +120,7 @@ TEST(BlockPool, QueueThatEndsHasWrittenEverything) {
     std::unique_ptr<BlockPool> owner;
     {
         WriteQueue queue;
+        queue.StartThread();
         owner = std::make_unique<BlockPool>(&queue);
         pool = owner.get();
         pool->Reserve(8, 64);
@@ -124,13 +129,37 @@ TEST(BlockPool, QueueThatEndsHasWrittenEverything) {
     EXPECT_EQ(target.taken, (std::vector<int>{0, 1, 2, 3, 4}));
 }
 
-TEST(BlockPool, WithoutAQueueDataAreWrittenAtOnce) {
-    NotingTarget target;
-    BlockPool pool;
-    pool.Reserve(1, 64);
-    for (int i = 0; i < 3; ++i) {
-        Submit(pool, target, i);
-        EXPECT_EQ(target.taken.size(), static_cast<std::size_t>(i) + 1);
+TEST(BlockPool, WithoutAThreadDataAreWrittenAtOnce) {
+    WriteQueue withoutThread;
+    for (WriteQueue* const queue : {static_cast<WriteQueue*>(nullptr), &withoutThread}) {
+        NotingTarget target;
+        BlockPool pool(queue);
+        pool.Reserve(1, 64);
+        for (int i = 0; i < 3; ++i) {
+            Submit(pool, target, i);
+            EXPECT_EQ(target.taken.size(), static_cast<std::size_t>(i) + 1);
+        }
+    }
+}
+
+TEST(BlockPool, ThreadStartedMidwayContinuesInOrder) {
+    for (const int before : {0, 1, 5, 100}) {
+        NotingTarget target;
+        WriteQueue queue;
+        BlockPool pool(&queue);
+        pool.Reserve(1, 64);
+        std::vector<int> expected;
+        for (int i = 0; i < 200; ++i) {
+            if (i == before) queue.StartThread();
+            Submit(pool, target, i);
+            expected.push_back(i);
+        }
+        queue.StopThread();
+        EXPECT_EQ(target.taken, expected);
+        Submit(pool, target, 200);
+        expected.push_back(200);
+        EXPECT_EQ(target.taken, expected);
+        EXPECT_FALSE(target.overlapped);
     }
 }
 

@@ -260,6 +260,7 @@ struct LongChannels {
 
 TEST(CSCFileWriterBlocks, RecordingThatFailsLeavesTheFullBlocksOfEveryFile) {
     WriteQueue queue;
+    queue.StartThread();
     for (WriteQueue* const used : {static_cast<WriteQueue*>(nullptr), &queue}) {
         for (std::size_t i = 0; i < kRecordsPerWrite.size(); i += kCaseStep) {
             LongChannels channels(ChannelSettings(kRecordsPerWrite[i]), used);

@@ -51,6 +51,7 @@ TEST(DataFile, WaitsForTheDiskOnceForTheSameData) {
 TEST(DataFile, TotalsCountWhatIsStillQueued) {
     const TempDirectory directory;
     WriteQueue queue;
+    queue.StartThread();
     BlockPool blocks(&queue);
     blocks.Reserve(1, 1000);
     DataFile file(OutputSettings(), &blocks);
@@ -91,6 +92,7 @@ TEST(DataFile, ClosesAfterWhatWasHandedOverIsWritten) {
     const TempDirectory directory;
     SlowCalls calls;
     WriteQueue queue;
+    queue.StartThread();
     BlockPool pool(&queue);
     pool.Reserve(1, 1000);
     DataFile file(OutputSettings(), &pool);

@@ -222,6 +222,46 @@ TEST(VtxFileIO, FilesWithDataAreOnTheDiskOnceBeforeAnyFinalHeader) {
     EXPECT_EQ(calls.syncCount, 20U);
 }
 
+// The system's calls, with slow syncs; records which threads sync.
+class SlowSyncs final : public ForwardingFileCalls {
+  public:
+    std::set<std::thread::id> threads;
+    unsigned failing = 0;  // the n-th sync; 0: none
+
+    SystemErrorCode SyncData(FileHandle /*handle*/) override {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        const std::scoped_lock lock(mutex_);
+        threads.insert(std::this_thread::get_id());
+        return ++count_ == failing ? SystemErrorFor(SystemErrorKind::kNoSpace) : 0;
+    }
+
+  private:
+    std::mutex mutex_;
+    unsigned count_ = 0;
+};
+
+class SlowDisk : public testing::TestWithParam<unsigned> {};
+
+TEST_P(SlowDisk, IsAwaitedByManyThreadsAndAnyOfThemReportsItsFailure) {
+    constexpr std::size_t kFiles = 40;
+    const TempDirectory directory;
+    SlowSyncs calls;
+    calls.failing = GetParam();
+    VtxFileIO library{OutputSettings()};
+    CRRec record{};
+    for (std::size_t i = 0; i < kFiles; ++i) {
+        int handle = -1;
+        const std::wstring path = directory.Path(std::to_wstring(i));
+        ASSERT_EQ(library.OpenVtxOutputFile(path.c_str(), VtxDataTypes::kCSC, handle, 0), 0);
+        ASSERT_EQ(library.WriteDataToFile(handle, &record, sizeof record), 0);
+    }
+    EXPECT_EQ(library.SyncFiles() == 0, GetParam() == 0);
+    EXPECT_EQ(calls.threads.size(), 16U);
+    EXPECT_EQ(FailuresOf(library.Files()).size(), GetParam() == 0 ? 0U : 1U);
+}
+
+INSTANTIATE_TEST_SUITE_P(FailingSync, SlowDisk, testing::Values(0U, 1U, 2U, 9U, 20U, 40U));
+
 // The system's calls, with slow writes; records which threads write.
 class SlowWrites final : public ForwardingFileCalls {
   public:
@@ -245,6 +285,7 @@ TEST(VtxFileIO, ThreadsThatWaitForTheDiskLeaveTheQueueToTheCaller) {
     const TempDirectory directory;
     SlowWrites calls;
     WriteQueue queue;
+    queue.StartThread();
     BlockPool pool(&queue);
     pool.Reserve(kFiles, sizeof(CRRec));
     VtxFileIO library(OutputSettings(), &pool);
